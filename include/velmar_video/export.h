@@ -1,0 +1,7 @@
+/// Marks what the shared library exports; everything else stays hidden.
+#ifndef VELMAR_VIDEO_EXPORT_H
+#define VELMAR_VIDEO_EXPORT_H
+
+#define VELMAR_VIDEO_API __attribute__((visibility("default")))
+
+#endif

@@ -1,0 +1,10 @@
+/// Everything a caller of libvelmar_video needs.
+#ifndef VELMAR_VIDEO_H
+#define VELMAR_VIDEO_H
+
+#include "velmar_video/TypeConversion.h"
+#include "velmar_video/VelmarVideoCommDef.h"
+#include "velmar_video/VelmarVideoErrMsg.h"
+#include "velmar_video/VelmarVideoFile.h"
+
+#endif

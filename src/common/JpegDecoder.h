@@ -1,0 +1,42 @@
+#ifndef VELMAR_COMMON_JPEG_DECODER_H
+#define VELMAR_COMMON_JPEG_DECODER_H
+
+#include <turbojpeg.h>
+
+#include <cstddef>
+#include <memory>
+#include <type_traits>
+
+#include "common/ImageGeometry.h"
+#include "velmar_video/VelmarVideoErrMsg.h"
+
+/// Decodes JPEG frames with a handle and a scratch image that are kept between frames.
+class JpegDecoder {
+ public:
+  JpegDecoder();
+
+  /// Decodes to exactly geometry.size() bytes at `out`, straight into it unless rows are cut.
+  /// \param geometry     valid, width and height not 0
+  /// \param pixelFormat  a TJPF_... value with geometry.bytesPerPixel bytes a pixel
+  /// Errors: VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E, with the cause in tjGetErrorStr(); the handle
+  /// is then replaced, so that a bad frame leaves no trace on the next.
+  /// VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E: no memory for the scratch image.
+  VELMAR_ERROR_CODE_E decode(const unsigned char* jpeg, unsigned long jpegSize,
+                             const ImageGeometry& geometry, int pixelFormat, unsigned char* out);
+
+ private:
+  struct Destroy {
+    void operator()(void* handle) const { tjDestroy(handle); }
+  };
+
+  bool decompress(const unsigned char* jpeg, unsigned long jpegSize, const ImageGeometry& geometry,
+                  int pixelFormat, unsigned char* out);
+  bool fills(const unsigned char* jpeg, unsigned long jpegSize, const ImageGeometry& geometry);
+  unsigned char* scratch(std::size_t size);
+
+  std::unique_ptr<std::remove_pointer_t<tjhandle>, Destroy> tjHandle_;
+  std::unique_ptr<unsigned char[]> scratch_;
+  std::size_t scratchCapacity_ = 0;
+};
+
+#endif

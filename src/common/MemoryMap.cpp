@@ -1,0 +1,37 @@
+#include "common/MemoryMap.h"
+
+#include <sys/mman.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+
+MemoryMap::~MemoryMap() {
+  if (address_ != nullptr) ::munmap(address_, length_);
+}
+
+bool MemoryMap::map(int fd, unsigned long length, Access access) {
+  struct stat status {};
+  if (::fstat(fd, &status) != 0) return false;
+  if (static_cast<unsigned long>(status.st_size) < length) {
+    errno = ESTALE;
+    return false;
+  }
+  const int protection = access == Access::ReadWrite ? PROT_READ | PROT_WRITE : PROT_READ;
+  void* address = ::mmap(nullptr, length, protection, MAP_SHARED, fd, 0);
+  if (address == MAP_FAILED) return false;
+  address_ = static_cast<unsigned char*>(address);
+  length_ = length;
+  return true;
+}
+
+void MemoryMap::retire() {
+  if (!isMapped()) return;
+  // One call swaps the file for the reservation, so the range is never free in between.
+  void* reserved = ::mmap(address_, length_, PROT_NONE,
+                          MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_FIXED, -1, 0);
+  if (reserved == MAP_FAILED) {
+    ::munmap(address_, length_);
+    address_ = nullptr;
+  }
+  retired_ = true;
+}

@@ -1,0 +1,34 @@
+#ifndef VELMAR_COMMON_MEMORY_MAP_H
+#define VELMAR_COMMON_MEMORY_MAP_H
+
+/// Owns a shared map of a file from its beginning. Failures leave their cause in errno.
+class MemoryMap {
+ public:
+  enum class Access { ReadOnly, ReadWrite };
+
+  MemoryMap() = default;
+  MemoryMap(const MemoryMap&) = delete;
+  MemoryMap& operator=(const MemoryMap&) = delete;
+  ~MemoryMap();
+
+  /// Maps `length` bytes. The descriptor may be closed afterwards. A file that is shorter is
+  /// refused, since touching the map beyond its end would kill the process.
+  bool map(int fd, unsigned long length, Access access);
+  /// Unmaps the file but keeps the address range reserved, inaccessible and without memory, until
+  /// this object is destroyed: no other map can come to lie there meanwhile.
+  void retire();
+
+  bool isMapped() const { return address_ != nullptr && !retired_; }
+  /// Whether there ever was a map.
+  bool wasMapped() const { return address_ != nullptr; }
+  /// Null unless mapped.
+  unsigned char* data() const { return isMapped() ? address_ : nullptr; }
+  unsigned long length() const { return length_; }
+
+ private:
+  unsigned char* address_ = nullptr;
+  unsigned long length_ = 0;
+  bool retired_ = false;
+};
+
+#endif

@@ -1,0 +1,12 @@
+#ifndef VELMAR_COMMON_PUBLISH_FILE_H
+#define VELMAR_COMMON_PUBLISH_FILE_H
+
+#include <string>
+
+/// Gives a finished file its final name so that neither a crash nor a power cut can leave that
+/// name on an unfinished file: its data go to the disk before the rename, the rename itself
+/// after it. A file that has the final name is replaced.
+/// \return 0 or the errno of the step that failed
+int publishFile(const std::string& temporaryPath, const std::string& finalPath);
+
+#endif

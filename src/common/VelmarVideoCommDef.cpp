@@ -1,0 +1,61 @@
+#include "velmar_video/VelmarVideoCommDef.h"
+
+#include <array>
+#include <map>
+
+namespace {
+
+// Indexed by the enumeration's value; the MAX member's name is empty.
+const std::array<std::string, VELMAR_VERSION_MAX_E + 1> s_velmarVersionMap = {"0.1", "0.2", "0.3",
+                                                                              "0.4", "1.0", ""};
+const std::array<std::string, VELMAR_CODEC_MAX_E + 1> s_velmarCodecMap = {"H264", "JPG", ""};
+const std::array<std::string, VELMAR_FORMAT_MAX_E + 1> s_velmarFormatMap = {"YUV420", "RGB", "BGR",
+                                                                            "GRAY", ""};
+
+const std::map<std::string, VELMAR_FORMAT_E> s_mapFormat = {{"YUV420", VELMAR_FORMAT_YUV420_E},
+                                                            {"RGB", VELMAR_FORMAT_RGB_E},
+                                                            {"BGR", VELMAR_FORMAT_BGR_E},
+                                                            {"GRAY", VELMAR_FORMAT_GRAY_E}};
+const std::map<std::string, VELMAR_VERSION_E> s_mapVersion = {{"0.1", VELMAR_VERSION_0_1_E},
+                                                              {"0.2", VELMAR_VERSION_0_2_E},
+                                                              {"0.3", VELMAR_VERSION_0_3_E},
+                                                              {"0.4", VELMAR_VERSION_0_4_E},
+                                                              {"1.0", VELMAR_VERSION_1_0_E}};
+const std::map<std::string, VELMAR_CODEC_E> s_mapCodec = {{"H264", VELMAR_CODEC_H264_E},
+                                                          {"JPG", VELMAR_CODEC_JPG_E}};
+
+// A negative value becomes a huge one and is outside like any other.
+template <std::size_t N>
+std::string nameOf(const std::array<std::string, N>& names, std::size_t value) {
+  return value < N ? names[value] : std::string();
+}
+
+template <typename Enum>
+Enum valueOf(const std::map<std::string, Enum>& values, const std::string& name, Enum unknown) {
+  const auto found = values.find(name);
+  return found == values.end() ? unknown : found->second;
+}
+
+}  // namespace
+
+std::string velmarVersion2String(VELMAR_VERSION_E version) {
+  return nameOf(s_velmarVersionMap, static_cast<std::size_t>(version));
+}
+
+VELMAR_VERSION_E string2VelmarVersion(std::string text) {
+  return valueOf(s_mapVersion, text, VELMAR_VERSION_MAX_E);
+}
+
+std::string velmarCodec2String(VELMAR_CODEC_E codec) { return nameOf(s_velmarCodecMap, codec); }
+
+VELMAR_CODEC_E string2VelmarCodec(std::string text) {
+  return valueOf(s_mapCodec, text, VELMAR_CODEC_MAX_E);
+}
+
+std::string velmarFormat2String(VELMAR_FORMAT_E format) {
+  return nameOf(s_velmarFormatMap, format);
+}
+
+VELMAR_FORMAT_E string2RvelmarFormat(std::string text) {
+  return valueOf(s_mapFormat, text, VELMAR_FORMAT_MAX_E);
+}

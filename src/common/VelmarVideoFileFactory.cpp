@@ -1,0 +1,54 @@
+// The registries: the one place that knows every container.
+#include <functional>
+#include <map>
+
+#include "container/img/ImgContainerCreater.h"
+#include "container/img/ImgContainerReader.h"
+#include "velmar_video/VelmarVideoFile.h"
+
+namespace {
+
+template <typename Interface>
+using Registry =
+    std::map<std::string, std::function<std::shared_ptr<Interface>(const std::string&)>>;
+
+template <typename Container>
+std::shared_ptr<VelmarVideoFileCreater> makeVelmarVideoFileCreater_(const std::string& path) {
+  return std::make_shared<Container>(path);
+}
+
+template <typename Container>
+std::shared_ptr<VelmarVideoFileReader> makeVelmarVideoFileReader_(const std::string& path) {
+  return std::make_shared<Container>(path);
+}
+
+const Registry<VelmarVideoFileCreater> mapVelmarVideoFileCreater = {
+    {"img", makeVelmarVideoFileCreater_<ImgContainerCreater>},
+};
+const Registry<VelmarVideoFileReader> mapVelmarVideoFileReader = {
+    {"img", makeVelmarVideoFileReader_<ImgContainerReader>},
+};
+const Registry<VelmarVideoFileModifier> mapVelmarVideoFileModifier = {};
+
+template <typename Interface>
+std::shared_ptr<Interface> make(const Registry<Interface>& registry, const std::string& path) {
+  // The last "." of the whole path, folders included. Without one, npos + 1 wraps to 0.
+  const std::string extension = path.substr(path.rfind('.') + 1);
+  if (extension.empty() || extension == path) return nullptr;
+  const auto maker = registry.find(extension);
+  return maker == registry.end() ? nullptr : maker->second(path);
+}
+
+}  // namespace
+
+std::shared_ptr<VelmarVideoFileCreater> makeVelmarVideoFileCreater(const std::string& path) {
+  return make(mapVelmarVideoFileCreater, path);
+}
+
+std::shared_ptr<VelmarVideoFileReader> makeVelmarVideoFileReader(const std::string& path) {
+  return make(mapVelmarVideoFileReader, path);
+}
+
+std::shared_ptr<VelmarVideoFileModifier> makeVelmarVideoFileModifier(const std::string& path) {
+  return make(mapVelmarVideoFileModifier, path);
+}

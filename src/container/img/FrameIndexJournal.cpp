@@ -1,0 +1,32 @@
+#include "container/img/FrameIndexJournal.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "velmar_logger/velmar_logger.h"
+
+void FrameIndexJournal::open(const std::string& path) {
+  path_ = path;
+  file_ = FileDescriptor(path_, O_WRONLY | O_CREAT | O_TRUNC, 0644);
+  if (!file_.isOpen()) giveUp();
+}
+
+void FrameIndexJournal::append(const FrameIndex& record) {
+  if (file_.isOpen() && !file_.write(&record, sizeof record)) giveUp();
+}
+
+void FrameIndexJournal::close() { file_.close(); }
+
+void FrameIndexJournal::remove() {
+  file_.close();
+  ::unlink(path_.c_str());
+}
+
+void FrameIndexJournal::giveUp() {
+  velmar_logger::w("ImgContainerCreater_TAG", "index journal %s cannot be written: %s",
+                   path_.c_str(), std::strerror(errno));
+  file_.close();
+}

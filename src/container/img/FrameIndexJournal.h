@@ -1,0 +1,33 @@
+#ifndef VELMAR_IMG_FRAME_INDEX_JOURNAL_H
+#define VELMAR_IMG_FRAME_INDEX_JOURNAL_H
+
+#include <string>
+
+#include "common/FileDescriptor.h"
+#include "container/img/FrameIndex.h"
+
+/// Keeps the index of a running recording on file, since an "img" file gets its index only when it
+/// is finished: what a killed recorder leaves behind can be put together from it.
+///
+/// The journal holds the records as they would stand in the file, one behind the other. It is a
+/// help, not a condition: a journal that cannot be written is given up and the recording goes on.
+class FrameIndexJournal {
+ public:
+  /// Starts an empty journal at `path`.
+  void open(const std::string& path);
+  /// Appends a record in file byte order, after the frame itself has been written: a record must
+  /// never stand for bytes that are not there.
+  void append(const FrameIndex& record);
+  /// Closes the journal and leaves it.
+  void close();
+  /// Closes the journal and deletes it.
+  void remove();
+
+ private:
+  void giveUp();
+
+  std::string path_;
+  FileDescriptor file_;
+};
+
+#endif

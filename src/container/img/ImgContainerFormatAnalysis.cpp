@@ -1,0 +1,144 @@
+#include "container/img/ImgContainerFormatAnalysis.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <exception>
+
+#include "common/FileDescriptor.h"
+#include "velmar_logger/velmar_logger.h"
+
+namespace {
+
+constexpr char kTag[] = "ImgContainerFormatAnalysis_Tag";
+
+unsigned long long forLog(unsigned long value) { return value; }
+
+}  // namespace
+
+bool ImgContainerFormatAnalysis::getLength(const std::string& path) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) != 0 || status.st_size == 0) return false;
+  fileLength_ = static_cast<unsigned long>(status.st_size);
+  return true;
+}
+
+bool ImgContainerFormatAnalysis::readFrameIndex() {
+  const std::size_t count = metaData_.framesCount;
+  if (fileLength_ < kFrameIndexStart ||
+      count > (fileLength_ - kFrameIndexStart) / sizeof(FrameIndex)) {
+    velmar_logger::e(kTag, "frame index of %zu records reaches past the file's %llu bytes", count,
+                     forLog(fileLength_));
+    return false;
+  }
+  const auto* records = reinterpret_cast<const FrameIndex*>(mapAddr_.data() + kFrameIndexStart);
+  frameIndex_.assign(records, records + count);
+  for (std::size_t i = 0; i < count; ++i) {
+    const FrameIndex record = frameIndex_[i].swapped();
+    if (record.frameOffset < kFrameIndexStart || record.frameOffset >= metaDataOffset_) {
+      velmar_logger::e(kTag, "checkIndex frame index error %llu : %llu", forLog(record.frameOffset),
+                       forLog(metaDataOffset_));
+      frameIndex_.resize(i);
+      return false;
+    }
+    frameIndex_[i] = record;
+  }
+  return true;
+}
+
+bool ImgContainerFormatAnalysis::readMetaDataOffset() {
+  unsigned long stored = 0;
+  if (fileLength_ >= sizeof stored) std::memcpy(&stored, mapAddr_.data(), sizeof stored);
+  metaDataOffset_ = ntohll(stored);
+  if (metaDataOffset_ >= kFrameIndexStart && metaDataOffset_ <= fileLength_) return true;
+  velmar_logger::e(kTag, "metaDataOffset_ fileLength_ %llu : %llu", forLog(metaDataOffset_),
+                   forLog(fileLength_));
+  return false;
+}
+
+bool ImgContainerFormatAnalysis::readMetaData() {
+  constexpr char kLengths[] = "fileLength_ = %llu ,metaDataOffset_ = %llu, metaDataLength = %llu";
+  const unsigned long length = fileLength_ - metaDataOffset_;
+  if (length < 2) {
+    velmar_logger::e(kTag, kLengths, forLog(fileLength_), forLog(metaDataOffset_), forLog(length));
+    return false;
+  }
+  velmar_logger::d(kTag, kLengths, forLog(fileLength_), forLog(metaDataOffset_), forLog(length));
+  const std::string text(reinterpret_cast<const char*>(mapAddr_.data()) + metaDataOffset_, length);
+  velmar_logger::d(kTag, "cMetaData = %s", text.c_str());
+  return metaData_.jsonTo(text.c_str());
+}
+
+bool ImgContainerFormatAnalysis::checkIndex(unsigned int index) {
+  return index <= frameIndex_.size();
+}
+
+VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::checkFileAccess(const std::string& path) {
+  if (path.empty()) return VELMAR_ERROR_CODE_INVALID_FILE_NAME_E;
+  if (::access(path.c_str(), F_OK) != 0) return VELMAR_ERROR_CODE_FILE_NOT_EXIST_E;
+  if (::access(path.c_str(), R_OK) != 0) return VELMAR_ERROR_CODE_STATUS_FILE_CANNOT_READ_E;
+  return VELMAR_ERROR_CODE_SUCCESS_E;
+}
+
+VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::openMap(const std::string& path) {
+  return mapFile(path, MemoryMap::Access::ReadOnly);
+}
+
+VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::mapFile(const std::string& path,
+                                                        MemoryMap::Access access) {
+  if (!getLength(path)) return VELMAR_ERROR_CODE_FILE_SIZE_IS_ZERO_E;
+  const FileDescriptor file(path, access == MemoryMap::Access::ReadOnly ? O_RDONLY : O_RDWR);
+  if (!file.isOpen()) return VELMAR_ERROR_CODE_FILE_OPEN_FAIL_E;
+  return mapAddr_.map(file.get(), fileLength_, access) ? VELMAR_ERROR_CODE_SUCCESS_E
+                                                       : VELMAR_ERROR_CODE_FILE_MMAP_FAIL_E;
+}
+
+VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::analyse(const char* tag) {
+  const struct {
+    bool (ImgContainerFormatAnalysis::*step)();
+    const char* message;
+  } steps[] = {
+      {&ImgContainerFormatAnalysis::readMetaDataOffset, "readMetaDataOffset error"},
+      {&ImgContainerFormatAnalysis::readMetaData, "readMetaData error"},
+      {&ImgContainerFormatAnalysis::readFrameIndex, "readFrameIndex error"},
+  };
+  for (const auto& [step, message] : steps) {
+    bool done = false;
+    try {
+      done = (this->*step)();
+    } catch (const std::exception&) {
+      // No memory: the step has not been done.
+    }
+    if (!done) {
+      velmar_logger::e(tag, "%s", message);
+      return VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
+    }
+  }
+  analysed_ = true;
+  return VELMAR_ERROR_CODE_SUCCESS_E;
+}
+
+VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::checkFrame(unsigned int index) {
+  if (!checkIndex(index)) return VELMAR_ERROR_CODE_OUT_RANGE_E;
+  if (!analysed_) return VELMAR_ERROR_CODE_NOT_INIT_E;
+  return index < frameIndex_.size() ? VELMAR_ERROR_CODE_SUCCESS_E : VELMAR_ERROR_CODE_OUT_RANGE_E;
+}
+
+VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::checkFrameBytes(const FrameIndex& record) const {
+  return record.frameSize <= fileLength_ - record.frameOffset
+             ? VELMAR_ERROR_CODE_SUCCESS_E
+             : VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
+}
+
+VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::copyFrame(unsigned int index, unsigned int size,
+                                                          unsigned char* buffer) {
+  if (const auto code = checkFrame(index)) return code;
+  const FrameIndex& record = frameIndex_[index];
+  if (size < record.frameSize) return VELMAR_ERROR_CODE_INVALID_PARAMETER_E;
+  if (buffer == nullptr) return VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E;
+  if (const auto code = checkFrameBytes(record)) return code;
+  std::memcpy(buffer, frameBytes(record), record.frameSize);
+  return VELMAR_ERROR_CODE_SUCCESS_E;
+}

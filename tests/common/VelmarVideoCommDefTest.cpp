@@ -1,0 +1,84 @@
+#include "velmar_video/VelmarVideoCommDef.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <climits>
+
+#include "velmar_video/TypeConversion.h"
+
+namespace {
+
+template <typename Enum>
+Enum as(int value) {
+  return static_cast<Enum>(value);
+}
+
+TEST(ErrorNames, AreTheMembersUpToTheLastError) {
+  const std::string outside =
+      "error must >= VELMAR_ERROR_CODE_SUCCESS_E && < VELMAR_ERROR_CODE_MAX_E ";
+  EXPECT_EQ(errorCode2String(VELMAR_ERROR_CODE_SUCCESS_E), "VELMAR_ERROR_CODE_SUCCESS_E");
+  EXPECT_EQ(errorCode2String(as<VELMAR_ERROR_CODE_E>(14)),
+            "VELMAR_ERROR_CODE_COLOR_FORMAT_NOT_SUPPROT_E");
+  EXPECT_EQ(errorCode2String(as<VELMAR_ERROR_CODE_E>(18)), "VELMAR_ERROR_CODE_OUT_RANGE_E");
+  for (const int code : {19, 20, -1, INT_MIN}) {
+    EXPECT_EQ(errorCode2String(as<VELMAR_ERROR_CODE_E>(code)), outside) << code;
+  }
+}
+
+TEST(EnumerationNames, GoThereAndBackAndAreEmptyOutside) {
+  const std::array<std::string, 6> versions = {"0.1", "0.2", "0.3", "0.4", "1.0", ""};
+  for (int i = 0; i < 6; ++i) {
+    EXPECT_EQ(velmarVersion2String(as<VELMAR_VERSION_E>(i)), versions[i]);
+    EXPECT_EQ(string2VelmarVersion(versions[i]), i);
+  }
+  const std::array<std::string, 3> codecs = {"H264", "JPG", ""};
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(velmarCodec2String(as<VELMAR_CODEC_E>(i)), codecs[i]);
+    EXPECT_EQ(string2VelmarCodec(codecs[i]), i);
+  }
+  const std::array<std::string, 5> formats = {"YUV420", "RGB", "BGR", "GRAY", ""};
+  for (int i = 0; i < 5; ++i) {
+    EXPECT_EQ(velmarFormat2String(as<VELMAR_FORMAT_E>(i)), formats[i]);
+    EXPECT_EQ(string2RvelmarFormat(formats[i]), i);
+  }
+  for (const std::string text : {"0.5", "gray", " JPG", "1.0 "}) {
+    EXPECT_EQ(string2VelmarVersion(text), VELMAR_VERSION_MAX_E) << text;
+    EXPECT_EQ(string2VelmarCodec(text), VELMAR_CODEC_MAX_E) << text;
+    EXPECT_EQ(string2RvelmarFormat(text), VELMAR_FORMAT_MAX_E) << text;
+  }
+  EXPECT_EQ(velmarVersion2String(as<VELMAR_VERSION_E>(-1)), "");
+  EXPECT_EQ(velmarFormat2String(as<VELMAR_FORMAT_E>(255)), "");
+}
+
+// Columns: the value, and what each conversion makes of it.
+TEST(TypeConversion, IsTotal) {
+  const struct {
+    int value, version2Rtv, version2Velmar, format2Rtv, format2Velmar, codec2Rtv, codec2Velmar;
+  } rows[] = {
+      {0, 3, 1, 1, 2, 1, 2}, {1, 0, 2, 2, 0, 2, 0},   {2, 1, 3, 3, 1, 0, 1},
+      {3, 2, 5, 4, 2, 0, 2}, {4, 3, 5, 3, 3, 0, 2},   {5, 3, 5, 3, 2, 0, 2},
+      {6, 3, 5, 3, 2, 0, 2}, {255, 3, 5, 3, 2, 0, 2}, {-1, 3, 5, 3, 2, 0, 2},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.value);
+    EXPECT_EQ(velmarVersion2RTVVersion(as<VELMAR_VERSION_E>(row.value)), row.version2Rtv);
+    EXPECT_EQ(rtvVersion2VelmarVersion(as<version_e>(row.value)), row.version2Velmar);
+    EXPECT_EQ(velmarFormat2RTVFormat(as<VELMAR_FORMAT_E>(row.value)), row.format2Rtv);
+    EXPECT_EQ(rtvFormat2VelmarFormat(as<format_e>(row.value)), row.format2Velmar);
+    EXPECT_EQ(velmarCodec2RTVCodec(as<VELMAR_CODEC_E>(row.value)), row.codec2Rtv);
+    EXPECT_EQ(rtvCodec2VelmarCodec(as<codec_e>(row.value)), row.codec2Velmar);
+    EXPECT_EQ(velmarScalFactor2RTVScalFactor(as<SCALE_FACTOR_E>(row.value)), row.value);
+  }
+  EXPECT_EQ(velmarScalFactor2RTVScalFactor(SCALE_FACTOR_MAX_E), RTV_SCALE_1_1);
+  EXPECT_EQ(velmarErrorCode2RTVErrorCode(VELMAR_ERROR_CODE_OUT_RANGE_E), RTV_ERR_OUT_RANGE);
+  EXPECT_EQ(rtvErrorCode2VelmarErrorCode(RTV_ERR_NOT_INIT), VELMAR_ERROR_CODE_NOT_INIT_E);
+  EXPECT_EQ(rtvErrorCode2VelmarErrorCode(as<ErrorCode_e>(14)), 14);
+}
+
+TEST(ByteReversal, IsItsOwnInverse) {
+  EXPECT_EQ(htonll(0x0102030405060708), 0x0807060504030201U);
+  EXPECT_EQ(ntohll(htonll(0x0102030405060708)), 0x0102030405060708U);
+}
+
+}  // namespace

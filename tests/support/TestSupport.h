@@ -1,0 +1,52 @@
+/// What the tests of several folders need.
+#ifndef VELMAR_TESTS_TEST_SUPPORT_H
+#define VELMAR_TESTS_TEST_SUPPORT_H
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+/// A folder of the test's own, deleted with the object.
+class TempFolder {
+ public:
+  TempFolder();
+  ~TempFolder();
+  TempFolder(const TempFolder&) = delete;
+  TempFolder& operator=(const TempFolder&) = delete;
+
+  std::string operator/(const std::string& name) const { return (path_ / name).string(); }
+
+ private:
+  std::filesystem::path path_;
+};
+
+/// Catches the library's log lines, as "LEVEL TAG: MESSAGE", while it lives.
+class LogCapture {
+ public:
+  LogCapture();
+  ~LogCapture();
+  LogCapture(const LogCapture&) = delete;
+  LogCapture& operator=(const LogCapture&) = delete;
+
+  /// Lines of errors only ("3 ...").
+  std::vector<std::string> errors() const;
+  bool has(const std::string& line) const;
+
+ private:
+  std::vector<std::string> lines_;
+};
+
+bool exists(const std::string& path);
+std::string readFile(const std::string& path);
+void writeFile(const std::string& path, const std::string& bytes);
+
+/// An unsigned big-endian number of `width` bytes.
+unsigned long bigEndian(const std::string& bytes, std::size_t offset, std::size_t width);
+std::string bigEndianBytes(unsigned long value, std::size_t width);
+
+/// Runs `work` in a process of its own, which ends without destructors, as if killed. False if
+/// `work` gave false or crashed.
+bool inChildProcess(const std::function<bool()>& work);
+
+#endif
