@@ -6,5 +6,8 @@
 #include "velmar_video/VelmarVideoCommDef.h"
 #include "velmar_video/VelmarVideoErrMsg.h"
 #include "velmar_video/VelmarVideoFile.h"
+#include "velmar_video/rtv/CanData.h"
+#include "velmar_video/rtv/RecordFileCreater.h"
+#include "velmar_video/rtv/TaggedVideoParser.h"
 
 #endif

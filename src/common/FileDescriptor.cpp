@@ -6,6 +6,26 @@
 #include <cerrno>
 #include <utility>
 
+namespace {
+
+// Calls `write` until nothing is left, over short counts and interruptions.
+template <typename Write>
+bool writeAll(const void* data, std::size_t size, Write write) {
+  const char* next = static_cast<const char*>(data);
+  while (size > 0) {
+    const ssize_t written = write(next, size);
+    if (written < 0) {
+      if (errno == EINTR) continue;
+      return false;
+    }
+    next += written;
+    size -= static_cast<std::size_t>(written);
+  }
+  return true;
+}
+
+}  // namespace
+
 FileDescriptor::FileDescriptor(const std::string& path, int flags, unsigned int mode)
     : fd_(::open(path.c_str(), flags | O_CLOEXEC, mode)) {}
 
@@ -27,15 +47,14 @@ void FileDescriptor::close() {
 }
 
 bool FileDescriptor::write(const void* data, std::size_t size) const {
-  const char* next = static_cast<const char*>(data);
-  while (size > 0) {
-    const ssize_t written = ::write(fd_, next, size);
-    if (written < 0) {
-      if (errno == EINTR) continue;
-      return false;
-    }
-    next += written;
-    size -= static_cast<std::size_t>(written);
-  }
-  return true;
+  return writeAll(data, size,
+                  [this](const char* next, std::size_t left) { return ::write(fd_, next, left); });
+}
+
+bool FileDescriptor::writeAt(const void* data, std::size_t size, unsigned long offset) const {
+  return writeAll(data, size, [this, &offset](const char* next, std::size_t left) {
+    const ssize_t written = ::pwrite(fd_, next, left, static_cast<off_t>(offset));
+    if (written > 0) offset += static_cast<unsigned long>(written);
+    return written;
+  });
 }

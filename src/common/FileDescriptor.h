@@ -18,8 +18,12 @@ class FileDescriptor {
   int get() const { return fd_; }
   /// errno is kept.
   void close();
+  /// Gives the descriptor up without closing it.
+  void release() { fd_ = -1; }
   /// write(2) until all is written; false leaves a part of the data behind.
   bool write(const void* data, std::size_t size) const;
+  /// The same with pwrite(2), `offset` bytes behind the file's start.
+  bool writeAt(const void* data, std::size_t size, unsigned long offset) const;
 
  private:
   int fd_ = -1;

@@ -16,6 +16,11 @@ struct ImageGeometry {
   /// Whether the rows to cut are there and the size fits 32 bits. The rest is only meaningful if
   /// so.
   bool isValid() const { return top + bottom <= fullHeight && size() <= UINT32_MAX; }
+  /// Whether a decoder can fill a buffer of that size with it. One of width or height 0 it cannot:
+  /// it would take 0 for the size of the JPEG.
+  bool isDecodableTo(unsigned int bufferSize) const {
+    return isValid() && size() == bufferSize && sourceWidth > 0 && sourceHeight > 0;
+  }
   unsigned int rows() const { return fullHeight - (top + bottom); }
   std::uint64_t pitch() const { return std::uint64_t{width} * bytesPerPixel; }
   /// Bytes of the rows that are kept.

@@ -4,24 +4,37 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <utility>
 
-MemoryMap::~MemoryMap() {
-  if (address_ != nullptr) ::munmap(address_, length_);
-}
+MemoryMap::~MemoryMap() { unmap(); }
 
 bool MemoryMap::map(int fd, unsigned long length, Access access) {
+  const int protection = access == Access::ReadWrite ? PROT_READ | PROT_WRITE : PROT_READ;
+  void* address = ::mmap(nullptr, length, protection, MAP_SHARED, fd, 0);
+  if (address == MAP_FAILED) return false;
+  address_ = static_cast<unsigned char*>(address);
+  length_ = length;
+  retired_ = false;
+  return true;
+}
+
+bool MemoryMap::mapIfWhole(int fd, unsigned long length, Access access) {
   struct stat status {};
   if (::fstat(fd, &status) != 0) return false;
   if (static_cast<unsigned long>(status.st_size) < length) {
     errno = ESTALE;
     return false;
   }
-  const int protection = access == Access::ReadWrite ? PROT_READ | PROT_WRITE : PROT_READ;
-  void* address = ::mmap(nullptr, length, protection, MAP_SHARED, fd, 0);
-  if (address == MAP_FAILED) return false;
-  address_ = static_cast<unsigned char*>(address);
-  length_ = length;
-  return true;
+  return map(fd, length, access);
+}
+
+void MemoryMap::flush() const {
+  if (isMapped()) ::msync(address_, length_, MS_ASYNC);
+}
+
+bool MemoryMap::unmap() {
+  if (address_ == nullptr) return true;
+  return ::munmap(std::exchange(address_, nullptr), length_) == 0;
 }
 
 void MemoryMap::retire() {
@@ -29,9 +42,6 @@ void MemoryMap::retire() {
   // One call swaps the file for the reservation, so the range is never free in between.
   void* reserved = ::mmap(address_, length_, PROT_NONE,
                           MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_FIXED, -1, 0);
-  if (reserved == MAP_FAILED) {
-    ::munmap(address_, length_);
-    address_ = nullptr;
-  }
+  if (reserved == MAP_FAILED) unmap();
   retired_ = true;
 }

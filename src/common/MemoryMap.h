@@ -11,16 +11,22 @@ class MemoryMap {
   MemoryMap& operator=(const MemoryMap&) = delete;
   ~MemoryMap();
 
-  /// Maps `length` bytes. The descriptor may be closed afterwards. A file that is shorter is
-  /// refused, since touching the map beyond its end would kill the process.
+  /// Maps `length` bytes, all of them inside the file. The descriptor may be closed afterwards.
   bool map(int fd, unsigned long length, Access access);
+  /// The same for a file whose size is not certain: one that is shorter is refused, since touching
+  /// the map beyond its end would kill the process.
+  bool mapIfWhole(int fd, unsigned long length, Access access);
+  /// Starts writing what was stored to the disk.
+  void flush() const;
+  /// False if the system refuses; the map is given up all the same.
+  bool unmap();
   /// Unmaps the file but keeps the address range reserved, inaccessible and without memory, until
   /// this object is destroyed: no other map can come to lie there meanwhile.
   void retire();
 
   bool isMapped() const { return address_ != nullptr && !retired_; }
   /// Whether there ever was a map.
-  bool wasMapped() const { return address_ != nullptr; }
+  bool wasMapped() const { return length_ > 0; }
   /// Null unless mapped.
   unsigned char* data() const { return isMapped() ? address_ : nullptr; }
   unsigned long length() const { return length_; }

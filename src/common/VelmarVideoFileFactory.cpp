@@ -4,6 +4,8 @@
 
 #include "container/img/ImgContainerCreater.h"
 #include "container/img/ImgContainerReader.h"
+#include "container/rtv/RtvContainerCreater.h"
+#include "container/rtv/RtvContainerReader.h"
 #include "velmar_video/VelmarVideoFile.h"
 
 namespace {
@@ -24,9 +26,11 @@ std::shared_ptr<VelmarVideoFileReader> makeVelmarVideoFileReader_(const std::str
 
 const Registry<VelmarVideoFileCreater> mapVelmarVideoFileCreater = {
     {"img", makeVelmarVideoFileCreater_<ImgContainerCreater>},
+    {"rtv", makeVelmarVideoFileCreater_<RtvContainerCreater>},
 };
 const Registry<VelmarVideoFileReader> mapVelmarVideoFileReader = {
     {"img", makeVelmarVideoFileReader_<ImgContainerReader>},
+    {"rtv", makeVelmarVideoFileReader_<RtvContainerReader>},
 };
 const Registry<VelmarVideoFileModifier> mapVelmarVideoFileModifier = {};
 

@@ -168,13 +168,10 @@ VELMAR_ERROR_CODE_E ImgContainerReader::getImage(unsigned int index, unsigned in
   if (!getPixelFormat(format, &pixelFormat) || !getPixelSize(format, &pixelSize)) {
     return VELMAR_ERROR_CODE_COLOR_FORMAT_NOT_SUPPROT_E;
   }
-  // The decoder would take a width or height of 0 for the size of the JPEG.
-  if (width == 0 || height == 0 || !isScale(scale)) return VELMAR_ERROR_CODE_INVALID_PARAMETER_E;
+  if (!isScale(scale)) return VELMAR_ERROR_CODE_INVALID_PARAMETER_E;
   const ImageGeometry geometry(width, height, getScalingFactor(scale), cropTop, cropBottom,
                                pixelSize);
-  if (!geometry.isValid() || geometry.size() != bufferSize) {
-    return VELMAR_ERROR_CODE_INVALID_PARAMETER_E;
-  }
+  if (!geometry.isDecodableTo(bufferSize)) return VELMAR_ERROR_CODE_INVALID_PARAMETER_E;
   if (buffer == nullptr) return VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E;
   const FrameIndex& record = frameIndex_[index];
   if (const auto code = checkFrameBytes(record)) return code;

@@ -1,0 +1,174 @@
+/// The content of an RTV file in memory: header and frame tags of versions 02, 03 and 04. The
+/// writer and the parser are built on it.
+#ifndef VELMAR_VIDEO_RTV_RECORD_FILE_H
+#define VELMAR_VIDEO_RTV_RECORD_FILE_H
+
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "velmar_video/VelmarVideoCommDef.h"
+#include "velmar_video/export.h"
+#include "velmar_video/rtv/CanData.h"
+
+/// False: the library runs on little-endian hosts only.
+VELMAR_VIDEO_API bool isCPUBigEndian();
+
+/// Frame tag of version 02 as in the file, 29 bytes. The 24-bit fields are signed, their least
+/// significant byte first.
+struct __attribute__((packed)) frametag_02ver_t {
+  int time_flag;                       ///< milliseconds since the start time
+  unsigned long data_offset;           ///< of the JPEG data, from the start of the file
+  unsigned int data_length;            ///< bytes
+  unsigned char x[3];                  ///< see frametag03Ver_t
+  unsigned char y[3];                  ///< see frametag03Ver_t
+  unsigned char relative_distance[3];  ///< see frametag03Ver_t
+  unsigned short speed;                ///< see frametag03Ver_t
+  unsigned short direction;            ///< degrees
+};
+static_assert(sizeof(frametag_02ver_t) == 29);
+
+/// Frame tag of version 03 as in the file, 36 bytes.
+struct __attribute__((packed)) frametag03Ver_t {
+  int time_flag;                   ///< milliseconds since the start time
+  unsigned long data_offset;       ///< of the JPEG data, from the start of the file
+  unsigned int data_length;        ///< bytes
+  int x;                           ///< hundredths of a metre from the start position
+  int y;                           ///< hundredths of a metre from the start position
+  int z;                           ///< hundredths of a metre from the start position
+  unsigned int relative_distance;  ///< hundredths of a metre travelled since the start
+  unsigned short speed;            ///< hundredths of a metre a second
+  unsigned short direction;        ///< degrees
+};
+static_assert(sizeof(frametag03Ver_t) == 36);
+
+/// The decoded content of one file. No locks; not copied, since its tags know it.
+class VELMAR_VIDEO_API RecordFile {
+ public:
+  class frametag_t;
+
+  static const char MAGIC_CODE_V02[12];
+  static const unsigned char VERSION_V02[2];  ///< major, minor
+  static const char MAGIC_CODE_V03[11];       ///< with the zero that is stored behind it
+  static const unsigned char VERSION_V03[2];
+  static const char MAGIC_CODE[11];  ///< version 04
+  static const unsigned char VERSION[2];
+
+  /// Empty, version RTV_VER_MAX.
+  RecordFile();
+  explicit RecordFile(const std::string& fileName);
+  RecordFile(const RecordFile&) = delete;
+  RecordFile& operator=(const RecordFile&) = delete;
+  ~RecordFile();
+
+  std::string getFileName() const { return fileName_; }
+  /// Zeroes the version 04 header and sets the version to RTV_VER_MAX. The altitude, the tags and
+  /// the headers of the other versions stay as they are; this is intended.
+  void clear();
+
+ protected:
+  /// The fields of every version's header; version 02 has no flags and no altitude.
+  struct header_t {
+    char magic_code[12] = {};  ///< versions 03 and 04: 10 characters and the terminator
+    unsigned char flags = 0;   ///< bit 0: written by a big-endian CPU
+    unsigned char version_major = 0;
+    unsigned char version_minor = 0;
+    unsigned char device_id[24] = {};
+    unsigned long start_time = 0;  ///< milliseconds
+    int lng = 0;                   ///< start position, NDS units
+    int lat = 0;                   ///< start position, NDS units
+    int alt = 0;
+    unsigned short frames_count = 0;
+    unsigned short frames_max = 0;
+    unsigned short width = 0;   ///< pixels
+    unsigned short height = 0;  ///< pixels
+    format_e frame_format = RTV_FMT_UNKNOWN;
+    codec_e frame_codec = RTV_CODEC_UNKNOWN;
+    unsigned int tagging_flags = 0;
+  };
+
+  /// The header of a version; every value but RTV_VER_02 and RTV_VER_03 stands for version 04.
+  header_t& headerOf(version_e version);
+  const header_t& headerOf(version_e version) const;
+
+  /// Whether fields of this type have to be swapped. The file's byte order is bit 0 of the version
+  /// 04 header's flags, also for version 03, whose own flags are not looked at. The answer is
+  /// latched, one for each type, at the first call in the process: every later file is treated as
+  /// the first one was. Both are intended.
+  template <typename T>
+  bool mustSwap() const;
+  /// The value with its bytes reversed if they have to be.
+  template <typename T>
+  T swauto(T value) const;
+  /// mustSwap() for any field of a tag.
+  bool mustSwapTag() const;
+  /// swauto() on every field.
+  void swauto(frametag03Ver_t& tag) const;
+
+  std::string fileName_;
+  version_e version_ = RTV_VER_MAX;
+  // Only those of the file's own version are filled.
+  header_t header_;  ///< version 04
+  std::vector<frametag_t> tags_;
+  header_t headerVer02_;
+  std::vector<frametag_02ver_t> tagsVer02_;
+  header_t headerVer03_;
+  std::vector<frametag03Ver_t> tagsVer03_;
+};
+
+/// Frame tag of version 04 after decoding: the fields of frametag03Ver_t and a CAN block of its
+/// own.
+class VELMAR_VIDEO_API RecordFile::frametag_t {
+ public:
+  /// \param owner  whose byte order fill() reads with; must outlive the tag
+  explicit frametag_t(RecordFile* owner);
+  frametag_t(const frametag_t& other);
+  /// Copies the first 109 bytes of the CAN block as they lie, whatever its form, and aligns them
+  /// again if the size is CAN_SIZE_ALIGNED. The copy of an aligned block therefore holds other
+  /// values than the block; this is intended. TaggedVideoParser::getCANRecord() gives the values
+  /// of the file. Without memory the copy has no block.
+  frametag_t& operator=(const frametag_t& other);
+  /// Takes the CAN block over as it is; `other` is purged.
+  frametag_t(frametag_t&& other) noexcept;
+  frametag_t& operator=(frametag_t&& other) noexcept;
+  ~frametag_t();
+
+  /// Decodes a tag of 145 bytes.
+  /// \param size  the form that the CAN block is to have; any other value than the two sizes
+  ///              purges the tag and reads nothing
+  /// False without memory, too; the tag then is purged.
+  bool fill(const void* raw, CAN_SIZE size);
+  /// Zeroes every field and releases the CAN block.
+  void purge();
+  /// Reverses the bytes of every field of a packed block if the owner's file needs it.
+  void can_data_io_swauto(can_data_io& block) const;
+
+  int time_flag() const { return fields_.time_flag; }
+  unsigned long data_offset() const { return fields_.data_offset; }
+  unsigned int data_length() const { return fields_.data_length; }
+  int x() const { return fields_.x; }
+  int y() const { return fields_.y; }
+  int z() const { return fields_.z; }
+  unsigned int relative_distance() const { return fields_.relative_distance; }
+  unsigned short speed() const { return fields_.speed; }
+  unsigned short direction() const { return fields_.direction; }
+  CAN_SIZE can_size() const { return can_size_; }
+  /// The CAN block: can_size() bytes, null if that is CAN_SIZE_NONE. Stays the tag's.
+  can_data* pCan() const { return pCan_.get(); }
+
+ private:
+  struct Free {
+    void operator()(can_data* block) const { std::free(block); }
+  };
+
+  /// Logs a failure with the place's name and number.
+  bool allocate(CAN_SIZE size, const char* place, int number);
+
+  frametag03Ver_t fields_{};  ///< a tag of version 04 begins like one of version 03
+  CAN_SIZE can_size_ = CAN_SIZE_NONE;
+  std::unique_ptr<can_data, Free> pCan_;
+  RecordFile* owner_;
+};
+
+#endif

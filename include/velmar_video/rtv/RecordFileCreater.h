@@ -1,0 +1,96 @@
+#ifndef VELMAR_VIDEO_RTV_RECORD_FILE_CREATER_H
+#define VELMAR_VIDEO_RTV_RECORD_FILE_CREATER_H
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "velmar_video/rtv/RecordFile.h"
+
+class FileDescriptor;
+
+/// Writes one RTV file of any version, with tags and CAN signals.
+///
+/// The constructor creates the file name plus ".tmp" with the whole tag table; close() writes the
+/// header, brings the file to the disk and renames it. A file that is never closed keeps the
+/// ".tmp" name and a header of zeros. Failures are logged under the tag "RecordFileCreater". One
+/// thread at a time.
+class VELMAR_VIDEO_API RecordFileCreater : public RecordFile {
+ public:
+  /// \param framesMax    slots of the tag table
+  /// \param version      any value but RTV_VER_02 and RTV_VER_03 stands for version 04
+  /// \param fileSizeOut  receives the size of the new file in bytes, cut to 32 bits; may be null
+  /// Nothing but the log and isOpen() tells a failure.
+  RecordFileCreater(const std::string& fileName, unsigned short framesMax, version_e version,
+                    unsigned int* fileSizeOut);
+  /// \param duration  seconds at 60 frames a second: duration * 60 slots, modulo 65536; 65535 for
+  ///                  a duration of 0
+  RecordFileCreater(std::string fileName, unsigned int duration, version_e version,
+                    unsigned int* fileSizeOut);
+  /// Closes a file that is open.
+  ~RecordFileCreater();
+
+  /// Whether frames can be added: the file has been created and not been closed.
+  bool isOpen() const;
+
+  // The setters take effect at close().
+
+  /// Copies the first 24 bytes; a shorter id leaves the rest as it was, zero at first. Any other
+  /// size than 24 is logged as a warning.
+  void setDeviceId(const unsigned char* id, unsigned int size);
+  /// Milliseconds; stored as given. Version 02 counts from 2015-01-01 00:00:00 UTC, the others
+  /// from 1970.
+  void setStartTime(unsigned long startTime);
+  /// Pixels.
+  void setVideoResolution(unsigned short width, unsigned short height);
+  void setFrameFormat(format_e format);
+  void setFrameCodec(codec_e codec);
+  /// \param lng, lat  NDS units: 2^30 are 90 degrees
+  /// \param alt       version 03: metres, version 04: hundredths of a metre, as readers take it;
+  ///                  version 02 does not store it
+  void setStartPosition(int lng, int lat, int alt);
+  /// Any bits; 0x10 marks the frames as undistorted. Version 02 files are written with 0 whatever
+  /// is set here; this is intended.
+  void setTaggingFlags(unsigned int flags);
+  void getTaggingFlags(unsigned int& flags);
+
+  /// Appends a frame: its bytes first, then its tag, so that a tag never stands for bytes that are
+  /// not there.
+  /// \param timeFlag          milliseconds since the start time
+  /// \param data              `length` bytes, not looked at; null is refused unless length is 0
+  /// \param x, y, z           hundredths of a metre from the start position; version 02 stores the
+  ///                          low 24 bits of x and y and no z
+  /// \param relativeDistance  hundredths of a metre; version 02 stores the low 24 bits
+  /// \param speed             hundredths of a metre a second
+  /// \param direction         degrees
+  /// \param can               version 04: copied; null for no signals
+  /// False, and nothing added, beyond framesMax, on a full disk and after close(). False with the
+  /// frame added only if its tag could not be mapped.
+  bool addFrame(int timeFlag, const char* data, unsigned int length, int x, int y, int z,
+                unsigned int relativeDistance, unsigned short speed, unsigned short direction,
+                const can_data_io* can);
+  bool addFrame(int timeFlag, const std::string& data, int x, int y, int z,
+                unsigned int relativeDistance, unsigned short speed, unsigned short direction,
+                const can_data_io* can);
+
+  /// True if the finished file is in place under its name. A second call does nothing and answers
+  /// false. Where it fails, the temporary file stays with all frames in it.
+  bool close();
+
+ private:
+  bool makeTagTable();
+  bool appendBytes(const char* data, unsigned int length);
+  bool storeTag(const unsigned char* tag, unsigned int index);
+  bool storeHeader();
+  void encodeHeader(unsigned char* bytes) const;
+  /// Changes the file through a map of all of it.
+  bool changeMapped(const std::function<void(unsigned char*)>& change);
+  header_t& headerWithAllFields();
+
+  std::string temporaryPath_;
+  std::unique_ptr<FileDescriptor> file_;  ///< null when no file is open
+  unsigned long fileSize_ = 0;            ///< bytes
+  unsigned short framesWritten_ = 0;
+};
+
+#endif

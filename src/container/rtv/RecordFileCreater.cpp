@@ -1,0 +1,271 @@
+#include "velmar_video/rtv/RecordFileCreater.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+
+#include "common/FileDescriptor.h"
+#include "common/MemoryMap.h"
+#include "common/PublishFile.h"
+#include "container/rtv/RtvLayout.h"
+#include "velmar_logger/velmar_logger.h"
+
+namespace {
+
+constexpr char kTag[] = "RecordFileCreater";
+constexpr unsigned int kFrameRate = 60;
+constexpr unsigned int kHeaderSizeMax = 72;
+constexpr unsigned int kTagSizeMax = 145;
+
+unsigned short slotsFor(unsigned int duration) {
+  return duration == 0 ? 65535 : static_cast<unsigned short>(duration * kFrameRate);
+}
+
+template <typename T>
+void put(unsigned char* at, const T& value) {
+  std::memcpy(at, &value, sizeof value);
+}
+
+// The low three bytes, least significant first.
+void put24(unsigned char (&at)[3], unsigned int value) { std::memcpy(at, &value, sizeof at); }
+
+frametag_02ver_t version02Tag(const frametag03Ver_t& tag) {
+  frametag_02ver_t old{};
+  old.time_flag = tag.time_flag;
+  old.data_offset = tag.data_offset;
+  old.data_length = tag.data_length;
+  put24(old.x, static_cast<unsigned int>(tag.x));
+  put24(old.y, static_cast<unsigned int>(tag.y));
+  put24(old.relative_distance, tag.relative_distance);
+  old.speed = tag.speed;
+  old.direction = tag.direction;
+  return old;
+}
+
+// All or nothing: blocks of the file are there when it returns true, so that storing through a map
+// cannot run into a full disk.
+bool reserve(int fd, unsigned long size) {
+  const int cause = ::posix_fallocate(fd, 0, static_cast<off_t>(size));
+  if (cause == 0 || cause == EOPNOTSUPP || cause == EINVAL) return true;
+  errno = cause;
+  return false;
+}
+
+}  // namespace
+
+RecordFileCreater::RecordFileCreater(const std::string& fileName, unsigned short framesMax,
+                                     version_e version, unsigned int* fileSizeOut)
+    : RecordFile(fileName), temporaryPath_(fileName + ".tmp") {
+  version_ = version;
+  header_t& header = headerOf(version_);
+  header.frames_max = framesMax;
+  if (rtvLayout(version_).hasFlagsAndAltitude && isCPUBigEndian()) header.flags |= 1;
+  fileSize_ = rtvLayout(version_).tagAt(framesMax);
+  if (!makeTagTable()) {
+    file_.reset();
+    ::unlink(temporaryPath_.c_str());
+  }
+  if (fileSizeOut != nullptr) *fileSizeOut = static_cast<unsigned int>(fileSize_);
+}
+
+RecordFileCreater::RecordFileCreater(std::string fileName, unsigned int duration, version_e version,
+                                     unsigned int* fileSizeOut)
+    : RecordFileCreater(fileName, slotsFor(duration), version, fileSizeOut) {}
+
+RecordFileCreater::~RecordFileCreater() { close(); }
+
+bool RecordFileCreater::makeTagTable() {
+  file_ = std::make_unique<FileDescriptor>(temporaryPath_, O_RDWR | O_CREAT | O_TRUNC, 0644);
+  if (!file_->isOpen()) {
+    velmar_logger::e(kTag, "Error: open fail %s, %s", temporaryPath_.c_str(), std::strerror(errno));
+    return false;
+  }
+  if (::ftruncate(file_->get(), static_cast<off_t>(fileSize_)) != 0 ||
+      !reserve(file_->get(), fileSize_)) {
+    velmar_logger::e(kTag, "Error: ftruncate fail %s, %s", temporaryPath_.c_str(),
+                     std::strerror(errno));
+    return false;
+  }
+  return changeMapped([this](unsigned char* file) { std::memset(file, 0, fileSize_); });
+}
+
+bool RecordFileCreater::isOpen() const { return file_ != nullptr; }
+
+void RecordFileCreater::setDeviceId(const unsigned char* id, unsigned int size) {
+  if (size != kDeviceIdSize) {
+    velmar_logger::w(kTag, "Device id array size is %u, should be %u", size, kDeviceIdSize);
+  }
+  if (id != nullptr) {
+    std::memcpy(headerOf(version_).device_id, id, std::min(size, kDeviceIdSize));
+  }
+}
+
+void RecordFileCreater::setStartTime(unsigned long startTime) {
+  headerOf(version_).start_time = startTime;
+}
+
+void RecordFileCreater::setVideoResolution(unsigned short width, unsigned short height) {
+  headerOf(version_).width = width;
+  headerOf(version_).height = height;
+}
+
+void RecordFileCreater::setFrameFormat(format_e format) {
+  headerOf(version_).frame_format = format;
+}
+
+void RecordFileCreater::setFrameCodec(codec_e codec) { headerOf(version_).frame_codec = codec; }
+
+void RecordFileCreater::setStartPosition(int lng, int lat, int alt) {
+  headerOf(version_).lng = lng;
+  headerOf(version_).lat = lat;
+  headerWithAllFields().alt = alt;
+}
+
+void RecordFileCreater::setTaggingFlags(unsigned int flags) {
+  headerWithAllFields().tagging_flags = flags;
+}
+
+void RecordFileCreater::getTaggingFlags(unsigned int& flags) {
+  flags = headerWithAllFields().tagging_flags;
+}
+
+// Version 02 keeps altitude and tagging flags where they never reach its file.
+RecordFile::header_t& RecordFileCreater::headerWithAllFields() {
+  return headerOf(version_ == RTV_VER_02 ? RTV_VER_03 : version_);
+}
+
+bool RecordFileCreater::addFrame(int timeFlag, const std::string& data, int x, int y, int z,
+                                 unsigned int relativeDistance, unsigned short speed,
+                                 unsigned short direction, const can_data_io* can) {
+  if (data.size() > UINT32_MAX) return false;
+  return addFrame(timeFlag, data.data(), static_cast<unsigned int>(data.size()), x, y, z,
+                  relativeDistance, speed, direction, can);
+}
+
+bool RecordFileCreater::addFrame(int timeFlag, const char* data, unsigned int length, int x, int y,
+                                 int z, unsigned int relativeDistance, unsigned short speed,
+                                 unsigned short direction, const can_data_io* can) {
+  if (!isOpen() || framesWritten_ >= headerOf(version_).frames_max) return false;
+  if (data == nullptr && length > 0) return false;
+  const unsigned long offset = fileSize_;
+  if (!appendBytes(data, length)) return false;
+  const unsigned short index = framesWritten_++;
+
+  const frametag03Ver_t tag = {timeFlag, offset,           length, x,        y,
+                               z,        relativeDistance, speed,  direction};
+  unsigned char bytes[kTagSizeMax];
+  if (version_ == RTV_VER_02) {
+    put(bytes, version02Tag(tag));
+  } else {
+    put(bytes, tag);
+    can_data_io block;
+    can_data_io_purge(&block);
+    put(bytes + sizeof tag, can != nullptr ? *can : block);
+  }
+  return storeTag(bytes, index);
+}
+
+bool RecordFileCreater::appendBytes(const char* data, unsigned int length) {
+  const auto resize = [this](unsigned long size) {
+    return ::ftruncate(file_->get(), static_cast<off_t>(size)) == 0;
+  };
+  if (resize(fileSize_ + length)) {
+    if (file_->writeAt(data, length, fileSize_)) {
+      fileSize_ += length;
+      return true;
+    }
+    const int cause = errno;
+    resize(fileSize_);
+    errno = cause;
+  }
+  velmar_logger::e(kTag, "Error: ftruncate fail %s, %s", temporaryPath_.c_str(),
+                   std::strerror(errno));
+  return false;
+}
+
+bool RecordFileCreater::storeTag(const unsigned char* tag, unsigned int index) {
+  const RtvLayout layout = rtvLayout(version_);
+  MemoryMap map;
+  if (!map.map(file_->get(), fileSize_, MemoryMap::Access::ReadWrite)) {
+    velmar_logger::e(kTag, "Error: mmap fail %s", std::strerror(errno));
+    // The frame counts already, and without its tag the file would not open.
+    file_->writeAt(tag, layout.tagSize, layout.tagAt(index));
+    return false;
+  }
+  std::memcpy(map.data() + layout.tagAt(index), tag, layout.tagSize);
+  map.flush();
+  if (!map.unmap()) velmar_logger::e(kTag, "Error: munmap fail: %s", temporaryPath_.c_str());
+  return true;
+}
+
+bool RecordFileCreater::close() {
+  if (!isOpen()) return false;
+  headerOf(version_).frames_count = framesWritten_;
+  const bool stored = storeHeader();
+  file_.reset();
+  if (!stored) return false;
+  const int cause = publishFile(temporaryPath_, fileName_);
+  if (cause != 0) {
+    velmar_logger::e(kTag, "Error: rename fail %s, %s", temporaryPath_.c_str(),
+                     std::strerror(cause));
+  }
+  return cause == 0;
+}
+
+bool RecordFileCreater::storeHeader() {
+  unsigned char bytes[kHeaderSizeMax] = {};
+  encodeHeader(bytes);
+  const unsigned int size = rtvLayout(version_).headerSize;
+  return changeMapped([&](unsigned char* file) { std::memcpy(file, bytes, size); }) ||
+         file_->writeAt(bytes, size, 0);
+}
+
+void RecordFileCreater::encodeHeader(unsigned char* bytes) const {
+  const RtvLayout layout = rtvLayout(version_);
+  const header_t& header = headerOf(version_);
+  const auto* version = version_ == RTV_VER_02   ? VERSION_V02
+                        : version_ == RTV_VER_03 ? VERSION_V03
+                                                 : VERSION;
+  const auto* magic = version_ == RTV_VER_02   ? MAGIC_CODE_V02
+                      : version_ == RTV_VER_03 ? MAGIC_CODE_V03
+                                               : MAGIC_CODE;
+  std::memcpy(bytes + kMagicCodeAt, magic, layout.magicSize);
+  put(bytes + kVersionMajorAt, version[0]);
+  put(bytes + kVersionMinorAt, version[1]);
+  put(bytes + kDeviceIdAt, header.device_id);
+  put(bytes + kStartTimeAt, header.start_time);
+  put(bytes + kLngAt, header.lng);
+  put(bytes + kLatAt, header.lat);
+  if (layout.hasFlagsAndAltitude) {
+    put(bytes + kFlagsAt, header.flags);
+    put(bytes + kAltAt, header.alt);
+  }
+  put(bytes + layout.framesCountAt(), header.frames_count);
+  put(bytes + layout.framesMaxAt(), header.frames_max);
+  put(bytes + layout.widthAt(), header.width);
+  put(bytes + layout.heightAt(), header.height);
+  put(bytes + layout.frameFormatAt(), header.frame_format);
+  put(bytes + layout.frameCodecAt(), header.frame_codec);
+  put(bytes + layout.taggingFlagsAt(), header.tagging_flags);
+}
+
+bool RecordFileCreater::changeMapped(const std::function<void(unsigned char*)>& change) {
+  MemoryMap map;
+  if (!map.map(file_->get(), fileSize_, MemoryMap::Access::ReadWrite)) {
+    velmar_logger::e(kTag, "Error: mmap fail: pHeader: %p, %s, %s", MAP_FAILED,
+                     temporaryPath_.c_str(), std::strerror(errno));
+    return false;
+  }
+  change(map.data());
+  map.flush();
+  if (!map.unmap()) {
+    velmar_logger::e(kTag, "Error: munmap fail: %s, %s", temporaryPath_.c_str(),
+                     std::strerror(errno));
+  }
+  return true;
+}

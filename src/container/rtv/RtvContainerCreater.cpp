@@ -1,0 +1,82 @@
+#include "container/rtv/RtvContainerCreater.h"
+
+#include "container/rtv/RtvLayout.h"
+#include "velmar_video/TypeConversion.h"
+
+namespace {
+
+constexpr unsigned short kFramesMax = 65535;
+constexpr unsigned long kMicroseconds = 1000;  // in a millisecond
+
+}  // namespace
+
+RtvContainerCreater::RtvContainerCreater(const std::string& path)
+    : VelmarVideoFileCreater(path),
+      writer_(std::make_shared<RecordFileCreater>(path, kFramesMax, RTV_VER_03, nullptr)) {}
+
+RtvContainerCreater::~RtvContainerCreater() { RtvContainerCreater::close(); }
+
+// The writer's constructor has done it all. Whether it could is for close() to tell.
+VELMAR_ERROR_CODE_E RtvContainerCreater::open() {
+  if (opened_) return VELMAR_ERROR_CODE_DUPLICATE_INIT_E;
+  opened_ = true;
+  return VELMAR_ERROR_CODE_SUCCESS_E;
+}
+
+VELMAR_ERROR_CODE_E RtvContainerCreater::close() {
+  if (!opened_ || closed_) return VELMAR_ERROR_CODE_NOT_INIT_E;
+  closed_ = true;
+  const bool finished = writer_->close();
+  return finished && !refused_ ? VELMAR_ERROR_CODE_SUCCESS_E
+                               : VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
+}
+
+void RtvContainerCreater::setUndistortFlags() {
+  unsigned int flags = 0;
+  writer_->getTaggingFlags(flags);
+  writer_->setTaggingFlags(flags | kUndistortedFlag);
+}
+
+void RtvContainerCreater::setDeviceId(const unsigned char* id, unsigned int length) {
+  writer_->setDeviceId(id, length);
+}
+
+void RtvContainerCreater::setStartTime(unsigned long startTime) {
+  startTime_ = startTime;
+  writer_->setStartTime(startTime / kMicroseconds);
+}
+
+void RtvContainerCreater::setVideoResolution(unsigned short width, unsigned short height) {
+  writer_->setVideoResolution(width, height);
+}
+
+void RtvContainerCreater::setFrameFormat(VELMAR_FORMAT_E format) {
+  writer_->setFrameFormat(velmarFormat2RTVFormat(format));
+}
+
+void RtvContainerCreater::setFrameCodec(VELMAR_CODEC_E codec) {
+  writer_->setFrameCodec(velmarCodec2RTVCodec(codec));
+}
+
+int RtvContainerCreater::relativeTime(unsigned long sensorTime) const {
+  return static_cast<int>(sensorTime / kMicroseconds - startTime_ / kMicroseconds);
+}
+
+bool RtvContainerCreater::addFrame(const std::string& jpegData, unsigned long sensorTime,
+                                   unsigned long /*arrivedTime*/) {
+  refused_ |= !writer_->addFrame(relativeTime(sensorTime), jpegData, 0, 0, 0, 0, 0, 0, nullptr);
+  return true;
+}
+
+bool RtvContainerCreater::addFrame(const unsigned char* jpegData, unsigned int size,
+                                   unsigned long sensorTime, unsigned long /*arrivedTime*/) {
+  refused_ |= !writer_->addFrame(relativeTime(sensorTime), reinterpret_cast<const char*>(jpegData),
+                                 size, 0, 0, 0, 0, 0, 0, nullptr);
+  return true;
+}
+
+void RtvContainerCreater::setCameraParams(const std::string& /*params*/) {}
+
+void RtvContainerCreater::setExtendedInfo(const std::string& /*info*/) {}
+
+void RtvContainerCreater::setTaggingFlags(unsigned int flags) { writer_->setTaggingFlags(flags); }

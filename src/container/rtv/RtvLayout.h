@@ -1,0 +1,60 @@
+/// Where things lie in an RTV file: what its three versions share, and where they differ.
+#ifndef VELMAR_RTV_RTV_LAYOUT_H
+#define VELMAR_RTV_RTV_LAYOUT_H
+
+#include "velmar_video/VelmarVideoCommDef.h"
+
+// Offsets in the header that all versions share, bytes.
+constexpr unsigned int kMagicCodeAt = 0;
+constexpr unsigned int kFlagsAt = 11;  ///< versions 03 and 04; the last byte of the magic in 02
+constexpr unsigned int kVersionMajorAt = 12;
+constexpr unsigned int kVersionMinorAt = 13;
+constexpr unsigned int kDeviceIdAt = 14;
+constexpr unsigned int kDeviceIdSize = 24;
+constexpr unsigned int kStartTimeAt = 38;
+constexpr unsigned int kLngAt = 46;
+constexpr unsigned int kLatAt = 50;
+constexpr unsigned int kAltAt = 54;  ///< versions 03 and 04
+
+/// What differs, bytes.
+struct RtvLayout {
+  unsigned int headerSize;
+  unsigned int tagSize;
+  unsigned int magicSize;  ///< with its terminator
+  bool hasFlagsAndAltitude;
+
+  // The header ends with the same fields in every version.
+  constexpr unsigned int framesCountAt() const { return headerSize - 14; }
+  constexpr unsigned int framesMaxAt() const { return headerSize - 12; }
+  constexpr unsigned int widthAt() const { return headerSize - 10; }
+  constexpr unsigned int heightAt() const { return headerSize - 8; }
+  constexpr unsigned int frameFormatAt() const { return headerSize - 6; }
+  constexpr unsigned int frameCodecAt() const { return headerSize - 5; }
+  constexpr unsigned int taggingFlagsAt() const { return headerSize - 4; }
+
+  /// From the start of the file.
+  constexpr unsigned long tagAt(unsigned int index) const {
+    return headerSize + static_cast<unsigned long>(index) * tagSize;
+  }
+};
+
+/// Every value but RTV_VER_02 and RTV_VER_03 stands for version 04.
+constexpr RtvLayout rtvLayout(version_e version) {
+  switch (version) {
+    case RTV_VER_02:
+      return {68, 29, 12, false};
+    case RTV_VER_03:
+      return {72, 36, 11, true};
+    default:
+      return {72, 145, 11, true};
+  }
+}
+
+/// The bit of the tagging flags that marks the frames as undistorted.
+constexpr unsigned int kUndistortedFlag = 0x10;
+
+/// Start times of version 02 count from here, those of later versions from 1970: 2015-01-01
+/// 00:00:00 UTC, milliseconds.
+constexpr unsigned long kVersion02Epoch = 1420070400000;
+
+#endif

@@ -1,0 +1,561 @@
+#include "velmar_video/rtv/TaggedVideoParser.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <turbojpeg.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+
+#include "common/ImageGeometry.h"
+#include "container/rtv/CanByteOrder.h"
+#include "container/rtv/RtvLayout.h"
+#include "container/rtv/TaggedVideoParserState.h"
+#include "velmar_logger/velmar_logger.h"
+#include "velmar_video/TypeConversion.h"
+
+namespace {
+
+constexpr float kHundredths = 100.0F;
+
+template <typename T>
+T valueAt(const unsigned char* bytes) {
+  T value;
+  std::memcpy(&value, bytes, sizeof value);
+  return value;
+}
+
+int signed24(const unsigned char (&bytes)[3]) {
+  // Into the upper three bytes and down again, which extends the sign.
+  const unsigned int value = bytes[0] | bytes[1] << 8 | static_cast<unsigned int>(bytes[2]) << 16;
+  return static_cast<int>(value << 8) >> 8;
+}
+
+// In 32 bits, where the lowest value is its own magnitude.
+unsigned int magnitude(int value) {
+  const auto bits = static_cast<unsigned int>(value);
+  return value < 0 ? 0U - bits : bits;
+}
+
+tjscalingfactor forTurboJpeg(TaggedVideoParser::ScalingFactor factor) {
+  return {factor.num, factor.denom};
+}
+
+}  // namespace
+
+const std::string TaggedVideoParser::IDENTIFIER = "velmar";
+const std::string TaggedVideoParser::TAG = "TaggedVideoParser";
+
+TaggedVideoParser::TaggedVideoParser() : state_(std::make_unique<State>()) {}
+
+TaggedVideoParser::~TaggedVideoParser() { clear(); }
+
+ErrorCode_e TaggedVideoParser::init(const char* path) { return init(path, {false, TAG.c_str()}); }
+
+ErrorCode_e TaggedVideoParser::init(const char* path, const InitMode& mode) {
+  const std::lock_guard lock(state_->mMutex);
+  if (const auto code = beforeInitCheck(path, mode)) return code;
+  if (const auto code = open(path, mode)) return code;
+  ErrorCode_e result = RTV_ERR_BUFFER_NOT_ALLOCATED;
+  try {
+    result = load(mode);
+    if (result == RTV_ERR_SUCCESS) fileName_ = path;
+  } catch (const std::exception&) {
+    result = RTV_ERR_BUFFER_NOT_ALLOCATED;
+  }
+  if (result != RTV_ERR_SUCCESS) release();
+  return result;
+}
+
+ErrorCode_e TaggedVideoParser::clear() {
+  const std::lock_guard lock(state_->mMutex);
+  release();
+  fileName_.clear();
+  RecordFile::clear();
+  return RTV_ERR_SUCCESS;
+}
+
+void TaggedVideoParser::release() {
+  state_->mMapAddr.unmap();
+  state_->mFileFd.close();
+  state_->mFileSize = 0;
+}
+
+ErrorCode_e TaggedVideoParser::beforeInitCheck(const char* path) {
+  return beforeInitCheck(path, {false, TAG.c_str()});
+}
+
+ErrorCode_e TaggedVideoParser::beforeInitCheck(const char* path, const InitMode& mode) const {
+  if (state_->mMapAddr.isMapped()) {
+    velmar_logger::e(mode.tag, "TaggedVideoParser::init: Error: already inited by %s\n",
+                     fileName_.c_str());
+    return RTV_ERR_DUPLICATE_INIT;
+  }
+  if (path == nullptr) return RTV_ERR_NULL_POINTER;
+  if (*path == '\0') return RTV_ERR_INVALID_FILE_NAME;
+  if (::access(path, F_OK) != 0) return RTV_ERR_FILE_NOT_EXIST;
+  if (::access(path, R_OK) != 0) return RTV_ERR_STATUS_FILE_CANNOT_READ;
+  return RTV_ERR_SUCCESS;
+}
+
+ErrorCode_e TaggedVideoParser::open(const char* path, const InitMode& mode) {
+  struct stat status {};
+  if (::stat(path, &status) != 0 || status.st_size == 0) return RTV_ERR_FILE_SIZE_IS_ZERO;
+  FileDescriptor file(path, mode.writable ? O_RDWR : O_RDONLY);
+  if (!file.isOpen()) {
+    velmar_logger::e(mode.tag, "TaggedVideoParser::init: Error: open fail: %s, %s\n", path,
+                     std::strerror(errno));
+    return RTV_ERR_FILE_OPEN_FAIL;
+  }
+  const auto size = static_cast<unsigned long>(status.st_size);
+  const auto access = mode.writable ? MemoryMap::Access::ReadWrite : MemoryMap::Access::ReadOnly;
+  if (!state_->mMapAddr.mapIfWhole(file.get(), size, access)) {
+    velmar_logger::e(mode.tag, "mmap fail: %s", std::strerror(errno));
+    file.release();  // stays open: part of the contract
+    return RTV_ERR_FILE_MMAP_FAIL;
+  }
+  state_->mFileFd = std::move(file);
+  state_->mFileSize = size;
+  return RTV_ERR_SUCCESS;
+}
+
+ErrorCode_e TaggedVideoParser::load(const InitMode& mode) {
+  if (!readVersion(mode) || !readIdentifier()) return RTV_ERR_NOT_VELMAR_VIDEO_FORMAT;
+  readHeader();
+  if (const auto code = readTags(mode)) return code;
+  return checkComplete(mode);
+}
+
+bool TaggedVideoParser::readVersion(const InitMode& mode) {
+  const unsigned char* file = state_->mMapAddr.data();
+  const bool isThere = state_->mFileSize > kVersionMinorAt;
+  const unsigned int major = isThere ? file[kVersionMajorAt] : 0;
+  const unsigned int minor = isThere ? file[kVersionMinorAt] : 0;
+  if (major != 0 || minor < 1 || minor > 4) {
+    velmar_logger::e(mode.tag, "version unknown: %u.%u\n", major, minor);
+    return false;
+  }
+  version_ = minor <= 2 ? RTV_VER_02 : minor == 3 ? RTV_VER_03 : RTV_VER_04;
+  return true;
+}
+
+bool TaggedVideoParser::readIdentifier() {
+  const RtvLayout layout = rtvLayout(version_);
+  const auto* file = reinterpret_cast<const char*>(state_->mMapAddr.data());
+  auto& magic = headerOf(version_).magic_code;
+  std::memset(magic, 0, sizeof magic);
+  if (state_->mFileSize < layout.headerSize ||
+      std::strncmp(file, IDENTIFIER.c_str(), IDENTIFIER.size()) != 0) {
+    return false;
+  }
+  std::memcpy(magic, file + kMagicCodeAt, layout.magicSize);
+  return true;
+}
+
+void TaggedVideoParser::readHeader() {
+  const RtvLayout layout = rtvLayout(version_);
+  const unsigned char* file = state_->mMapAddr.data();
+  header_t& header = headerOf(version_);
+  // Version 02 is never swapped.
+  const auto read = [&]<typename T>(T& field, unsigned int at) {
+    const T stored = valueAt<T>(file + at);
+    field = version_ == RTV_VER_02 ? stored : swauto(stored);
+  };
+  if (layout.hasFlagsAndAltitude) header.flags = file[kFlagsAt];  // before anything is swapped
+  header.version_major = file[kVersionMajorAt];
+  header.version_minor = file[kVersionMinorAt];
+  std::memcpy(header.device_id, file + kDeviceIdAt, kDeviceIdSize);
+  read(header.start_time, kStartTimeAt);
+  read(header.lng, kLngAt);
+  read(header.lat, kLatAt);
+  if (layout.hasFlagsAndAltitude) read(header.alt, kAltAt);
+  read(header.frames_count, layout.framesCountAt());
+  read(header.frames_max, layout.framesMaxAt());
+  read(header.width, layout.widthAt());
+  read(header.height, layout.heightAt());
+  header.frame_format = static_cast<format_e>(file[layout.frameFormatAt()]);
+  header.frame_codec = static_cast<codec_e>(file[layout.frameCodecAt()]);
+  read(header.tagging_flags, layout.taggingFlagsAt());
+}
+
+ErrorCode_e TaggedVideoParser::readTags(const InitMode& mode) {
+  const RtvLayout layout = rtvLayout(version_);
+  const unsigned int count = headerOf(version_).frames_count;
+  if (count == 0 || layout.tagAt(count) > state_->mFileSize) {
+    velmar_logger::e(mode.tag, "tag table of %u frames: mFileSize: %lu\n", count,
+                     state_->mFileSize);
+    return RTV_ERR_VIDEO_NOT_COMPLETE;
+  }
+  const unsigned char* table = state_->mMapAddr.data() + layout.headerSize;
+  if (version_ == RTV_VER_02) {
+    const auto* tags = reinterpret_cast<const frametag_02ver_t*>(table);
+    tagsVer02_.assign(tags, tags + count);
+    return RTV_ERR_SUCCESS;
+  }
+  if (version_ == RTV_VER_03) {
+    const auto* tags = reinterpret_cast<const frametag03Ver_t*>(table);
+    tagsVer03_.assign(tags, tags + count);
+    if (mustSwapTag()) {
+      for (frametag03Ver_t& tag : tagsVer03_) swauto(tag);
+    }
+    return RTV_ERR_SUCCESS;
+  }
+  return readTagsVer04(table, count);
+}
+
+ErrorCode_e TaggedVideoParser::readTagsVer04(const unsigned char* table, unsigned int count) {
+  tags_.clear();
+  tags_.reserve(count);
+  for (unsigned int i = 0; i < count; ++i) {
+    frametag_t& tag = tags_.emplace_back(this);
+    if (!tag.fill(table + rtvLayout(version_).tagSize * i, CAN_SIZE_ALIGNED)) {
+      return RTV_ERR_BUFFER_NOT_ALLOCATED;
+    }
+    // The array is to hold what a copy of the tag holds, which aligns the block once more. Doing
+    // that in place saves the second block.
+    can_data_init_ptr(tag.pCan(), true);
+  }
+  return RTV_ERR_SUCCESS;
+}
+
+ErrorCode_e TaggedVideoParser::checkComplete(const InitMode& mode) {
+  const auto last = static_cast<unsigned short>(headerOf(version_).frames_count - 1);
+  unsigned long offset = 0;
+  unsigned int length = 0;
+  getRawImageRange(last, offset, length, false, nullptr);
+  const unsigned long fileSize = state_->mFileSize;
+  if (offset <= fileSize && length == fileSize - offset) return RTV_ERR_SUCCESS;
+  const bool isShorter = offset > fileSize || length > fileSize - offset;
+  velmar_logger::e(mode.tag, "mFileSize: %lu %s (lastFrmOffset: %lu + lastFrmDatLen: %u)\n",
+                   fileSize, isShorter ? "<" : ">", offset, length);
+  return RTV_ERR_VIDEO_NOT_COMPLETE;
+}
+
+ErrorCode_e TaggedVideoParser::checkInit() const {
+  return state_->mMapAddr.isMapped() ? RTV_ERR_SUCCESS : RTV_ERR_NOT_INIT;
+}
+
+ErrorCode_e TaggedVideoParser::loadAllFromFile() { return checkInit(); }
+
+ErrorCode_e TaggedVideoParser::getVersion(version_e& version) {
+  if (const auto code = checkInit()) return code;
+  version = version_;
+  return RTV_ERR_SUCCESS;
+}
+
+template <typename T>
+ErrorCode_e TaggedVideoParser::getHeaderField(T header_t::*field, T& value) const {
+  if (const auto code = checkInit()) return code;
+  value = headerOf(version_).*field;
+  return RTV_ERR_SUCCESS;
+}
+
+ErrorCode_e TaggedVideoParser::getFramesCount(unsigned short& count) {
+  return getHeaderField(&header_t::frames_count, count);
+}
+
+ErrorCode_e TaggedVideoParser::getFramesMax(unsigned short& max) {
+  return getHeaderField(&header_t::frames_max, max);
+}
+
+ErrorCode_e TaggedVideoParser::getImageResolution(unsigned short& width, unsigned short& height) {
+  if (const auto code = getHeaderField(&header_t::width, width)) return code;
+  return getHeaderField(&header_t::height, height);
+}
+
+ErrorCode_e TaggedVideoParser::getColorFormat(format_e& format) {
+  return getHeaderField(&header_t::frame_format, format);
+}
+
+ErrorCode_e TaggedVideoParser::getCodec(codec_e& codec) {
+  return getHeaderField(&header_t::frame_codec, codec);
+}
+
+ErrorCode_e TaggedVideoParser::getStartTime(unsigned long& startTime) {
+  return getHeaderField(&header_t::start_time, startTime);
+}
+
+ErrorCode_e TaggedVideoParser::getTaggingFlags(unsigned int& flags) {
+  return getHeaderField(&header_t::tagging_flags, flags);
+}
+
+ErrorCode_e TaggedVideoParser::getDeviceId(unsigned char* buf, unsigned int size) {
+  if (const auto code = checkInit()) return code;
+  if (size < kDeviceIdSize) return RTV_ERR_INVALID_PARAMETER;
+  if (buf == nullptr) return RTV_ERR_BUFFER_NOT_ALLOCATED;
+  std::memcpy(buf, headerOf(version_).device_id, kDeviceIdSize);
+  return RTV_ERR_SUCCESS;
+}
+
+ErrorCode_e TaggedVideoParser::getImageColorFormat(format_e& format) {
+  format = state_->mImageColorFormat;
+  return RTV_ERR_SUCCESS;
+}
+
+double TaggedVideoParser::NDS2Degree(int v) { return v * 90.0 * 9.313225746154785e-10; }
+
+ErrorCode_e TaggedVideoParser::getStdPosition(double& lat, double& lng, double& alt) {
+  if (const auto code = checkInit()) return code;
+  const header_t& header = headerOf(version_);
+  lat = NDS2Degree(header.lat);
+  lng = NDS2Degree(header.lng);
+  alt = version_ == RTV_VER_02 ? 0.0 : version_ == RTV_VER_03 ? header.alt : header.alt / 100.0;
+  velmar_logger::i(TAG.c_str(), "getStdPosition: lat = %f, lng = %f, alt = %f", lat, lng, alt);
+  return RTV_ERR_SUCCESS;
+}
+
+ErrorCode_e TaggedVideoParser::checkIndex(unsigned short index) {
+  unsigned short count = 0;
+  if (const auto code = getFramesCount(count)) return code;
+  return index < count ? RTV_ERR_SUCCESS : RTV_ERR_INVALID_PARAMETER;
+}
+
+ErrorCode_e TaggedVideoParser::checkCorruption(unsigned short index, unsigned short& rIndex) {
+  rIndex = index;
+  return RTV_ERR_SUCCESS;
+}
+
+TaggedVideoParser::FrameTag TaggedVideoParser::tagAt(unsigned short index) const {
+  if (version_ == RTV_VER_02) {
+    const frametag_02ver_t& tag = tagsVer02_[index];
+    return {tag.time_flag,
+            tag.data_offset,
+            tag.data_length,
+            signed24(tag.x),
+            signed24(tag.y),
+            0,
+            signed24(tag.relative_distance),
+            tag.speed,
+            tag.direction};
+  }
+  if (version_ == RTV_VER_03) {
+    const frametag03Ver_t& tag = tagsVer03_[index];
+    return {tag.time_flag, tag.data_offset,       tag.data_length, tag.x,        tag.y,
+            tag.z,         tag.relative_distance, tag.speed,       tag.direction};
+  }
+  const frametag_t& tag = tags_[index];
+  return {tag.time_flag(), tag.data_offset(),       tag.data_length(), tag.x(),        tag.y(),
+          tag.z(),         tag.relative_distance(), tag.speed(),       tag.direction()};
+}
+
+ErrorCode_e TaggedVideoParser::findTag(unsigned short index, FrameTag& tag) {
+  if (const auto code = checkIndex(index)) return code;
+  tag = tagAt(index);
+  return RTV_ERR_SUCCESS;
+}
+
+ErrorCode_e TaggedVideoParser::getTimeFlag(unsigned short index, int& timeFlag) {
+  FrameTag tag;
+  if (const auto code = findTag(index, tag)) return code;
+  timeFlag = tag.timeFlag;
+  return RTV_ERR_SUCCESS;
+}
+
+ErrorCode_e TaggedVideoParser::getTimeStamp(unsigned short index, unsigned long& timestamp) {
+  FrameTag tag;
+  if (const auto code = findTag(index, tag)) return code;
+  const unsigned long epoch = version_ == RTV_VER_02 ? kVersion02Epoch : 0;
+  timestamp = epoch + headerOf(version_).start_time + magnitude(tag.timeFlag);
+  return RTV_ERR_SUCCESS;
+}
+
+ErrorCode_e TaggedVideoParser::getRelPosition(unsigned short index, float& a, float& b, float& c) {
+  FrameTag tag;
+  if (const auto code = findTag(index, tag)) return code;
+  a = static_cast<float>(tag.y) / kHundredths;
+  b = static_cast<float>(tag.x) / kHundredths;
+  c = static_cast<float>(tag.z) / kHundredths;
+  return RTV_ERR_SUCCESS;
+}
+
+ErrorCode_e TaggedVideoParser::getRelDistance(unsigned short index, float& distance) {
+  FrameTag tag;
+  if (const auto code = findTag(index, tag)) return code;
+  distance = static_cast<float>(tag.relativeDistance) / kHundredths;
+  return RTV_ERR_SUCCESS;
+}
+
+ErrorCode_e TaggedVideoParser::getSpeed(unsigned short index, float& speed) {
+  FrameTag tag;
+  if (const auto code = findTag(index, tag)) return code;
+  speed = static_cast<float>(tag.speed) / kHundredths;
+  return RTV_ERR_SUCCESS;
+}
+
+ErrorCode_e TaggedVideoParser::getDirection(unsigned short index, float& direction) {
+  FrameTag tag;
+  if (const auto code = findTag(index, tag)) return code;
+  direction = tag.direction;
+  return RTV_ERR_SUCCESS;
+}
+
+ErrorCode_e TaggedVideoParser::getCAN(unsigned short index, can_data& can) {
+  if (const auto code = checkInit()) return code;
+  if (version_ != RTV_VER_04) {
+    can_data_io_purge(reinterpret_cast<can_data_io*>(&can));
+    can_data_init_ptr(&can, false);
+    return RTV_ERR_SUCCESS;
+  }
+  if (const auto code = checkIndex(index)) return code;
+  can_data_assign(can, *tags_[index].pCan());
+  return RTV_ERR_SUCCESS;
+}
+
+ErrorCode_e TaggedVideoParser::getCANRecord(unsigned short index, can_data_io& record) {
+  if (const auto code = checkIndex(index)) return code;
+  if (version_ != RTV_VER_04) {
+    can_data_io_purge(&record);
+    return RTV_ERR_SUCCESS;
+  }
+  record = valueAt<can_data_io>(state_->mMapAddr.data() + rtvLayout(version_).tagAt(index) +
+                                sizeof(frametag03Ver_t));
+  // By this file's own flags, not by the latch.
+  const bool fileIsBigEndian = (header_.flags & 1) != 0;
+  if (fileIsBigEndian != isCPUBigEndian()) reverseCanFields(record, true, true, true);
+  return RTV_ERR_SUCCESS;
+}
+
+void TaggedVideoParser::getRawImageRange(unsigned short index, unsigned long& offset,
+                                         unsigned int& size, bool useCorruptionCheck,
+                                         unsigned short* rIndex) {
+  if (checkIndex(index) != RTV_ERR_SUCCESS) return;
+  unsigned short chosen = index;
+  if (useCorruptionCheck) checkCorruption(index, chosen);
+  if (rIndex != nullptr) *rIndex = chosen;
+  const FrameTag tag = tagAt(chosen);
+  offset = tag.dataOffset;
+  size = tag.dataLength;
+}
+
+ErrorCode_e TaggedVideoParser::getRawImageSize(unsigned short index, unsigned int& size,
+                                               bool useCorruptionCheck) {
+  if (const auto code = checkIndex(index)) return code;
+  unsigned long offset = 0;
+  getRawImageRange(index, offset, size, useCorruptionCheck, nullptr);
+  return RTV_ERR_SUCCESS;
+}
+
+ErrorCode_e TaggedVideoParser::findBytes(unsigned long offset, unsigned int length,
+                                         const unsigned char*& bytes) const {
+  if (offset > state_->mFileSize || length > state_->mFileSize - offset) {
+    return RTV_ERR_VIDEO_NOT_COMPLETE;
+  }
+  bytes = state_->mMapAddr.data() + offset;
+  return RTV_ERR_SUCCESS;
+}
+
+ErrorCode_e TaggedVideoParser::getRawImage(unsigned short index, unsigned int bufSize,
+                                           unsigned char* buf) {
+  if (const auto code = checkIndex(index)) return code;
+  unsigned long offset = 0;
+  unsigned int length = 0;
+  getRawImageRange(index, offset, length, true, nullptr);
+  if (length > bufSize) return RTV_ERR_INVALID_PARAMETER;
+  if (buf == nullptr) return RTV_ERR_BUFFER_NOT_ALLOCATED;
+  const unsigned char* bytes = nullptr;
+  if (const auto code = findBytes(offset, length, bytes)) return code;
+  std::memcpy(buf, bytes, length);
+  return RTV_ERR_SUCCESS;
+}
+
+ErrorCode_e TaggedVideoParser::getRawImage(unsigned short index, std::string& out) {
+  if (const auto code = checkIndex(index)) return code;
+  unsigned long offset = 0;
+  unsigned int length = 0;
+  getRawImageRange(index, offset, length, true, nullptr);
+  const unsigned char* bytes = nullptr;
+  if (const auto code = findBytes(offset, length, bytes)) return code;
+  try {
+    out.assign(reinterpret_cast<const char*>(bytes), length);
+  } catch (const std::exception&) {
+    return RTV_ERR_BUFFER_NOT_ALLOCATED;
+  }
+  return RTV_ERR_SUCCESS;
+}
+
+TaggedVideoParser::ScalingFactor TaggedVideoParser::getScalingFactor(ScaleFactor_e scale) {
+  static constexpr std::array<ScalingFactor, 8> kFactors = {
+      {{1, 1}, {7, 8}, {3, 4}, {5, 8}, {1, 2}, {3, 8}, {1, 4}, {1, 8}}};
+  const auto index = static_cast<std::size_t>(scale);
+  return index < kFactors.size() ? kFactors[index] : kFactors[RTV_SCALE_1_1];
+}
+
+bool TaggedVideoParser::getPixelFormat(format_e format, int* pixelFormat) {
+  switch (format) {
+    case RTV_FMT_RGB:
+      *pixelFormat = TJPF_RGB;
+      return true;
+    case RTV_FMT_BGR:
+      *pixelFormat = TJPF_BGR;
+      return true;
+    case RTV_FMT_GRAY:
+      *pixelFormat = TJPF_GRAY;
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool TaggedVideoParser::getPixelSize(format_e format, int* bytes) {
+  int pixelFormat = 0;
+  if (!getPixelFormat(format, &pixelFormat)) return false;
+  *bytes = tjPixelSize[pixelFormat];
+  return true;
+}
+
+ErrorCode_e TaggedVideoParser::getImageSizeInBytes(unsigned int& size, format_e format,
+                                                   ScaleFactor_e scale, unsigned short cropTop,
+                                                   unsigned short cropBottom,
+                                                   unsigned short* outWidth,
+                                                   unsigned short* outHeight) {
+  unsigned short width = 0;
+  unsigned short height = 0;
+  if (const auto code = getImageResolution(width, height)) return code;
+  int pixelSize = 0;
+  if (!getPixelSize(format, &pixelSize)) return RTV_ERR_COLOR_FORMAT_NOT_SUPPROT;
+  const ImageGeometry geometry(width, height, forTurboJpeg(getScalingFactor(scale)), cropTop,
+                               cropBottom, pixelSize);
+  if (!geometry.isValid()) return RTV_ERR_INVALID_PARAMETER;
+  size = static_cast<unsigned int>(geometry.size());
+  if (outWidth != nullptr) *outWidth = static_cast<unsigned short>(geometry.width);
+  if (outHeight != nullptr) *outHeight = static_cast<unsigned short>(geometry.rows());
+  return RTV_ERR_SUCCESS;
+}
+
+ErrorCode_e TaggedVideoParser::getImage(unsigned short index, unsigned int size, unsigned char* buf,
+                                        format_e format, ScaleFactor_e scale,
+                                        unsigned short cropTop, unsigned short cropBottom) {
+  if (const auto code = checkIndex(index)) {
+    velmar_logger::e(TAG.c_str(), "checkIndex fail: index: %u:, ret: %d", index, code);
+    return code;
+  }
+  unsigned short width = 0;
+  unsigned short height = 0;
+  getImageResolution(width, height);
+  int pixelFormat = 0;
+  int pixelSize = 0;
+  if (!getPixelFormat(format, &pixelFormat) || !getPixelSize(format, &pixelSize)) {
+    return RTV_ERR_COLOR_FORMAT_NOT_SUPPROT;
+  }
+  const ImageGeometry geometry(width, height, forTurboJpeg(getScalingFactor(scale)), cropTop,
+                               cropBottom, pixelSize);
+  if (!geometry.isDecodableTo(size)) return RTV_ERR_INVALID_PARAMETER;
+  if (buf == nullptr) return RTV_ERR_BUFFER_NOT_ALLOCATED;
+
+  unsigned short rIndex = index;
+  unsigned long offset = 0;
+  unsigned int length = 0;
+  getRawImageRange(index, offset, length, true, &rIndex);
+  const unsigned char* jpeg = nullptr;
+  if (const auto code = findBytes(offset, length, jpeg)) return code;
+  const auto code = state_->decoder.decode(jpeg, length, geometry, pixelFormat, buf);
+  if (code == VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E) {
+    velmar_logger::e(TAG.c_str(), "tjDecompress2 error: %s, index: %u, r_index: %u\n",
+                     tjGetErrorStr(), index, rIndex);
+  }
+  return velmarErrorCode2RTVErrorCode(code);
+}

@@ -1,0 +1,21 @@
+#ifndef VELMAR_RTV_TAGGED_VIDEO_PARSER_STATE_H
+#define VELMAR_RTV_TAGGED_VIDEO_PARSER_STATE_H
+
+#include <mutex>
+
+#include "common/FileDescriptor.h"
+#include "common/JpegDecoder.h"
+#include "common/MemoryMap.h"
+#include "velmar_video/rtv/TaggedVideoParser.h"
+
+/// What the public class keeps out of its header.
+struct TaggedVideoParser::State {
+  FileDescriptor mFileFd;
+  MemoryMap mMapAddr;  ///< mapped while, and only while, the parser is initialised
+  unsigned long mFileSize = 0;
+  JpegDecoder decoder;
+  format_e mImageColorFormat = RTV_FMT_BGR;
+  std::mutex mMutex;  ///< held by init() and clear()
+};
+
+#endif

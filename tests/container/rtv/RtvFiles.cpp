@@ -1,0 +1,45 @@
+#include "container/rtv/RtvFiles.h"
+
+#include <algorithm>
+
+std::string RtvFile::number(unsigned long value, unsigned bytes) const {
+  std::string text;
+  for (unsigned i = 0; i < bytes; ++i) text += static_cast<char>(value >> (8 * i) & 0xFF);
+  if (bigEndian) std::reverse(text.begin(), text.end());
+  return text;
+}
+
+std::string RtvFile::header() const {
+  std::string text = std::string("velmar.rtv") + '\0';
+  text += version == 2 ? '\0' : static_cast<char>(bigEndian);
+  text += '\0';
+  text += static_cast<char>(version);
+  text += deviceId + number(startTime, 8) + number(lng, 4) + number(lat, 4);
+  if (version > 2) text += number(alt, 4);
+  text += number(frames.size(), 2) + number(framesMax > 0 ? framesMax : frames.size(), 2);
+  text += number(width, 2) + number(height, 2) + format + codec + number(taggingFlags, 4);
+  return text;
+}
+
+std::string RtvFile::tag(const RtvFrame& frame, unsigned long dataOffset) const {
+  std::string text =
+      number(frame.timeFlag, 4) + number(dataOffset, 8) + number(frame.bytes.size(), 4);
+  const unsigned length = version == 2 ? 3 : 4;
+  text += number(frame.x, length) + number(frame.y, length);
+  if (version > 2) text += number(frame.z, length);
+  text += number(frame.relativeDistance, length);
+  text += number(frame.speed, 2) + number(frame.direction, 2);
+  return version == 4 ? text + frame.can : text;
+}
+
+std::string RtvFile::bytes() const {
+  const unsigned slots = framesMax > 0 ? framesMax : frames.size();
+  std::string table;
+  std::string data;
+  for (const RtvFrame& frame : frames) {
+    table += tag(frame, headerSize() + slots * tagSize() + data.size());
+    data += frame.bytes;
+  }
+  table.resize(slots * tagSize());
+  return header() + table + data;
+}

@@ -1,0 +1,43 @@
+#!/usr/bin/env bash
+# Installs the build and uses it as a stranger would: by find_package, by pkg-config, by the tool.
+# Usage: install.sh BUILD-FOLDER COMPILER
+set -euo pipefail
+build=$1
+compiler=$2
+here=$(cd "$(dirname "$0")" && pwd)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+prefix=$work/prefix
+
+cmake --install "$build" --prefix "$prefix" >/dev/null
+
+check() {  # check PROGRAM: it records, reads and says what it found
+  local said
+  said=$("$1" "$work/$(basename "$1").img")
+  [ "$said" = "VELMAR_ERROR_CODE_SUCCESS_E 1" ] || { echo "$1 said: $said"; exit 1; }
+}
+
+cmake -S "$here/consumer" -B "$work/by-cmake" -DCMAKE_PREFIX_PATH="$prefix" \
+  -DCMAKE_CXX_COMPILER="$compiler" >/dev/null
+cmake --build "$work/by-cmake" >/dev/null
+check "$work/by-cmake/consumer"
+
+pkgconfig=$(dirname "$(find "$prefix" -name velmar_video.pc)")
+flags=$(PKG_CONFIG_PATH=$pkgconfig pkg-config --define-variable=prefix="$prefix" \
+  --cflags --libs velmar_video)
+# shellcheck disable=SC2086  # flags are words
+"$compiler" -std=c++17 -Wall -Wextra -Wpedantic -Werror "$here/consumer/main.cpp" $flags \
+  -o "$work/by-pkg-config"
+library_folder=$(dirname "$(find "$prefix" -name libvelmar_video.so)")
+export LD_LIBRARY_PATH=$library_folder
+check "$work/by-pkg-config"
+
+"$prefix/bin/velmar-video" --version >/dev/null
+
+# Nothing but the interface is exported.
+exported=$(nm -D --defined-only -C "$library_folder/libvelmar_video.so" | cut -d ' ' -f 3-)
+hidden=$(grep -vE \
+  '^((typeinfo( name)?|vtable) for )?(IVelmarVideoFile|VelmarVideoFile(Creater|Reader|Modifier))|^(errorCode2String|(velmar|string2|rtv)[A-Za-z0-9]*2?[A-Za-z]*(\[abi:cxx11\])?\(|makeVelmarVideoFile|velmar_logger::set(Level|Sink))' \
+  <<<"$exported" || true)
+[ -z "$hidden" ] || { echo "exported besides the interface:"; echo "$hidden"; exit 1; }
+[ "$(grep -c makeVelmarVideoFile <<<"$exported")" = 3 ]
