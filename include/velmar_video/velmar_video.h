@@ -8,6 +8,7 @@
 #include "velmar_video/VelmarVideoFile.h"
 #include "velmar_video/rtv/CanData.h"
 #include "velmar_video/rtv/RecordFileCreater.h"
+#include "velmar_video/rtv/RecordFileToolkit.h"
 #include "velmar_video/rtv/TaggedVideoParser.h"
 
 #endif

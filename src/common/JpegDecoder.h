@@ -1,13 +1,11 @@
 #ifndef VELMAR_COMMON_JPEG_DECODER_H
 #define VELMAR_COMMON_JPEG_DECODER_H
 
-#include <turbojpeg.h>
-
 #include <cstddef>
 #include <memory>
-#include <type_traits>
 
 #include "common/ImageGeometry.h"
+#include "common/TjHandle.h"
 #include "velmar_video/VelmarVideoErrMsg.h"
 
 /// Decodes JPEG frames with a handle and a scratch image that are kept between frames.
@@ -25,16 +23,12 @@ class JpegDecoder {
                              const ImageGeometry& geometry, int pixelFormat, unsigned char* out);
 
  private:
-  struct Destroy {
-    void operator()(void* handle) const { tjDestroy(handle); }
-  };
-
   bool decompress(const unsigned char* jpeg, unsigned long jpegSize, const ImageGeometry& geometry,
                   int pixelFormat, unsigned char* out);
   bool fills(const unsigned char* jpeg, unsigned long jpegSize, const ImageGeometry& geometry);
   unsigned char* scratch(std::size_t size);
 
-  std::unique_ptr<std::remove_pointer_t<tjhandle>, Destroy> tjHandle_;
+  TjHandle tjHandle_;
   std::unique_ptr<unsigned char[]> scratch_;
   std::size_t scratchCapacity_ = 0;
 };

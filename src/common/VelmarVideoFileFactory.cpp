@@ -3,8 +3,10 @@
 #include <map>
 
 #include "container/img/ImgContainerCreater.h"
+#include "container/img/ImgContainerModifier.h"
 #include "container/img/ImgContainerReader.h"
 #include "container/rtv/RtvContainerCreater.h"
+#include "container/rtv/RtvContainerModifier.h"
 #include "container/rtv/RtvContainerReader.h"
 #include "velmar_video/VelmarVideoFile.h"
 
@@ -24,6 +26,11 @@ std::shared_ptr<VelmarVideoFileReader> makeVelmarVideoFileReader_(const std::str
   return std::make_shared<Container>(path);
 }
 
+template <typename Container>
+std::shared_ptr<VelmarVideoFileModifier> makeVelmarVideoFileModifier_(const std::string& path) {
+  return std::make_shared<Container>(path);
+}
+
 const Registry<VelmarVideoFileCreater> mapVelmarVideoFileCreater = {
     {"img", makeVelmarVideoFileCreater_<ImgContainerCreater>},
     {"rtv", makeVelmarVideoFileCreater_<RtvContainerCreater>},
@@ -32,7 +39,10 @@ const Registry<VelmarVideoFileReader> mapVelmarVideoFileReader = {
     {"img", makeVelmarVideoFileReader_<ImgContainerReader>},
     {"rtv", makeVelmarVideoFileReader_<RtvContainerReader>},
 };
-const Registry<VelmarVideoFileModifier> mapVelmarVideoFileModifier = {};
+const Registry<VelmarVideoFileModifier> mapVelmarVideoFileModifier = {
+    {"img", makeVelmarVideoFileModifier_<ImgContainerModifier>},
+    {"rtv", makeVelmarVideoFileModifier_<RtvContainerModifier>},
+};
 
 template <typename Interface>
 std::shared_ptr<Interface> make(const Registry<Interface>& registry, const std::string& path) {

@@ -29,6 +29,7 @@ class LogCapture {
   LogCapture(const LogCapture&) = delete;
   LogCapture& operator=(const LogCapture&) = delete;
 
+  const std::vector<std::string>& lines() const { return lines_; }
   /// Lines of errors only ("3 ...").
   std::vector<std::string> errors() const;
   bool has(const std::string& line) const;

@@ -67,6 +67,15 @@ class VELMAR_VIDEO_API RecordFile {
   /// the headers of the other versions stay as they are; this is intended.
   void clear();
 
+  /// Writes the content to the log as readable text: the level is information, the tag
+  /// "RecordFile", and the device id takes a line for each byte. The CAN signals of version 04 are
+  /// shown as the tags hold them, which is not as the file has them; see frametag_t::operator=.
+  /// With nothing loaded there is one error line.
+  void dump();
+  void dump_ver02();
+  void dump_ver03();
+  void dump_ver04();
+
  protected:
   /// The fields of every version's header; version 02 has no flags and no altitude.
   struct header_t {
@@ -105,6 +114,8 @@ class VELMAR_VIDEO_API RecordFile {
   bool mustSwapTag() const;
   /// swauto() on every field.
   void swauto(frametag03Ver_t& tag) const;
+
+  void dumpHeader(version_e version) const;
 
   std::string fileName_;
   version_e version_ = RTV_VER_MAX;

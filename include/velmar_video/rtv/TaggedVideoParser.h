@@ -75,6 +75,9 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
   ErrorCode_e checkIndex(unsigned short index);
   /// No frame is ever taken for corrupted: `rIndex` is `index`, and the answer always success.
   ErrorCode_e checkCorruption(unsigned short index, unsigned short& rIndex);
+  /// All the numbers of the frame's tag as the file has them. For version 02, z is 0, and x, y and
+  /// the distance are extended from their 24 bits, the distance as a signed number.
+  ErrorCode_e getTag(unsigned short index, frametag03Ver_t& tag);
   /// Milliseconds since the start time, with their sign.
   ErrorCode_e getTimeFlag(unsigned short index, int& timeFlag);
   /// Milliseconds since 1970: the start time plus the magnitude of the time flag.
@@ -145,20 +148,13 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
     const char* tag;  ///< of the log
   };
   ErrorCode_e init(const char* path, const InitMode& mode);
+  /// Bytes of the map; RTV_ERR_VIDEO_NOT_COMPLETE if they reach past the end of the file.
+  ErrorCode_e findBytes(unsigned long offset, unsigned int length,
+                        const unsigned char*& bytes) const;
 
   std::unique_ptr<State> state_;
 
  private:
-  /// A tag of any version. The distance is signed in version 02 and unsigned in the others.
-  struct FrameTag {
-    int timeFlag;
-    unsigned long dataOffset;
-    unsigned int dataLength;
-    int x, y, z;
-    long relativeDistance;
-    unsigned short speed, direction;
-  };
-
   ErrorCode_e beforeInitCheck(const char* path, const InitMode& mode) const;
   ErrorCode_e open(const char* path, const InitMode& mode);
   ErrorCode_e load(const InitMode& mode);
@@ -173,12 +169,7 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
   ErrorCode_e checkInit() const;
   template <typename T>
   ErrorCode_e getHeaderField(T header_t::*field, T& value) const;
-  FrameTag tagAt(unsigned short index) const;
-  /// The errors of checkIndex().
-  ErrorCode_e findTag(unsigned short index, FrameTag& tag);
-  /// RTV_ERR_VIDEO_NOT_COMPLETE if they reach past the end of the file.
-  ErrorCode_e findBytes(unsigned long offset, unsigned int length,
-                        const unsigned char*& bytes) const;
+  frametag03Ver_t tagAt(unsigned short index) const;
 };
 
 #endif

@@ -95,6 +95,20 @@ VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::mapFile(const std::string& path,
                                                               : VELMAR_ERROR_CODE_FILE_MMAP_FAIL_E;
 }
 
+VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::openFile(
+    const std::string& path, const char* tag, const std::function<VELMAR_ERROR_CODE_E()>& map) {
+  if (mapAddr_.wasMapped()) return VELMAR_ERROR_CODE_DUPLICATE_INIT_E;
+  if (const auto code = checkFileAccess(path)) {
+    velmar_logger::e(tag, "checkFileAccess error");
+    return code;
+  }
+  if (const auto code = map()) {
+    velmar_logger::e(tag, "openMap error");
+    return code;
+  }
+  return analyse(tag);
+}
+
 VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::analyse(const char* tag) {
   const struct {
     bool (ImgContainerFormatAnalysis::*step)();

@@ -1,6 +1,7 @@
 #ifndef VELMAR_IMG_IMG_CONTAINER_FORMAT_ANALYSIS_H
 #define VELMAR_IMG_IMG_CONTAINER_FORMAT_ANALYSIS_H
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -32,9 +33,10 @@ class ImgContainerFormatAnalysis {
   virtual VELMAR_ERROR_CODE_E openMap(const std::string& path);
 
  protected:
-  /// The steps of open() that follow the map: metadata offset, metadata, index. Logs the one that
-  /// fails with `tag`.
-  VELMAR_ERROR_CODE_E analyse(const char* tag);
+  /// What open() does: checks the path, maps the file by `map` and analyses it. Logs the step that
+  /// fails with `tag`. VELMAR_ERROR_CODE_DUPLICATE_INIT_E once a file has been mapped.
+  VELMAR_ERROR_CODE_E openFile(const std::string& path, const char* tag,
+                               const std::function<VELMAR_ERROR_CODE_E()>& map);
   /// openMap() for either access.
   VELMAR_ERROR_CODE_E mapFile(const std::string& path, MemoryMap::Access access);
   /// Whether there is such a frame: VELMAR_ERROR_CODE_OUT_RANGE_E, VELMAR_ERROR_CODE_NOT_INIT_E.
@@ -49,6 +51,9 @@ class ImgContainerFormatAnalysis {
   /// checkFrameBytes(), VELMAR_ERROR_CODE_INVALID_PARAMETER_E for too small a buffer,
   /// VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E for none.
   VELMAR_ERROR_CODE_E copyFrame(unsigned int index, unsigned int size, unsigned char* buffer);
+
+  /// The steps that follow the map: metadata offset, metadata, index.
+  VELMAR_ERROR_CODE_E analyse(const char* tag);
 
   std::vector<FrameIndex> frameIndex_;  ///< host byte order
   unsigned long metaDataOffset_ = 0;

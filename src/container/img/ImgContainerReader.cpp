@@ -33,17 +33,7 @@ ImgContainerReader::ImgContainerReader(const std::string& path) : VelmarVideoFil
 ImgContainerReader::~ImgContainerReader() { ImgContainerReader::close(); }
 
 VELMAR_ERROR_CODE_E ImgContainerReader::open() {
-  if (mapAddr_.wasMapped()) return VELMAR_ERROR_CODE_DUPLICATE_INIT_E;
-  memoryLocked_ = false;
-  if (const auto code = checkFileAccess(filePath_)) {
-    velmar_logger::e(kTag, "checkFileAccess error");
-    return code;
-  }
-  if (const auto code = openMap(filePath_)) {
-    velmar_logger::e(kTag, "openMap error");
-    return code;
-  }
-  return analyse(kTag);
+  return openFile(filePath_, kTag, [this] { return openMap(filePath_); });
 }
 
 // The map's range stays reserved: the destructor's second unmapping must not hit a map that

@@ -50,6 +50,13 @@ constexpr RtvLayout rtvLayout(version_e version) {
   }
 }
 
+/// A 24-bit field of a version 02 tag.
+inline int signed24(const unsigned char (&bytes)[3]) {
+  // Into the upper three bytes and down again, which extends the sign.
+  const unsigned int value = bytes[0] | bytes[1] << 8 | static_cast<unsigned int>(bytes[2]) << 16;
+  return static_cast<int>(value << 8) >> 8;
+}
+
 /// The bit of the tagging flags that marks the frames as undistorted.
 constexpr unsigned int kUndistortedFlag = 0x10;
 

@@ -29,12 +29,6 @@ T valueAt(const unsigned char* bytes) {
   return value;
 }
 
-int signed24(const unsigned char (&bytes)[3]) {
-  // Into the upper three bytes and down again, which extends the sign.
-  const unsigned int value = bytes[0] | bytes[1] << 8 | static_cast<unsigned int>(bytes[2]) << 16;
-  return static_cast<int>(value << 8) >> 8;
-}
-
 // In 32 bits, where the lowest value is its own magnitude.
 unsigned int magnitude(int value) {
   const auto bits = static_cast<unsigned int>(value);
@@ -319,7 +313,8 @@ ErrorCode_e TaggedVideoParser::checkCorruption(unsigned short index, unsigned sh
   return RTV_ERR_SUCCESS;
 }
 
-TaggedVideoParser::FrameTag TaggedVideoParser::tagAt(unsigned short index) const {
+frametag03Ver_t TaggedVideoParser::tagAt(unsigned short index) const {
+  if (version_ == RTV_VER_03) return tagsVer03_[index];
   if (version_ == RTV_VER_02) {
     const frametag_02ver_t& tag = tagsVer02_[index];
     return {tag.time_flag,
@@ -328,44 +323,39 @@ TaggedVideoParser::FrameTag TaggedVideoParser::tagAt(unsigned short index) const
             signed24(tag.x),
             signed24(tag.y),
             0,
-            signed24(tag.relative_distance),
+            static_cast<unsigned int>(signed24(tag.relative_distance)),
             tag.speed,
             tag.direction};
-  }
-  if (version_ == RTV_VER_03) {
-    const frametag03Ver_t& tag = tagsVer03_[index];
-    return {tag.time_flag, tag.data_offset,       tag.data_length, tag.x,        tag.y,
-            tag.z,         tag.relative_distance, tag.speed,       tag.direction};
   }
   const frametag_t& tag = tags_[index];
   return {tag.time_flag(), tag.data_offset(),       tag.data_length(), tag.x(),        tag.y(),
           tag.z(),         tag.relative_distance(), tag.speed(),       tag.direction()};
 }
 
-ErrorCode_e TaggedVideoParser::findTag(unsigned short index, FrameTag& tag) {
+ErrorCode_e TaggedVideoParser::getTag(unsigned short index, frametag03Ver_t& tag) {
   if (const auto code = checkIndex(index)) return code;
   tag = tagAt(index);
   return RTV_ERR_SUCCESS;
 }
 
 ErrorCode_e TaggedVideoParser::getTimeFlag(unsigned short index, int& timeFlag) {
-  FrameTag tag;
-  if (const auto code = findTag(index, tag)) return code;
-  timeFlag = tag.timeFlag;
+  frametag03Ver_t tag;
+  if (const auto code = getTag(index, tag)) return code;
+  timeFlag = tag.time_flag;
   return RTV_ERR_SUCCESS;
 }
 
 ErrorCode_e TaggedVideoParser::getTimeStamp(unsigned short index, unsigned long& timestamp) {
-  FrameTag tag;
-  if (const auto code = findTag(index, tag)) return code;
+  frametag03Ver_t tag;
+  if (const auto code = getTag(index, tag)) return code;
   const unsigned long epoch = version_ == RTV_VER_02 ? kVersion02Epoch : 0;
-  timestamp = epoch + headerOf(version_).start_time + magnitude(tag.timeFlag);
+  timestamp = epoch + headerOf(version_).start_time + magnitude(tag.time_flag);
   return RTV_ERR_SUCCESS;
 }
 
 ErrorCode_e TaggedVideoParser::getRelPosition(unsigned short index, float& a, float& b, float& c) {
-  FrameTag tag;
-  if (const auto code = findTag(index, tag)) return code;
+  frametag03Ver_t tag;
+  if (const auto code = getTag(index, tag)) return code;
   a = static_cast<float>(tag.y) / kHundredths;
   b = static_cast<float>(tag.x) / kHundredths;
   c = static_cast<float>(tag.z) / kHundredths;
@@ -373,22 +363,25 @@ ErrorCode_e TaggedVideoParser::getRelPosition(unsigned short index, float& a, fl
 }
 
 ErrorCode_e TaggedVideoParser::getRelDistance(unsigned short index, float& distance) {
-  FrameTag tag;
-  if (const auto code = findTag(index, tag)) return code;
-  distance = static_cast<float>(tag.relativeDistance) / kHundredths;
+  frametag03Ver_t tag;
+  if (const auto code = getTag(index, tag)) return code;
+  // Signed in version 02 only.
+  const long stored = version_ == RTV_VER_02 ? static_cast<int>(tag.relative_distance)
+                                             : static_cast<long>(tag.relative_distance);
+  distance = static_cast<float>(stored) / kHundredths;
   return RTV_ERR_SUCCESS;
 }
 
 ErrorCode_e TaggedVideoParser::getSpeed(unsigned short index, float& speed) {
-  FrameTag tag;
-  if (const auto code = findTag(index, tag)) return code;
+  frametag03Ver_t tag;
+  if (const auto code = getTag(index, tag)) return code;
   speed = static_cast<float>(tag.speed) / kHundredths;
   return RTV_ERR_SUCCESS;
 }
 
 ErrorCode_e TaggedVideoParser::getDirection(unsigned short index, float& direction) {
-  FrameTag tag;
-  if (const auto code = findTag(index, tag)) return code;
+  frametag03Ver_t tag;
+  if (const auto code = getTag(index, tag)) return code;
   direction = tag.direction;
   return RTV_ERR_SUCCESS;
 }
@@ -426,9 +419,9 @@ void TaggedVideoParser::getRawImageRange(unsigned short index, unsigned long& of
   unsigned short chosen = index;
   if (useCorruptionCheck) checkCorruption(index, chosen);
   if (rIndex != nullptr) *rIndex = chosen;
-  const FrameTag tag = tagAt(chosen);
-  offset = tag.dataOffset;
-  size = tag.dataLength;
+  const frametag03Ver_t tag = tagAt(chosen);
+  offset = tag.data_offset;
+  size = tag.data_length;
 }
 
 ErrorCode_e TaggedVideoParser::getRawImageSize(unsigned short index, unsigned int& size,

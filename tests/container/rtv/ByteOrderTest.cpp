@@ -4,7 +4,7 @@
 
 #include "container/rtv/RtvFiles.h"
 #include "support/TestSupport.h"
-#include "velmar_video/rtv/TaggedVideoParser.h"
+#include "velmar_video/velmar_video.h"
 
 namespace {
 
@@ -65,6 +65,28 @@ TEST_P(RtvByteOrder, IsThatOfTheFirstFile) {
       return right && parser.init(second.c_str()) != RTV_ERR_SUCCESS;
     })) << bigFirst;
   }
+}
+
+TEST(RtvByteOrderEdit, BigEndianFilesAreNotEdited) {
+  const TempFolder folder;
+  RtvFile file;
+  file.bigEndian = true;
+  file.frames = {{"frame"}};
+  writeFile(folder / "a.rtv", file.bytes());
+  const auto invalid = VELMAR_ERROR_CODE_INVALID_PARAMETER_E;
+  EXPECT_TRUE(inChildProcess([&] {
+    const auto modifier = makeVelmarVideoFileModifier(folder / "a.rtv");
+    unsigned long time = 1000000;
+    const unsigned char id[24] = {1};
+    return modifier->open() == VELMAR_ERROR_CODE_SUCCESS_E &&
+           modifier->modifyCameraID(id, sizeof id) == invalid &&
+           modifier->modifyUndistorted(true) == invalid &&
+           modifier->modifyStartTime(time) == invalid &&
+           modifier->modifyTimestamp(0, time) == invalid &&
+           modifier->correctVideoResolution() == invalid &&
+           modifier->close() == VELMAR_ERROR_CODE_SUCCESS_E;
+  }));
+  EXPECT_EQ(readFile(folder / "a.rtv"), file.bytes());
 }
 
 }  // namespace

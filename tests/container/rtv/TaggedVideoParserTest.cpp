@@ -124,6 +124,11 @@ TEST_P(RtvParserVersions, AnswersWhatTheTagsSay) {
     EXPECT_EQ(a, rows[i].speed);
     EXPECT_EQ(parser_.getDirection(i, a), kSuccess);
     EXPECT_EQ(a, rows[i].direction);
+    frametag03Ver_t tag;
+    EXPECT_EQ(parser_.getTag(i, tag), kSuccess);
+    EXPECT_EQ(tag.x / 100.0F, rows[i].b);
+    EXPECT_EQ(tag.z / 100.0F, rows[i].c);
+    EXPECT_EQ(tag.speed / 100.0F, rows[i].speed);
   }
 }
 

@@ -1,0 +1,158 @@
+#include "container/img/ImgContainerModifier.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cstddef>
+#include <cstring>
+#include <exception>
+
+#include "common/FileDescriptor.h"
+#include "common/HexText.h"
+#include "common/JpegHeader.h"
+#include "common/TjHandle.h"
+#include "container/img/JsonText.h"
+#include "container/img/MetaDataBlock.h"
+#include "velmar_logger/velmar_logger.h"
+
+namespace {
+
+constexpr char kTag[] = "ImgContainerModifier_Tag";
+
+}  // namespace
+
+ImgContainerModifier::ImgContainerModifier(const std::string& path)
+    : VelmarVideoFileModifier(path) {}
+
+VELMAR_ERROR_CODE_E ImgContainerModifier::open() {
+  return openFile(filePath_, kTag, [this] { return openMap(); });
+}
+
+VELMAR_ERROR_CODE_E ImgContainerModifier::openMap() {
+  return mapFile(filePath_, MemoryMap::Access::ReadWrite);
+}
+
+VELMAR_ERROR_CODE_E ImgContainerModifier::close() {
+  if (!mapAddr_.isMapped()) return VELMAR_ERROR_CODE_NOT_INIT_E;
+  VELMAR_ERROR_CODE_E result = VELMAR_ERROR_CODE_SUCCESS_E;
+  try {
+    std::string oldText;
+    if (metaDataChanged_) {
+      const auto* text = reinterpret_cast<const char*>(mapAddr_.data()) + metaDataOffset_;
+      oldText.assign(text, fileLength_ - metaDataOffset_);
+    }
+    mapAddr_.unmap();
+    if (metaDataChanged_) result = rewriteMetaData(oldText);
+  } catch (const std::exception&) {
+    result = VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E;
+  }
+  mapAddr_.unmap();
+  analysed_ = false;
+  metaDataChanged_ = false;
+  return result;
+}
+
+VELMAR_ERROR_CODE_E ImgContainerModifier::rewriteMetaData(const std::string& oldText) const {
+  const FileDescriptor file(filePath_, O_RDWR);
+  struct stat status {};
+  // Another length: not the file that was opened.
+  if (!file.isOpen() || ::fstat(file.get(), &status) != 0 ||
+      static_cast<unsigned long>(status.st_size) != fileLength_) {
+    velmar_logger::e(kTag, "oen file error = %s", filePath_.c_str());
+    return VELMAR_ERROR_CODE_FILE_OPEN_FAIL_E;
+  }
+  Json::Value root;
+  if (!metaData_.toJson(root)) {
+    velmar_logger::e(kTag, "reader.parse error");
+    return VELMAR_ERROR_CODE_INVALID_PARAMETER_E;
+  }
+  const int cause = replaceMetaDataBlock(file, metaDataOffset_, oldText, styledText(root));
+  if (cause == 0) return VELMAR_ERROR_CODE_SUCCESS_E;
+  velmar_logger::e(kTag, "metadata of %s not written: %s", filePath_.c_str(), std::strerror(cause));
+  return VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
+}
+
+template <typename T>
+VELMAR_ERROR_CODE_E ImgContainerModifier::modifyMetaData(T ImgMetaData::*field, const T& value) {
+  if (!analysed_) return VELMAR_ERROR_CODE_NOT_INIT_E;
+  metaData_.*field = value;
+  metaDataChanged_ = true;
+  return VELMAR_ERROR_CODE_SUCCESS_E;
+}
+
+VELMAR_ERROR_CODE_E ImgContainerModifier::modifyCameraID(const unsigned char* id,
+                                                         unsigned int length) {
+  if (id == nullptr && length > 0) return VELMAR_ERROR_CODE_NULL_POINTER_E;
+  return modifyMetaData(&ImgMetaData::cameraId, bytesToHex(id, length));
+}
+
+VELMAR_ERROR_CODE_E ImgContainerModifier::modifyUndistorted(bool undistorted) {
+  return modifyMetaData(&ImgMetaData::undistorted, undistorted);
+}
+
+VELMAR_ERROR_CODE_E ImgContainerModifier::modifyCameraParams(const std::string& params) {
+  return modifyMetaData(&ImgMetaData::cameraParams, params);
+}
+
+VELMAR_ERROR_CODE_E ImgContainerModifier::modifyFrameIndexDataChecksum(
+    const std::string& checksum) {
+  return modifyMetaData(&ImgMetaData::frameIndexDataChecksum, checksum);
+}
+
+VELMAR_ERROR_CODE_E ImgContainerModifier::modifyExtendedInfo(const std::string& info) {
+  return modifyMetaData(&ImgMetaData::extendedInfo, info);
+}
+
+VELMAR_ERROR_CODE_E ImgContainerModifier::modifyTimestamp(unsigned int index,
+                                                          unsigned long& timestamp) {
+  velmar_logger::i(kTag, " modifyTimestamp usec = %llu",
+                   static_cast<unsigned long long>(timestamp));
+  if (const auto code = checkFrame(index)) return code;
+  frameIndex_[index].sensorTime = timestamp;
+  storeTime(index, offsetof(FrameIndex, sensorTime), timestamp);
+  return VELMAR_ERROR_CODE_SUCCESS_E;
+}
+
+VELMAR_ERROR_CODE_E ImgContainerModifier::modifyArrivalTime(unsigned int index,
+                                                            unsigned long& time) {
+  velmar_logger::i(kTag, " modifyArrivalTime usec = %llu", static_cast<unsigned long long>(time));
+  if (const auto code = checkFrame(index)) return code;
+  frameIndex_[index].arrivedTime = time;
+  storeTime(index, offsetof(FrameIndex, arrivedTime), time);
+  return VELMAR_ERROR_CODE_SUCCESS_E;
+}
+
+void ImgContainerModifier::storeTime(std::size_t index, std::size_t fieldOffset,
+                                     unsigned long time) {
+  const std::uint64_t stored = htonll(time);
+  std::memcpy(mapAddr_.data() + kFrameIndexStart + sizeof(FrameIndex) * index + fieldOffset,
+              &stored, sizeof stored);
+}
+
+// The format has no start time.
+VELMAR_ERROR_CODE_E ImgContainerModifier::modifyStartTime(unsigned long& /*startTime*/) {
+  return analysed_ ? VELMAR_ERROR_CODE_SUCCESS_E : VELMAR_ERROR_CODE_NOT_INIT_E;
+}
+
+VELMAR_ERROR_CODE_E ImgContainerModifier::correctVideoResolution() {
+  if (const auto code = checkFrame(0)) return code;
+  const FrameIndex& record = frameIndex_[0];
+  if (checkFrameBytes(record) != VELMAR_ERROR_CODE_SUCCESS_E) {
+    return VELMAR_ERROR_CODE_STATUS_FILE_CANNOT_READ_E;
+  }
+  const TjHandle decompressor(tjInitDecompress());
+  const auto size = readJpegSize(decompressor.get(), frameBytes(record), record.frameSize);
+  if (!size) return VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E;
+  if (size->width == metaData_.width && size->height == metaData_.height) {
+    return VELMAR_ERROR_CODE_SUCCESS_E;
+  }
+  metaData_.width = static_cast<std::uint16_t>(size->width);
+  metaData_.height = static_cast<std::uint16_t>(size->height);
+  metaDataChanged_ = true;
+  return VELMAR_ERROR_CODE_SUCCESS_E;
+}
+
+VELMAR_ERROR_CODE_E ImgContainerModifier::getRawImage(unsigned int index, unsigned int size,
+                                                      unsigned char* buffer) {
+  return copyFrame(index, size, buffer);
+}

@@ -1,0 +1,47 @@
+#ifndef VELMAR_IMG_IMG_CONTAINER_MODIFIER_H
+#define VELMAR_IMG_IMG_CONTAINER_MODIFIER_H
+
+#include <cstddef>
+#include <string>
+
+#include "container/img/ImgContainerFormatAnalysis.h"
+#include "velmar_video/VelmarVideoFile.h"
+
+/// Edits an "img" file: frame times in the map at once; the metadata in memory, written over the
+/// old block by close().
+class ImgContainerModifier : public ImgContainerFormatAnalysis, public VelmarVideoFileModifier {
+ public:
+  explicit ImgContainerModifier(const std::string& path);
+
+  VELMAR_ERROR_CODE_E open() override;
+  /// A reader that opens the file meanwhile, or after this process was killed, finds the old
+  /// metadata or the new. Where it cannot finish, the file keeps the old block.
+  VELMAR_ERROR_CODE_E close() override;
+  using ImgContainerFormatAnalysis::openMap;
+  /// Maps the whole file for reading and writing.
+  virtual VELMAR_ERROR_CODE_E openMap();
+  VELMAR_ERROR_CODE_E modifyCameraID(const unsigned char* id, unsigned int length) override;
+  VELMAR_ERROR_CODE_E modifyUndistorted(bool undistorted) override;
+  VELMAR_ERROR_CODE_E modifyCameraParams(const std::string& params) override;
+  VELMAR_ERROR_CODE_E modifyFrameIndexDataChecksum(const std::string& checksum) override;
+  VELMAR_ERROR_CODE_E modifyTimestamp(unsigned int index, unsigned long& timestamp) override;
+  VELMAR_ERROR_CODE_E modifyArrivalTime(unsigned int index, unsigned long& time) override;
+  VELMAR_ERROR_CODE_E modifyStartTime(unsigned long& startTime) override;
+  VELMAR_ERROR_CODE_E modifyExtendedInfo(const std::string& info) override;
+  VELMAR_ERROR_CODE_E correctVideoResolution() override;
+  /// As the reader's.
+  virtual VELMAR_ERROR_CODE_E getRawImage(unsigned int index, unsigned int size,
+                                          unsigned char* buffer);
+
+ private:
+  /// Changes a field of the metadata.
+  template <typename T>
+  VELMAR_ERROR_CODE_E modifyMetaData(T ImgMetaData::*field, const T& value);
+  /// Stores a time of a frame in the file.
+  void storeTime(std::size_t index, std::size_t fieldOffset, unsigned long time);
+  VELMAR_ERROR_CODE_E rewriteMetaData(const std::string& oldText) const;
+
+  bool metaDataChanged_ = false;
+};
+
+#endif

@@ -1,0 +1,151 @@
+#include "container/rtv/RtvContainerModifier.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "common/JpegHeader.h"
+#include "common/TjHandle.h"
+#include "container/rtv/RtvLayout.h"
+#include "container/rtv/TaggedVideoParserState.h"
+#include "velmar_logger/velmar_logger.h"
+#include "velmar_video/TypeConversion.h"
+
+namespace {
+
+constexpr char kTag[] = "RtvContainerModifier_TAG";
+constexpr unsigned long kMicroseconds = 1000;  // in a millisecond
+constexpr unsigned int kRtvMaxJpegSize = 3840 * 2160;
+
+template <typename T>
+void put(unsigned char* at, const T& value) {
+  std::memcpy(at, &value, sizeof value);
+}
+
+}  // namespace
+
+RtvContainerModifier::RtvContainerModifier(const std::string& path)
+    : VelmarVideoFileModifier(path) {}
+
+VELMAR_ERROR_CODE_E RtvContainerModifier::open() {
+  return rtvErrorCode2VelmarErrorCode(init(filePath_.c_str()));
+}
+
+ErrorCode_e RtvContainerModifier::init(const char* path) {
+  return TaggedVideoParser::init(path, {true, kTag});
+}
+
+VELMAR_ERROR_CODE_E RtvContainerModifier::close() {
+  MemoryMap& map = state_->mMapAddr;
+  if (!map.isMapped()) return VELMAR_ERROR_CODE_SUCCESS_E;
+  if (checkEditable() == VELMAR_ERROR_CODE_SUCCESS_E) writeHeader(map.data());
+  state_->mFileFd.close();
+  return map.unmap() ? VELMAR_ERROR_CODE_SUCCESS_E : static_cast<VELMAR_ERROR_CODE_E>(-1);
+}
+
+void RtvContainerModifier::writeHeader(unsigned char* file) const {
+  const RtvLayout layout = rtvLayout(version_);
+  const header_t& header = headerOf(version_);
+  put(file + kDeviceIdAt, header.device_id);
+  put(file + kStartTimeAt, header.start_time);
+  put(file + layout.taggingFlagsAt(), header.tagging_flags);
+  put(file + layout.widthAt(), header.width);
+  put(file + layout.heightAt(), header.height);
+}
+
+// Edits are written in host order, which would break a file of the other order.
+VELMAR_ERROR_CODE_E RtvContainerModifier::checkEditable() const {
+  if (!state_->mMapAddr.isMapped()) return VELMAR_ERROR_CODE_NOT_INIT_E;
+  const bool fileIsBigEndian = (headerOf(version_).flags & 1) != 0;
+  return fileIsBigEndian == isCPUBigEndian() ? VELMAR_ERROR_CODE_SUCCESS_E
+                                             : VELMAR_ERROR_CODE_INVALID_PARAMETER_E;
+}
+
+VELMAR_ERROR_CODE_E RtvContainerModifier::modifyCameraID(const unsigned char* id,
+                                                         unsigned int length) {
+  if (const auto code = checkEditable()) return code;
+  if (id == nullptr && length > 0) return VELMAR_ERROR_CODE_NULL_POINTER_E;
+  if (length != kDeviceIdSize) {
+    velmar_logger::w(kTag, "Device id array size is %u, should be %u", length, kDeviceIdSize);
+  }
+  std::copy_n(id, std::min(length, kDeviceIdSize), headerOf(version_).device_id);
+  return VELMAR_ERROR_CODE_SUCCESS_E;
+}
+
+VELMAR_ERROR_CODE_E RtvContainerModifier::modifyUndistorted(bool undistorted) {
+  if (const auto code = checkEditable()) return code;
+  unsigned int flags = 0;
+  getTaggingFlags(flags);
+  if (undistorted) {
+    velmar_logger::i(kTag, "set undistorted true");
+    flags |= kUndistortedFlag;
+  } else {
+    velmar_logger::i(kTag, "set undistorted false");
+    flags &= ~kUndistortedFlag;
+  }
+  setTaggingFlags(flags);
+  return VELMAR_ERROR_CODE_SUCCESS_E;
+}
+
+void RtvContainerModifier::setTaggingFlags(unsigned int flags) {
+  headerOf(version_ == RTV_VER_04 ? RTV_VER_04 : RTV_VER_03).tagging_flags = flags;
+}
+
+VELMAR_ERROR_CODE_E RtvContainerModifier::modifyStartTime(unsigned long& startTime) {
+  if (checkEditable() == VELMAR_ERROR_CODE_INVALID_PARAMETER_E) {
+    return VELMAR_ERROR_CODE_INVALID_PARAMETER_E;
+  }
+  headerOf(version_).start_time = startTime / kMicroseconds;
+  return VELMAR_ERROR_CODE_SUCCESS_E;
+}
+
+VELMAR_ERROR_CODE_E RtvContainerModifier::modifyTimestamp(unsigned int index,
+                                                          unsigned long& timestamp) {
+  const header_t& header = headerOf(version_);
+  if (index >= header.frames_count) {
+    velmar_logger::e(kTag, "index out of range");
+    return VELMAR_ERROR_CODE_OUT_RANGE_E;
+  }
+  if (const auto code = checkEditable()) return code;
+  // By the start time as it has been changed so far.
+  const auto timeFlag = static_cast<int>(timestamp / kMicroseconds - header.start_time);
+  put(state_->mMapAddr.data() + rtvLayout(version_).tagAt(index), timeFlag);
+  return VELMAR_ERROR_CODE_SUCCESS_E;
+}
+
+VELMAR_ERROR_CODE_E RtvContainerModifier::modifyArrivalTime(unsigned int /*index*/,
+                                                            unsigned long& /*time*/) {
+  return VELMAR_ERROR_CODE_SUCCESS_E;
+}
+
+VELMAR_ERROR_CODE_E RtvContainerModifier::modifyCameraParams(const std::string& /*params*/) {
+  return VELMAR_ERROR_CODE_SUCCESS_E;
+}
+
+VELMAR_ERROR_CODE_E RtvContainerModifier::modifyFrameIndexDataChecksum(
+    const std::string& /*checksum*/) {
+  return VELMAR_ERROR_CODE_SUCCESS_E;
+}
+
+VELMAR_ERROR_CODE_E RtvContainerModifier::modifyExtendedInfo(const std::string& /*info*/) {
+  return VELMAR_ERROR_CODE_SUCCESS_E;
+}
+
+VELMAR_ERROR_CODE_E RtvContainerModifier::correctVideoResolution() {
+  unsigned short count = 0;
+  getFramesCount(count);
+  if (count == 0) return VELMAR_ERROR_CODE_OUT_RANGE_E;
+  if (const auto code = checkEditable()) return code;
+  unsigned long offset = 0;
+  unsigned int length = 0;
+  const unsigned char* jpeg = nullptr;
+  getRawImageRange(0, offset, length, true, nullptr);
+  if (length > kRtvMaxJpegSize || findBytes(offset, length, jpeg) != RTV_ERR_SUCCESS) {
+    return VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E;
+  }
+  const TjHandle decompressor(tjInitDecompress());
+  const auto size = readJpegSize(decompressor.get(), jpeg, length);
+  if (!size) return VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E;
+  headerOf(version_).width = static_cast<unsigned short>(size->width);
+  headerOf(version_).height = static_cast<unsigned short>(size->height);
+  return VELMAR_ERROR_CODE_SUCCESS_E;
+}

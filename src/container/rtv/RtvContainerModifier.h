@@ -1,0 +1,41 @@
+#ifndef VELMAR_RTV_RTV_CONTAINER_MODIFIER_H
+#define VELMAR_RTV_RTV_CONTAINER_MODIFIER_H
+
+#include <string>
+
+#include "velmar_video/VelmarVideoFile.h"
+#include "velmar_video/rtv/TaggedVideoParser.h"
+
+/// Edits an "rtv" file: frame times in the map at once, header fields with close().
+///
+/// Times of version 02 files count from 2015-01-01 here as they do in the file, unlike the
+/// reader's. Files of big-endian writers are not edited: VELMAR_ERROR_CODE_INVALID_PARAMETER_E.
+class RtvContainerModifier : public VelmarVideoFileModifier, public TaggedVideoParser {
+ public:
+  explicit RtvContainerModifier(const std::string& path);
+
+  VELMAR_ERROR_CODE_E open() override;
+  VELMAR_ERROR_CODE_E close() override;
+  VELMAR_ERROR_CODE_E modifyCameraID(const unsigned char* id, unsigned int length) override;
+  VELMAR_ERROR_CODE_E modifyUndistorted(bool undistorted) override;
+  VELMAR_ERROR_CODE_E modifyCameraParams(const std::string& params) override;
+  VELMAR_ERROR_CODE_E modifyFrameIndexDataChecksum(const std::string& checksum) override;
+  /// The tags in memory keep the old time.
+  VELMAR_ERROR_CODE_E modifyTimestamp(unsigned int index, unsigned long& timestamp) override;
+  VELMAR_ERROR_CODE_E modifyArrivalTime(unsigned int index, unsigned long& time) override;
+  /// Works before open() as well, where it leaves no trace.
+  VELMAR_ERROR_CODE_E modifyStartTime(unsigned long& startTime) override;
+  VELMAR_ERROR_CODE_E modifyExtendedInfo(const std::string& info) override;
+  VELMAR_ERROR_CODE_E correctVideoResolution() override;
+
+  /// The parser's init() for reading and writing.
+  ErrorCode_e init(const char* path);
+  /// Flags of a version 02 file never reach it; this is intended.
+  void setTaggingFlags(unsigned int flags);
+
+ private:
+  VELMAR_ERROR_CODE_E checkEditable() const;
+  void writeHeader(unsigned char* file) const;
+};
+
+#endif
