@@ -18,10 +18,6 @@ constexpr std::uint8_t kDigits[10][kDigitHeight] = {
     {0x06, 0x08, 0x10, 0x1E, 0x11, 0x11, 0x0E}, {0x1F, 0x01, 0x02, 0x04, 0x08, 0x08, 0x08},
     {0x0E, 0x11, 0x11, 0x0E, 0x11, 0x11, 0x0E}, {0x0E, 0x11, 0x11, 0x0F, 0x01, 0x02, 0x0C}};
 
-std::uint8_t channel(double value) {
-  return static_cast<std::uint8_t>(std::clamp(value, 0.0, 255.0));
-}
-
 /// The first pixel at or behind a coordinate, within 0 to `limit`.
 int pixelAt(double coordinate, int limit) {
   return static_cast<int>(std::clamp(std::ceil(coordinate - 0.5), 0.0, double(limit)));
@@ -29,26 +25,10 @@ int pixelAt(double coordinate, int limit) {
 
 }  // namespace
 
-Color mix(Color from, Color to, double share) {
-  const auto between = [share](double a, double b) { return channel(a + (b - a) * share); };
-  return {between(from.red, to.red), between(from.green, to.green), between(from.blue, to.blue)};
-}
-
-Color brighter(Color color, double amount) {
-  return {channel(color.red + amount), channel(color.green + amount), channel(color.blue + amount)};
-}
-
 Canvas::Canvas(unsigned int width, unsigned int height)
     : width_(static_cast<int>(width)),
       height_(static_cast<int>(height)),
       pixels_(std::size_t{3} * width * height) {}
-
-void Canvas::set(int x, int y, Color color) {
-  std::uint8_t* pixel = &pixels_[3 * (static_cast<std::size_t>(y) * width_ + x)];
-  pixel[0] = color.red;
-  pixel[1] = color.green;
-  pixel[2] = color.blue;
-}
 
 void Canvas::rectangle(double left, double top, double right, double bottom, Color color) {
   const int endX = pixelAt(right, width_);
@@ -81,7 +61,7 @@ void Canvas::addGrain(double amount, std::uint32_t seed) {
   for (int y = 0; y < height_; ++y) {
     for (int x = 0; x < width_; ++x, pixel += 3) {
       const double change = amount * (grain(x, y, seed) - 0.5);
-      for (int i = 0; i < 3; ++i) pixel[i] = channel(pixel[i] + change);
+      for (int i = 0; i < 3; ++i) pixel[i] = toChannel(pixel[i] + change);
     }
   }
 }

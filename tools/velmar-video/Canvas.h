@@ -5,14 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-struct Color {
-  std::uint8_t red, green, blue;
-};
-
-/// `share` of 0 gives `from`, 1 gives `to`.
-Color mix(Color from, Color to, double share);
-/// All three channels moved by `amount`, within 0 to 255.
-Color brighter(Color color, double amount);
+#include "Color.h"
 
 /// A picture of RGB pixels, row by row without padding. Whatever is drawn outside it is cut off.
 class Canvas {
@@ -24,7 +17,12 @@ class Canvas {
   const std::uint8_t* pixels() const { return pixels_.data(); }
 
   /// `x`, `y` must be inside.
-  void set(int x, int y, Color color);
+  void set(int x, int y, Color color) {
+    std::uint8_t* pixel = &pixels_[3 * (static_cast<std::size_t>(y) * width_ + x)];
+    pixel[0] = color.red;
+    pixel[1] = color.green;
+    pixel[2] = color.blue;
+  }
   void rectangle(double left, double top, double right, double bottom, Color color);
   /// A disc whose brightness is mottled by up to `roughness`, the same for the same `seed`.
   void disc(double centerX, double centerY, double radius, Color color, double roughness,

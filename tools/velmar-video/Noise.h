@@ -13,7 +13,50 @@ inline double grain(std::int32_t x, std::int32_t y, std::uint32_t seed) {
   return (hash ^ hash >> 15) * 0x1p-32;
 }
 
-/// 0 to below 1, changing gently over a distance of 1.
-double smoothNoise(double x, double y, std::uint32_t seed);
+/// Whole numbers downwards, also for negative values. Faster than std::floor().
+inline std::int32_t cellOf(double coordinate) {
+  const auto cell = static_cast<std::int32_t>(coordinate);
+  return cell - (coordinate < cell ? 1 : 0);
+}
+
+/// Noise of 0 to below 1 along a line, changing gently over a distance of 1. Neighbouring places
+/// that are asked for one after another are cheap.
+class NoiseLine {
+ public:
+  NoiseLine(double y, std::uint32_t seed)
+      : seed_(seed), cellY_(cellOf(y)), down_(ease(y - cellY_)) {}
+
+  double at(double x) {
+    const std::int32_t cell = cellOf(x);
+    if (cell != cellX_) moveTo(cell);
+    return left_ + (right_ - left_) * ease(x - cell);
+  }
+
+ private:
+  static double ease(double share) { return share * share * (3 - 2 * share); }
+
+  void moveTo(std::int32_t cell) {
+    cellX_ = cell;
+    left_ = corner(cell);
+    right_ = corner(cell + 1);
+  }
+
+  double corner(std::int32_t x) const {
+    const double upper = grain(x, cellY_, seed_);
+    return upper + (grain(x, cellY_ + 1, seed_) - upper) * down_;
+  }
+
+  std::uint32_t seed_;
+  std::int32_t cellY_;
+  double down_;
+  std::int32_t cellX_ = INT32_MIN;
+  double left_ = 0;
+  double right_ = 0;
+};
+
+/// The noise of a single place.
+inline double smoothNoise(double x, double y, std::uint32_t seed) {
+  return NoiseLine(y, seed).at(x);
+}
 
 #endif

@@ -19,9 +19,9 @@ constexpr double kLineHalfWidth = 0.08;
 constexpr double kShoulder = 0.6;
 constexpr double kDashPeriod = 12;
 constexpr double kDashLength = 4.5;
-constexpr double kTreeSpacing = 9;
-constexpr double kPostSpacing = 25;
-constexpr double kSignSpacing = 140;
+constexpr int kTreeSpacing = 9;
+constexpr int kPostSpacing = 25;
+constexpr int kSignSpacing = 140;
 constexpr double kSight = 320;
 constexpr double kNearest = 3;
 constexpr double kSensorNoise = 8;  // steps of brightness
@@ -43,11 +43,59 @@ enum Seed : std::uint32_t {
   kSensorSeed
 };
 
-Color hazy(Color color, double distance) { return mix(color, kHaze, distance / (distance + 350)); }
+double hazeShare(double distance) { return distance / (distance + 350); }
+
+Color hazy(Color color, double distance) { return mix(color, kHaze, hazeShare(distance)); }
 
 bool isNear(double value, double target, double tolerance) {
   return std::abs(value - target) < tolerance;
 }
+
+/// The ground across the road, at one distance.
+class GroundLine {
+ public:
+  /// \param along  metres from the start of the road
+  GroundLine(double along, double distance)
+      : fine_(along * 12, kGroundSeed),
+        coarse_(along * 0.5, kGroundSeed),
+        detail_(1 / (1 + distance / 22)),
+        contrast_(1 - hazeShare(distance)),
+        grass_(hazy(kGrass, distance)),
+        gravel_(hazy(kGravel, distance)),
+        marking_(hazy(kMarking, distance)),
+        asphalt_(hazy(kAsphalt, distance)),
+        dash_(std::fmod(along, kDashPeriod) < kDashLength) {}
+
+  Color color(double side) {
+    const double fine = (fine_.at(side * 24) - 0.5) * detail_ * contrast_;
+    const double coarse = (coarse_.at(side * 1.3) - 0.5) * contrast_;
+    if (side < kLeftLine - 2 * kShoulder || side > kRightLine + 2 * kShoulder) {
+      return brighter(grass_, 90 * fine + 44 * coarse);
+    }
+    if (side < kLeftLine - kShoulder || side > kRightLine + kShoulder) {
+      return brighter(gravel_, 80 * fine + 16 * coarse);
+    }
+    if (isNear(side, kRightLine, kLineHalfWidth) || isNear(side, kLeftLine, kLineHalfWidth) ||
+        (dash_ && isNear(side, kMiddleLine, kLineHalfWidth))) {
+      return brighter(marking_, 40 * fine);
+    }
+    // Wheels polish two darker tracks into each lane.
+    const double inLane = std::abs(side > kMiddleLine ? side : side + kLaneWidth);
+    const double track = isNear(inLane, 0.8, 0.25) ? -6 * contrast_ : 0;
+    return brighter(asphalt_, 64 * fine + 14 * coarse + track);
+  }
+
+ private:
+  NoiseLine fine_;
+  NoiseLine coarse_;
+  double detail_;    // what is finer than a pixel would only flicker
+  double contrast_;  // what haze leaves of it
+  Color grass_;
+  Color gravel_;
+  Color marking_;
+  Color asphalt_;
+  bool dash_;
+};
 
 unsigned int checkedSide(unsigned int pixels) {
   if (pixels < 1 || pixels > 65500) throw std::invalid_argument("a side has 1 to 65500 pixels");
@@ -109,48 +157,26 @@ Color SampleScene::skyColor(int x, int y) const {
 }
 
 void SampleScene::drawGround() {
+  const double middle = canvas_.width() / 2.0;
   for (int y = static_cast<int>(horizon_) + 1; y < canvas_.height(); ++y) {
     const double distance = kCameraHeight * focalLength_ / (y + 0.5 - horizon_);
     const double metresPerPixel = distance / focalLength_;
-    const double middle = canvas_.width() / 2.0;
+    const double left = (0.5 - middle) * metresPerPixel - bend(distance);
+    GroundLine line(travelled_ + distance, distance);
     for (int x = 0; x < canvas_.width(); ++x) {
-      const double side = (x + 0.5 - middle) * metresPerPixel - bend(distance);
-      canvas_.set(x, y, hazy(groundColor(side, travelled_ + distance, distance), distance));
+      canvas_.set(x, y, line.color(left + x * metresPerPixel));
     }
   }
 }
 
-Color SampleScene::groundColor(double side, double along, double distance) const {
-  // Detail that is finer than a pixel would only flicker.
-  const double detail = 1 / (1 + distance / 22);
-  const double fine = smoothNoise(side * 24, along * 12, kGroundSeed) - 0.5;
-  const double coarse = smoothNoise(side * 1.3, along * 0.5, kGroundSeed) - 0.5;
-  if (side < kLeftLine - 2 * kShoulder || side > kRightLine + 2 * kShoulder) {
-    return brighter(kGrass, 90 * fine * detail + 44 * coarse);
-  }
-  if (side < kLeftLine - kShoulder || side > kRightLine + kShoulder) {
-    return brighter(kGravel, 80 * fine * detail + 16 * coarse);
-  }
-  const bool dash = std::fmod(along, kDashPeriod) < kDashLength;
-  if (isNear(side, kRightLine, kLineHalfWidth) || isNear(side, kLeftLine, kLineHalfWidth) ||
-      (dash && isNear(side, kMiddleLine, kLineHalfWidth))) {
-    return brighter(kMarking, 40 * fine * detail);
-  }
-  // Wheels polish two darker tracks into each lane.
-  const double inLane = std::abs(side > kMiddleLine ? side : side + kLaneWidth);
-  const double track = isNear(inLane, 0.8, 0.25) ? -6 : 0;
-  return brighter(kAsphalt, 64 * fine * detail + 14 * coarse + track);
-}
-
 void SampleScene::drawRoadside() {
   // Things stand at whole metres; from far to near, so that near ones cover far ones.
-  const double end = travelled_ + kNearest;
-  for (double along = std::floor(travelled_ + kSight); along > end; --along) {
-    const double distance = along - travelled_;
-    const auto isPlaceOf = [along](double spacing) { return std::fmod(along, spacing) == 0; };
-    if (isPlaceOf(kTreeSpacing)) drawTree(static_cast<int>(along / kTreeSpacing), distance);
-    if (isPlaceOf(kPostSpacing)) drawPosts(distance);
-    if (isPlaceOf(kSignSpacing)) drawSign(distance);
+  const auto nearest = static_cast<std::int64_t>(travelled_ + kNearest);
+  for (auto along = static_cast<std::int64_t>(travelled_ + kSight); along > nearest; --along) {
+    const double distance = static_cast<double>(along) - travelled_;
+    if (along % kTreeSpacing == 0) drawTree(static_cast<int>(along / kTreeSpacing), distance);
+    if (along % kPostSpacing == 0) drawPosts(distance);
+    if (along % kSignSpacing == 0) drawSign(distance);
   }
 }
 

@@ -33,7 +33,6 @@ class SampleScene {
   void drawSky(Canvas& canvas) const;
   Color skyColor(int x, int y) const;
   void drawGround();
-  Color groundColor(double side, double along, double distance) const;
   void drawRoadside();
   void drawTree(int number, double distance);
   void drawPosts(double distance);

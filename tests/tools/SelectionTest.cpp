@@ -1,0 +1,89 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+
+#include "Failure.h"
+#include "FrameSelection.h"
+#include "RecordingFile.h"
+#include "RecordingWriter.h"
+
+namespace {
+
+using Frames = std::vector<unsigned int>;
+
+/// An open recording with frames captured at the given times.
+class Recording {
+ public:
+  explicit Recording(const std::vector<std::uint64_t>& times)
+      : path_(testing::TempDir() + "selection" + std::to_string(getpid()) + ".img") {
+    RecordingWriter writer(path_, RecordingWriter::OnFailure::RemoveFrames);
+    for (const std::uint64_t time : times) writer.add(std::string(100, 'x'), {time, time});
+    writer.finish();
+    reader_ = openRecording(path_);
+  }
+  ~Recording() { std::remove(path_.c_str()); }
+
+  Frames select(const FrameSelection& selection) { return selection.frames(*reader_, path_); }
+
+ private:
+  std::string path_;
+  std::shared_ptr<VelmarVideoFileReader> reader_;
+};
+
+TEST(FrameSelection, SelectsByCaptureTimeExactly) {
+  // The rate varies, one frame is late, two share a time.
+  Recording recording({1000000, 1010000, 2500000, 2400000, 2500000, 9000000});
+  const struct {
+    const char* text;
+    Frames frames;
+  } cases[] = {
+      {"1000000:1010000", {0}},
+      {"1000000:1010001", {0, 1}},
+      {"2400000:2500000", {3}},
+      {"2500000:9000000", {2, 4}},
+      {"+1.4s:+8s", {2, 3, 4}},
+      {"+8s:+8.000001s", {5}},
+      {"0:+0.01s", {0}},
+      {"1970-01-01T00:00:02.4Z:1970-01-01T00:00:02.5Z", {3}},
+      {"1970-01-01T01:00:09+01:00:+9s", {5}},
+      {"+0s:1970-01-01T00:00:01.01Z", {0}},
+      {"3000000:8000000", {}},
+      {"+9s:1000000", {}},
+  };
+  for (const auto& [text, frames] : cases) {
+    SCOPED_TRACE(text);
+    FrameSelection selection;
+    selection.setTime(text);
+    if (frames.empty()) {
+      EXPECT_THROW(recording.select(selection), Failure);
+    } else {
+      EXPECT_EQ(recording.select(selection), frames);
+    }
+  }
+}
+
+TEST(FrameSelection, SelectsByNumber) {
+  Recording recording({1, 2, 3});
+  EXPECT_EQ(recording.select(FrameSelection()), (Frames{0, 1, 2}));
+  FrameSelection selection;
+  selection.setRange("1:3");
+  EXPECT_EQ(recording.select(selection), (Frames{1, 2}));
+  for (const char* beyond : {"0:4", "3:4", "0:4294967297"}) {
+    selection.setRange(beyond);
+    EXPECT_THROW(recording.select(selection), Failure) << beyond;
+  }
+}
+
+TEST(FrameSelection, RefusesTextsThatSelectNothing) {
+  for (const char* text :
+       {"", ":", "1", "1:", ":1", "2:1", "1:1", "-1:2", "a:b", "1:2:3", "1 : 2"}) {
+    EXPECT_THROW(FrameSelection().setRange(text), UsageError) << text;
+  }
+  for (const char* text :
+       {"", ":", "5", "5:", "6:5", "5:5", "+2s:+1s", "2023-11-14T22:13:20Z", "1:2:3"}) {
+    EXPECT_THROW(FrameSelection().setTime(text), UsageError) << text;
+  }
+}
+
+}  // namespace

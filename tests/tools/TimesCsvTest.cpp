@@ -1,0 +1,57 @@
+#include "TimesCsv.h"
+
+#include <gtest/gtest.h>
+
+#include "Failure.h"
+
+namespace {
+
+const std::string kHeader = "file,sensor_time_us,arrived_time_us\n";
+const std::vector<std::string> kFiles = {"in/1.jpg", "in/2.jpg"};
+
+/// The capture times of the files, or the failure's text.
+std::string match(const std::string& rows, const std::vector<std::string>& files = kFiles) {
+  std::string text;
+  try {
+    for (const FrameTimes& times : TimesCsv("t.csv", rows).match(files)) {
+      text += std::to_string(times.sensor) + "/" + std::to_string(times.arrived) + " ";
+    }
+  } catch (const Failure& failure) {
+    text = failure.what();
+    text = text.substr(0, text.find(" ("));
+  }
+  return text;
+}
+
+TEST(TimesCsv, GivesEachFileItsTimes) {
+  EXPECT_EQ(match(kHeader + "1.jpg,10,11\n2.jpg,20,21\n"), "10/11 20/21 ");
+  EXPECT_EQ(match(kHeader + "in/2.jpg,20,21\r\n\r\n1.jpg,10,11"), "10/11 20/21 ");
+  EXPECT_EQ(match(kHeader + "a/1.jpg,1,2\nb/1.jpg,3,4\n", {"b/1.jpg", "a/1.jpg"}), "3/4 1/2 ");
+  EXPECT_EQ(match(kHeader + "1.jpg,1,2\na/1.jpg,3,4\n", {"1.jpg", "a/1.jpg"}), "1/2 3/4 ");
+  EXPECT_EQ(match(kHeader + "\"a \"\"b\"\", c.jpg\",1,2\n", {"a \"b\", c.jpg"}), "1/2 ");
+  EXPECT_EQ(match(kHeader + "x,y.jpg,1,18446744073709551615\n", {"x,y.jpg"}),
+            "1/18446744073709551615 ");
+}
+
+TEST(TimesCsv, NamesTheLineThatDoesNotFit) {
+  const struct {
+    std::string text;
+    std::string failure;
+  } cases[] = {
+      {"1.jpg,10,11\n", "line 1: the header has to be file,sensor_time_us,arrived_time_us"},
+      {kHeader + "1.jpg,10\n", "line 2: it takes a file and two times in microseconds"},
+      {kHeader + "\n1.jpg,-1,11\n", "line 3: it takes a file and two times in microseconds"},
+      {kHeader + "1.jpg,1.5,11\n", "line 2: it takes a file and two times in microseconds"},
+      {kHeader + "1.jpg,1,18446744073709551616\n",
+       "line 2: it takes a file and two times in microseconds"},
+      {kHeader + "1.jpg,1,2\n2.jpg,1,2\n3.jpg,1,2\n", "line 4: there is no frame 3.jpg"},
+      {kHeader + "1.jpg,1,2\nin/1.jpg,1,2\n", "line 3: in/1.jpg has a row already, line 2"},
+      {kHeader + "1.jpg,1,2\n", "it has no row for in/2.jpg"},
+      {"", "it has no row for in/1.jpg"},
+  };
+  for (const auto& [text, failure] : cases) EXPECT_EQ(match(text), "t.csv: " + failure);
+  EXPECT_EQ(match(kHeader + "1.jpg,1,2\n", {"a/1.jpg", "b/1.jpg"}),
+            "t.csv: line 2: there are several frames 1.jpg");
+}
+
+}  // namespace

@@ -1,0 +1,245 @@
+#!/usr/bin/env bash
+# What only a process can show of velmar-video: exit statuses, messages, pipes, signals, and what
+# is in the folder afterwards.
+# Usage: velmar-video.sh PATH-OF-VELMAR-VIDEO
+set -eu
+tool=$(realpath "$1")
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+
+fail() {
+  echo "FAILED: $*" >&2
+  cat err >&2 || true
+  exit 1
+}
+
+# expect STATUS TEXT ARGUMENT... runs the tool; TEXT has to be in standard error, which has to be
+# empty if TEXT is; a failure is a single line.
+expect() {
+  local status=$1 text=$2 got=0
+  shift 2
+  "$tool" "$@" >out 2>err || got=$?
+  [ "$got" -eq "$status" ] || fail "status $got instead of $status: $*"
+  if [ -z "$text" ]; then
+    [ ! -s err ] || fail "standard error is not empty: $*"
+  else
+    grep -qF -- "$text" err || fail "no '$text' on standard error: $*"
+  fi
+  if [ "$status" -eq 1 ] || [ "$status" -eq 2 ]; then
+    [ "$(wc -l <err)" -eq 1 ] || fail "not a single line: $*"
+  fi
+}
+
+absent() {
+  local file
+  for file; do [ ! -e "$file" ] || fail "$file is there"; done
+}
+
+# wait_for COMMAND... until it succeeds, some seconds at most
+wait_for() {
+  local i
+  for i in $(seq 500); do
+    if "$@"; then return; fi
+    sleep 0.02
+  done
+  fail "waited too long for: $*"
+}
+holds() { [ "$(stat -c %s "$1" 2>/dev/null || echo 0)" -ge "$2" ]; }
+frames_in() { "$tool" frames "$1" --csv | tail -n +2 | wc -l; }
+
+# Twelve frames to work with: 0.jpg to 11.jpg.
+expect 0 "" sample sample.img --frames 12 --size 96x64
+expect 0 "" extract sample.img --output taken
+mkdir in
+for i in $(seq 0 11); do cp "taken/$(printf 'frame_%06d.jpg' "$i")" "in/$i.jpg"; done
+for i in $(seq 0 11); do cat "in/$i.jpg"; done >stream
+find in -type f -exec cksum {} + | sort >in.sum
+
+# From files to a recording and back, in natural order.
+expect 0 "" create drive.img in --fps 25 --start-time 2023-11-14T22:13:20Z --device-id 0AfF
+expect 0 "" cat drive.img
+cmp out stream
+expect 0 "" extract drive.img --output back/deeper --jobs 3
+for i in $(seq 0 11); do cmp "in/$i.jpg" "back/deeper/$(printf 'frame_%06d.jpg' "$i")"; done
+expect 0 "" info drive.img --json
+grep -q '^{"file":"drive.img","container":"img","version":"1.0","frames_count":12,"frames_max":4294967295,"width":96,"height":64,"frame_format":"BGR","frame_codec":"JPG","undistorted":false,"device_id":"0aff","start_time_us":1700000000000000,"duration_us":440000,"camera_params":{},"extended_info":{},"file_bytes":[0-9]*}$' out || fail "info: $(cat out)"
+expect 0 "" frames drive.img --range 1:3 --json
+[ "$(head -1 out)" = "{\"index\":1,\"sensor_time_us\":1700000000040000,\"arrived_time_us\":1700000000040000,\"size\":$(stat -c %s in/1.jpg)}" ] || fail "frames: $(cat out)"
+expect 0 "" frames drive.img --time +0.04s:2023-11-14T22:13:20.12Z
+[ "$(wc -l <out)" -eq 3 ] || fail "frames for a person"
+
+# Times from a table; all that describes a recording.
+(
+  echo file,sensor_time_us,arrived_time_us
+  echo 2.jpg,30,31
+  echo in/10.jpg,20,22
+) >times.csv
+echo '{"b": [1.5, null], "a": "x"}' >params.json
+expect 0 "" create timed.img in/10.jpg in/2.jpg --times times.csv --camera-params params.json \
+  --extended-info params.json --undistorted --frame-format GRAY
+expect 0 "" frames timed.img --csv
+[ "$(cut -d, -f1-3 out | tr '\n' ' ')" = "index,sensor_time_us,arrived_time_us 0,20,22 1,30,31 " ] ||
+  fail "times: $(cat out)"
+expect 0 "" info timed.img --json
+grep -qF '"frame_format":"GRAY","frame_codec":"JPG","undistorted":true,"device_id":"","start_time_us":22,"duration_us":10,"camera_params":{"a":"x","b":[1.5,null]},"extended_info":{"a":"x","b":[1.5,null]}' out || fail "info: $(cat out)"
+
+# Pictures: size after scaling and cutting, one and three bytes a pixel, bgr as rgb backwards.
+expect 0 "" extract drive.img --output pnm --as ppm --scale 1/2 --crop-top 10 --crop-bottom 3 --range 2:3
+expect 0 "" extract drive.img --output pnm --as ppm --format gray --range 2:3
+expect 0 "" extract drive.img --output bgr --as ppm --format bgr --scale 1/2 --crop-top 10 --crop-bottom 3 --range 2:3
+expect 0 "" extract drive.img --output png --as png --range 2:3
+[ "$(head -c 13 pnm/frame_000002.ppm)" = "$(printf 'P6\n48 25\n255\n')" ] || fail "ppm header"
+[ "$(stat -c %s pnm/frame_000002.ppm)" -eq $((13 + 3 * 48 * 25)) ] || fail "ppm size"
+[ "$(stat -c %s pnm/frame_000002.pgm)" -eq $((13 + 96 * 64)) ] || fail "pgm size"
+first_pixel() { tail -c +14 "$1" | head -c 3 | od -An -tu1 | tr -s ' '; }
+[ "$(first_pixel bgr/frame_000002.ppm | awk '{print " " $3 " " $2 " " $1}')" = \
+  "$(first_pixel pnm/frame_000002.ppm)" ] || fail "bgr"
+[ "$(head -c 24 png/frame_000002.png | tail -c 8 | od -An -tx1)" = " 00 00 00 60 00 00 00 40" ] ||
+  fail "png size"
+
+# Wrong usage, and what cannot be: nothing is written.
+expect 2 "a command is missing"
+expect 2 "bogus" bogus
+expect 2 "--times or from --fps" create x.img in
+expect 2 "cannot be used with a stream" create x.img - --times times.csv
+expect 2 "has to be the only input" create x.img - in --fps 5
+expect 2 "--fps goes from" create x.img in --fps nan
+expect 2 "--device-id" create x.img in --fps 5 --device-id abc
+expect 2 "needs --as png" extract drive.img --output x --scale 1/2
+expect 2 "holds no frame" frames drive.img --range 3:3
+expect 1 "drive.img: --range goes beyond its 12 frames (VELMAR_ERROR_CODE_OUT_RANGE_E)" cat drive.img --range 3:13
+expect 1 "no frame was captured in that time" extract drive.img --output x --time 0:9
+expect 1 "leaves nothing of its pictures" extract drive.img --output x --as png --crop-top 64
+expect 1 "x.avi: its name has to end like a recording's" create x.avi in --fps 5
+echo '{"a": }' >bad.json
+expect 1 "bad.json: it is not valid JSON: Line 1" create x.img in --fps 5 --extended-info bad.json
+expect 1 "times.csv: it has no row for in/3.jpg" create x.img in/2.jpg in/10.jpg in/3.jpg --times times.csv
+expect 1 "times.csv: line 3: there is no frame in/10.jpg" create x.img in/2.jpg --times times.csv
+expect 1 "params.json: it is not a JPEG picture" create x.img in params.json --fps 5
+expect 0 "" sample other.img --frames 1 --size 64x64
+"$tool" cat other.img >other.jpg
+expect 1 "other.jpg: the picture is 64x64, but the first one is 96x64" create x.img in other.jpg --fps 5
+expect 1 "no/x.img: cannot create it" create no/x.img in --fps 5
+expect 1 "in/none: cannot open it" create x.img in/none --fps 5
+absent x.img x.img.tmp x.img.tmp.index
+
+# Outputs that are there, or that are inputs.
+cp drive.img kept.img
+expect 1 "drive.img: it is already there; --force replaces it" create drive.img in --fps 5
+expect 1 "drive.img: it is already there" sample drive.img --frames 1
+expect 1 "frame_000000.jpg: it is already there" extract drive.img --output taken
+cmp drive.img kept.img
+cp in/1.jpg self.img
+ln self.img twin.img.tmp
+for arguments in "self.img self.img" "self.img twin.img.tmp" "twin.img in self.img" "self.img -"; do
+  expect 1 "it would be overwritten, but it is also an input" create $arguments --fps 5 --force <self.img
+done
+cmp self.img in/1.jpg
+rm self.img twin.img.tmp
+touch half.img.tmp
+expect 1 "half.img.tmp: it is already there, perhaps an interrupted recording" create half.img in --fps 5
+expect 0 "" create half.img in --fps 5 --force
+expect 0 "" create drive.img in/3.jpg --fps 5 --force
+[ "$(frames_in drive.img)" -eq 1 ] || fail "--force"
+cp kept.img drive.img
+
+# Recordings that are no recordings; the good one is shown all the same.
+head -c 3000 kept.img >cut.img
+: >empty.img
+expect 1 "cut.img: it is cut short, damaged or unfinished (VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E)" frames cut.img
+expect 1 "empty.img: the file is empty (VELMAR_ERROR_CODE_FILE_SIZE_IS_ZERO_E)" info empty.img kept.img --json
+grep -q '"file":"kept.img"' out || fail "info stops at a bad file"
+expect 1 "none.img: there is no such file (VELMAR_ERROR_CODE_FILE_NOT_EXIST_E)" cat none.img
+got=0
+"$tool" --verbose info cut.img 2>err || got=$?
+[ "$got" -eq 1 ] && [ "$(wc -l <err)" -gt 1 ] || fail "--verbose"
+
+# A frame that does not decode is left out; if none does, nothing stays behind.
+head -c 100 /dev/zero >zeros
+expect 0 "" create two.img in/0.jpg in/1.jpg --fps 5
+offset=$(grep -abo "$(printf 'JFIF')" two.img | tail -1 | cut -d: -f1)
+dd if=/dev/zero of=two.img bs=1 seek="$((offset - 6))" count=400 conv=notrunc status=none
+expect 3 "two.img: frame 0 skipped: the picture does not decode (VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E)" \
+  extract two.img --output some --as png
+absent some/frame_000000.png
+[ -s some/frame_000001.png ] || fail "the good frame is missing"
+expect 1 "two.img: " extract two.img --output none/at/all --as png --range 0:1
+absent none
+
+# Streams: what ends inside a frame or holds something else is recorded as far as it goes.
+expect 0 "" create stream.img - --fps 25 <stream
+expect 0 "" cat stream.img
+cmp out stream
+head -c -10 stream >short
+expect 3 "standard input: it ends inside a frame" create short.img - --fps 25 <short
+[ "$(frames_in short.img)" -eq 11 ] || fail "frames of a short stream"
+cat in/0.jpg other.jpg zeros bad.json in/1.jpg >mixed
+expect 3 "standard input: frame 1 skipped: the picture is 64x64" create mixed.img - --fps 25 --start-time 0 <mixed
+grep -q "bytes skipped" err || fail "skipped bytes"
+"$tool" frames mixed.img --csv | cut -d, -f1,2 | tr '\n' ' ' | grep -q '0,0 1,80000 ' || fail "times"
+expect 1 "none.img: there was no frame to record" create none.img - --fps 25 <bad.json
+absent none.img none.img.tmp none.img.tmp.index
+
+# Signals finish the recording.
+mkfifo pipe
+"$tool" create live.img - --fps 25 <pipe 2>err &
+exec 3>pipe
+cat stream >&3
+wait_for holds live.img.tmp "$(stat -c %s stream)"
+kill -TERM $!
+got=0
+wait $! || got=$?
+exec 3>&-
+[ "$got" -eq 0 ] && [ ! -s err ] || fail "status $got after a signal"
+[ "$(frames_in live.img)" -eq 12 ] || fail "frames after a signal"
+"$tool" sample long.img --frames 10000000 --size 64x64 2>err &
+wait_for holds long.img.tmp 100000
+kill -TERM $!
+got=0
+wait $! || got=$?
+[ "$got" -eq 3 ] && grep -q "long.img: stopped by a signal after .* of 10000000 frames" err ||
+  fail "status $got after a signal"
+[ "$(frames_in long.img)" -gt 0 ] || fail "nothing recorded until the signal"
+
+# A disk that is full: files can be read again, a stream cannot.
+limited() (
+  trap '' XFSZ
+  ulimit -f 8
+  "$tool" "$@" 2>err
+)
+got=0
+limited create full.img in in in --fps 5 || got=$?
+[ "$got" -eq 1 ] && grep -q "full.img: cannot write frame" err || fail "status $got on a full disk"
+absent full.img full.img.tmp full.img.tmp.index
+got=0
+cat stream stream | limited create full.img - --fps 5 || got=$?
+[ "$got" -eq 1 ] && grep -q "the frames recorded so far are in full.img.tmp" err ||
+  fail "status $got on a full disk"
+[ -s full.img.tmp ] || fail "the frames are gone"
+absent full.img
+
+# Standard output: a full one, a closed one, one that nobody reads, a terminal, the input itself.
+got=0
+"$tool" cat kept.img >/dev/full 2>err || got=$?
+[ "$got" -eq 1 ] && grep -q "standard output: cannot write to it" err || fail "full: status $got"
+got=0
+"$tool" frames kept.img >&- 2>err || got=$?
+[ "$got" -eq 1 ] || fail "closed: status $got"
+got=0
+"$tool" cat kept.img >>kept.img 2>err || got=$?
+[ "$got" -eq 1 ] && grep -q "kept.img: it is also where standard output goes" err || fail "itself"
+got=0
+script -qec "'$tool' cat kept.img" /dev/null >out </dev/null || got=$?
+[ "$got" -eq 2 ] && grep -q "standard output is a terminal" out || fail "terminal: status $got"
+(
+  set +e
+  "$tool" create wide.img $(yes in | head -200) --fps 5
+  "$tool" cat wide.img | head -c 1 >/dev/null
+  [ "${PIPESTATUS[0]}" -eq 141 ]
+) || fail "a pipe that nobody reads does not end it"
+
+# All that was only read is as it was.
+cmp drive.img kept.img
+find in -type f -exec cksum {} + | sort | cmp - in.sum
+[ -z "$(find . -name '*.tmp*' ! -name 'full.img.tmp*')" ] || fail "temporary files: $(ls -R)"

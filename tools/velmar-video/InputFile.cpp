@@ -1,0 +1,36 @@
+#include "InputFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+
+#include "Failure.h"
+#include "common/FileDescriptor.h"
+
+std::string readFile(const std::string& path, std::size_t limit) {
+  constexpr std::size_t kLeast = 4096;
+  const FileDescriptor file(path, O_RDONLY);
+  struct stat status {};
+  if (!file.isOpen() || fstat(file.get(), &status) != 0) {
+    throw Failure::ofSystem(path, "cannot open it", errno);
+  }
+  // One byte more than the size shows the end; a file without a size, such as a pipe, grows on.
+  std::string bytes;
+  std::size_t filled = 0;
+  std::size_t wanted = static_cast<std::size_t>(status.st_size) + 1;
+  while (filled < limit) {
+    if (filled == bytes.size()) {
+      bytes.resize(std::min(limit, std::max({wanted, kLeast, 2 * filled})));
+    }
+    const ssize_t count = ::read(file.get(), bytes.data() + filled, bytes.size() - filled);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) throw Failure::ofSystem(path, "cannot read it", errno);
+    if (count == 0) break;
+    filled += static_cast<std::size_t>(count);
+  }
+  bytes.resize(filled);
+  return bytes;
+}

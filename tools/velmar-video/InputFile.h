@@ -1,0 +1,10 @@
+#ifndef VELMAR_TOOL_INPUT_FILE_H
+#define VELMAR_TOOL_INPUT_FILE_H
+
+#include <cstddef>
+#include <string>
+
+/// The file's bytes, at most `limit`. Throws Failure.
+std::string readFile(const std::string& path, std::size_t limit = std::string::npos);
+
+#endif

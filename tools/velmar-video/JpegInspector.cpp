@@ -1,0 +1,24 @@
+#include "JpegInspector.h"
+
+#include "Failure.h"
+#include "FrameInput.h"
+#include "InputFile.h"
+
+std::optional<JpegSize> JpegInspector::size(const std::string& jpeg) const {
+  return readJpegSize(handle_.get(), reinterpret_cast<const unsigned char*>(jpeg.data()),
+                      jpeg.size());
+}
+
+JpegSize JpegInspector::sizeOfFile(const std::string& path) const {
+  // The header nearly always lies in the first bytes, unless large thumbnails precede it.
+  for (const std::size_t limit : {std::size_t{1} << 17, kMaxFrameSize}) {
+    const std::string start = readFile(path, limit);
+    if (const auto found = size(start)) return *found;
+    if (start.size() < limit) break;
+  }
+  throw Failure(path, "it is not a JPEG picture", VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
+}
+
+std::string toText(JpegSize size) {
+  return std::to_string(size.width) + "x" + std::to_string(size.height);
+}

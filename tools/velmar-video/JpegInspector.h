@@ -1,0 +1,32 @@
+#ifndef VELMAR_TOOL_JPEG_INSPECTOR_H
+#define VELMAR_TOOL_JPEG_INSPECTOR_H
+
+#include <optional>
+#include <string>
+
+#include "common/JpegHeader.h"
+#include "common/TjHandle.h"
+
+/// Reads the sizes of JPEGs from their headers. One thread at a time.
+class JpegInspector {
+ public:
+  JpegInspector() : handle_(tjInitDecompress()) {}
+
+  /// Nothing if the bytes hold no JPEG header.
+  std::optional<JpegSize> size(const std::string& jpeg) const;
+  /// The same from no more of the file than it takes. Throws Failure if the file cannot be read or
+  /// holds no JPEG header.
+  JpegSize sizeOfFile(const std::string& path) const;
+
+ private:
+  TjHandle handle_;
+};
+
+inline bool operator==(JpegSize one, JpegSize other) {
+  return one.width == other.width && one.height == other.height;
+}
+
+/// "1280x800"
+std::string toText(JpegSize size);
+
+#endif

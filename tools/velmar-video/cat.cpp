@@ -1,0 +1,52 @@
+#include <unistd.h>
+
+#include <memory>
+
+#include "FrameSelection.h"
+#include "Losses.h"
+#include "OutputGuard.h"
+#include "RecordingFile.h"
+#include "StandardOutput.h"
+#include "Tool.h"
+
+namespace {
+
+struct Options {
+  std::string file;
+  FrameSelection selection;
+};
+
+ExitStatus writeFrames(const Options& options) {
+  if (isatty(STDOUT_FILENO) != 0) {
+    throw UsageError("cat: standard output is a terminal; send it to a file or to a program");
+  }
+  const auto reader = openRecording(options.file);
+  checkStandardOutput(options.file);
+  const auto selected = options.selection.frames(*reader, options.file);
+  StandardOutput output;
+  FrameLosses losses;
+  std::string frame;
+  for (const unsigned int index : selected) {
+    frame.clear();
+    const VELMAR_ERROR_CODE_E code = reader->getRawImage(index, frame);
+    if (code == VELMAR_ERROR_CODE_SUCCESS_E) {
+      output.write(frame);
+    } else {
+      losses.add(index, code);
+    }
+  }
+  output.flush();
+  return losses.report(options.file, selected.size());
+}
+
+}  // namespace
+
+void addCatCommand(Tool& tool) {
+  CLI::App* command =
+      tool.addCommand("cat", "Write the stored JPEGs one after another to standard output.",
+                      "cat drive.img | ffplay -f mjpeg -");
+  const auto options = std::make_shared<Options>();
+  command->add_option("file", options->file, "The recording")->required();
+  options->selection.addTo(*command);
+  command->callback([&tool, options] { tool.run = [options] { return writeFrames(*options); }; });
+}

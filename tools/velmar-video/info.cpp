@@ -1,0 +1,168 @@
+#include <sys/stat.h>
+
+#include <charconv>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "Diagnostics.h"
+#include "JsonText.h"
+#include "RecordingFile.h"
+#include "StandardOutput.h"
+#include "TimeText.h"
+#include "Tool.h"
+
+namespace {
+
+struct Info {
+  std::string file;
+  std::string container;
+  VELMAR_VERSION_E version = VELMAR_VERSION_MAX_E;
+  unsigned int framesCount = 0;
+  unsigned int framesMax = 0;
+  unsigned short width = 0;
+  unsigned short height = 0;
+  VELMAR_FORMAT_E format = VELMAR_FORMAT_MAX_E;
+  VELMAR_CODEC_E codec = VELMAR_CODEC_MAX_E;
+  unsigned int undistorted = 0;
+  std::string deviceId;
+  unsigned long startTime = 0;
+  std::uint64_t duration = 0;
+  Json::Value cameraParams;
+  Json::Value extendedInfo;
+  std::uint64_t bytes = 0;
+};
+
+/// From the first frame's capture to the last one's.
+std::uint64_t durationOf(VelmarVideoFileReader& reader, const Info& info) {
+  if (info.framesCount < 2) return 0;
+  const std::uint64_t first = sensorTime(reader, info.file, 0);
+  const std::uint64_t last = sensorTime(reader, info.file, info.framesCount - 1);
+  return last < first ? 0 : last - first;
+}
+
+Info readInfo(const std::string& file) {
+  const auto reader = openRecording(file);
+  Info info;
+  info.file = file;
+  info.container = file.substr(file.rfind('.') + 1);
+  info.framesCount = framesCount(*reader, file);
+  // None of these can fail on a reader that is open.
+  reader->getVersion(info.version);
+  reader->getFramesMax(info.framesMax);
+  reader->getImageResolution(info.width, info.height);
+  reader->getColorFormat(info.format);
+  reader->getCodec(info.codec);
+  reader->getUndistortFlags(info.undistorted);
+  reader->getStartTime(info.startTime);
+  info.deviceId = parseJson(reader->getMetaInfo()).get("camera_id", "").asString();
+  info.duration = durationOf(*reader, info);
+  info.cameraParams = parseJson(reader->getCameraParams());
+  info.extendedInfo = parseJson(reader->getExtendedInfo());
+  struct stat status {};
+  if (stat(file.c_str(), &status) == 0) info.bytes = static_cast<std::uint64_t>(status.st_size);
+  return info;
+}
+
+/// jsoncpp would sort the keys; people who look at the line want them in order.
+std::string jsonLine(const Info& info) {
+  const std::pair<const char*, Json::Value> members[] = {
+      {"file", info.file},
+      {"container", info.container},
+      {"version", velmarVersion2String(info.version)},
+      {"frames_count", info.framesCount},
+      {"frames_max", info.framesMax},
+      {"width", info.width},
+      {"height", info.height},
+      {"frame_format", velmarFormat2String(info.format)},
+      {"frame_codec", velmarCodec2String(info.codec)},
+      {"undistorted", info.undistorted != 0},
+      {"device_id", info.deviceId},
+      {"start_time_us", Json::UInt64{info.startTime}},
+      {"duration_us", Json::UInt64{info.duration}},
+      {"camera_params", info.cameraParams},
+      {"extended_info", info.extendedInfo},
+      {"file_bytes", Json::UInt64{info.bytes}},
+  };
+  std::string line;
+  for (const auto& [key, value] : members) {
+    line += line.empty() ? "{" : ",";
+    line += toJsonText(key) + ":" + toJsonText(value);
+  }
+  return line + "}\n";
+}
+
+std::string fixedText(double value, int digits) {
+  char text[64];
+  const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, digits);
+  return {text, end.ptr};
+}
+
+std::string bytesText(std::uint64_t bytes) {
+  std::string text = std::to_string(bytes) + " bytes";
+  const char* const units[] = {"KiB", "MiB", "GiB", "TiB"};
+  double size = static_cast<double>(bytes) / 1024;
+  std::size_t unit = 0;
+  for (; size >= 1024 && unit + 1 < std::size(units); ++unit) size /= 1024;
+  return bytes < 1024 ? text : text + " (" + fixedText(size, 1) + " " + units[unit] + ")";
+}
+
+std::string durationText(const Info& info) {
+  const double seconds = static_cast<double>(info.duration) / 1e6;
+  std::string text = fixedText(seconds, 6) + " s";
+  if (info.duration == 0) return text;
+  return text + " (" + fixedText((info.framesCount - 1) / seconds, 2) + " frames/s)";
+}
+
+std::string textBlock(const Info& info) {
+  const std::pair<const char*, std::string> lines[] = {
+      {"container", info.container + ", version " + velmarVersion2String(info.version)},
+      {"frames",
+       std::to_string(info.framesCount) + " (room for " + std::to_string(info.framesMax) + ")"},
+      {"picture", std::to_string(info.width) + " x " + std::to_string(info.height) + ", " +
+                      velmarCodec2String(info.codec) + ", " + velmarFormat2String(info.format)},
+      {"undistorted", info.undistorted != 0 ? "yes" : "no"},
+      {"device", info.deviceId.empty() ? "-" : info.deviceId},
+      {"start", formatTime(info.startTime)},
+      {"duration", durationText(info)},
+      {"size", bytesText(info.bytes)},
+      {"camera params", toJsonText(info.cameraParams)},
+      {"extended info", toJsonText(info.extendedInfo)},
+  };
+  std::string text = info.file + "\n";
+  for (const auto& [label, value] : lines) {
+    std::string cell = label;
+    cell.resize(15, ' ');
+    text.append("  ").append(cell).append(value).append("\n");
+  }
+  return text;
+}
+
+ExitStatus showInfo(const std::vector<std::string>& files, bool json) {
+  StandardOutput output;
+  ExitStatus status = ExitStatus::Done;
+  for (const std::string& file : files) {
+    try {
+      const Info info = readInfo(file);
+      output.write(json ? jsonLine(info) : textBlock(info));
+    } catch (const Failure& failure) {
+      say(failure.what());
+      status = ExitStatus::Failed;
+    }
+    output.flush();
+  }
+  return status;
+}
+
+}  // namespace
+
+void addInfoCommand(Tool& tool) {
+  CLI::App* command = tool.addCommand("info", "Show what recordings hold and how they were made.",
+                                      "info drive.img");
+  const auto files = std::make_shared<std::vector<std::string>>();
+  const auto json = std::make_shared<bool>(false);
+  command->add_option("file", *files, "The recordings")->required();
+  command->add_flag("--json", *json, "One JSON object for each, on a line of its own");
+  command->callback(
+      [&tool, files, json] { tool.run = [files, json] { return showInfo(*files, *json); }; });
+}

@@ -1,0 +1,117 @@
+#include <memory>
+#include <optional>
+
+#include "FrameTimes.h"
+#include "Losses.h"
+#include "OutputGuard.h"
+#include "Progress.h"
+#include "RecordingFile.h"
+#include "RecordingWriter.h"
+#include "SampleScene.h"
+#include "StopSignal.h"
+#include "TimeText.h"
+#include "Tool.h"
+
+namespace {
+
+// Fixed, so that two samples are equal.
+constexpr std::uint64_t kStartTime = 1700000000000000;
+constexpr std::uint64_t kTransferTime = 40000;
+constexpr unsigned char kDeviceId[] = {0x0A, 0xFF, 0x53, 0x41, 0x4D, 0x50, 0x4C, 0x45,
+                                       0x00, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07,
+                                       0x08, 0x09, 0x0A, 0x0B, 0x0C, 0x0D, 0x0E, 0x0F};
+
+struct Options {
+  std::string output;
+  unsigned int frames = 50;
+  unsigned short width = 1280;
+  unsigned short height = 800;
+  double framesPerSecond = 30;
+  bool force = false;
+  bool quiet = false;
+};
+
+/// The camera that SampleScene draws with.
+std::string cameraParams(const Options& options) {
+  const std::string focalLength = std::to_string(options.width * 4 / 5);
+  const std::string centerX = std::to_string(options.width / 2);
+  const std::string centerY = std::to_string(options.height * 9 / 20);
+  return "{\"camera_matrix\": [[" + focalLength + ", 0, " + centerX + "], [0, " + focalLength +
+         ", " + centerY + "], [0, 0, 1]], \"distortion\": [0, 0, 0, 0, 0], " +
+         "\"height_above_road_mm\": 1400}";
+}
+
+void describe(VelmarVideoFileCreater& creater, const Options& options) {
+  creater.setDeviceId(kDeviceId, sizeof kDeviceId);
+  creater.setStartTime(kStartTime);
+  creater.setVideoResolution(options.width, options.height);
+  creater.setFrameCodec(VELMAR_CODEC_JPG_E);
+  creater.setFrameFormat(VELMAR_FORMAT_BGR_E);
+  creater.setUndistortFlags();
+  creater.setCameraParams(cameraParams(options));
+  creater.setExtendedInfo(R"({"scene": "drawn country road", "weather": "fair"})");
+}
+
+ExitStatus drawSample(const Options& options) {
+  checkExtension(options.output);
+  checkRecordingOutput(options.output, {}, options.force);
+  const FrameClock clock(kStartTime, options.framesPerSecond);
+  SampleScene scene(options.width, options.height);
+
+  StopSignal stop;
+  RecordingWriter writer(options.output, RecordingWriter::OnFailure::RemoveFrames);
+  describe(writer.creater(), options);
+  Progress progress(options.output, options.frames, options.quiet);
+  while (writer.frames() < options.frames && !stop.requested()) {
+    const std::uint64_t time = clock.at(writer.frames());
+    writer.add(scene.jpeg(writer.frames()), {time, time + kTransferTime});
+    progress.update(writer.frames());
+  }
+  writer.finish();
+  Losses losses;
+  if (writer.frames() < options.frames) {
+    losses.add(options.output, "stopped by a signal after " + std::to_string(writer.frames()) +
+                                   " of " + std::to_string(options.frames) + " frames");
+  }
+  return losses.status();
+}
+
+unsigned short parseSide(std::string_view text) {
+  const auto pixels = parseNumber(text);
+  if (!pixels || *pixels < 1 || *pixels > 65500) {
+    throw UsageError("--size is WIDTHxHEIGHT, each 1 to 65500 pixels");
+  }
+  return static_cast<unsigned short>(*pixels);
+}
+
+void parseSize(std::string_view text, Options& options) {
+  const std::size_t cross = text.find('x');
+  options.width = parseSide(text.substr(0, cross));
+  options.height = parseSide(cross == text.npos ? "" : text.substr(cross + 1));
+}
+
+}  // namespace
+
+void addSampleCommand(Tool& tool) {
+  CLI::App* command =
+      tool.addCommand("sample", "Draw a short drive on a country road, to have a recording to try.",
+                      "sample drive.img --frames 300");
+  const auto options = std::make_shared<Options>();
+  command->add_option("output", options->output, "The recording to make, OUTPUT.img")->required();
+  command->add_option("--frames", options->frames, "Number of frames, 50 if not given")
+      ->type_name("N")
+      ->check(CLI::Range(1U, 10000000U));
+  command
+      ->add_option_function<std::string>(
+          "--size", [options](const std::string& text) { parseSize(text, *options); },
+          "Size in pixels, 1280x800 if not given")
+      ->type_name("WxH");
+  command->add_option("--fps", options->framesPerSecond, "Frames a second, 30 if not given")
+      ->type_name("N");
+  command->add_flag("--force", options->force, "Replace an existing output");
+  command->callback([&tool, options] {
+    FrameClock(kStartTime, options->framesPerSecond);  // says what is wrong with the rate
+    options->quiet = tool.quiet;
+    tool.run = [options] { return drawSample(*options); };
+  });
+}
