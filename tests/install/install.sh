@@ -17,7 +17,7 @@ check() {  # check PROGRAM: it records, reads and says what it found
   [ "$said" = "VELMAR_ERROR_CODE_SUCCESS_E 1" ] || { echo "$1 said: $said"; exit 1; }
 }
 
-cmake -S "$here/consumer" -B "$work/by-cmake" -DCMAKE_PREFIX_PATH="$prefix" \
+cmake -G Ninja -S "$here/consumer" -B "$work/by-cmake" -DCMAKE_PREFIX_PATH="$prefix" \
   -DCMAKE_CXX_COMPILER="$compiler" >/dev/null
 cmake --build "$work/by-cmake" >/dev/null
 check "$work/by-cmake/consumer"
