@@ -5,35 +5,34 @@
 
 #include "Failure.h"
 #include "FrameSelection.h"
-#include "RecordingFile.h"
+#include "Recording.h"
 #include "RecordingWriter.h"
 
 namespace {
 
 using Frames = std::vector<unsigned int>;
 
-/// An open recording with frames captured at the given times.
-class Recording {
+/// A recording with frames captured at the given times.
+class TimedRecording {
  public:
-  explicit Recording(const std::vector<std::uint64_t>& times)
+  explicit TimedRecording(const std::vector<std::uint64_t>& times)
       : path_(testing::TempDir() + "selection" + std::to_string(getpid()) + ".img") {
-    RecordingWriter writer(path_, RecordingWriter::OnFailure::RemoveFrames);
+    RecordingWriter writer(path_, {}, static_cast<unsigned int>(times.size()),
+                           RecordingWriter::OnFailure::RemoveFrames);
     for (const std::uint64_t time : times) writer.add(std::string(100, 'x'), {time, time});
     writer.finish();
-    reader_ = openRecording(path_);
   }
-  ~Recording() { std::remove(path_.c_str()); }
+  ~TimedRecording() { std::remove(path_.c_str()); }
 
-  Frames select(const FrameSelection& selection) { return selection.frames(*reader_, path_); }
+  Frames select(const FrameSelection& selection) { return selection.frames(Recording(path_)); }
 
  private:
   std::string path_;
-  std::shared_ptr<VelmarVideoFileReader> reader_;
 };
 
 TEST(FrameSelection, SelectsByCaptureTimeExactly) {
   // The rate varies, one frame is late, two share a time.
-  Recording recording({1000000, 1010000, 2500000, 2400000, 2500000, 9000000});
+  TimedRecording recording({1000000, 1010000, 2500000, 2400000, 2500000, 9000000});
   const struct {
     const char* text;
     Frames frames;
@@ -64,7 +63,7 @@ TEST(FrameSelection, SelectsByCaptureTimeExactly) {
 }
 
 TEST(FrameSelection, SelectsByNumber) {
-  Recording recording({1, 2, 3});
+  TimedRecording recording({1, 2, 3});
   EXPECT_EQ(recording.select(FrameSelection()), (Frames{0, 1, 2}));
   FrameSelection selection;
   selection.setRange("1:3");

@@ -13,7 +13,7 @@ const std::vector<std::string> kFiles = {"in/1.jpg", "in/2.jpg"};
 std::string match(const std::string& rows, const std::vector<std::string>& files = kFiles) {
   std::string text;
   try {
-    for (const FrameTimes& times : TimesCsv("t.csv", rows).match(files)) {
+    for (const FrameTimes& times : readTimes(CsvTable("t.csv", rows), files)) {
       text += std::to_string(times.sensor) + "/" + std::to_string(times.arrived) + " ";
     }
   } catch (const Failure& failure) {
@@ -29,7 +29,7 @@ TEST(TimesCsv, GivesEachFileItsTimes) {
   EXPECT_EQ(match(kHeader + "a/1.jpg,1,2\nb/1.jpg,3,4\n", {"b/1.jpg", "a/1.jpg"}), "3/4 1/2 ");
   EXPECT_EQ(match(kHeader + "1.jpg,1,2\na/1.jpg,3,4\n", {"1.jpg", "a/1.jpg"}), "1/2 3/4 ");
   EXPECT_EQ(match(kHeader + "\"a \"\"b\"\", c.jpg\",1,2\n", {"a \"b\", c.jpg"}), "1/2 ");
-  EXPECT_EQ(match(kHeader + "x,y.jpg,1,18446744073709551615\n", {"x,y.jpg"}),
+  EXPECT_EQ(match(kHeader + "x.jpg,1,18446744073709551615\n", {"x.jpg"}),
             "1/18446744073709551615 ");
 }
 
@@ -39,15 +39,16 @@ TEST(TimesCsv, NamesTheLineThatDoesNotFit) {
     std::string failure;
   } cases[] = {
       {"1.jpg,10,11\n", "line 1: the header has to be file,sensor_time_us,arrived_time_us"},
-      {kHeader + "1.jpg,10\n", "line 2: it takes a file and two times in microseconds"},
-      {kHeader + "\n1.jpg,-1,11\n", "line 3: it takes a file and two times in microseconds"},
-      {kHeader + "1.jpg,1.5,11\n", "line 2: it takes a file and two times in microseconds"},
-      {kHeader + "1.jpg,1,18446744073709551616\n",
-       "line 2: it takes a file and two times in microseconds"},
+      {kHeader + "1.jpg,10\n", "line 2: it has 2 fields, the header 3"},
+      {kHeader + "\n1.jpg,-1,11\n2.jpg,1,1\n", "line 3: its times are not microseconds"},
+      {kHeader + "2.jpg,1,1\n1.jpg,1.5,11\n", "line 3: its times are not microseconds"},
+      {kHeader + "2.jpg,1,1\n1.jpg,1,18446744073709551616\n",
+       "line 3: its times are not microseconds"},
       {kHeader + "1.jpg,1,2\n2.jpg,1,2\n3.jpg,1,2\n", "line 4: there is no frame 3.jpg"},
-      {kHeader + "1.jpg,1,2\nin/1.jpg,1,2\n", "line 3: in/1.jpg has a row already, line 2"},
+      {kHeader + "1.jpg,1,2\nin/1.jpg,1,2\n", "line 3: its frame has a row already, line 2"},
       {kHeader + "1.jpg,1,2\n", "it has no row for in/2.jpg"},
-      {"", "it has no row for in/1.jpg"},
+      {"", "line 1: the header has to be file,sensor_time_us,arrived_time_us"},
+      {kHeader + "\"1.jpg,1,2\n", "line 2: a quotation mark is not closed"},
   };
   for (const auto& [text, failure] : cases) EXPECT_EQ(match(text), "t.csv: " + failure);
   EXPECT_EQ(match(kHeader + "1.jpg,1,2\n", {"a/1.jpg", "b/1.jpg"}),

@@ -2,51 +2,7 @@
 # What only a process can show of velmar-video: exit statuses, messages, pipes, signals, and what
 # is in the folder afterwards.
 # Usage: velmar-video.sh PATH-OF-VELMAR-VIDEO
-set -eu
-tool=$(realpath "$1")
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-cd "$work"
-
-fail() {
-  echo "FAILED: $*" >&2
-  cat err >&2 || true
-  exit 1
-}
-
-# expect STATUS TEXT ARGUMENT... runs the tool; TEXT has to be in standard error, which has to be
-# empty if TEXT is; a failure is a single line.
-expect() {
-  local status=$1 text=$2 got=0
-  shift 2
-  "$tool" "$@" >out 2>err || got=$?
-  [ "$got" -eq "$status" ] || fail "status $got instead of $status: $*"
-  if [ -z "$text" ]; then
-    [ ! -s err ] || fail "standard error is not empty: $*"
-  else
-    grep -qF -- "$text" err || fail "no '$text' on standard error: $*"
-  fi
-  if [ "$status" -eq 1 ] || [ "$status" -eq 2 ]; then
-    [ "$(wc -l <err)" -eq 1 ] || fail "not a single line: $*"
-  fi
-}
-
-absent() {
-  local file
-  for file; do [ ! -e "$file" ] || fail "$file is there"; done
-}
-
-# wait_for COMMAND... until it succeeds, some seconds at most
-wait_for() {
-  local i
-  for i in $(seq 500); do
-    if "$@"; then return; fi
-    sleep 0.02
-  done
-  fail "waited too long for: $*"
-}
-holds() { [ "$(stat -c %s "$1" 2>/dev/null || echo 0)" -ge "$2" ]; }
-frames_in() { "$tool" frames "$1" --csv | tail -n +2 | wc -l; }
+. "$(dirname "$0")/lib.sh"
 
 # Twelve frames to work with: 0.jpg to 11.jpg.
 expect 0 "" sample sample.img --frames 12 --size 96x64
@@ -111,7 +67,7 @@ expect 2 "holds no frame" frames drive.img --range 3:3
 expect 1 "drive.img: --range goes beyond its 12 frames (VELMAR_ERROR_CODE_OUT_RANGE_E)" cat drive.img --range 3:13
 expect 1 "no frame was captured in that time" extract drive.img --output x --time 0:9
 expect 1 "leaves nothing of its pictures" extract drive.img --output x --as png --crop-top 64
-expect 1 "x.avi: its name has to end like a recording's" create x.avi in --fps 5
+expect 1 "x.avi: its name has to end in .img or .rtv" create x.avi in --fps 5
 echo '{"a": }' >bad.json
 expect 1 "bad.json: it is not valid JSON: Line 1" create x.img in --fps 5 --extended-info bad.json
 expect 1 "times.csv: it has no row for in/3.jpg" create x.img in/2.jpg in/10.jpg in/3.jpg --times times.csv

@@ -4,7 +4,6 @@
 #include <numeric>
 
 #include "Failure.h"
-#include "RecordingFile.h"
 #include "TimeText.h"
 
 void FrameSelection::addTo(CLI::App& command) {
@@ -49,30 +48,30 @@ void FrameSelection::setTime(std::string_view text) {
   throw UsageError("--time is A:B, each microseconds, RFC 3339 or +SECONDSs");
 }
 
-std::vector<unsigned int> FrameSelection::frames(VelmarVideoFileReader& reader,
-                                                 const std::string& file) const {
-  const unsigned int count = framesCount(reader, file);
+std::vector<unsigned int> FrameSelection::frames(const Recording& recording) const {
+  const unsigned int count = recording.framesCount();
   std::pair<std::uint64_t, std::uint64_t> range = range_.value_or(std::pair(0, count));
   if (range.second > count) {
-    throw Failure(file, "--range goes beyond its " + std::to_string(count) + " frames",
+    throw Failure(recording.path(), "--range goes beyond its " + std::to_string(count) + " frames",
                   VELMAR_ERROR_CODE_OUT_RANGE_E);
   }
   std::vector<unsigned int> selected(range.second - range.first);
   std::iota(selected.begin(), selected.end(), static_cast<unsigned int>(range.first));
   if (time_ && count > 0) {
-    const std::uint64_t start = sensorTime(reader, file, 0);
+    const std::uint64_t start = recording.sensorTime(0);
     const auto absolute = [start](TimePoint point) {
       return point.relative ? start + point.micros : point.micros;
     };
     // Capture times need not ascend, so every frame is asked.
     std::erase_if(selected, [&, begin = absolute(time_->first),
                              end = absolute(time_->second)](unsigned int index) {
-      const std::uint64_t time = sensorTime(reader, file, index);
+      const std::uint64_t time = recording.sensorTime(index);
       return time < begin || time >= end;
     });
   }
   if (selected.empty()) {
-    throw Failure(file, time_ ? "no frame was captured in that time" : "it holds no frame",
+    throw Failure(recording.path(),
+                  time_ ? "no frame was captured in that time" : "it holds no frame",
                   VELMAR_ERROR_CODE_OUT_RANGE_E);
   }
   return selected;

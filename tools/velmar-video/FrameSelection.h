@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "velmar_video/VelmarVideoFile.h"
+#include "Recording.h"
 
 namespace CLI {
 class App;
@@ -26,9 +26,8 @@ class FrameSelection {
   /// "+1.5s" from frame 0. Throws UsageError.
   void setTime(std::string_view text);
 
-  /// The selected frames of the open recording, in order, at least one. Throws Failure, which
-  /// names `file`.
-  std::vector<unsigned int> frames(VelmarVideoFileReader& reader, const std::string& file) const;
+  /// The selected frames, in order, at least one. Throws Failure.
+  std::vector<unsigned int> frames(const Recording& recording) const;
 
  private:
   struct TimePoint {

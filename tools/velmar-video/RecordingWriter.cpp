@@ -4,28 +4,29 @@
 
 #include <utility>
 
-#include "RecordingFile.h"
+#include "Recording.h"
 
-RecordingWriter::RecordingWriter(std::string path, OnFailure onFailure)
+RecordingWriter::RecordingWriter(std::string path, const RecordingDescription& description,
+                                 unsigned int framesMax, OnFailure onFailure)
     : path_(std::move(path)), onFailure_(onFailure) {
   checkExtension(path_);
-  creater_ = makeVelmarVideoFileCreater(path_);
-  const VELMAR_ERROR_CODE_E code = creater_->open();
+  backend_ = makeRecordingBackend(path_, description, framesMax);
+  const VELMAR_ERROR_CODE_E code = backend_->open();
   if (code != VELMAR_ERROR_CODE_SUCCESS_E) {
-    throw Failure(path_, "cannot create it; is there a folder to write to?", code);
+    throw Failure(path_, "cannot create it; is there a folder with room to write to?", code);
   }
 }
 
 RecordingWriter::~RecordingWriter() {
   if (finished_) return;
-  // A creater that is let go finishes its file. Without the temporary file it cannot.
+  // A writer that is let go finishes its file. Without the temporary file it cannot.
   if (!keepsFrames()) removeTemporaryFiles();
-  creater_.reset();
+  backend_.reset();
   if (!keepsFrames()) removeTemporaryFiles();
 }
 
-void RecordingWriter::add(const std::string& jpeg, FrameTimes times) {
-  if (!creater_->addFrame(jpeg, times.sensor, times.arrived)) {
+void RecordingWriter::add(const std::string& jpeg, FrameTimes times, const FrameTag& tag) {
+  if (!backend_->add(jpeg, times, tag)) {
     throw failure("cannot write frame " + std::to_string(frames_) + ", the disk may be full",
                   VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
   }
@@ -36,16 +37,18 @@ void RecordingWriter::finish() {
   if (frames_ == 0) {
     throw failure("there was no frame to record", VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
   }
-  const VELMAR_ERROR_CODE_E code = creater_->close();
+  const VELMAR_ERROR_CODE_E code = backend_->close();
   if (code != VELMAR_ERROR_CODE_SUCCESS_E) {
     throw failure("cannot finish it, the disk may be full", code);
   }
   finished_ = true;
 }
 
-Failure RecordingWriter::failure(const std::string& words, VELMAR_ERROR_CODE_E code) const {
+Failure RecordingWriter::failure(const std::string& words, VELMAR_ERROR_CODE_E code) {
   if (!keepsFrames()) return {path_, words, code};
-  return {path_, words + "; the frames recorded so far are in " + path_ + ".tmp", code};
+  const bool complete = backend_->close() == VELMAR_ERROR_CODE_SUCCESS_E;
+  return {path_, words + "; the frames recorded so far are in " + path_ + (complete ? "" : ".tmp"),
+          code};
 }
 
 void RecordingWriter::removeTemporaryFiles() const {

@@ -107,7 +107,28 @@ int checkedQuality(int quality) {
   return quality;
 }
 
+double curvatureAt(double travelled) {
+  return (smoothNoise(travelled / 160, 0, kBendSeed) - 0.5) * 0.0014;
+}
+
 }  // namespace
+
+double SampleScene::metresPerFrame() { return kMetresPerFrame; }
+
+SampleScene::Motion SampleScene::start() {
+  Motion motion;
+  motion.curvature = curvatureAt(0);
+  return motion;
+}
+
+SampleScene::Motion SampleScene::next(Motion motion) {
+  motion.east += std::sin(motion.heading) * kMetresPerFrame;
+  motion.north += std::cos(motion.heading) * kMetresPerFrame;
+  motion.heading += motion.curvature * kMetresPerFrame;
+  motion.travelled += kMetresPerFrame;
+  motion.curvature = curvatureAt(motion.travelled);
+  return motion;
+}
 
 SampleScene::SampleScene(unsigned int width, unsigned int height, int quality)
     : quality_(checkedQuality(quality)),
@@ -121,7 +142,7 @@ SampleScene::SampleScene(unsigned int width, unsigned int height, int quality)
 
 std::string SampleScene::jpeg(unsigned int frameNumber) {
   travelled_ = frameNumber * kMetresPerFrame;
-  curvature_ = (smoothNoise(travelled_ / 160, 0, kBendSeed) - 0.5) * 0.0014;
+  curvature_ = curvatureAt(travelled_);
   canvas_ = sky_;
   drawGround();
   drawRoadside();

@@ -24,6 +24,20 @@ class SampleScene {
   /// Throws std::runtime_error if it cannot be compressed.
   std::string jpeg(unsigned int frameNumber);
 
+  /// Where the camera is at a frame, and how it moves.
+  struct Motion {
+    double east = 0, north = 0;  ///< metres from where frame 0 is
+    double travelled = 0;        ///< metres
+    double heading = 0.8;        ///< radians clockwise from north
+    double curvature = 0;        ///< of the road, 1/metre, to the right
+  };
+  /// At frame 0.
+  static Motion start();
+  /// At the frame after that of `motion`.
+  static Motion next(Motion motion);
+  /// Metres from one frame to the next.
+  static double metresPerFrame();
+
  private:
   /// A place on the picture, and how many pixels a metre takes there.
   struct Spot {

@@ -78,6 +78,7 @@ int runTool(int argc, const char* const* argv) {
     addFramesCommand(tool);
     addExtractCommand(tool);
     addCatCommand(tool);
+    addConvertCommand(tool);
     addSampleCommand(tool);
     status = parseAndRun(tool, argc, argv);
   } catch (const UsageError& error) {

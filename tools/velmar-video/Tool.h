@@ -31,6 +31,7 @@ void addInfoCommand(Tool& tool);
 void addFramesCommand(Tool& tool);
 void addExtractCommand(Tool& tool);
 void addCatCommand(Tool& tool);
+void addConvertCommand(Tool& tool);
 void addSampleCommand(Tool& tool);
 
 /// Parses, runs, reports. Returns the program's exit status.

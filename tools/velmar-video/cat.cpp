@@ -5,7 +5,7 @@
 #include "FrameSelection.h"
 #include "Losses.h"
 #include "OutputGuard.h"
-#include "RecordingFile.h"
+#include "Recording.h"
 #include "StandardOutput.h"
 #include "Tool.h"
 
@@ -20,15 +20,15 @@ ExitStatus writeFrames(const Options& options) {
   if (isatty(STDOUT_FILENO) != 0) {
     throw UsageError("cat: standard output is a terminal; send it to a file or to a program");
   }
-  const auto reader = openRecording(options.file);
+  const Recording recording(options.file);
   checkStandardOutput(options.file);
-  const auto selected = options.selection.frames(*reader, options.file);
+  const auto selected = options.selection.frames(recording);
   StandardOutput output;
   FrameLosses losses;
   std::string frame;
   for (const unsigned int index : selected) {
     frame.clear();
-    const VELMAR_ERROR_CODE_E code = reader->getRawImage(index, frame);
+    const VELMAR_ERROR_CODE_E code = recording.reader().getRawImage(index, frame);
     if (code == VELMAR_ERROR_CODE_SUCCESS_E) {
       output.write(frame);
     } else {

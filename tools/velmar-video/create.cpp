@@ -1,27 +1,28 @@
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <memory>
 #include <optional>
 #include <vector>
 
+#include "CsvTable.h"
+#include "DescriptionOptions.h"
 #include "FrameInput.h"
 #include "FrameTimes.h"
 #include "InputFile.h"
 #include "JpegInspector.h"
 #include "JpegStreamSplitter.h"
-#include "JsonText.h"
 #include "Losses.h"
 #include "OutputGuard.h"
 #include "Progress.h"
-#include "RecordingFile.h"
+#include "Recording.h"
 #include "RecordingWriter.h"
 #include "StopSignal.h"
-#include "TimeText.h"
+#include "TagsCsv.h"
 #include "TimesCsv.h"
 #include "Tool.h"
-#include "common/HexText.h"
 
 namespace {
 
@@ -29,46 +30,19 @@ struct Options {
   std::string output;
   std::vector<std::string> inputs;
   std::string timesFile;
+  std::string tagsFile;
   std::optional<double> framesPerSecond;
   std::optional<std::uint64_t> startTime;
-  std::string deviceId;  // bytes
-  std::string cameraParamsFile;
-  std::string extendedInfoFile;
-  std::string frameFormat = "BGR";
-  bool undistorted = false;
+  DescriptionOptions description;
   bool force = false;
   bool quiet = false;
 
   bool readsStream() const { return inputs.size() == 1 && inputs[0] == "-"; }
 };
 
-/// What is set once, read and checked before anything is written.
-struct Description {
-  explicit Description(const Options& options)
-      : cameraParams(jsonOf(options.cameraParamsFile)),
-        extendedInfo(jsonOf(options.extendedInfoFile)) {}
-
-  void describe(VelmarVideoFileCreater& creater, const Options& options) const {
-    creater.setFrameCodec(VELMAR_CODEC_JPG_E);
-    creater.setFrameFormat(string2RvelmarFormat(options.frameFormat));
-    creater.setDeviceId(reinterpret_cast<const unsigned char*>(options.deviceId.data()),
-                        static_cast<unsigned int>(options.deviceId.size()));
-    creater.setCameraParams(cameraParams);
-    creater.setExtendedInfo(extendedInfo);
-    if (options.undistorted) creater.setUndistortFlags();
-  }
-
-  static std::string jsonOf(const std::string& file) {
-    return file.empty() ? "{}" : readJsonFile(file);
-  }
-
-  std::string cameraParams;
-  std::string extendedInfo;
-};
-
-void setSize(VelmarVideoFileCreater& creater, JpegSize size) {
-  creater.setVideoResolution(static_cast<unsigned short>(size.width),
-                             static_cast<unsigned short>(size.height));
+void setSize(RecordingDescription& description, JpegSize size) {
+  description.width = static_cast<unsigned short>(size.width);
+  description.height = static_cast<unsigned short>(size.height);
 }
 
 std::string sizeWords(JpegSize size, JpegSize expected) {
@@ -83,12 +57,18 @@ FrameClock clockOf(const Options& options) {
 
 std::vector<FrameTimes> timesOf(const Options& options, const std::vector<std::string>& files) {
   if (!options.timesFile.empty()) {
-    return TimesCsv(options.timesFile, readFile(options.timesFile)).match(files);
+    return readTimes(CsvTable(options.timesFile, readFile(options.timesFile)), files);
   }
   const FrameClock clock = clockOf(options);
   std::vector<FrameTimes> times;
   for (std::size_t i = 0; i < files.size(); ++i) times.push_back({clock.at(i), clock.at(i)});
   return times;
+}
+
+std::vector<FrameTag> tagsOf(const Options& options, const std::vector<std::string>& files,
+                             version_e version) {
+  if (options.tagsFile.empty()) return std::vector<FrameTag>(files.size());
+  return readTags(CsvTable(options.tagsFile, readFile(options.tagsFile)), files, version);
 }
 
 /// The size that all files have.
@@ -103,9 +83,18 @@ JpegSize commonSize(const std::vector<std::string>& files, const JpegInspector& 
   return first;
 }
 
+/// An rtv counts its frames' times from its start.
+void setStartTime(RecordingDescription& description, const Options& options,
+                  const std::vector<FrameTimes>& times) {
+  const auto earliest = std::min_element(
+      times.begin(), times.end(), [](auto& one, auto& other) { return one.sensor < other.sensor; });
+  description.startTime = options.startTime.value_or(earliest->sensor);
+  checkRtvTimes(options.output, description, times);
+}
+
 void checkOutputOf(const Options& options, std::vector<std::string> inputs) {
-  for (const std::string& file :
-       {options.timesFile, options.cameraParamsFile, options.extendedInfoFile}) {
+  for (const std::string& file : options.description.inputs()) inputs.push_back(file);
+  for (const std::string& file : {options.timesFile, options.tagsFile}) {
     if (!file.empty()) inputs.push_back(file);
   }
   checkExtension(options.output);
@@ -130,21 +119,24 @@ std::optional<std::string> readFrame(const std::string& file, const JpegInspecto
 ExitStatus recordFiles(const Options& options) {
   const std::vector<std::string> files = listFrameFiles(options.inputs);
   checkOutputOf(options, files);
-  const Description description(options);
+  checkFramesCount(options.output, files.size());
+  RecordingDescription description = options.description.description(options.output);
   const std::vector<FrameTimes> times = timesOf(options, files);
+  const std::vector<FrameTag> tags = tagsOf(options, files, description.version);
   const JpegInspector inspector;
   const JpegSize size = commonSize(files, inspector);
+  setSize(description, size);
+  setStartTime(description, options, times);
 
   StopSignal stop;
   Losses losses;
-  RecordingWriter writer(options.output, RecordingWriter::OnFailure::RemoveFrames);
-  description.describe(writer.creater(), options);
-  setSize(writer.creater(), size);
+  RecordingWriter writer(options.output, description, static_cast<unsigned int>(files.size()),
+                         RecordingWriter::OnFailure::RemoveFrames);
   Progress progress(options.output, files.size(), options.quiet);
   std::size_t done = 0;
   for (; done < files.size() && !stop.requested(); ++done) {
     if (const auto frame = readFrame(files[done], inspector, size, losses))
-      writer.add(*frame, times[done]);
+      writer.add(*frame, times[done], tags[done]);
     progress.update(done + 1);
   }
   writer.finish();
@@ -158,16 +150,17 @@ ExitStatus recordFiles(const Options& options) {
 /// Frames from standard input, which are checked as they come.
 class StreamRecording {
  public:
-  StreamRecording(const Options& options, RecordingWriter& writer)
-      : writer_(writer),
-        clock_(clockOf(options)),
+  StreamRecording(const Options& options, const FrameClock& clock, RecordingWriter& writer)
+      : options_(options),
+        writer_(writer),
+        clock_(clock),
         progress_(options.output, 0, options.quiet),
         splitter_(kMaxFrameSize) {}
 
   ExitStatus run(StopSignal& stop) {
     std::vector<char> piece(std::size_t{1} << 20);
     bool ended = false;
-    while (!ended && stop.waitReadable(STDIN_FILENO)) {
+    while (!ended && !full_ && stop.waitReadable(STDIN_FILENO)) {
       const ssize_t count = ::read(STDIN_FILENO, piece.data(), piece.size());
       if (count < 0 && (errno == EINTR || errno == EAGAIN)) continue;
       if (count < 0) losses_.add(kName, "cannot read on");
@@ -186,6 +179,8 @@ class StreamRecording {
       // Frames that are left out keep their place in time.
       const std::uint64_t number = number_++;
       if (!isFit(*frame, number)) continue;
+      full_ = isRtv(options_.output) && writer_.frames() == kRtvFramesMax;
+      if (full_) return;
       writer_.add(*frame, {clock_.at(number), clock_.at(number)});
       progress_.update(writer_.frames());
     }
@@ -195,7 +190,8 @@ class StreamRecording {
     const auto size = inspector_.size(frame);
     if (size && !size_) {
       size_ = size;
-      setSize(writer_.creater(), *size);
+      writer_.setSize(static_cast<unsigned short>(size->width),
+                      static_cast<unsigned short>(size->height));
     }
     if (size && *size == *size_) return true;
     losses_.add(kName, "frame " + std::to_string(number) + " skipped: " +
@@ -204,6 +200,7 @@ class StreamRecording {
   }
 
   void reportRest(bool ended) {
+    if (full_) losses_.add(options_.output, "it is full with 65535 frames; the rest is left out");
     if (splitter_.skippedBytes() > 0) {
       losses_.add(kName, std::to_string(splitter_.skippedBytes()) +
                              " bytes skipped that belong to no whole frame");
@@ -213,6 +210,7 @@ class StreamRecording {
 
   static constexpr char kName[] = "standard input";
 
+  const Options& options_;
   RecordingWriter& writer_;
   FrameClock clock_;
   Progress progress_;
@@ -221,15 +219,19 @@ class StreamRecording {
   Losses losses_;
   std::optional<JpegSize> size_;
   std::uint64_t number_ = 0;
+  bool full_ = false;
 };
 
 ExitStatus recordStream(const Options& options) {
   checkOutputOf(options, options.inputs);
-  const Description description(options);
+  RecordingDescription description = options.description.description(options.output);
+  const FrameClock clock = clockOf(options);
+  description.startTime = clock.at(0);
+  checkRtvTimes(options.output, description, {{clock.at(0), clock.at(0)}});
   StopSignal stop;
-  RecordingWriter writer(options.output, RecordingWriter::OnFailure::KeepFrames);
-  description.describe(writer.creater(), options);
-  return StreamRecording(options, writer).run(stop);
+  RecordingWriter writer(options.output, description, kRtvFramesMax,
+                         RecordingWriter::OnFailure::KeepFrames);
+  return StreamRecording(options, clock, writer).run(stop);
 }
 
 void checkUsage(const Options& options) {
@@ -237,11 +239,14 @@ void checkUsage(const Options& options) {
     throw UsageError("create: the frames' times come from --times or from --fps");
   }
   if (options.framesPerSecond) clockOf(options);
-  if (options.startTime && !options.framesPerSecond) {
-    throw UsageError("create: --start-time goes with --fps");
+  if (options.startTime && !options.framesPerSecond && !isRtv(options.output)) {
+    throw UsageError("create: --start-time goes with --fps or with an .rtv");
   }
-  if (options.readsStream() && !options.timesFile.empty()) {
-    throw UsageError("create: --times names files, so it cannot be used with a stream");
+  if (!options.tagsFile.empty() && !isRtv(options.output)) {
+    throw UsageError("create: --tags needs an .rtv");
+  }
+  if (options.readsStream() && !(options.timesFile.empty() && options.tagsFile.empty())) {
+    throw UsageError("create: --times and --tags name files; they cannot be used with a stream");
   }
   const auto isStream = [](const std::string& input) { return input == "-"; };
   if (!options.readsStream() &&
@@ -250,57 +255,31 @@ void checkUsage(const Options& options) {
   }
 }
 
-std::uint64_t parseStartTime(const std::string& text) {
-  const auto time = parseTime(text);
-  if (time && *time <= kLastFormattedTime) return *time;
-  throw UsageError("--start-time is microseconds since 1970 or RFC 3339");
-}
-
-std::string parseDeviceId(const std::string& text) {
-  if (text.empty() || text.size() % 2 != 0 ||
-      text.find_first_not_of("0123456789abcdefABCDEF") != text.npos) {
-    throw UsageError("--device-id is pairs of hexadecimal digits");
-  }
-  std::string bytes(text.size() / 2, '\0');
-  hexToBytes(text, reinterpret_cast<unsigned char*>(bytes.data()),
-             static_cast<unsigned int>(bytes.size()));
-  return bytes;
-}
-
-void addTimeOptions(CLI::App& command, Options& options) {
+void addFrameOptions(CLI::App& command, Options& options) {
   command
       .add_option("--times", options.timesFile,
                   "A table of the frames' times with the columns file, sensor_time_us and "
-                  "arrived_time_us")
+                  "arrived_time_us; an rtv keeps the capture times in milliseconds")
       ->type_name("CSV");
   command.add_option("--fps", options.framesPerSecond, "Frames a second, instead of --times")
       ->type_name("N");
   command
       .add_option_function<std::string>(
           "--start-time",
-          [&options](const std::string& text) { options.startTime = parseStartTime(text); },
-          "Capture time of the first frame for --fps, microseconds since 1970 or RFC 3339; "
-          "now if not given")
+          [&options](const std::string& text) {
+            options.startTime = parseTimeOption("--start-time", text);
+          },
+          "Capture time of the first frame for --fps, now if not given; with --times the start "
+          "of an rtv, its first frame if not given. Microseconds since 1970 or RFC 3339")
       ->type_name("TIME");
-}
-
-void addDescriptionOptions(CLI::App& command, Options& options) {
   command
-      .add_option_function<std::string>(
-          "--device-id",
-          [&options](const std::string& text) { options.deviceId = parseDeviceId(text); },
-          "The camera's identifier")
-      ->type_name("HEX");
-  command.add_option("--camera-params", options.cameraParamsFile, "JSON about the camera")
-      ->type_name("FILE");
-  command.add_option("--extended-info", options.extendedInfoFile, "JSON about anything else")
-      ->type_name("FILE");
-  command.add_flag("--undistorted", options.undistorted, "Mark the frames as undistorted");
-  command
-      .add_option("--frame-format", options.frameFormat,
-                  "The pixel format to name in the recording, BGR if not given")
-      ->type_name("FORMAT")
-      ->check(CLI::IsMember({"YUV420", "RGB", "BGR", "GRAY"}));
+      .add_option(
+          "--tags", options.tagsFile,
+          "rtv: a table with the column file or index and any of " + knownTagColumns(RTV_VER_03) +
+              ": x, y (not z in version 02) and distance in hundredths of a metre, speed in "
+              "hundredths of a metre a second, direction in degrees. Version 04 takes the "
+              "CAN signals by name, too; an empty cell is an absent one")
+      ->type_name("CSV");
 }
 
 }  // namespace
@@ -309,16 +288,18 @@ void addCreateCommand(Tool& tool) {
   CLI::App* command = tool.addCommand(
       "create", "Make a recording of JPEG pictures.",
       "create drive.img frames/ --fps 30\n"
-      "  ffmpeg -i drive.mp4 -f mjpeg - | velmar-video create drive.img - --fps 30");
+      "  ffmpeg -i drive.mp4 -f mjpeg - | velmar-video create drive.img - --fps 30\n"
+      "  velmar-video create drive.rtv frames/ --times times.csv --rtv-version 04 --tags tags.csv");
   const auto options = std::make_shared<Options>();
-  command->add_option("output", options->output, "The recording to make, OUTPUT.img")->required();
+  command->add_option("output", options->output, "The recording to make, OUTPUT.img or OUTPUT.rtv")
+      ->required();
   command
       ->add_option("input", options->inputs,
                    "JPEG files, folders of them (2.jpg comes before 10.jpg), or - for a stream of "
                    "JPEGs on standard input")
       ->required();
-  addTimeOptions(*command, *options);
-  addDescriptionOptions(*command, *options);
+  addFrameOptions(*command, *options);
+  options->description.addTo(*command);
   command->add_flag("--force", options->force, "Replace an existing output");
   command->callback([&tool, options] {
     checkUsage(*options);

@@ -17,7 +17,7 @@
 #include "OutputGuard.h"
 #include "Picture.h"
 #include "Progress.h"
-#include "RecordingFile.h"
+#include "Recording.h"
 #include "StopSignal.h"
 #include "Tool.h"
 
@@ -78,22 +78,21 @@ class OutputFolder {
 /// Gives frames as files' contents. One for each thread.
 class FrameSource {
  public:
-  explicit FrameSource(const Options& options)
-      : options_(options), reader_(openRecording(options.file)) {
+  explicit FrameSource(const Options& options) : options_(options), recording_(options.file) {
     if (options.decodes()) preparePicture();
   }
 
-  VelmarVideoFileReader& reader() { return *reader_; }
+  const Recording& recording() const { return recording_; }
 
   VELMAR_ERROR_CODE_E read(unsigned int index, std::string& bytes) {
     bytes.clear();
-    if (!options_.decodes()) return reader_->getRawImage(index, bytes);
+    if (!options_.decodes()) return recording_.reader().getRawImage(index, bytes);
     // A frame that is smaller than the recording says must not show the one before.
     std::fill(picture_.pixels.begin(), picture_.pixels.end(), std::uint8_t{0});
-    const VELMAR_ERROR_CODE_E code =
-        reader_->getImage(index, static_cast<unsigned int>(picture_.pixels.size()),
-                          picture_.pixels.data(), kFormats.at(options_.format),
-                          kScales.at(options_.scale), options_.cropTop, options_.cropBottom);
+    const VELMAR_ERROR_CODE_E code = recording_.reader().getImage(
+        index, static_cast<unsigned int>(picture_.pixels.size()), picture_.pixels.data(),
+        kFormats.at(options_.format), kScales.at(options_.scale), options_.cropTop,
+        options_.cropBottom);
     if (code != VELMAR_ERROR_CODE_SUCCESS_E) return code;
     bytes = options_.kind == "png" ? encodePng(picture_) : encodePnm(picture_);
     return code;
@@ -102,7 +101,7 @@ class FrameSource {
  private:
   void preparePicture() {
     unsigned int size = 0;
-    const VELMAR_ERROR_CODE_E code = reader_->getImageSizeInBytes(
+    const VELMAR_ERROR_CODE_E code = recording_.reader().getImageSizeInBytes(
         size, kFormats.at(options_.format), kScales.at(options_.scale), options_.cropTop,
         options_.cropBottom, &picture_.width, &picture_.height);
     if (code == VELMAR_ERROR_CODE_INVALID_PARAMETER_E || (code == 0 && size == 0)) {
@@ -115,7 +114,7 @@ class FrameSource {
   }
 
   const Options& options_;
-  std::shared_ptr<VelmarVideoFileReader> reader_;
+  Recording recording_;
   Picture picture_;
 };
 
@@ -124,10 +123,10 @@ class Extraction {
   explicit Extraction(const Options& options)
       : options_(options),
         source_(options),
-        frames_(options.selection.frames(source_.reader(), options.file)),
+        frames_(options.selection.frames(source_.recording())),
         written_(frames_.size()) {
     // All names get the width of the recording's last one.
-    const unsigned int last = framesCount(source_.reader(), options.file) - 1;
+    const unsigned int last = source_.recording().framesCount() - 1;
     digits_ = std::max<std::size_t>(6, std::to_string(last).size());
     for (const unsigned int frame : frames_) {
       checkOutput(pathOf(frame), {options.file}, options.force);

@@ -7,7 +7,7 @@
 
 #include "Diagnostics.h"
 #include "JsonText.h"
-#include "RecordingFile.h"
+#include "Recording.h"
 #include "StandardOutput.h"
 #include "TimeText.h"
 #include "Tool.h"
@@ -20,13 +20,8 @@ struct Info {
   VELMAR_VERSION_E version = VELMAR_VERSION_MAX_E;
   unsigned int framesCount = 0;
   unsigned int framesMax = 0;
-  unsigned short width = 0;
-  unsigned short height = 0;
-  VELMAR_FORMAT_E format = VELMAR_FORMAT_MAX_E;
-  VELMAR_CODEC_E codec = VELMAR_CODEC_MAX_E;
-  unsigned int undistorted = 0;
+  RecordingDescription description;
   std::string deviceId;
-  unsigned long startTime = 0;
   std::uint64_t duration = 0;
   Json::Value cameraParams;
   Json::Value extendedInfo;
@@ -34,31 +29,28 @@ struct Info {
 };
 
 /// From the first frame's capture to the last one's.
-std::uint64_t durationOf(VelmarVideoFileReader& reader, const Info& info) {
-  if (info.framesCount < 2) return 0;
-  const std::uint64_t first = sensorTime(reader, info.file, 0);
-  const std::uint64_t last = sensorTime(reader, info.file, info.framesCount - 1);
+std::uint64_t durationOf(const Recording& recording) {
+  const unsigned int count = recording.framesCount();
+  if (count < 2) return 0;
+  const std::uint64_t first = recording.sensorTime(0);
+  const std::uint64_t last = recording.sensorTime(count - 1);
   return last < first ? 0 : last - first;
 }
 
 Info readInfo(const std::string& file) {
-  const auto reader = openRecording(file);
+  const Recording recording(file);
   Info info;
   info.file = file;
-  info.container = file.substr(file.rfind('.') + 1);
-  info.framesCount = framesCount(*reader, file);
-  // None of these can fail on a reader that is open.
-  reader->getVersion(info.version);
-  reader->getFramesMax(info.framesMax);
-  reader->getImageResolution(info.width, info.height);
-  reader->getColorFormat(info.format);
-  reader->getCodec(info.codec);
-  reader->getUndistortFlags(info.undistorted);
-  reader->getStartTime(info.startTime);
-  info.deviceId = parseJson(reader->getMetaInfo()).get("camera_id", "").asString();
-  info.duration = durationOf(*reader, info);
-  info.cameraParams = parseJson(reader->getCameraParams());
-  info.extendedInfo = parseJson(reader->getExtendedInfo());
+  info.container = isRtv(file) ? "rtv" : "img";
+  info.framesCount = recording.framesCount();
+  // Neither can fail on a reader that is open.
+  recording.reader().getVersion(info.version);
+  recording.reader().getFramesMax(info.framesMax);
+  info.description = recording.description();
+  info.deviceId = recording.deviceId();
+  info.duration = durationOf(recording);
+  info.cameraParams = parseJson(info.description.cameraParams);
+  info.extendedInfo = parseJson(info.description.extendedInfo);
   struct stat status {};
   if (stat(file.c_str(), &status) == 0) info.bytes = static_cast<std::uint64_t>(status.st_size);
   return info;
@@ -72,13 +64,13 @@ std::string jsonLine(const Info& info) {
       {"version", velmarVersion2String(info.version)},
       {"frames_count", info.framesCount},
       {"frames_max", info.framesMax},
-      {"width", info.width},
-      {"height", info.height},
-      {"frame_format", velmarFormat2String(info.format)},
-      {"frame_codec", velmarCodec2String(info.codec)},
-      {"undistorted", info.undistorted != 0},
+      {"width", info.description.width},
+      {"height", info.description.height},
+      {"frame_format", velmarFormat2String(info.description.format)},
+      {"frame_codec", velmarCodec2String(info.description.codec)},
+      {"undistorted", info.description.undistorted},
       {"device_id", info.deviceId},
-      {"start_time_us", Json::UInt64{info.startTime}},
+      {"start_time_us", Json::UInt64{info.description.startTime}},
       {"duration_us", Json::UInt64{info.duration}},
       {"camera_params", info.cameraParams},
       {"extended_info", info.extendedInfo},
@@ -119,11 +111,13 @@ std::string textBlock(const Info& info) {
       {"container", info.container + ", version " + velmarVersion2String(info.version)},
       {"frames",
        std::to_string(info.framesCount) + " (room for " + std::to_string(info.framesMax) + ")"},
-      {"picture", std::to_string(info.width) + " x " + std::to_string(info.height) + ", " +
-                      velmarCodec2String(info.codec) + ", " + velmarFormat2String(info.format)},
-      {"undistorted", info.undistorted != 0 ? "yes" : "no"},
+      {"picture", std::to_string(info.description.width) + " x " +
+                      std::to_string(info.description.height) + ", " +
+                      velmarCodec2String(info.description.codec) + ", " +
+                      velmarFormat2String(info.description.format)},
+      {"undistorted", info.description.undistorted ? "yes" : "no"},
       {"device", info.deviceId.empty() ? "-" : info.deviceId},
-      {"start", formatTime(info.startTime)},
+      {"start", formatTime(info.description.startTime)},
       {"duration", durationText(info)},
       {"size", bytesText(info.bytes)},
       {"camera params", toJsonText(info.cameraParams)},

@@ -1,16 +1,20 @@
+#include <algorithm>
+#include <cmath>
 #include <memory>
 #include <optional>
 
+#include "DescriptionOptions.h"
 #include "FrameTimes.h"
 #include "Losses.h"
 #include "OutputGuard.h"
 #include "Progress.h"
-#include "RecordingFile.h"
+#include "Recording.h"
 #include "RecordingWriter.h"
 #include "SampleScene.h"
 #include "StopSignal.h"
 #include "TimeText.h"
 #include "Tool.h"
+#include "velmar_video/rtv/RecordFileToolkit.h"
 
 namespace {
 
@@ -21,12 +25,17 @@ constexpr unsigned char kDeviceId[] = {0x0A, 0xFF, 0x53, 0x41, 0x4D, 0x50, 0x4C,
                                        0x00, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07,
                                        0x08, 0x09, 0x0A, 0x0B, 0x0C, 0x0D, 0x0E, 0x0F};
 
+constexpr double kStartLongitude = 11.5755;  // degrees
+constexpr double kStartLatitude = 48.1374;
+constexpr int kStartAltitude = 519;  // metres
+
 struct Options {
   std::string output;
   unsigned int frames = 50;
   unsigned short width = 1280;
   unsigned short height = 800;
   double framesPerSecond = 30;
+  RtvVersionOption rtvVersion;
   bool force = false;
   bool quiet = false;
 };
@@ -41,30 +50,71 @@ std::string cameraParams(const Options& options) {
          "\"height_above_road_mm\": 1400}";
 }
 
-void describe(VelmarVideoFileCreater& creater, const Options& options) {
-  creater.setDeviceId(kDeviceId, sizeof kDeviceId);
-  creater.setStartTime(kStartTime);
-  creater.setVideoResolution(options.width, options.height);
-  creater.setFrameCodec(VELMAR_CODEC_JPG_E);
-  creater.setFrameFormat(VELMAR_FORMAT_BGR_E);
-  creater.setUndistortFlags();
-  creater.setCameraParams(cameraParams(options));
-  creater.setExtendedInfo(R"({"scene": "drawn country road", "weather": "fair"})");
+RecordingDescription describe(const Options& options) {
+  RecordingDescription description;
+  description.width = options.width;
+  description.height = options.height;
+  description.deviceId.assign(std::begin(kDeviceId), std::end(kDeviceId));
+  description.version = options.rtvVersion.version(options.output).value_or(RTV_VER_04);
+  description.undistorted = true;
+  description.cameraParams = cameraParams(options);
+  description.extendedInfo = R"({"scene": "drawn country road", "weather": "fair"})";
+  description.startTime = kStartTime;
+  description.lng = RecordFileToolkit::Degree2NDS(kStartLongitude);
+  description.lat = RecordFileToolkit::Degree2NDS(kStartLatitude);
+  if (description.version == RTV_VER_04) description.alt = kStartAltitude * 100;
+  if (description.version == RTV_VER_03) description.alt = kStartAltitude;
+  return description;
+}
+
+int hundredths(double value) { return static_cast<int>(std::lround(value * 100)); }
+
+/// Position, speed and bus signals that fit the picture.
+FrameTag tagOf(const SampleScene::Motion& motion, double framesPerSecond) {
+  constexpr double kMetresPerWheelTick = 0.02;
+  constexpr double kDegreesPerRadian = 57.29577951308232;
+  const double speed = SampleScene::metresPerFrame() * framesPerSecond;
+  FrameTag tag;
+  tag.x = hundredths(motion.east);
+  tag.y = hundredths(motion.north);
+  tag.relativeDistance = static_cast<unsigned int>(hundredths(motion.travelled));
+  tag.speed = static_cast<unsigned short>(std::min(hundredths(speed), 65535));
+  const long degrees = std::lround(motion.heading * kDegreesPerRadian);
+  tag.direction = static_cast<unsigned short>((degrees % 360 + 360) % 360);
+
+  const auto metresPerSecond = static_cast<float>(speed);
+  const auto ticks = static_cast<unsigned int>(motion.travelled / kMetresPerWheelTick);
+  tag.can.vehicle_speed = metresPerSecond;
+  tag.can.yaw_rate = static_cast<float>(motion.curvature * speed);
+  tag.can.acceleraion_y = static_cast<float>(motion.curvature * speed * speed);
+  tag.can.steering_wheel_steering_angle = static_cast<float>(motion.curvature * 42);
+  tag.can.travelled_distance = static_cast<unsigned short>(std::lround(motion.travelled)) % 65535;
+  tag.can.is_reverse_gear = 0;
+  tag.can.wheel_tick_left_front = tag.can.wheel_tick_right_front = ticks;
+  tag.can.wheel_tick_left_rear = tag.can.wheel_tick_right_rear = ticks;
+  tag.can.wheel_speed_left_front = tag.can.wheel_speed_right_front = metresPerSecond;
+  tag.can.wheel_speed_left_rear = tag.can.wheel_speed_right_rear = metresPerSecond;
+  tag.can.abs_active = tag.can.brake_active = 0;
+  return tag;
 }
 
 ExitStatus drawSample(const Options& options) {
   checkExtension(options.output);
   checkRecordingOutput(options.output, {}, options.force);
+  checkFramesCount(options.output, options.frames);
   const FrameClock clock(kStartTime, options.framesPerSecond);
   SampleScene scene(options.width, options.height);
+  SampleScene::Motion motion = SampleScene::start();
 
   StopSignal stop;
-  RecordingWriter writer(options.output, RecordingWriter::OnFailure::RemoveFrames);
-  describe(writer.creater(), options);
+  RecordingWriter writer(options.output, describe(options), options.frames,
+                         RecordingWriter::OnFailure::RemoveFrames);
   Progress progress(options.output, options.frames, options.quiet);
   while (writer.frames() < options.frames && !stop.requested()) {
     const std::uint64_t time = clock.at(writer.frames());
-    writer.add(scene.jpeg(writer.frames()), {time, time + kTransferTime});
+    writer.add(scene.jpeg(writer.frames()), {time, time + kTransferTime},
+               tagOf(motion, options.framesPerSecond));
+    motion = SampleScene::next(motion);
     progress.update(writer.frames());
   }
   writer.finish();
@@ -97,7 +147,8 @@ void addSampleCommand(Tool& tool) {
       tool.addCommand("sample", "Draw a short drive on a country road, to have a recording to try.",
                       "sample drive.img --frames 300");
   const auto options = std::make_shared<Options>();
-  command->add_option("output", options->output, "The recording to make, OUTPUT.img")->required();
+  command->add_option("output", options->output, "The recording to make, OUTPUT.img or OUTPUT.rtv")
+      ->required();
   command->add_option("--frames", options->frames, "Number of frames, 50 if not given")
       ->type_name("N")
       ->check(CLI::Range(1U, 10000000U));
@@ -108,9 +159,11 @@ void addSampleCommand(Tool& tool) {
       ->type_name("WxH");
   command->add_option("--fps", options->framesPerSecond, "Frames a second, 30 if not given")
       ->type_name("N");
+  options->rtvVersion.addTo(*command);
   command->add_flag("--force", options->force, "Replace an existing output");
   command->callback([&tool, options] {
     FrameClock(kStartTime, options->framesPerSecond);  // says what is wrong with the rate
+    options->rtvVersion.version(options->output);
     options->quiet = tool.quiet;
     tool.run = [options] { return drawSample(*options); };
   });

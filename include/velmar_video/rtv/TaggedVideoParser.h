@@ -71,6 +71,8 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
   /// Start position in degrees. `alt` is 0 for version 02, the stored number for version 03 and a
   /// hundredth of it for version 04; the difference is intended.
   ErrorCode_e getStdPosition(double& lat, double& lng, double& alt);
+  /// The start position as stored: NDS units, and the altitude (0 for version 02).
+  ErrorCode_e getStartPosition(int& lng, int& lat, int& alt);
 
   ErrorCode_e checkIndex(unsigned short index);
   /// No frame is ever taken for corrupted: `rIndex` is `index`, and the answer always success.

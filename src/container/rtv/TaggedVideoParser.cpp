@@ -302,6 +302,15 @@ ErrorCode_e TaggedVideoParser::getStdPosition(double& lat, double& lng, double& 
   return RTV_ERR_SUCCESS;
 }
 
+ErrorCode_e TaggedVideoParser::getStartPosition(int& lng, int& lat, int& alt) {
+  if (const auto code = checkInit()) return code;
+  const header_t& header = headerOf(version_);
+  lng = header.lng;
+  lat = header.lat;
+  alt = header.alt;
+  return RTV_ERR_SUCCESS;
+}
+
 ErrorCode_e TaggedVideoParser::checkIndex(unsigned short index) {
   unsigned short count = 0;
   if (const auto code = getFramesCount(count)) return code;

@@ -1,0 +1,68 @@
+#include "TagsCsv.h"
+
+#include <gtest/gtest.h>
+
+#include "Failure.h"
+
+namespace {
+
+const std::vector<std::string> kFiles = {"in/1.jpg", "in/2.jpg"};
+
+std::vector<FrameTag> read(const std::string& text, version_e version = RTV_VER_04) {
+  return readTags(CsvTable("t.csv", text), kFiles, version);
+}
+
+std::string failureOf(const std::string& text, version_e version) {
+  try {
+    read(text, version);
+  } catch (const Failure& failure) {
+    const std::string words = failure.what();
+    return words.substr(0, words.rfind(" ("));
+  }
+  return "";
+}
+
+TEST(TagsCsv, FillsTagsByColumnName) {
+  const auto tags = read(
+      "vehicle_speed,index,z,x,abs_active,relative_distance,wheel_tick_left_rear\n"
+      ",1,-3,2147483647,,4294967295,\n"
+      "13.25,0,,-5,1,,4294967294\n");
+  EXPECT_EQ(tags[0].x, -5);
+  EXPECT_EQ(tags[0].can.vehicle_speed, 13.25F);
+  EXPECT_EQ(tags[0].can.abs_active, 1);
+  EXPECT_EQ(tags[0].can.wheel_tick_left_rear, 4294967294U);
+  EXPECT_EQ(tags[1].x, 2147483647);
+  EXPECT_EQ(tags[1].z, -3);
+  EXPECT_EQ(tags[1].relativeDistance, 4294967295U);
+  EXPECT_FALSE(tags[1].hasCan());
+  EXPECT_EQ(tags[1].can.can_data_length, 107);
+  EXPECT_EQ(read("file,x\n2.jpg,1\nin/1.jpg,2\n", RTV_VER_02)[0].x, 2);
+}
+
+TEST(TagsCsv, NamesWhatDoesNotFit) {
+  const struct {
+    std::string text;
+    version_e version;
+    std::string failure;
+  } cases[] = {
+      {"index,x\n0,1\n1,x\n", RTV_VER_03, "line 3: x cannot be x"},
+      {"index,x\n0,1\n1,8388608\n", RTV_VER_02, "line 3: x cannot be 8388608"},
+      {"index,speed\n0,65536\n1,1\n", RTV_VER_03, "line 2: speed cannot be 65536"},
+      {"index,abs_active\n0,255\n1,\n", RTV_VER_04, "line 2: abs_active cannot be 255"},
+      {"index,slip_angle\n0,nan\n1,\n", RTV_VER_04, "line 2: slip_angle cannot be nan"},
+      {"index,abs_active\n", RTV_VER_03,
+       "line 1: unknown column abs_active; known are file or index, x y z relative_distance speed "
+       "direction"},
+      {"index,z\n", RTV_VER_02,
+       "line 1: unknown column z; known are file or index, x y relative_distance speed direction"},
+      {"x\n1\n", RTV_VER_03,
+       "line 1: a column file or a column index has to say which frame a row is for"},
+      {"index,x,x\n", RTV_VER_03, "line 1: the column x is there twice"},
+      {"index,x\n0,1\n2,1\n", RTV_VER_03, "line 3: there is no frame 2"},
+      {"index,x\n0,1\n", RTV_VER_03, "it has no row for in/2.jpg"},
+  };
+  for (const auto& row : cases)
+    EXPECT_EQ(failureOf(row.text, row.version), "t.csv: " + row.failure);
+}
+
+}  // namespace

@@ -1,0 +1,86 @@
+#!/usr/bin/env bash
+# rtv recordings through the tool: all versions, tags, and the way to img and back.
+# Usage: rtv.sh PATH-OF-VELMAR-VIDEO
+. "$(dirname "$0")/lib.sh"
+
+expect 0 "" sample sample.img --frames 3 --size 96x64
+expect 0 "" extract sample.img --output in
+cat in/*.jpg >stream
+(
+  echo file,sensor_time_us,arrived_time_us
+  for i in 0 1 2; do echo "frame_00000$i.jpg,$((1700000000000000 + 40000 * i)),$((1700000000035000 + 40000 * i))"; done
+) >times.csv
+printf 'index,x,y,relative_distance,speed,direction\n0,0,0,0,1388,359\n1,-56,8388607,56,1388,0\n2,-112,3,112,1388,1\n' >tags.csv
+paste -d, tags.csv <(printf 'vehicle_speed,abs_active,wheel_tick_left_front\n13.875,0,\n,,7\n,1,\n') >tags04.csv
+
+id=000102030405060708090a0b0c0d0e0f1011121314151617
+for version in 02 03 04; do
+  tags=tags.csv
+  [ $version != 04 ] || tags=tags04.csv
+  expect 0 "" create $version.rtv in --times times.csv --rtv-version $version --tags $tags \
+    --device-id $id --start-time 2023-11-14T22:13:19Z --frame-format RGB
+  expect 0 "" info $version.rtv --json
+  grep -q "^{\"file\":\"$version.rtv\",\"container\":\"rtv\",\"version\":\"0.${version#0}\",\"frames_count\":3,\"frames_max\":3,\"width\":96,\"height\":64,\"frame_format\":\"RGB\",\"frame_codec\":\"JPG\",\"undistorted\":false,\"device_id\":\"$id\",\"start_time_us\":1699999999000000,\"duration_us\":80000,\"camera_params\":{},\"extended_info\":{}" out || fail "info: $(cat out)"
+  expect 0 "" cat $version.rtv
+  cmp out stream
+  expect 0 "" frames $version.rtv --json
+  grep -q "^{\"index\":1,\"sensor_time_us\":1700000000040000,\"arrived_time_us\":1700000000040000,\"size\":[0-9]*,\"time_flag_ms\":1040,\"x\":-56,\"y\":8388607,\"z\":0,\"relative_distance\":56,\"speed\":1388,\"direction\":0" out || fail "frames: $(cat out)"
+
+  # What an img cannot hold is said; what it can comes out as it went in.
+  expect 3 "back.img: it does not hold positions, distances, speeds and headings" convert $version.rtv back.img --force
+  expect 1 "strict.img: it could not hold positions" convert $version.rtv strict.img --strict
+  expect 0 "" convert back.img again.rtv --rtv-version $version --force
+  for other in back.img again.rtv; do
+    expect 0 "" cat $other
+    cmp out stream
+    expect 0 "" frames $other --csv
+    cut -d, -f1-4 out >columns
+    "$tool" frames $version.rtv --csv | cut -d, -f1-4 | cmp - columns
+    "$tool" info $other --json | grep -q "\"frame_format\":\"RGB\".*\"device_id\":\"$id\"" || fail "info of $other"
+  done
+done
+absent strict.img strict.img.tmp
+expect 0 "" frames 04.rtv --json
+sed -n 1p out | grep -q '"can":{"vehicle_speed":13.875,"abs_active":0}}$' || fail "can: $(cat out)"
+sed -n 2p out | grep -q '"can":{"wheel_tick_left_front":7}}$' || fail "can: $(cat out)"
+
+# Between the versions nothing is lost upwards.
+expect 0 "" convert 02.rtv up.rtv --rtv-version 04
+expect 3 "down.rtv: it does not hold CAN signals" convert 04.rtv down.rtv --rtv-version 02
+cmp <("$tool" frames 02.rtv --csv) <("$tool" frames down.rtv --csv) || fail "down"
+
+# From img to rtv: what gets lost is listed.
+echo '{"a": 1}' >params.json
+sed 's/000,/001,/' times.csv >uneven.csv
+expect 0 "" create rich.img in --times uneven.csv --camera-params params.json --extended-info params.json --undistorted
+expect 3 "rich.rtv: it does not hold arrival times, microseconds of the capture times, camera parameters, extended information" convert rich.img rich.rtv
+"$tool" info rich.rtv --json | grep -q '"undistorted":true' || fail "undistorted"
+
+# A sample has it all; it is the same every time.
+expect 0 "" sample s.rtv --frames 2 --size 64x64
+"$tool" sample t.rtv --frames 2 --size 64x64 && cmp s.rtv t.rtv
+"$tool" frames s.rtv --json | grep -q '"x":57,.*"vehicle_speed":24' || fail "sample"
+
+# Streams keep the default version; the clock of a version 02 begins in 2015.
+expect 0 "" create stream.rtv - --fps 25 --start-time 2023-11-14T22:13:20Z <stream
+expect 0 "" cat stream.rtv
+cmp out stream
+expect 1 "x.rtv: version 02 of rtv holds no start before 2015" create x.rtv in --fps 5 --start-time 0 --rtv-version 02
+expect 1 "x.rtv: frame 0 was captured before the start" create x.rtv in --times times.csv --start-time 2023-11-14T22:13:21Z
+expect 1 "x.rtv: an rtv holds 65535 frames at the most, not 65536" create x.rtv $(yes in/frame_000000.jpg | head -65536) --fps 5
+expect 1 "tags04.csv: line 1: unknown column vehicle_speed; known are file or index, x y z" create x.rtv in --fps 5 --tags tags04.csv
+expect 2 "--rtv-version needs an .rtv" create x.img in --fps 5 --rtv-version 03
+expect 2 "--camera-params: an rtv holds none" create x.rtv in --fps 5 --camera-params params.json
+expect 2 "--undistorted: version 02 of rtv cannot say so" create x.rtv in --fps 5 --rtv-version 02 --undistorted
+absent x.rtv x.rtv.tmp x.img
+
+# A full disk: what was recorded of a stream is complete, files can be read again.
+limited() (
+  trap '' XFSZ
+  ulimit -f 2500
+  "$tool" "$@" 2>err
+)
+got=0
+limited create full.rtv - --fps 25 < <(for i in $(seq 400); do cat stream; done) || got=$?
+[ "$got" -eq 1 ] && grep -q "the frames recorded so far are in full.rtv (" err || fail "status $got on a full disk"
+[ "$(frames_in full.rtv)" -gt 10 ] || fail "frames on a full disk"

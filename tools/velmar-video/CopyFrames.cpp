@@ -1,0 +1,78 @@
+#include "CopyFrames.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include "Failure.h"
+#include "Progress.h"
+#include "RecordingWriter.h"
+#include "StopSignal.h"
+
+namespace {
+
+std::size_t countOf(const std::vector<FrameRange>& ranges) {
+  return std::accumulate(
+      ranges.begin(), ranges.end(), std::size_t{0},
+      [](std::size_t sum, const FrameRange& range) { return sum + range.frames.size(); });
+}
+
+void checkTimes(const std::vector<FrameRange>& ranges, const std::string& output,
+                const RecordingDescription& description) {
+  std::vector<FrameTimes> times;
+  for (const FrameRange& range : ranges) {
+    for (const unsigned int index : range.frames) times.push_back(range.recording->times(index));
+  }
+  checkRtvTimes(output, description, times);
+}
+
+/// Copies one frame or says why not.
+void copyFrame(const Recording& recording, unsigned int index, RecordingWriter& writer,
+               Losses& losses) {
+  std::string jpeg;
+  const VELMAR_ERROR_CODE_E code = recording.reader().getRawImage(index, jpeg);
+  if (code == VELMAR_ERROR_CODE_SUCCESS_E) {
+    writer.add(jpeg, recording.times(index), recording.tag(index));
+  } else {
+    losses.add(recording.path(),
+               "frame " + std::to_string(index) + " is left out: " + plainWords(code));
+  }
+}
+
+}  // namespace
+
+std::vector<unsigned int> allFrames(const Recording& recording) {
+  std::vector<unsigned int> frames(recording.framesCount());
+  std::iota(frames.begin(), frames.end(), 0U);
+  return frames;
+}
+
+std::uint64_t earliestSensorTime(const Recording& recording) {
+  const unsigned int count = recording.framesCount();
+  std::uint64_t earliest = count > 0 ? recording.sensorTime(0) : 0;
+  for (unsigned int i = 1; i < count; ++i) earliest = std::min(earliest, recording.sensorTime(i));
+  return earliest;
+}
+
+void copyFrames(const std::vector<FrameRange>& ranges, const std::string& output,
+                const RecordingDescription& description, bool quiet, Losses& losses) {
+  const std::size_t count = countOf(ranges);
+  checkFramesCount(output, count);
+  checkTimes(ranges, output, description);
+  StopSignal stop;
+  RecordingWriter writer(output, description, static_cast<unsigned int>(count),
+                         RecordingWriter::OnFailure::RemoveFrames);
+  Progress progress(output, count, quiet);
+  std::size_t done = 0;
+  for (const FrameRange& range : ranges) {
+    for (const unsigned int index : range.frames) {
+      if (stop.requested()) break;
+      copyFrame(*range.recording, index, writer, losses);
+      progress.update(++done);
+    }
+  }
+  writer.finish();
+  if (done < count) {
+    losses.add(output, "stopped by a signal after " + std::to_string(done) + " of " +
+                           std::to_string(count) + " frames");
+  }
+}

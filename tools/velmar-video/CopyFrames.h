@@ -1,0 +1,27 @@
+/// Frames from recordings into a new one, with their times and tags, never decoded.
+#ifndef VELMAR_TOOL_COPY_FRAMES_H
+#define VELMAR_TOOL_COPY_FRAMES_H
+
+#include <string>
+#include <vector>
+
+#include "Losses.h"
+#include "Recording.h"
+
+/// Frames of a recording, in the order in which they are to be copied.
+struct FrameRange {
+  const Recording* recording;
+  std::vector<unsigned int> frames;
+};
+
+std::vector<unsigned int> allFrames(const Recording& recording);
+
+/// Of all frames; 0 if there are none.
+std::uint64_t earliestSensorTime(const Recording& recording);
+
+/// Writes `output`. Times are checked before anything is written; frames whose bytes the file does
+/// not have are left out and named in `losses`, as is the rest after a signal. Throws Failure.
+void copyFrames(const std::vector<FrameRange>& ranges, const std::string& output,
+                const RecordingDescription& description, bool quiet, Losses& losses);
+
+#endif

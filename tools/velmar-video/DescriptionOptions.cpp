@@ -1,0 +1,144 @@
+#include "DescriptionOptions.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <cmath>
+#include <map>
+
+#include "Failure.h"
+#include "JsonText.h"
+#include "TimeText.h"
+#include "velmar_video/rtv/RecordFileToolkit.h"
+
+namespace {
+
+const std::map<std::string, version_e> kVersions = {
+    {"02", RTV_VER_02}, {"03", RTV_VER_03}, {"04", RTV_VER_04}};
+
+std::string jsonOf(const std::string& file) { return file.empty() ? "{}" : readJsonFile(file); }
+
+/// "LNG,LAT" or "LNG,LAT,ALT".
+std::vector<double> parsePosition(const std::string& text) {
+  std::vector<double> numbers;
+  const char* next = text.data();
+  const char* const end = next + text.size();
+  while (true) {
+    double number = 0;
+    const auto result = std::from_chars(next, end, number);
+    if (result.ec != std::errc() || !std::isfinite(number)) return {};
+    numbers.push_back(number);
+    if (result.ptr == end) break;
+    if (*result.ptr != ',') return {};
+    next = result.ptr + 1;
+  }
+  const bool isPlace = (numbers.size() == 2 || numbers.size() == 3) &&
+                       std::abs(numbers[0]) <= 180 && std::abs(numbers[1]) <= 90;
+  return isPlace ? numbers : std::vector<double>();
+}
+
+/// Versions 03 and 04 are read with different units of the altitude.
+int storedAltitude(double metres, version_e version) {
+  const double stored = version == RTV_VER_04 ? metres * 100 : metres;
+  if (std::abs(stored) > 2e9) throw UsageError("--start-position: that is not an altitude");
+  return static_cast<int>(std::lround(stored));
+}
+
+void setStartPosition(RecordingDescription& description, const std::string& text) {
+  if (text.empty()) return;
+  const std::vector<double> numbers = parsePosition(text);
+  if (numbers.empty()) {
+    throw UsageError("--start-position is LNG,LAT or LNG,LAT,ALT in degrees and metres");
+  }
+  description.lng = RecordFileToolkit::Degree2NDS(numbers[0]);
+  description.lat = RecordFileToolkit::Degree2NDS(numbers[1]);
+  if (numbers.size() < 3) return;
+  if (description.version == RTV_VER_02) {
+    throw UsageError("--start-position: version 02 of rtv holds no altitude");
+  }
+  description.alt = storedAltitude(numbers[2], description.version);
+}
+
+}  // namespace
+
+std::string parseDeviceId(const std::string& text) {
+  if (text.empty() || text.size() % 2 != 0 ||
+      text.find_first_not_of("0123456789abcdefABCDEF") != text.npos) {
+    throw UsageError("--device-id is pairs of hexadecimal digits");
+  }
+  return bytesOfHex(text);
+}
+
+std::uint64_t parseTimeOption(const std::string& option, const std::string& text) {
+  const auto time = parseTime(text);
+  if (time && *time <= kLastFormattedTime) return *time;
+  throw UsageError(option + " is microseconds since 1970 or RFC 3339");
+}
+
+void RtvVersionOption::addTo(CLI::App& command) {
+  command.add_option("--rtv-version", text, "Version of an rtv: 02, 03 or 04")
+      ->type_name("VERSION")
+      ->check(CLI::IsMember({"02", "03", "04"}));
+}
+
+std::optional<version_e> RtvVersionOption::version(const std::string& output) const {
+  if (text.empty()) return std::nullopt;
+  if (!isRtv(output)) throw UsageError("--rtv-version needs an .rtv");
+  return kVersions.at(text);
+}
+
+void DescriptionOptions::addTo(CLI::App& command) {
+  command
+      .add_option_function<std::string>(
+          "--device-id", [this](const std::string& text) { deviceId = parseDeviceId(text); },
+          "The camera's identifier; 24 bytes at the most in an rtv")
+      ->type_name("HEX");
+  command.add_option("--camera-params", cameraParamsFile, "img: JSON about the camera")
+      ->type_name("FILE");
+  command.add_option("--extended-info", extendedInfoFile, "img: JSON about anything else")
+      ->type_name("FILE");
+  command.add_flag("--undistorted", undistorted, "Mark the frames as undistorted");
+  command
+      .add_option("--frame-format", frameFormat,
+                  "The pixel format to name in the recording, BGR if not given")
+      ->type_name("FORMAT")
+      ->check(CLI::IsMember({"YUV420", "RGB", "BGR", "GRAY"}));
+  rtvVersion.addTo(command);
+  command
+      .add_option("--start-position", startPosition,
+                  "rtv: where the positions of --tags are counted from, degrees and metres")
+      ->type_name("LNG,LAT[,ALT]");
+}
+
+void DescriptionOptions::refuseWhatIsNotHeld(const std::string& output, version_e version) const {
+  if (!isRtv(output)) {
+    if (!startPosition.empty()) throw UsageError("--start-position needs an .rtv");
+    return;
+  }
+  if (!cameraParamsFile.empty()) throw UsageError("--camera-params: an rtv holds none");
+  if (!extendedInfoFile.empty()) throw UsageError("--extended-info: an rtv holds none");
+  if (deviceId.size() > kRtvDeviceIdSize) throw UsageError("--device-id: an rtv holds 24 bytes");
+  if (undistorted && version == RTV_VER_02) {
+    throw UsageError("--undistorted: version 02 of rtv cannot say so");
+  }
+}
+
+RecordingDescription DescriptionOptions::description(const std::string& output) const {
+  RecordingDescription description;
+  description.version = rtvVersion.version(output).value_or(RTV_VER_03);
+  refuseWhatIsNotHeld(output, description.version);
+  description.format = string2RvelmarFormat(frameFormat);
+  description.deviceId = deviceId;
+  description.undistorted = undistorted;
+  description.cameraParams = jsonOf(cameraParamsFile);
+  description.extendedInfo = jsonOf(extendedInfoFile);
+  setStartPosition(description, startPosition);
+  return description;
+}
+
+std::vector<std::string> DescriptionOptions::inputs() const {
+  std::vector<std::string> files;
+  for (const std::string& file : {cameraParamsFile, extendedInfoFile}) {
+    if (!file.empty()) files.push_back(file);
+  }
+  return files;
+}

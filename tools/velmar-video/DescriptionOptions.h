@@ -1,0 +1,51 @@
+#ifndef VELMAR_TOOL_DESCRIPTION_OPTIONS_H
+#define VELMAR_TOOL_DESCRIPTION_OPTIONS_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "RecordingDescription.h"
+
+namespace CLI {
+class App;
+}
+
+/// The bytes of hexadecimal text. Throws UsageError.
+std::string parseDeviceId(const std::string& text);
+
+/// A point in time for `option`, microseconds since 1970. Throws UsageError.
+std::uint64_t parseTimeOption(const std::string& option, const std::string& text);
+
+/// --rtv-version. This object has to outlive the parsing.
+struct RtvVersionOption {
+  void addTo(CLI::App& command);
+  /// If given; UsageError if it is for an img.
+  std::optional<version_e> version(const std::string& output) const;
+
+  std::string text;
+};
+
+/// The options that describe a new recording. This object has to outlive the parsing.
+struct DescriptionOptions {
+  void addTo(CLI::App& command);
+  /// What they say of the recording `output`, files read and checked; the size and the start time
+  /// are still to be set. Throws Failure, and UsageError for what the container does not hold.
+  RecordingDescription description(const std::string& output) const;
+  /// The files that they read.
+  std::vector<std::string> inputs() const;
+
+  RtvVersionOption rtvVersion;
+  std::string deviceId;  ///< bytes
+  std::string cameraParamsFile;
+  std::string extendedInfoFile;
+  std::string frameFormat = "BGR";
+  std::string startPosition;
+  bool undistorted = false;
+
+ private:
+  void refuseWhatIsNotHeld(const std::string& output, version_e version) const;
+};
+
+#endif

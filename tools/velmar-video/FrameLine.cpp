@@ -1,0 +1,150 @@
+#include "FrameLine.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <string_view>
+#include <type_traits>
+
+#include "TimeText.h"
+
+namespace {
+
+constexpr char kColumns[] = "index,sensor_time_us,arrived_time_us,size";
+constexpr char kTagColumns[] = ",time_flag_ms,x,y,z,relative_distance,speed,direction";
+
+/// The shortest text that gives the value back.
+template <typename T>
+std::string numberText(T value) {
+  char text[32];
+  const auto end = std::to_chars(text, text + sizeof text, value);
+  return {text, end.ptr};
+}
+
+template <typename T>
+T valueAt(const can_data_io& can, const CanField& field) {
+  T value;
+  std::memcpy(&value, reinterpret_cast<const unsigned char*>(&can) + field.offset, sizeof value);
+  return value;
+}
+
+/// Empty for infinity, which no signal can have and JSON cannot say.
+std::string signalText(const can_data_io& can, const CanField& field) {
+  switch (field.type) {
+    case CanFieldType::Float: {
+      const auto value = valueAt<float>(can, field);
+      return std::isfinite(value) ? numberText(value) : "";
+    }
+    case CanFieldType::Unsigned8:
+      return numberText(static_cast<unsigned int>(valueAt<unsigned char>(can, field)));
+    case CanFieldType::Unsigned16:
+      return numberText(valueAt<unsigned short>(can, field));
+    default:
+      return numberText(valueAt<unsigned int>(can, field));
+  }
+}
+
+bool isSignal(const CanField& field) { return field.offset > 0; }
+
+std::string canJson(const can_data_io& can) {
+  std::string text;
+  for (const CanField& field : canFields()) {
+    if (!isSignal(field) || canFieldIsAbsent(can, field)) continue;
+    const std::string value = signalText(can, field);
+    text.append(text.empty() ? "\"" : ",\"").append(field.name).append("\":");
+    text += value.empty() ? "null" : value;
+  }
+  return text.insert(0, 1, '{').append(1, '}');
+}
+
+std::string canCsv(const can_data_io& can) {
+  std::string text;
+  for (const CanField& field : canFields()) {
+    if (!isSignal(field)) continue;
+    text += ",";
+    if (!canFieldIsAbsent(can, field)) text += signalText(can, field);
+  }
+  return text;
+}
+
+std::string column(const std::string& text, std::size_t width) {
+  return std::string(width - std::min(width, text.size()), ' ') + text;
+}
+
+std::string textLine(const std::string& index, const std::string& sensor,
+                     const std::string& arrived, const std::string& size) {
+  return column(index, 10) + column(sensor, 29) + column(arrived, 29) + column(size, 12) + "\n";
+}
+
+/// Numbers in the order of the columns, between names or without them.
+class LineBuilder {
+ public:
+  LineBuilder(std::string_view columns, bool named) : columns_(columns), named_(named) {}
+
+  template <typename T>
+  LineBuilder& operator<<(T value) {
+    if (!text_.empty()) text_ += ',';
+    const std::size_t end = columns_.find(',');
+    if (named_) text_.append("\"").append(columns_.substr(0, end)).append("\":");
+    columns_.remove_prefix(end == columns_.npos ? columns_.size() : end + 1);
+    text_ += numberText(value);
+    return *this;
+  }
+
+  const std::string& text() const { return text_; }
+
+ private:
+  std::string_view columns_;
+  bool named_;
+  std::string text_;
+};
+
+}  // namespace
+
+FrameLine::FrameLine(const Recording& recording)
+    : recording_(recording), hasCan_(hasTags() && recording.description().version == RTV_VER_04) {}
+
+std::string FrameLine::values(unsigned int index, const FrameTag& tag, bool named) const {
+  static const std::string allColumns = std::string(kColumns) + kTagColumns;
+  LineBuilder line(allColumns, named);
+  const FrameTimes times = recording_.times(index);
+  line << index << times.sensor << times.arrived << recording_.frameSize(index);
+  if (hasTags()) {
+    line << recording_.timeFlag(index) << tag.x << tag.y << tag.z << tag.relativeDistance
+         << tag.speed << tag.direction;
+  }
+  return line.text();
+}
+
+std::string FrameLine::json(unsigned int index) const {
+  const FrameTag tag = recording_.tag(index);
+  std::string line = values(index, tag, true);
+  if (hasCan_) line.append(",\"can\":").append(canJson(tag.can));
+  return line.insert(0, 1, '{').append("}\n");
+}
+
+std::string FrameLine::csv(unsigned int index) const {
+  const FrameTag tag = recording_.tag(index);
+  std::string line = values(index, tag, false);
+  if (hasCan_) line += canCsv(tag.can);
+  return line + "\n";
+}
+
+std::string FrameLine::csvHeader() const {
+  std::string header = kColumns;
+  if (hasTags()) header += kTagColumns;
+  if (hasCan_) {
+    for (const CanField& field : canFields()) {
+      if (isSignal(field)) header.append(",").append(field.name);
+    }
+  }
+  return header + "\n";
+}
+
+std::string FrameLine::text(unsigned int index) const {
+  const FrameTimes times = recording_.times(index);
+  return textLine(std::to_string(index), formatTime(times.sensor), formatTime(times.arrived),
+                  std::to_string(recording_.frameSize(index)));
+}
+
+std::string FrameLine::textHeader() { return textLine("frame", "captured", "arrived", "bytes"); }

@@ -1,0 +1,27 @@
+#ifndef VELMAR_TOOL_FRAME_TAG_H
+#define VELMAR_TOOL_FRAME_TAG_H
+
+#include "velmar_video/rtv/CanData.h"
+
+/// What an rtv recording knows of a frame beside its picture and its time, as stored.
+struct FrameTag {
+  FrameTag() { can_data_io_purge(&can); }
+
+  bool hasPosition() const {
+    return x != 0 || y != 0 || z != 0 || relativeDistance != 0 || speed != 0 || direction != 0;
+  }
+  bool hasCan() const {
+    for (const CanField& field : canFields()) {
+      if (field.offset > 0 && !canFieldIsAbsent(can, field)) return true;
+    }
+    return false;
+  }
+
+  int x = 0, y = 0, z = 0;            ///< hundredths of a metre from the start position
+  unsigned int relativeDistance = 0;  ///< hundredths of a metre
+  unsigned short speed = 0;           ///< hundredths of a metre a second
+  unsigned short direction = 0;       ///< degrees
+  can_data_io can;
+};
+
+#endif

@@ -1,0 +1,22 @@
+#ifndef VELMAR_TOOL_TAGS_CSV_H
+#define VELMAR_TOOL_TAGS_CSV_H
+
+#include <string>
+#include <vector>
+
+#include "CsvTable.h"
+#include "FrameTag.h"
+#include "velmar_video/VelmarVideoCommDef.h"
+
+/// The tags of the files, in their order, from a table whose rows name their frame (see
+/// rowsOfFrames()) and have any of the columns x, y, z, relative_distance, speed and direction
+/// and, for version 04, of the CAN signals' names. Values are stored integers (floats for signals
+/// that are); an empty cell is 0 or an absent signal. Throws Failure, for columns and values that
+/// the version does not hold as well.
+std::vector<FrameTag> readTags(const CsvTable& table, const std::vector<std::string>& files,
+                               version_e version);
+
+/// The columns that a table for that version may have, separated by blanks.
+std::string knownTagColumns(version_e version);
+
+#endif
