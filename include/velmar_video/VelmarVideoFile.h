@@ -26,11 +26,12 @@ class VELMAR_VIDEO_API IVelmarVideoFile {
   IVelmarVideoFile& operator=(const IVelmarVideoFile&) = delete;
 
   virtual ~IVelmarVideoFile();
-  /// Call it once, and go on only after success. A second call answers
-  /// VELMAR_ERROR_CODE_DUPLICATE_INIT_E and changes nothing.
+  /// Call it once, and go on only after success. While the object is open, another call answers
+  /// VELMAR_ERROR_CODE_DUPLICATE_INIT_E and changes nothing; so does one after close(), except that
+  /// rtv readers and modifiers may be opened again.
   virtual VELMAR_ERROR_CODE_E open() = 0;
-  /// Success only if what there was to do is done. A second call, or one without open(), answers
-  /// an error and does nothing.
+  /// Success only if what there was to do is done. A second call, or one without open(), does
+  /// nothing and answers VELMAR_ERROR_CODE_NOT_INIT_E; rtv readers and modifiers answer success.
   virtual VELMAR_ERROR_CODE_E close() = 0;
   /// The path's part after its last "/"; empty if the path ends in "/".
   virtual std::string getFileName();
@@ -43,8 +44,10 @@ class VELMAR_VIDEO_API IVelmarVideoFile {
 ///
 /// Frames go to the path plus ".tmp". close() finishes that file, brings it to the disk and
 /// renames it to the path, so the path never stands for an unfinished recording, not even after a
-/// power cut; a file that was there is replaced. Where close() fails, the temporary file stays
-/// with all frames in it. The destructor closes what was opened and not closed.
+/// power cut; a file that was there is replaced. Where close() cannot finish, the temporary file
+/// stays with all frames in it; where an rtv creater only had to refuse a frame, close() finishes
+/// the file with the others and answers an error all the same. The destructor closes what was
+/// opened, or was given frames, and not closed.
 ///
 /// The setters may be called before or after open(), any time before close().
 class VELMAR_VIDEO_API VelmarVideoFileCreater : public IVelmarVideoFile {
@@ -145,7 +148,7 @@ class VELMAR_VIDEO_API VelmarVideoFileReader : public IVelmarVideoFile {
   /// \param cropTop, cropBottom  rows of the unscaled image to cut
   /// \param outWidth, outHeight  receive the picture's size in pixels; may be null
   /// VELMAR_ERROR_CODE_COLOR_FORMAT_NOT_SUPPROT_E: not RGB, BGR or GRAY (rtv takes every value
-  /// outside the enumeration for BGR). VELMAR_ERROR_CODE_INVALID_PARAMETER_E: more rows cut than
+  /// that it does not know for BGR). VELMAR_ERROR_CODE_INVALID_PARAMETER_E: more rows cut than
   /// there are, a size beyond 32 bits, a scale outside the enumeration (rtv decodes at 1/1).
   virtual VELMAR_ERROR_CODE_E getImageSizeInBytes(unsigned int& size, VELMAR_FORMAT_E format,
                                                   SCALE_FACTOR_E scale, unsigned short cropTop,
@@ -159,9 +162,10 @@ class VELMAR_VIDEO_API VelmarVideoFileReader : public IVelmarVideoFile {
   /// The other errors of getImageSizeInBytes(), and VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E: null
   /// buffer, or no memory; VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E: the frame reaches past the end
   /// of the file; VELMAR_ERROR_CODE_INVALID_PARAMETER_E: the header says width or height 0;
-  /// VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E: no JPEG, a damaged one, or one larger than the header
-  /// says; the buffer may then hold a part of the picture. A frame smaller than the header says
-  /// leaves part of the buffer as it was, or zero where rows are cut.
+  /// VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E: no JPEG, a damaged one, or one that no scale makes small
+  /// enough; the buffer may then hold a part of the picture. A frame of another size than the
+  /// header says is decoded at the largest scale that fits, and leaves the rest of the buffer as it
+  /// was, or zero where rows are cut.
   /// Nothing is allocated per call: where rows are cut, the whole picture is decoded into scratch
   /// memory that the reader keeps.
   virtual VELMAR_ERROR_CODE_E getImage(unsigned int index, unsigned int bufferSize,
@@ -206,8 +210,9 @@ class VELMAR_VIDEO_API VelmarVideoFileReader : public IVelmarVideoFile {
 /// Edits a recording in place, through a shared writable map of the file.
 ///
 /// Frame times are in the file at once, everything else when close() succeeds; a modifier that is
-/// destroyed without close() drops the latter. Nothing locks the file: two modifiers at work on
-/// one file overwrite each other's changes.
+/// destroyed without close() drops the latter. Operations answer an error before open() and after
+/// close(), unless they have nothing to do in the container. Nothing locks the file: two modifiers
+/// at work on one file overwrite each other's changes.
 class VELMAR_VIDEO_API VelmarVideoFileModifier : public IVelmarVideoFile {
  public:
   explicit VelmarVideoFileModifier(const std::string& path);
@@ -227,11 +232,15 @@ class VELMAR_VIDEO_API VelmarVideoFileModifier : public IVelmarVideoFile {
   /// checksum from the file. This is intended.
   virtual VELMAR_ERROR_CODE_E modifyFrameIndexDataChecksum(const std::string& checksum) = 0;
   /// Changes the capture time of a frame: what the reader's getSensorTime() gives. `timestamp` is
-  /// only read.
+  /// only read. rtv stores whole milliseconds since the start time as it has been changed so far,
+  /// in 32 bits, and readers take a time before the start for one after it; in version 02 the time
+  /// counts from 2015-01-01 00:00:00 UTC here, as in the file, and not from 1970 as the reader's.
   virtual VELMAR_ERROR_CODE_E modifyTimestamp(unsigned int index, unsigned long& timestamp) = 0;
   /// img only: changes the arrival time of a frame. `time` is only read.
   virtual VELMAR_ERROR_CODE_E modifyArrivalTime(unsigned int index, unsigned long& time) = 0;
-  /// rtv only: changes the header's start time; img has none. `startTime` is only read.
+  /// rtv only: changes the header's start time, in whole milliseconds; img has none. `startTime` is
+  /// only read, and counts from 2015-01-01 00:00:00 UTC in version 02. Frame times are stored
+  /// relative to it and move with it. Works before open() as well, where it leaves no trace.
   virtual VELMAR_ERROR_CODE_E modifyStartTime(unsigned long& startTime) = 0;
   /// img only: as modifyCameraParams().
   virtual VELMAR_ERROR_CODE_E modifyExtendedInfo(const std::string& info) = 0;

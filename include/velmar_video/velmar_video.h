@@ -9,6 +9,7 @@
 #include "velmar_video/rtv/CanData.h"
 #include "velmar_video/rtv/RecordFileCreater.h"
 #include "velmar_video/rtv/RecordFileToolkit.h"
+#include "velmar_video/rtv/RtvContainerModifier.h"
 #include "velmar_video/rtv/TaggedVideoParser.h"
 
 #endif

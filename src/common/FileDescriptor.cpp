@@ -58,3 +58,12 @@ bool FileDescriptor::writeAt(const void* data, std::size_t size, unsigned long o
     return written;
   });
 }
+
+bool FileDescriptor::reserve(unsigned long offset, unsigned long size) const {
+  int result = 0;
+  do {
+    result =
+        ::fallocate(fd_, FALLOC_FL_KEEP_SIZE, static_cast<off_t>(offset), static_cast<off_t>(size));
+  } while (result != 0 && errno == EINTR);
+  return result == 0 || errno == EOPNOTSUPP || errno == ENOSYS;
+}

@@ -25,6 +25,11 @@ class FileDescriptor {
   /// The same with pwrite(2), `offset` bytes behind the file's start.
   bool writeAt(const void* data, std::size_t size, unsigned long offset) const;
 
+  /// Makes sure that the blocks of a part of the file are there, without changing its length, so
+  /// that neither a write nor a store through a map can run into a full disk. True as well where
+  /// the file system cannot do that.
+  bool reserve(unsigned long offset, unsigned long size) const;
+
  private:
   int fd_ = -1;
 };

@@ -42,6 +42,8 @@ bool JpegDecoder::decompress(const unsigned char* jpeg, unsigned long jpegSize,
 bool JpegDecoder::fills(const unsigned char* jpeg, unsigned long jpegSize,
                         const ImageGeometry& geometry) {
   const auto size = readJpegSize(tjHandle_.get(), jpeg, jpegSize);
+  // In mid-header the decompressor would find another fault than the frame has.
+  if (!size) tjHandle_.reset(tjInitDecompress());
   return size && size->width == geometry.sourceWidth && size->height == geometry.sourceHeight;
 }
 

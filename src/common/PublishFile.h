@@ -5,7 +5,7 @@
 
 /// Gives a finished file its final name so that neither a crash nor a power cut can leave that
 /// name on an unfinished file: its data go to the disk before the rename, the rename itself
-/// after it. A file that has the final name is replaced.
+/// after it, as far as the folder allows. A file that has the final name is replaced.
 /// \return 0 or the errno of the step that failed
 int publishFile(const std::string& temporaryPath, const std::string& finalPath);
 

@@ -6,9 +6,9 @@
 #include "container/img/ImgContainerModifier.h"
 #include "container/img/ImgContainerReader.h"
 #include "container/rtv/RtvContainerCreater.h"
-#include "container/rtv/RtvContainerModifier.h"
 #include "container/rtv/RtvContainerReader.h"
 #include "velmar_video/VelmarVideoFile.h"
+#include "velmar_video/rtv/RtvContainerModifier.h"
 
 namespace {
 

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "container/rtv/RtvContainerReader.h"
+#include "velmar_video/rtv/RtvContainerModifier.h"
+
 namespace {
 
 TEST(Factories, ChooseByTheTextAfterTheLastDot) {
@@ -16,7 +19,17 @@ TEST(Factories, ChooseByTheTextAfterTheLastDot) {
   for (const auto& [path, known] : rows) {
     EXPECT_EQ(makeVelmarVideoFileCreater(path) != nullptr, known) << path;
     EXPECT_EQ(makeVelmarVideoFileReader(path) != nullptr, known) << path;
+    EXPECT_EQ(makeVelmarVideoFileModifier(path) != nullptr, known) << path;
   }
+}
+
+// A creater for "rtv" makes a file at once and is tested elsewhere.
+TEST(Factories, KnowRtv) {
+  EXPECT_NE(dynamic_cast<RtvContainerReader*>(makeVelmarVideoFileReader("a.img.rtv").get()),
+            nullptr);
+  EXPECT_NE(dynamic_cast<RtvContainerModifier*>(makeVelmarVideoFileModifier("a.rtv").get()),
+            nullptr);
+  EXPECT_EQ(makeVelmarVideoFileReader("a.RTV"), nullptr);
 }
 
 TEST(FileName, IsThePartAfterTheLastSlash) {

@@ -36,10 +36,10 @@ check "$work/by-pkg-config"
 
 # Nothing but the interface is exported.
 exported=$(nm -D --defined-only -C "$library_folder/libvelmar_video.so" | cut -d ' ' -f 3-)
-classes='IVelmarVideoFile|VelmarVideoFile(Creater|Reader|Modifier)|RecordFile(Creater|Toolkit)?|TaggedVideoParser'
+classes='IVelmarVideoFile|VelmarVideoFile(Creater|Reader|Modifier)|RecordFile(Creater|Toolkit)?|TaggedVideoParser|RtvContainerModifier'
 functions='errorCode2String|(velmar|rtv|string2)[A-Za-z0-9]*(\[abi:cxx11\])?\(|makeVelmarVideoFile(Creater|Reader|Modifier)\('
 functions+='|can(_data_|Field)[A-Za-z_]*(\[abi:cxx11\])?\(|isCPUBigEndian\(\)|velmar_logger::set(Level|Sink)\('
-hidden=$(grep -vE "^((typeinfo( name)?|vtable) for )?($classes)(::|$)|^[a-z ]*($classes)::|^($functions)|^g_(meridian|parallel)Radius$" \
+hidden=$(grep -vE "^((typeinfo( name)?|vtable) for )?($classes)(::|$)|^[a-z -]*($classes)::|^($functions)|^g_(meridian|parallel)Radius$" \
   <<<"$exported" || true)
 [ -z "$hidden" ] || { echo "exported besides the interface:"; echo "$hidden"; exit 1; }
 [ "$(grep -c makeVelmarVideoFile <<<"$exported")" = 3 ]

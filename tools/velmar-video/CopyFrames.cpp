@@ -25,13 +25,22 @@ void checkTimes(const std::vector<FrameRange>& ranges, const std::string& output
   checkRtvTimes(output, description, times);
 }
 
+/// The frame's tag; its time as it is stored, where the new recording starts at the same time.
+FrameTag tagOf(const Recording& recording, unsigned int index, std::uint64_t startTime) {
+  FrameTag tag = recording.tag(index);
+  if (recording.parser() != nullptr && recording.description().startTime == startTime) {
+    tag.timeFlag = recording.timeFlag(index);
+  }
+  return tag;
+}
+
 /// Copies one frame or says why not.
-void copyFrame(const Recording& recording, unsigned int index, RecordingWriter& writer,
-               Losses& losses) {
+void copyFrame(const Recording& recording, unsigned int index, std::uint64_t startTime,
+               RecordingWriter& writer, Losses& losses) {
   std::string jpeg;
   const VELMAR_ERROR_CODE_E code = recording.reader().getRawImage(index, jpeg);
   if (code == VELMAR_ERROR_CODE_SUCCESS_E) {
-    writer.add(jpeg, recording.times(index), recording.tag(index));
+    writer.add(jpeg, recording.times(index), tagOf(recording, index, startTime));
   } else {
     losses.add(recording.path(),
                "frame " + std::to_string(index) + " is left out: " + plainWords(code));
@@ -66,13 +75,12 @@ void copyFrames(const std::vector<FrameRange>& ranges, const std::string& output
   for (const FrameRange& range : ranges) {
     for (const unsigned int index : range.frames) {
       if (stop.requested()) break;
-      copyFrame(*range.recording, index, writer, losses);
+      copyFrame(*range.recording, index, description.startTime, writer, losses);
       progress.update(++done);
     }
   }
   writer.finish();
   if (done < count) {
-    losses.add(output, "stopped by a signal after " + std::to_string(done) + " of " +
-                           std::to_string(count) + " frames");
+    losses.addStopped(output, done, count);
   }
 }

@@ -1,25 +1,17 @@
 #include "FrameLine.h"
 
-#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <string_view>
-#include <type_traits>
 
+#include "NumberText.h"
 #include "TimeText.h"
 
 namespace {
 
 constexpr char kColumns[] = "index,sensor_time_us,arrived_time_us,size";
-constexpr char kTagColumns[] = ",time_flag_ms,x,y,z,relative_distance,speed,direction";
-
-/// The shortest text that gives the value back.
-template <typename T>
-std::string numberText(T value) {
-  char text[32];
-  const auto end = std::to_chars(text, text + sizeof text, value);
-  return {text, end.ptr};
-}
+constexpr char kTagColumns[] =
+    ",time_flag_ms,x,y,z,relative_distance,speed,direction,lng_deg,lat_deg,distance_m,speed_m_s";
 
 template <typename T>
 T valueAt(const can_data_io& can, const CanField& field) {
@@ -83,11 +75,14 @@ class LineBuilder {
 
   template <typename T>
   LineBuilder& operator<<(T value) {
+    return *this << numberText(value);
+  }
+  LineBuilder& operator<<(const std::string& value) {
     if (!text_.empty()) text_ += ',';
     const std::size_t end = columns_.find(',');
     if (named_) text_.append("\"").append(columns_.substr(0, end)).append("\":");
     columns_.remove_prefix(end == columns_.npos ? columns_.size() : end + 1);
-    text_ += numberText(value);
+    text_ += value;
     return *this;
   }
 
@@ -101,17 +96,28 @@ class LineBuilder {
 
 }  // namespace
 
-FrameLine::FrameLine(const Recording& recording)
-    : recording_(recording), hasCan_(hasTags() && recording.description().version == RTV_VER_04) {}
+FrameLine::FrameLine(const Recording& recording) : recording_(recording) {
+  if (recording.parser() == nullptr) return;
+  const version_e version = recording.description().version;
+  track_.emplace(recording);
+  hasCan_ = version == RTV_VER_04;
+  isVersion02_ = version == RTV_VER_02;
+}
 
 std::string FrameLine::values(unsigned int index, const FrameTag& tag, bool named) const {
   static const std::string allColumns = std::string(kColumns) + kTagColumns;
   LineBuilder line(allColumns, named);
   const FrameTimes times = recording_.times(index);
   line << index << times.sensor << times.arrived << recording_.frameSize(index);
-  if (hasTags()) {
+  if (track_) {
     line << recording_.timeFlag(index) << tag.x << tag.y << tag.z << tag.relativeDistance
          << tag.speed << tag.direction;
+    const Place place = track_->at(tag);
+    // Signed in version 02, which has it as 24 bits.
+    const double distance = isVersion02_ ? static_cast<int>(tag.relativeDistance)
+                                         : static_cast<double>(tag.relativeDistance);
+    line << degreesText(place.lng) << degreesText(place.lat) << fixedText(distance / 100, 2)
+         << fixedText(tag.speed / 100.0, 2);
   }
   return line.text();
 }
@@ -132,7 +138,7 @@ std::string FrameLine::csv(unsigned int index) const {
 
 std::string FrameLine::csvHeader() const {
   std::string header = kColumns;
-  if (hasTags()) header += kTagColumns;
+  if (track_) header += kTagColumns;
   if (hasCan_) {
     for (const CanField& field : canFields()) {
       if (isSignal(field)) header.append(",").append(field.name);

@@ -1,9 +1,11 @@
 #ifndef VELMAR_TOOL_FRAME_LINE_H
 #define VELMAR_TOOL_FRAME_LINE_H
 
+#include <optional>
 #include <string>
 
 #include "Recording.h"
+#include "Track.h"
 
 /// Shows the frames of a recording, each as a line of text. JSON keys and CSV columns are alike; a
 /// frame of an rtv has more of them, one of version 04 the CAN signals, too.
@@ -21,13 +23,13 @@ class FrameLine {
   static std::string textHeader();
 
  private:
-  bool hasTags() const { return recording_.parser() != nullptr; }
-
   /// The numbers, with their names if `named`.
   std::string values(unsigned int index, const FrameTag& tag, bool named) const;
 
   const Recording& recording_;
-  bool hasCan_;
+  std::optional<Track> track_;  ///< of an rtv
+  bool hasCan_ = false;
+  bool isVersion02_ = false;
 };
 
 #endif

@@ -1,6 +1,8 @@
 #ifndef VELMAR_TOOL_FRAME_TAG_H
 #define VELMAR_TOOL_FRAME_TAG_H
 
+#include <optional>
+
 #include "velmar_video/rtv/CanData.h"
 
 /// What an rtv recording knows of a frame beside its picture and its time, as stored.
@@ -22,6 +24,9 @@ struct FrameTag {
   unsigned short speed = 0;           ///< hundredths of a metre a second
   unsigned short direction = 0;       ///< degrees
   can_data_io can;
+  /// Milliseconds since the start as another rtv with the same start has them; they may be negative
+  /// there. By the capture time if not set.
+  std::optional<int> timeFlag;
 };
 
 #endif

@@ -12,7 +12,7 @@
 
 std::string readFile(const std::string& path, std::size_t limit) {
   constexpr std::size_t kLeast = 4096;
-  const FileDescriptor file(path, O_RDONLY);
+  const FileDescriptor file(path == "-" ? "/dev/stdin" : path, O_RDONLY);
   struct stat status {};
   if (!file.isOpen() || fstat(file.get(), &status) != 0) {
     throw Failure::ofSystem(path, "cannot open it", errno);

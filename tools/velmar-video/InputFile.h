@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string>
 
-/// The file's bytes, at most `limit`. Throws Failure.
+/// The bytes of the file, or of standard input for "-", at most `limit`. Throws Failure.
 std::string readFile(const std::string& path, std::size_t limit = std::string::npos);
 
 #endif

@@ -15,6 +15,11 @@ void Losses::add(const std::string& what, const std::string& words) {
   say(what + ": " + words);
 }
 
+void Losses::addStopped(const std::string& what, std::size_t done, std::size_t wanted) {
+  add(what, "stopped by a signal after " + std::to_string(done) + " of " + std::to_string(wanted) +
+                " frames");
+}
+
 void FrameLosses::add(unsigned int index, VELMAR_ERROR_CODE_E code) {
   const std::lock_guard lock(mutex_);
   codes_.emplace(index, code);

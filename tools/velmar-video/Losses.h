@@ -13,6 +13,9 @@ class Losses {
  public:
   void add(const std::string& what, const std::string& words);
 
+  /// That a signal ended the work early.
+  void addStopped(const std::string& what, std::size_t done, std::size_t wanted);
+
   ExitStatus status() const { return any_ ? ExitStatus::Loss : ExitStatus::Done; }
 
  private:

@@ -58,7 +58,7 @@ void checkRecordingOutput(const std::string& path, const std::vector<std::string
   checkOutput(path, inputs, force);
   if (exists(temporary) && !force) {
     throw refusal(temporary,
-                  "it is already there, perhaps an interrupted recording that can be saved; "
+                  "it is already there, perhaps an interrupted recording; "
                   "--force replaces it");
   }
 }

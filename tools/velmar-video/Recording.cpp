@@ -15,6 +15,12 @@ void checkExtension(const std::string& path) {
   }
 }
 
+void checkSameContainer(const std::string& input, const std::string& output) {
+  if (isRtv(input) == isRtv(output)) return;
+  throw Failure(output, "it is of another container than " + input + "; convert can change that",
+                VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+}
+
 Recording::Recording(const std::string& path) : path_(path) {
   checkExtension(path);
   reader_ = makeVelmarVideoFileReader(path);

@@ -14,6 +14,9 @@
 /// Throws Failure unless the path's extension names a container.
 void checkExtension(const std::string& path);
 
+/// Throws Failure unless the output is of the input's container.
+void checkSameContainer(const std::string& input, const std::string& output);
+
 /// An open recording, with failures as exceptions that name it. One thread at a time.
 class Recording {
  public:

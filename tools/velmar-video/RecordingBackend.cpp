@@ -63,7 +63,7 @@ class RtvBackend final : public RecordingBackend {
     creater_.setVideoResolution(width, height);
   }
   bool add(const std::string& jpeg, FrameTimes times, const FrameTag& tag) override {
-    const auto timeFlag = rtvTimeFlag(description_, times.sensor);
+    const auto timeFlag = tag.timeFlag ? tag.timeFlag : rtvTimeFlag(description_, times.sensor);
     return timeFlag && creater_.addFrame(*timeFlag, jpeg, tag.x, tag.y, tag.z, tag.relativeDistance,
                                          tag.speed, tag.direction, &tag.can);
   }

@@ -8,7 +8,6 @@
 namespace {
 
 constexpr std::uint64_t kMillisecond = 1000;
-constexpr std::uint64_t kVersion02Epoch = 1420070400000;  // 2015-01-01, milliseconds
 
 }  // namespace
 
@@ -21,11 +20,14 @@ std::string bytesOfHex(const std::string& text) {
   return bytes;
 }
 
+std::uint64_t rtvEpoch(version_e version) {
+  return version == RTV_VER_02 ? kRtvVersion02Epoch * kMillisecond : 0;
+}
+
 std::optional<std::uint64_t> rtvStartTime(const RecordingDescription& description) {
-  const std::uint64_t start = description.startTime / kMillisecond;
-  if (description.version != RTV_VER_02) return start;
-  if (start < kVersion02Epoch) return std::nullopt;
-  return start - kVersion02Epoch;
+  const std::uint64_t epoch = rtvEpoch(description.version);
+  if (description.startTime < epoch) return std::nullopt;
+  return (description.startTime - epoch) / kMillisecond;
 }
 
 std::optional<int> rtvTimeFlag(const RecordingDescription& description, std::uint64_t sensorTime) {

@@ -8,6 +8,7 @@
 
 #include "FrameTimes.h"
 #include "velmar_video/VelmarVideoCommDef.h"
+#include "velmar_video/rtv/RecordFile.h"
 
 /// What a recording says of itself besides its frames.
 struct RecordingDescription {
@@ -36,9 +37,8 @@ bool isRtv(const std::string& path);
 /// The bytes of an identifier's hexadecimal text; a digit too many is left out.
 std::string bytesOfHex(const std::string& text);
 
-constexpr unsigned int kRtvFramesMax = 65535;
-constexpr unsigned int kRtvDeviceIdSize = 24;
-constexpr unsigned int kRtvUndistortedFlag = 0x10;
+/// Microseconds since 1970 from which an rtv of the version counts its start time.
+std::uint64_t rtvEpoch(version_e version);
 
 /// Milliseconds as the version's header has them; nothing before the day from which it counts.
 std::optional<std::uint64_t> rtvStartTime(const RecordingDescription& description);

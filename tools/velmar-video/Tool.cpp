@@ -78,7 +78,11 @@ int runTool(int argc, const char* const* argv) {
     addFramesCommand(tool);
     addExtractCommand(tool);
     addCatCommand(tool);
+    addCutCommand(tool);
+    addConcatCommand(tool);
     addConvertCommand(tool);
+    addEditCommand(tool);
+    addDumpCommand(tool);
     addSampleCommand(tool);
     status = parseAndRun(tool, argc, argv);
   } catch (const UsageError& error) {

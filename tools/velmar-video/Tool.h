@@ -32,6 +32,10 @@ void addFramesCommand(Tool& tool);
 void addExtractCommand(Tool& tool);
 void addCatCommand(Tool& tool);
 void addConvertCommand(Tool& tool);
+void addCutCommand(Tool& tool);
+void addConcatCommand(Tool& tool);
+void addEditCommand(Tool& tool);
+void addDumpCommand(Tool& tool);
 void addSampleCommand(Tool& tool);
 
 /// Parses, runs, reports. Returns the program's exit status.

@@ -1,3 +1,5 @@
+#include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -26,6 +28,13 @@ bool saysSomething(const std::string& json) {
   return !value.isNull() && !(value.isObject() && value.empty());
 }
 
+/// Whether version 02 has the bits for position and distance, which is signed there.
+bool fitsVersion02(const FrameTag& tag) {
+  constexpr int k24Bits = 1 << 23;
+  const auto fits = [](int value) { return value >= -k24Bits && value < k24Bits; };
+  return fits(tag.x) && fits(tag.y) && fits(static_cast<int>(tag.relativeDistance));
+}
+
 /// What of the frames gets lost.
 struct FrameContents {
   explicit FrameContents(const Recording& recording) {
@@ -37,6 +46,7 @@ struct FrameContents {
       hasMicroseconds |= times.sensor % 1000 != 0;
       hasPositions |= tag.hasPosition();
       hasHeights |= tag.z != 0;
+      isFarAway |= !fitsVersion02(tag);
       hasCan |= tag.hasCan();
     }
   }
@@ -45,6 +55,7 @@ struct FrameContents {
   bool hasMicroseconds = false;
   bool hasPositions = false;
   bool hasHeights = false;
+  bool isFarAway = false;
   bool hasCan = false;
 };
 
@@ -62,6 +73,17 @@ std::vector<std::string> lostInImg(const RecordingDescription& from, const Frame
   return lost;
 }
 
+/// Altitudes of versions 03 and 04 are read with different units; nothing for one that does not
+/// fit.
+std::optional<int> altitudeFor(version_e version, const RecordingDescription& from) {
+  if (version == from.version || from.alt == 0) return from.alt;
+  if (version != RTV_VER_04)
+    return from.alt % 100 == 0 ? std::optional(from.alt / 100) : std::nullopt;
+  const long hundredths = from.alt * 100L;
+  if (std::abs(hundredths) > INT32_MAX) return std::nullopt;
+  return static_cast<int>(hundredths);
+}
+
 /// What of `from` an rtv of the version `to.version` cannot hold.
 std::vector<std::string> lostInRtv(const RecordingDescription& from, const FrameContents& frames,
                                    version_e version) {
@@ -72,18 +94,16 @@ std::vector<std::string> lostInRtv(const RecordingDescription& from, const Frame
   if (saysSomething(from.extendedInfo)) lost.emplace_back("extended information");
   if (from.deviceId.size() > kRtvDeviceIdSize) lost.emplace_back("the device id beyond 24 bytes");
   if (frames.hasCan && version != RTV_VER_04) lost.emplace_back("CAN signals");
-  if (version != RTV_VER_02) return lost;
+  if (version != RTV_VER_02) {
+    if (!altitudeFor(version, from)) lost.emplace_back("the exact altitude of the start position");
+    return lost;
+  }
   if (from.undistorted) lost.emplace_back("the mark of undistorted frames");
   if (from.taggingFlags != 0) lost.emplace_back("tagging flags");
   if (from.alt != 0) lost.emplace_back("the altitude of the start position");
   if (frames.hasHeights) lost.emplace_back("heights");
+  if (frames.isFarAway) lost.emplace_back("positions and distances beyond 83 km");
   return lost;
-}
-
-/// Altitudes of versions 03 and 04 are read with different units.
-int altitudeFor(version_e version, const RecordingDescription& from) {
-  if (version == from.version) return from.alt;
-  return version == RTV_VER_04 ? from.alt * 100 : from.alt / 100;
 }
 
 RecordingDescription describe(const Recording& recording, const Options& options) {
@@ -92,7 +112,8 @@ RecordingDescription describe(const Recording& recording, const Options& options
   const version_e before = fromRtv ? description.version : RTV_VER_03;
   const version_e version = options.rtvVersion.version(options.output).value_or(before);
   if (fromRtv) {
-    description.alt = altitudeFor(version, description);
+    const int nearest = version == RTV_VER_03 ? description.alt / 100 : 0;
+    description.alt = altitudeFor(version, description).value_or(nearest);
   } else if (isRtv(options.output)) {
     description.startTime = earliestSensorTime(recording);
   }

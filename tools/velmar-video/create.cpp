@@ -141,8 +141,7 @@ ExitStatus recordFiles(const Options& options) {
   }
   writer.finish();
   if (done < files.size()) {
-    losses.add(options.output, "stopped by a signal after " + std::to_string(done) + " of " +
-                                   std::to_string(files.size()) + " frames");
+    losses.addStopped(options.output, done, files.size());
   }
   return losses.status();
 }

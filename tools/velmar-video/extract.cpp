@@ -144,9 +144,9 @@ class Extraction {
     if (failure_) std::rethrow_exception(failure_);
     const ExitStatus status = losses_.report(options_.file, frames_.size());
     if (count + losses_.count() == frames_.size()) return status;
-    say(options_.file + ": stopped by a signal after " + std::to_string(count) + " of " +
-        std::to_string(frames_.size()) + " frames");
-    return ExitStatus::Loss;
+    Losses stopped;
+    stopped.addStopped(options_.file, count, frames_.size());
+    return stopped.status();
   }
 
  private:

@@ -2,9 +2,12 @@
 
 #include "FrameLine.h"
 #include "FrameSelection.h"
+#include "OutputFile.h"
+#include "OutputGuard.h"
 #include "Recording.h"
 #include "StandardOutput.h"
 #include "Tool.h"
+#include "Track.h"
 
 namespace {
 
@@ -13,20 +16,59 @@ struct Options {
   FrameSelection selection;
   bool json = false;
   bool csv = false;
+  std::string gpxFile;
+  std::string geoJsonFile;
+  bool force = false;
+
+  /// A track alone is no wish for a list.
+  bool lists() const { return json || csv || (gpxFile.empty() && geoJsonFile.empty()); }
 };
 
-ExitStatus listFrames(const Options& options) {
-  const Recording recording(options.file);
-  const auto selected = options.selection.frames(recording);
+void checkTrackOptions(const Options& options) {
+  for (const std::string& file : {options.gpxFile, options.geoJsonFile}) {
+    if (file.empty()) continue;
+    if (!isRtv(options.file)) {
+      throw Failure(options.file, "an img holds no positions, so it has no track",
+                    VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+    }
+    if (file != "-") checkOutput(file, {options.file}, options.force);
+  }
+}
+
+void writeText(const std::string& file, const std::string& text) {
+  if (file != "-") return writeFile(file, text);
+  StandardOutput output;
+  output.write(text);
+  output.flush();
+}
+
+void writeTracks(const Options& options, const Recording& recording,
+                 const std::vector<unsigned int>& frames) {
+  if (options.gpxFile.empty() && options.geoJsonFile.empty()) return;
+  const Track track(recording);
+  if (!options.gpxFile.empty()) writeText(options.gpxFile, track.gpx(frames));
+  if (!options.geoJsonFile.empty()) writeText(options.geoJsonFile, track.geoJson(frames));
+}
+
+void listFrames(const Options& options, const Recording& recording,
+                const std::vector<unsigned int>& frames) {
   const FrameLine line(recording);
   StandardOutput output;
   if (!options.json) output.write(options.csv ? line.csvHeader() : FrameLine::textHeader());
-  for (const unsigned int index : selected) {
+  for (const unsigned int index : frames) {
     output.write(options.json  ? line.json(index)
                  : options.csv ? line.csv(index)
                                : line.text(index));
   }
   output.flush();
+}
+
+ExitStatus showFrames(const Options& options) {
+  checkTrackOptions(options);
+  const Recording recording(options.file);
+  const auto frames = options.selection.frames(recording);
+  if (options.lists()) listFrames(options, recording, frames);
+  writeTracks(options, recording, frames);
   return ExitStatus::Done;
 }
 
@@ -39,6 +81,11 @@ void addFramesCommand(Tool& tool) {
   command->add_option("file", options->file, "The recording")->required();
   auto* json = command->add_flag("--json", options->json, "One JSON object for each frame");
   command->add_flag("--csv", options->csv, "A table with commas")->excludes(json);
+  command->add_option("--gpx", options->gpxFile, "rtv: write the track as GPX instead of the list")
+      ->type_name("FILE");
+  command->add_option("--geojson", options->geoJsonFile, "rtv: the same as GeoJSON")
+      ->type_name("FILE");
+  command->add_flag("--force", options->force, "Replace existing tracks");
   options->selection.addTo(*command);
-  command->callback([&tool, options] { tool.run = [options] { return listFrames(*options); }; });
+  command->callback([&tool, options] { tool.run = [options] { return showFrames(*options); }; });
 }

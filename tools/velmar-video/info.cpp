@@ -1,16 +1,18 @@
 #include <sys/stat.h>
 
-#include <charconv>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
 #include "Diagnostics.h"
 #include "JsonText.h"
+#include "NumberText.h"
 #include "Recording.h"
 #include "StandardOutput.h"
 #include "TimeText.h"
 #include "Tool.h"
+#include "Track.h"
 
 namespace {
 
@@ -26,6 +28,7 @@ struct Info {
   Json::Value cameraParams;
   Json::Value extendedInfo;
   std::uint64_t bytes = 0;
+  std::optional<Place> start;  ///< of an rtv
 };
 
 /// From the first frame's capture to the last one's.
@@ -51,6 +54,7 @@ Info readInfo(const std::string& file) {
   info.duration = durationOf(recording);
   info.cameraParams = parseJson(info.description.cameraParams);
   info.extendedInfo = parseJson(info.description.extendedInfo);
+  if (recording.parser() != nullptr) info.start = Track(recording).start();
   struct stat status {};
   if (stat(file.c_str(), &status) == 0) info.bytes = static_cast<std::uint64_t>(status.st_size);
   return info;
@@ -81,13 +85,12 @@ std::string jsonLine(const Info& info) {
     line += line.empty() ? "{" : ",";
     line += toJsonText(key) + ":" + toJsonText(value);
   }
+  if (info.start) {
+    line += ",\"start_position\":{\"lng_deg\":" + degreesText(info.start->lng) +
+            ",\"lat_deg\":" + degreesText(info.start->lat) +
+            ",\"alt_m\":" + fixedText(info.start->alt, 2) + "}";
+  }
   return line + "}\n";
-}
-
-std::string fixedText(double value, int digits) {
-  char text[64];
-  const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, digits);
-  return {text, end.ptr};
 }
 
 std::string bytesText(std::uint64_t bytes) {
@@ -128,6 +131,10 @@ std::string textBlock(const Info& info) {
     std::string cell = label;
     cell.resize(15, ' ');
     text.append("  ").append(cell).append(value).append("\n");
+  }
+  if (info.start) {
+    text += "  start position " + degreesText(info.start->lng) + " E, " +
+            degreesText(info.start->lat) + " N, " + fixedText(info.start->alt, 2) + " m\n";
   }
   return text;
 }

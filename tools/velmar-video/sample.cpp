@@ -120,8 +120,7 @@ ExitStatus drawSample(const Options& options) {
   writer.finish();
   Losses losses;
   if (writer.frames() < options.frames) {
-    losses.add(options.output, "stopped by a signal after " + std::to_string(writer.frames()) +
-                                   " of " + std::to_string(options.frames) + " frames");
+    losses.addStopped(options.output, writer.frames(), options.frames);
   }
   return losses.status();
 }

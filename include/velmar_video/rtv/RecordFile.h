@@ -12,6 +12,16 @@
 #include "velmar_video/export.h"
 #include "velmar_video/rtv/CanData.h"
 
+/// The most frames that an RTV file holds.
+constexpr unsigned int kRtvFramesMax = 65535;
+/// Bytes of the device identifier in an RTV header.
+constexpr unsigned int kRtvDeviceIdSize = 24;
+/// The bit of the tagging flags that marks the frames as undistorted.
+constexpr unsigned int kRtvUndistortedFlag = 0x10;
+/// Start times of version 02 count from here, those of later versions from 1970: 2015-01-01
+/// 00:00:00 UTC, milliseconds.
+constexpr unsigned long kRtvVersion02Epoch = 1420070400000;
+
 /// False: the library runs on little-endian hosts only.
 VELMAR_VIDEO_API bool isCPUBigEndian();
 

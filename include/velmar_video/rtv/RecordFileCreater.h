@@ -12,9 +12,9 @@ class FileDescriptor;
 /// Writes one RTV file of any version, with tags and CAN signals.
 ///
 /// The constructor creates the file name plus ".tmp" with the whole tag table; close() writes the
-/// header, brings the file to the disk and renames it. A file that is never closed keeps the
-/// ".tmp" name and a header of zeros. Failures are logged under the tag "RecordFileCreater". One
-/// thread at a time.
+/// header, brings the file to the disk and renames it, and so does the destructor. Where the
+/// process ends without either, the file keeps the ".tmp" name and a header of zeros. Failures are
+/// logged under the tag "RecordFileCreater". One thread at a time.
 class VELMAR_VIDEO_API RecordFileCreater : public RecordFile {
  public:
   /// \param framesMax    slots of the tag table
@@ -76,6 +76,9 @@ class VELMAR_VIDEO_API RecordFileCreater : public RecordFile {
   /// True if the finished file is in place under its name. A second call does nothing and answers
   /// false. Where it fails, the temporary file stays with all frames in it.
   bool close();
+
+  /// Deletes the temporary file instead of finishing it. Does nothing if no file is open.
+  void abandon();
 
  private:
   bool makeTagTable();

@@ -46,7 +46,7 @@ class VELMAR_VIDEO_API RecordFileToolkit {
 
   /// Reads a JPEG's size in pixels from its header; false if there is none.
   /// \param width, height  each with 4 writable bytes behind it, of which the JPEG reader writes
-  ///                       all: an unsigned short alone is too small. Untouched on failure.
+  ///                       all: an unsigned short alone is too small
   /// Each successful call leaves a decompressor handle allocated. Both are intended.
   static bool getJPEGResolution(const char* data, unsigned int size, unsigned short* width,
                                 unsigned short* height);

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 
 #include "velmar_logger/velmar_logger.h"
@@ -16,6 +17,17 @@ void FrameIndexJournal::open(const std::string& path) {
 
 void FrameIndexJournal::append(const FrameIndex& record) {
   if (file_.isOpen() && !file_.write(&record, sizeof record)) giveUp();
+}
+
+void FrameIndexJournal::replace(const std::vector<FrameIndex>& records) {
+  if (!file_.isOpen()) return;
+  const std::string newPath = path_ + ".new";
+  file_ = FileDescriptor(newPath, O_WRONLY | O_CREAT | O_TRUNC, 0644);
+  if (!file_.isOpen() || !file_.write(records.data(), records.size() * sizeof(FrameIndex)) ||
+      std::rename(newPath.c_str(), path_.c_str()) != 0) {
+    giveUp();
+    ::unlink(newPath.c_str());
+  }
 }
 
 void FrameIndexJournal::close() { file_.close(); }

@@ -2,6 +2,7 @@
 #define VELMAR_IMG_FRAME_INDEX_JOURNAL_H
 
 #include <string>
+#include <vector>
 
 #include "common/FileDescriptor.h"
 #include "container/img/FrameIndex.h"
@@ -18,6 +19,8 @@ class FrameIndexJournal {
   /// Appends a record in file byte order, after the frame itself has been written: a record must
   /// never stand for bytes that are not there.
   void append(const FrameIndex& record);
+  /// Puts these records in the place of all that were appended, at one stroke.
+  void replace(const std::vector<FrameIndex>& records);
   /// Closes the journal and leaves it.
   void close();
   /// Closes the journal and deletes it.

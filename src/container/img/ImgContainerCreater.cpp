@@ -7,7 +7,6 @@
 
 #include "common/HexText.h"
 #include "common/PublishFile.h"
-#include "container/img/JsonText.h"
 #include "velmar_logger/velmar_logger.h"
 
 namespace {
@@ -86,6 +85,11 @@ bool ImgContainerCreater::addFrame(const unsigned char* jpegData, unsigned int s
 
 bool ImgContainerCreater::addFrameBytes(const char* data, std::size_t size,
                                         unsigned long sensorTime, unsigned long arrivedTime) {
+  // An empty write would succeed even so.
+  if (!stream_.is_open()) {
+    velmar_logger::e(kTag, "imgContainerCreaterWrite error");
+    return false;
+  }
   if (metaData_.framesCount == std::numeric_limits<std::uint32_t>::max()) {
     velmar_logger::e(kTag, "frame count is out of range");
     return false;
@@ -122,10 +126,11 @@ bool ImgContainerCreater::adjustmentFrameAndIndex() {
   std::vector<char> moved(relocateFirstFrames(indexSize));
   if (!readFirstFrames(moved)) return false;
 
-  // The frames go to their new place before the index covers the old one: killed in between, the
-  // recorder leaves every frame in the file.
+  // The frames go to their new place, and the journal says so, before the index covers the old one:
+  // whenever the recorder is killed, the journal leads to every frame.
   stream_.seekp(0, std::ios::end);
   if (!imgContainerCreaterWrite(moved.data(), moved.size())) return false;
+  journal_.replace(frameIndex_);
   stream_.seekp(kFrameIndexStart);
   stream_.write(reinterpret_cast<const char*>(frameIndex_.data()),
                 static_cast<std::streamsize>(indexSize));
@@ -154,7 +159,6 @@ bool ImgContainerCreater::readFirstFrames(std::vector<char>& bytes) {
 
 VELMAR_ERROR_CODE_E ImgContainerCreater::close() {
   if (!stream_.is_open()) return VELMAR_ERROR_CODE_NOT_INIT_E;
-  journal_.close();
   VELMAR_ERROR_CODE_E result = VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
   try {
     if (stream_.flush().good()) result = finish();
@@ -162,6 +166,7 @@ VELMAR_ERROR_CODE_E ImgContainerCreater::close() {
     velmar_logger::e(kTag, "build json throw error");
   }
   stream_.close();
+  journal_.close();
   if (result == VELMAR_ERROR_CODE_SUCCESS_E) result = publish();
   if (result == VELMAR_ERROR_CODE_SUCCESS_E || frameIndex_.empty()) journal_.remove();
   return result;
@@ -173,13 +178,13 @@ VELMAR_ERROR_CODE_E ImgContainerCreater::finish() {
     velmar_logger::e(kTag, "adjustmentFrameAndIndex error");
     return VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
   }
-  Json::Value root;
-  if (!metaData_.toJson(root)) {
+  std::string text;
+  if (!metaData_.toText(text)) {
     velmar_logger::e(kTag, "reader.parse error");
     return VELMAR_ERROR_CODE_INVALID_PARAMETER_E;
   }
   // Not counted: writtenBytes_ stays the offset at which the text begins.
-  stream_ << styledText(root);
+  stream_ << text;
   const std::uint64_t metaDataOffset = htonll(writtenBytes_);
   stream_.seekp(0);
   imgContainerCreaterWrite(bytesOf(metaDataOffset), sizeof metaDataOffset);

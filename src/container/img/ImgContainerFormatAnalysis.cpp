@@ -151,6 +151,7 @@ VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::copyFrame(unsigned int index, un
   if (const auto code = checkFrame(index)) return code;
   const FrameIndex& record = frameIndex_[index];
   if (size < record.frameSize) return VELMAR_ERROR_CODE_INVALID_PARAMETER_E;
+  if (record.frameSize == 0) return VELMAR_ERROR_CODE_SUCCESS_E;
   if (buffer == nullptr) return VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E;
   if (const auto code = checkFrameBytes(record)) return code;
   std::memcpy(buffer, frameBytes(record), record.frameSize);

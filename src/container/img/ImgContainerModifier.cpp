@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstddef>
 #include <cstring>
@@ -11,7 +12,6 @@
 #include "common/HexText.h"
 #include "common/JpegHeader.h"
 #include "common/TjHandle.h"
-#include "container/img/JsonText.h"
 #include "container/img/MetaDataBlock.h"
 #include "velmar_logger/velmar_logger.h"
 
@@ -61,15 +61,23 @@ VELMAR_ERROR_CODE_E ImgContainerModifier::rewriteMetaData(const std::string& old
     velmar_logger::e(kTag, "oen file error = %s", filePath_.c_str());
     return VELMAR_ERROR_CODE_FILE_OPEN_FAIL_E;
   }
-  Json::Value root;
-  if (!metaData_.toJson(root)) {
+  std::string newText;
+  if (!metaData_.toText(newText)) {
     velmar_logger::e(kTag, "reader.parse error");
     return VELMAR_ERROR_CODE_INVALID_PARAMETER_E;
   }
-  const int cause = replaceMetaDataBlock(file, metaDataOffset_, oldText, styledText(root));
-  if (cause == 0) return VELMAR_ERROR_CODE_SUCCESS_E;
-  velmar_logger::e(kTag, "metadata of %s not written: %s", filePath_.c_str(), std::strerror(cause));
-  return VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
+  const int cause = replaceMetaDataBlock(file, metaDataOffset_, oldText, newText);
+  if (cause != 0) {
+    velmar_logger::e(kTag, "metadata of %s not written: %s", filePath_.c_str(),
+                     std::strerror(cause));
+    return VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
+  }
+  if (newText.size() < oldText.size() &&
+      ::ftruncate(file.get(), static_cast<off_t>(metaDataOffset_ + newText.size())) != 0) {
+    velmar_logger::e(kTag, "truncate error\n");
+    return VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
+  }
+  return VELMAR_ERROR_CODE_SUCCESS_E;
 }
 
 template <typename T>
@@ -135,6 +143,7 @@ VELMAR_ERROR_CODE_E ImgContainerModifier::modifyStartTime(unsigned long& /*start
 }
 
 VELMAR_ERROR_CODE_E ImgContainerModifier::correctVideoResolution() {
+  if (frameIndex_.empty()) return VELMAR_ERROR_CODE_OUT_RANGE_E;
   if (const auto code = checkFrame(0)) return code;
   const FrameIndex& record = frameIndex_[0];
   if (checkFrameBytes(record) != VELMAR_ERROR_CODE_SUCCESS_E) {

@@ -14,8 +14,8 @@ class ImgContainerModifier : public ImgContainerFormatAnalysis, public VelmarVid
   explicit ImgContainerModifier(const std::string& path);
 
   VELMAR_ERROR_CODE_E open() override;
-  /// A reader that opens the file meanwhile, or after this process was killed, finds the old
-  /// metadata or the new. Where it cannot finish, the file keeps the old block.
+  /// The metadata are replaced by one write: a reader that opens the file finds the old ones or the
+  /// new. Where that cannot be finished, the file keeps the old block.
   VELMAR_ERROR_CODE_E close() override;
   using ImgContainerFormatAnalysis::openMap;
   /// Maps the whole file for reading and writing.

@@ -7,10 +7,16 @@ namespace {
 
 constexpr char kTag[] = "ImgMetaData_tag";
 
-bool embed(const std::string& text, Json::Value& value) {
-  if (parseJson(text, value)) return true;
-  velmar_logger::e(kTag, "reader.parse error");
-  return false;
+// The value is parsed aside, so that a text that fails leaves no key, into a fresh one, since the
+// comments of an earlier text would stay.
+bool embed(const std::string& text, Json::Value& root, const char* key) {
+  Json::Value value;
+  if (!parseJson(text, value)) {
+    velmar_logger::e(kTag, "reader.parse error");
+    return false;
+  }
+  root[key] = value;
+  return true;
 }
 
 }  // namespace
@@ -25,14 +31,22 @@ bool ImgMetaData::toJson(Json::Value& root) const {
     root["frame_format"] = velmarFormat2String(format);
     root["frame_codec"] = velmarCodec2String(codec);
     root["undistorted"] = undistorted;
-    // Parsed aside, so that a text that fails leaves no key.
-    Json::Value embedded;
-    if (!embed(cameraParams, embedded)) return false;
-    root["camera_params"] = embedded;
-    if (!embed(extendedInfo, embedded)) return false;
-    root["extendedInfo"] = embedded;
-    return true;
+    return embed(cameraParams, root, "camera_params") && embed(extendedInfo, root, "extendedInfo");
   } catch (...) {
+    velmar_logger::e(kTag, "build json throw error");
+    return false;
+  }
+}
+
+bool ImgMetaData::toText(std::string& text) const {
+  Json::Value root;
+  if (!toJson(root)) return false;
+  text = styledText(root);
+  try {
+    // Embedded texts stand deeper here than by themselves, perhaps too deep to be read again.
+    Json::Value again;
+    return parseJson(text, again);
+  } catch (const Json::Exception&) {
     velmar_logger::e(kTag, "build json throw error");
     return false;
   }

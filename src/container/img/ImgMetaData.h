@@ -15,6 +15,10 @@ struct ImgMetaData {
   /// purpose: no file written by this library has it.
   bool toJson(Json::Value& root) const;
 
+  /// The text that stands in a file: toJson() styled. False, logged, also for a text that could not
+  /// be read again.
+  bool toText(std::string& text) const;
+
   /// Takes the fields from JSON text. False, logged, if it is no JSON object or a value has an
   /// unfitting type; fields taken before that keep their new values.
   bool jsonTo(const char* text);

@@ -5,10 +5,10 @@
 
 #include "common/FileDescriptor.h"
 
-/// Replaces the text that stands from `offset` to the end of an open file, so that whoever reads
-/// the file finds the old text or the new, whenever this process ends.
-/// \return 0, or the errno of the step that failed; the file then holds the old text. Only a
-///         failed cut of the file's end leaves the new one, followed by blanks.
+/// Replaces the text that stands from `offset` to the end of an open file, by one write: a longer
+/// old text is covered with blanks, which JSON does not mind, and is for the caller to cut off.
+/// Room for a longer new text is reserved first, and what is written in part is put back. \return
+/// 0, or the errno of the step that failed; the file then holds the old text
 int replaceMetaDataBlock(const FileDescriptor& file, unsigned long offset,
                          const std::string& oldText, const std::string& newText);
 

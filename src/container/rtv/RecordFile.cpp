@@ -12,6 +12,10 @@ namespace {
 
 constexpr char kTag[] = "RecordFile";
 
+// The numbers that the log has always had for the two places where memory may run out.
+constexpr int kAssignPlace = 135;
+constexpr int kFillPlace = 246;
+
 template <typename T>
 T reversed(T value) {
   unsigned char bytes[sizeof value];
@@ -109,7 +113,7 @@ RecordFile::frametag_t::~frametag_t() = default;
 RecordFile::frametag_t& RecordFile::frametag_t::operator=(const frametag_t& other) {
   if (this == &other) return *this;
   fields_ = other.fields_;
-  if (allocate(other.can_size_, "operator=", 135)) {
+  if (allocate(other.can_size_, "operator=", kAssignPlace)) {
     std::memcpy(pCan_.get(), other.pCan_.get(), sizeof(can_data_io));
     if (can_size_ == CAN_SIZE_ALIGNED) can_data_init_ptr(pCan_.get(), true);
   }
@@ -130,7 +134,7 @@ RecordFile::frametag_t& RecordFile::frametag_t::operator=(frametag_t&& other) no
 bool RecordFile::frametag_t::fill(const void* raw, CAN_SIZE size) {
   purge();
   if (owner_ == nullptr || (size != CAN_SIZE_IO && size != CAN_SIZE_ALIGNED)) return false;
-  if (!allocate(size, "fill", 246)) return false;
+  if (!allocate(size, "fill", kFillPlace)) return false;
 
   std::memcpy(&fields_, raw, sizeof fields_);
   if (owner_->mustSwapTag()) owner_->swauto(fields_);

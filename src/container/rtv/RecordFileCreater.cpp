@@ -23,12 +23,7 @@ constexpr unsigned int kHeaderSizeMax = 72;
 constexpr unsigned int kTagSizeMax = 145;
 
 unsigned short slotsFor(unsigned int duration) {
-  return duration == 0 ? 65535 : static_cast<unsigned short>(duration * kFrameRate);
-}
-
-template <typename T>
-void put(unsigned char* at, const T& value) {
-  std::memcpy(at, &value, sizeof value);
+  return duration == 0 ? kRtvFramesMax : static_cast<unsigned short>(duration * kFrameRate);
 }
 
 // The low three bytes, least significant first.
@@ -47,15 +42,6 @@ frametag_02ver_t version02Tag(const frametag03Ver_t& tag) {
   return old;
 }
 
-// All or nothing: blocks of the file are there when it returns true, so that storing through a map
-// cannot run into a full disk.
-bool reserve(int fd, unsigned long size) {
-  const int cause = ::posix_fallocate(fd, 0, static_cast<off_t>(size));
-  if (cause == 0 || cause == EOPNOTSUPP || cause == EINVAL) return true;
-  errno = cause;
-  return false;
-}
-
 }  // namespace
 
 RecordFileCreater::RecordFileCreater(const std::string& fileName, unsigned short framesMax,
@@ -66,10 +52,7 @@ RecordFileCreater::RecordFileCreater(const std::string& fileName, unsigned short
   header.frames_max = framesMax;
   if (rtvLayout(version_).hasFlagsAndAltitude && isCPUBigEndian()) header.flags |= 1;
   fileSize_ = rtvLayout(version_).tagAt(framesMax);
-  if (!makeTagTable()) {
-    file_.reset();
-    ::unlink(temporaryPath_.c_str());
-  }
+  if (!makeTagTable()) abandon();
   if (fileSizeOut != nullptr) *fileSizeOut = static_cast<unsigned int>(fileSize_);
 }
 
@@ -82,11 +65,12 @@ RecordFileCreater::~RecordFileCreater() { close(); }
 bool RecordFileCreater::makeTagTable() {
   file_ = std::make_unique<FileDescriptor>(temporaryPath_, O_RDWR | O_CREAT | O_TRUNC, 0644);
   if (!file_->isOpen()) {
+    file_.reset();  // what is there is not this writer's
     velmar_logger::e(kTag, "Error: open fail %s, %s", temporaryPath_.c_str(), std::strerror(errno));
     return false;
   }
   if (::ftruncate(file_->get(), static_cast<off_t>(fileSize_)) != 0 ||
-      !reserve(file_->get(), fileSize_)) {
+      !file_->reserve(0, fileSize_)) {
     velmar_logger::e(kTag, "Error: ftruncate fail %s, %s", temporaryPath_.c_str(),
                      std::strerror(errno));
     return false;
@@ -94,14 +78,20 @@ bool RecordFileCreater::makeTagTable() {
   return changeMapped([this](unsigned char* file) { std::memset(file, 0, fileSize_); });
 }
 
+void RecordFileCreater::abandon() {
+  if (!isOpen()) return;
+  file_.reset();
+  ::unlink(temporaryPath_.c_str());
+}
+
 bool RecordFileCreater::isOpen() const { return file_ != nullptr; }
 
 void RecordFileCreater::setDeviceId(const unsigned char* id, unsigned int size) {
-  if (size != kDeviceIdSize) {
-    velmar_logger::w(kTag, "Device id array size is %u, should be %u", size, kDeviceIdSize);
+  if (size != kRtvDeviceIdSize) {
+    velmar_logger::w(kTag, "Device id array size is %u, should be %u", size, kRtvDeviceIdSize);
   }
   if (id != nullptr) {
-    std::memcpy(headerOf(version_).device_id, id, std::min(size, kDeviceIdSize));
+    std::memcpy(headerOf(version_).device_id, id, std::min(size, kRtvDeviceIdSize));
   }
 }
 

@@ -5,16 +5,20 @@
 
 namespace {
 
-constexpr unsigned short kFramesMax = 65535;
 constexpr unsigned long kMicroseconds = 1000;  // in a millisecond
 
 }  // namespace
 
 RtvContainerCreater::RtvContainerCreater(const std::string& path)
     : VelmarVideoFileCreater(path),
-      writer_(std::make_shared<RecordFileCreater>(path, kFramesMax, RTV_VER_03, nullptr)) {}
+      writer_(std::make_shared<RecordFileCreater>(path, static_cast<unsigned short>(kRtvFramesMax),
+                                                  RTV_VER_03, nullptr)) {}
 
-RtvContainerCreater::~RtvContainerCreater() { RtvContainerCreater::close(); }
+RtvContainerCreater::~RtvContainerCreater() {
+  // One that was only made must not replace a recording by an empty one.
+  if (!opened_ && !used_) writer_->abandon();
+  RtvContainerCreater::close();
+}
 
 // The writer's constructor has done it all. Whether it could is for close() to tell.
 VELMAR_ERROR_CODE_E RtvContainerCreater::open() {
@@ -34,7 +38,7 @@ VELMAR_ERROR_CODE_E RtvContainerCreater::close() {
 void RtvContainerCreater::setUndistortFlags() {
   unsigned int flags = 0;
   writer_->getTaggingFlags(flags);
-  writer_->setTaggingFlags(flags | kUndistortedFlag);
+  writer_->setTaggingFlags(flags | kRtvUndistortedFlag);
 }
 
 void RtvContainerCreater::setDeviceId(const unsigned char* id, unsigned int length) {
@@ -64,12 +68,14 @@ int RtvContainerCreater::relativeTime(unsigned long sensorTime) const {
 
 bool RtvContainerCreater::addFrame(const std::string& jpegData, unsigned long sensorTime,
                                    unsigned long /*arrivedTime*/) {
+  used_ = true;
   refused_ |= !writer_->addFrame(relativeTime(sensorTime), jpegData, 0, 0, 0, 0, 0, 0, nullptr);
   return true;
 }
 
 bool RtvContainerCreater::addFrame(const unsigned char* jpegData, unsigned int size,
                                    unsigned long sensorTime, unsigned long /*arrivedTime*/) {
+  used_ = true;
   refused_ |= !writer_->addFrame(relativeTime(sensorTime), reinterpret_cast<const char*>(jpegData),
                                  size, 0, 0, 0, 0, 0, 0, nullptr);
   return true;

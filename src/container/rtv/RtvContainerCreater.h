@@ -39,6 +39,7 @@ class RtvContainerCreater : public VelmarVideoFileCreater {
   unsigned long startTime_ = 0;  ///< microseconds
   bool opened_ = false;
   bool closed_ = false;
+  bool used_ = false;     ///< a frame has been given
   bool refused_ = false;  ///< a frame is missing
 };
 

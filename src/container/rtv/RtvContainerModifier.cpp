@@ -1,4 +1,4 @@
-#include "container/rtv/RtvContainerModifier.h"
+#include "velmar_video/rtv/RtvContainerModifier.h"
 
 #include <algorithm>
 #include <cstring>
@@ -15,11 +15,6 @@ namespace {
 constexpr char kTag[] = "RtvContainerModifier_TAG";
 constexpr unsigned long kMicroseconds = 1000;  // in a millisecond
 constexpr unsigned int kRtvMaxJpegSize = 3840 * 2160;
-
-template <typename T>
-void put(unsigned char* at, const T& value) {
-  std::memcpy(at, &value, sizeof value);
-}
 
 }  // namespace
 
@@ -64,10 +59,10 @@ VELMAR_ERROR_CODE_E RtvContainerModifier::modifyCameraID(const unsigned char* id
                                                          unsigned int length) {
   if (const auto code = checkEditable()) return code;
   if (id == nullptr && length > 0) return VELMAR_ERROR_CODE_NULL_POINTER_E;
-  if (length != kDeviceIdSize) {
-    velmar_logger::w(kTag, "Device id array size is %u, should be %u", length, kDeviceIdSize);
+  if (length != kRtvDeviceIdSize) {
+    velmar_logger::w(kTag, "Device id array size is %u, should be %u", length, kRtvDeviceIdSize);
   }
-  std::copy_n(id, std::min(length, kDeviceIdSize), headerOf(version_).device_id);
+  std::copy_n(id, std::min(length, kRtvDeviceIdSize), headerOf(version_).device_id);
   return VELMAR_ERROR_CODE_SUCCESS_E;
 }
 
@@ -77,10 +72,10 @@ VELMAR_ERROR_CODE_E RtvContainerModifier::modifyUndistorted(bool undistorted) {
   getTaggingFlags(flags);
   if (undistorted) {
     velmar_logger::i(kTag, "set undistorted true");
-    flags |= kUndistortedFlag;
+    flags |= kRtvUndistortedFlag;
   } else {
     velmar_logger::i(kTag, "set undistorted false");
-    flags &= ~kUndistortedFlag;
+    flags &= ~kRtvUndistortedFlag;
   }
   setTaggingFlags(flags);
   return VELMAR_ERROR_CODE_SUCCESS_E;

@@ -123,7 +123,7 @@ VELMAR_ERROR_CODE_E RtvContainerReader::getStartTime(unsigned long& startTime) {
   if (const auto code = facade(parser_->getStartTime(milliseconds))) return code;
   VELMAR_VERSION_E version = VELMAR_VERSION_MAX_E;
   if (const auto code = getVersion(version)) return code;
-  if (version == VELMAR_VERSION_0_2_E) milliseconds += kVersion02Epoch;
+  if (version == VELMAR_VERSION_0_2_E) milliseconds += kRtvVersion02Epoch;
   startTime = milliseconds * kMicroseconds;
   return VELMAR_ERROR_CODE_SUCCESS_E;
 }
@@ -145,7 +145,7 @@ VELMAR_ERROR_CODE_E RtvContainerReader::getUndistortFlags(unsigned int& flags) {
   unsigned int tagging = 0;
   if (const auto code = facade(parser_->getTaggingFlags(tagging))) return code;
   velmar_logger::d(kTag, "getUndistortFlags = %u", tagging);
-  flags = (tagging & kUndistortedFlag) != 0 ? 1 : 0;
+  flags = (tagging & kRtvUndistortedFlag) != 0 ? 1 : 0;
   return VELMAR_ERROR_CODE_SUCCESS_E;
 }
 

@@ -2,6 +2,8 @@
 #ifndef VELMAR_RTV_RTV_LAYOUT_H
 #define VELMAR_RTV_RTV_LAYOUT_H
 
+#include <cstring>
+
 #include "velmar_video/VelmarVideoCommDef.h"
 
 // Offsets in the header that all versions share, bytes.
@@ -10,7 +12,6 @@ constexpr unsigned int kFlagsAt = 11;  ///< versions 03 and 04; the last byte of
 constexpr unsigned int kVersionMajorAt = 12;
 constexpr unsigned int kVersionMinorAt = 13;
 constexpr unsigned int kDeviceIdAt = 14;
-constexpr unsigned int kDeviceIdSize = 24;
 constexpr unsigned int kStartTimeAt = 38;
 constexpr unsigned int kLngAt = 46;
 constexpr unsigned int kLatAt = 50;
@@ -57,11 +58,10 @@ inline int signed24(const unsigned char (&bytes)[3]) {
   return static_cast<int>(value << 8) >> 8;
 }
 
-/// The bit of the tagging flags that marks the frames as undistorted.
-constexpr unsigned int kUndistortedFlag = 0x10;
-
-/// Start times of version 02 count from here, those of later versions from 1970: 2015-01-01
-/// 00:00:00 UTC, milliseconds.
-constexpr unsigned long kVersion02Epoch = 1420070400000;
+/// Stores a value's bytes as they are.
+template <typename T>
+void put(unsigned char* at, const T& value) {
+  std::memcpy(at, &value, sizeof value);
+}
 
 #endif

@@ -17,6 +17,7 @@
 #include "container/rtv/TaggedVideoParserState.h"
 #include "velmar_logger/velmar_logger.h"
 #include "velmar_video/TypeConversion.h"
+#include "velmar_video/rtv/RecordFileToolkit.h"
 
 namespace {
 
@@ -162,7 +163,7 @@ void TaggedVideoParser::readHeader() {
   if (layout.hasFlagsAndAltitude) header.flags = file[kFlagsAt];  // before anything is swapped
   header.version_major = file[kVersionMajorAt];
   header.version_minor = file[kVersionMinorAt];
-  std::memcpy(header.device_id, file + kDeviceIdAt, kDeviceIdSize);
+  std::memcpy(header.device_id, file + kDeviceIdAt, kRtvDeviceIdSize);
   read(header.start_time, kStartTimeAt);
   read(header.lng, kLngAt);
   read(header.lat, kLatAt);
@@ -179,6 +180,9 @@ void TaggedVideoParser::readHeader() {
 ErrorCode_e TaggedVideoParser::readTags(const InitMode& mode) {
   const RtvLayout layout = rtvLayout(version_);
   const unsigned int count = headerOf(version_).frames_count;
+  if (version_ == RTV_VER_02) tagsVer02_.clear();
+  if (version_ == RTV_VER_03) tagsVer03_.clear();
+  if (version_ == RTV_VER_04) tags_.clear();
   if (count == 0 || layout.tagAt(count) > state_->mFileSize) {
     velmar_logger::e(mode.tag, "tag table of %u frames: mFileSize: %lu\n", count,
                      state_->mFileSize);
@@ -202,7 +206,6 @@ ErrorCode_e TaggedVideoParser::readTags(const InitMode& mode) {
 }
 
 ErrorCode_e TaggedVideoParser::readTagsVer04(const unsigned char* table, unsigned int count) {
-  tags_.clear();
   tags_.reserve(count);
   for (unsigned int i = 0; i < count; ++i) {
     frametag_t& tag = tags_.emplace_back(this);
@@ -279,9 +282,9 @@ ErrorCode_e TaggedVideoParser::getTaggingFlags(unsigned int& flags) {
 
 ErrorCode_e TaggedVideoParser::getDeviceId(unsigned char* buf, unsigned int size) {
   if (const auto code = checkInit()) return code;
-  if (size < kDeviceIdSize) return RTV_ERR_INVALID_PARAMETER;
+  if (size < kRtvDeviceIdSize) return RTV_ERR_INVALID_PARAMETER;
   if (buf == nullptr) return RTV_ERR_BUFFER_NOT_ALLOCATED;
-  std::memcpy(buf, headerOf(version_).device_id, kDeviceIdSize);
+  std::memcpy(buf, headerOf(version_).device_id, kRtvDeviceIdSize);
   return RTV_ERR_SUCCESS;
 }
 
@@ -290,7 +293,7 @@ ErrorCode_e TaggedVideoParser::getImageColorFormat(format_e& format) {
   return RTV_ERR_SUCCESS;
 }
 
-double TaggedVideoParser::NDS2Degree(int v) { return v * 90.0 * 9.313225746154785e-10; }
+double TaggedVideoParser::NDS2Degree(int v) { return RecordFileToolkit::NDS2Degree(v); }
 
 ErrorCode_e TaggedVideoParser::getStdPosition(double& lat, double& lng, double& alt) {
   if (const auto code = checkInit()) return code;
@@ -357,7 +360,7 @@ ErrorCode_e TaggedVideoParser::getTimeFlag(unsigned short index, int& timeFlag) 
 ErrorCode_e TaggedVideoParser::getTimeStamp(unsigned short index, unsigned long& timestamp) {
   frametag03Ver_t tag;
   if (const auto code = getTag(index, tag)) return code;
-  const unsigned long epoch = version_ == RTV_VER_02 ? kVersion02Epoch : 0;
+  const unsigned long epoch = version_ == RTV_VER_02 ? kRtvVersion02Epoch : 0;
   timestamp = epoch + headerOf(version_).start_time + magnitude(tag.time_flag);
   return RTV_ERR_SUCCESS;
 }

@@ -110,6 +110,13 @@ TEST(ImgCreater, LeavesTheTemporaryFileWhereItCannotFinish) {
     EXPECT_FALSE(exists(path));
     EXPECT_TRUE(exists(path + ".tmp"));
     EXPECT_EQ(exists(path + ".tmp.index"), row.journal);
+    // Frames that have been moved before it failed are where the journal says.
+    const std::string journal = readFile(path + ".tmp.index");
+    const std::string file = readFile(path + ".tmp");
+    for (std::size_t i = 0; i < journal.size() / 28; ++i) {
+      const Record found(journal, 28 * i);
+      EXPECT_EQ(file.substr(found.offset, found.size), lettered(row.sizes)[i].bytes);
+    }
   }
 }
 
@@ -119,6 +126,7 @@ TEST(ImgCreater, RefusesCallsOutOfTurnAndLosesNothing) {
   ImgContainerCreater creater(folder / "a.img");
   EXPECT_EQ(creater.close(), VELMAR_ERROR_CODE_NOT_INIT_E);
   EXPECT_FALSE(creater.addFrame("too early", 0, 0));
+  EXPECT_FALSE(creater.addFrame("", 0, 0));
   ASSERT_EQ(creater.open(), VELMAR_ERROR_CODE_SUCCESS_E);
   EXPECT_FALSE(creater.addFrame(nullptr, 1, 0, 0));
   ASSERT_TRUE(creater.addFrame(nullptr, 0, 0, 0));
@@ -128,6 +136,7 @@ TEST(ImgCreater, RefusesCallsOutOfTurnAndLosesNothing) {
   EXPECT_EQ(creater.close(), VELMAR_ERROR_CODE_NOT_INIT_E);
   EXPECT_EQ(creater.open(), VELMAR_ERROR_CODE_DUPLICATE_INIT_E);
   EXPECT_FALSE(creater.addFrame("too late", 0, 0));
+  EXPECT_FALSE(creater.addFrame("", 0, 0));
   EXPECT_EQ(bigEndian(readFile(folder / "a.img"), 0, 8), 208U);
 }
 

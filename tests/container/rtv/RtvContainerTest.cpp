@@ -69,6 +69,14 @@ TEST(RtvContainer, FinishesWhatIsDropped) {
   EXPECT_EQ(readFile(folder / "a.rtv").size(), 72U + 65535 * 36 + 3);
 }
 
+TEST(RtvContainer, OnlyMadeItReplacesNothing) {
+  const TempFolder folder;
+  writeFile(folder / "a.rtv", "an old recording");
+  makeVelmarVideoFileCreater(folder / "a.rtv");
+  EXPECT_EQ(readFile(folder / "a.rtv"), "an old recording");
+  EXPECT_FALSE(exists(folder / "a.rtv.tmp"));
+}
+
 class RtvReader : public testing::Test {
  protected:
   std::shared_ptr<VelmarVideoFileReader> opened(const RtvFile& file) {

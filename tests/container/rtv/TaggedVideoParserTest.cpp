@@ -356,7 +356,8 @@ TEST_F(RtvParser, RefusesPicturesThatCannotBe) {
     if (row.code == RTV_ERR_DECOMPRESS_ERROR) {
       EXPECT_EQ(log.errors().front(),
                 "3 TaggedVideoParser: tjDecompress2 error: Not a JPEG file: starts with 0x73 0x65, "
-                "index: 1, r_index: 1\n");
+                "index: 1, r_index: 1\n")
+          << "with and without rows cut";
       EXPECT_EQ(parser_.getImage(1, size + 1, nullptr, format, scale, row.top, row.bottom), -12);
       EXPECT_EQ(parser_.getImage(1, size, nullptr, format, scale, row.top, row.bottom), -15);
     }

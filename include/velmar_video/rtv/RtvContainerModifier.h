@@ -1,16 +1,19 @@
-#ifndef VELMAR_RTV_RTV_CONTAINER_MODIFIER_H
-#define VELMAR_RTV_RTV_CONTAINER_MODIFIER_H
+#ifndef VELMAR_VIDEO_RTV_RTV_CONTAINER_MODIFIER_H
+#define VELMAR_VIDEO_RTV_RTV_CONTAINER_MODIFIER_H
 
 #include <string>
 
 #include "velmar_video/VelmarVideoFile.h"
 #include "velmar_video/rtv/TaggedVideoParser.h"
 
-/// Edits an "rtv" file: frame times in the map at once, header fields with close().
+/// Edits an "rtv" file: frame times in the map at once, header fields with close(). What
+/// makeVelmarVideoFileModifier() gives for "rtv"; public for the tagging flags, and for its
+/// getters, which show the header as it has been changed so far.
 ///
 /// Times of version 02 files count from 2015-01-01 here as they do in the file, unlike the
 /// reader's. Files of big-endian writers are not edited: VELMAR_ERROR_CODE_INVALID_PARAMETER_E.
-class RtvContainerModifier : public VelmarVideoFileModifier, public TaggedVideoParser {
+class VELMAR_VIDEO_API RtvContainerModifier : public VelmarVideoFileModifier,
+                                              public TaggedVideoParser {
  public:
   explicit RtvContainerModifier(const std::string& path);
 
@@ -30,7 +33,8 @@ class RtvContainerModifier : public VelmarVideoFileModifier, public TaggedVideoP
 
   /// The parser's init() for reading and writing.
   ErrorCode_e init(const char* path);
-  /// Flags of a version 02 file never reach it; this is intended.
+  /// All bits at once; modifyUndistorted() changes 0x10 alone. Flags of a version 02 file never
+  /// reach it; this is intended.
   void setTaggingFlags(unsigned int flags);
 
  private:

@@ -1,0 +1,136 @@
+#!/usr/bin/env bash
+# Changing recordings: edit in place, byte by byte; cut, concat, dump and tracks.
+# Usage: edit.sh PATH-OF-VELMAR-VIDEO
+. "$(dirname "$0")/lib.sh"
+
+# changed BEFORE AFTER: the offsets of the bytes that differ, as ranges from 0
+changed() {
+  { cmp -l "$1" "$2" || true; } |
+    awk '{o=$1-1; if (o!=last+1) printf "%s%d-", (NR>1?last" ":""), o; last=o} END {if (NR) print last}'
+}
+# edited FILE RANGES OPTION...: edit changes just these bytes and says so
+edited() {
+  local file=$1 ranges=$2
+  shift 2
+  cp "$file" before
+  expect 0 "" edit "$file" "$@" --dry-run
+  cmp "$file" before
+  cp out said
+  expect 0 "" edit "$file" "$@"
+  cmp out said
+  grep -q -- ' -> ' out || fail "nothing said"
+  [ "$(changed before "$file")" = "$ranges" ] || fail "$file $*: changed $(changed before "$file")"
+}
+
+expect 0 "" sample a.img --frames 3 --size 96x64
+for version in 02 03 04; do
+  expect 0 "" sample $version.rtv --frames 3 --size 96x64 --rtv-version $version
+done
+
+# Times lie in the index, 8 + 28 * frame; the metadata stay as they are.
+edited a.img "36-43" --sensor-time 1=220995460302988919
+edited a.img "44-51 64-71" --arrived-time 1=220995460302988919 --sensor-time 2=220995460302988919
+"$tool" frames a.img --csv | sed 's/,1700000000/,1800000001/g; s/,220995460302988919/,1800000000000002/g' >all.csv
+expect 0 "" edit a.img --times all.csv
+"$tool" frames a.img --csv | cmp - all.csv
+size=$(stat -c %s a.img)
+expect 0 "" edit a.img --shift-time -100000001000000
+"$tool" frames a.img --csv | grep -q '^0,1700000000000000,1700000000040000,' || fail "shift"
+[ "$(stat -c %s a.img)" -eq "$size" ] || fail "size after a shift"
+
+# The header of an rtv: device id 14, start time 38, flags 64 or 68, tags from 68 or 72.
+for version in 02 03 04; do
+  flags=68 table=72 size=36
+  [ $version != 02 ] || { flags=64 table=68 size=29; }
+  [ $version != 04 ] || size=145
+  id=$(printf 'ee%.0s' $(seq 24))
+  edited $version.rtv 14-37 --device-id "$id"
+  edited $version.rtv 38-42 --start-time 2030-01-01T00:00:00.123Z
+  edited $version.rtv "$((table + size))-$((table + size))" --sensor-time 1=2030-01-01T00:00:00.124Z
+  if [ $version = 02 ]; then
+    expect 1 "02.rtv: --undistorted: version 02 of rtv cannot say so" edit 02.rtv --undistorted off
+    expect 1 "02.rtv: --tagging-flags: " edit 02.rtv --tagging-flags 1
+  else
+    edited $version.rtv "$flags-$flags" --undistorted off
+    edited $version.rtv "$flags-$((flags + 3))" --tagging-flags 4294967295
+  fi
+  "$tool" frames $version.rtv --csv >shifted
+  expect 0 "" edit $version.rtv --shift-time +2.5s
+  "$tool" frames $version.rtv --csv | cut -d, -f2 | tail -1 >after
+  [ $(($(tail -1 shifted | cut -d, -f2) + 2500000)) -eq "$(cat after)" ] || fail "shift of $version"
+done
+
+# The metadata of an img, by themselves; a resolution that is wrong is found.
+echo '{"k": [1, {"deep": true}]}' >params.json
+metadata=$(od -An -tu1 -N8 a.img | awk '{n=0; for (i=1;i<=8;i++) n=n*256+$i; print n}')
+head -c "$metadata" a.img >frames-before
+expect 0 "" edit a.img --device-id 00ff --undistorted off --camera-params params.json --extended-info - <params.json
+head -c "$metadata" a.img | cmp - frames-before
+expect 0 "" info a.img --json
+grep -q '"undistorted":false,"device_id":"00ff".*"camera_params":{"k":\[1,{"deep":true}\]},"extended_info":{"k":' out || fail "info: $(cat out)"
+sed -i 's/"width" : 96/"width" : 77/' a.img
+expect 0 "" edit a.img --fix-resolution
+grep -q 'resolution: 77x64 -> 96x64' out || fail "resolution: $(cat out)"
+expect 0 "" edit a.img --fix-resolution
+grep -q 'nothing to change' out || fail "nothing to change"
+
+# What cannot be is refused before anything is written.
+cp a.img kept.img
+cp 04.rtv kept.rtv
+echo '{' >bad.json
+expect 1 "--sensor-time: there is no frame 3, only 3 frames (VELMAR_ERROR_CODE_OUT_RANGE_E)" edit a.img --device-id 01 --sensor-time 3=5
+expect 1 "bad.json: it is not valid JSON" edit a.img --device-id 01 --camera-params bad.json
+expect 1 "a.img: --start-time: an img starts when its frame 0 arrived" edit a.img --start-time 5
+expect 1 "a.img: --tagging-flags: an img holds none" edit a.img --tagging-flags 5
+expect 1 "--sensor-time: frame 1 is there twice" edit a.img --sensor-time 1=5 --sensor-time 1=6
+expect 1 "--shift-time: times would leave 64 bits" edit a.img --shift-time -9000000000000000000
+expect 1 "04.rtv: --camera-params: an rtv holds none" edit 04.rtv --device-id 01 --camera-params params.json
+expect 1 "04.rtv: --arrived-time: an rtv holds no arrival times" edit 04.rtv --arrived-time 0=5
+expect 1 "04.rtv: --sensor-time: an rtv holds whole milliseconds" edit 04.rtv --sensor-time 0=1900000000000001
+expect 1 "04.rtv: --sensor-time: frame 0 would be captured before the start" edit 04.rtv --sensor-time 0=1000
+expect 1 "04.rtv: --device-id: an rtv holds 24 bytes" edit 04.rtv --device-id "${id}00"
+head -3 all.csv >short.csv
+expect 1 "a.img: --times: it has 2 rows for 3 frames" edit a.img --times short.csv
+expect 2 "there is no change to make" edit a.img
+expect 2 "--sensor-time is I=TIME" edit a.img --sensor-time 5
+expect 2 "excludes" edit a.img --shift-time 5 --times all.csv
+cmp a.img kept.img
+cmp 04.rtv kept.rtv
+
+# cut and concat are each other's inverse; every tag and text survives.
+for file in a.img 02.rtv 03.rtv 04.rtv; do
+  kind=${file#*.}
+  expect 0 "" cut $file one.$kind --range 0:1 --force
+  expect 0 "" cut $file rest.$kind --range 1:3 --force
+  expect 0 "" concat whole.$kind one.$kind rest.$kind --force
+  cmp <("$tool" frames $file --csv) <("$tool" frames whole.$kind --csv) || fail "frames of whole.$kind"
+  cmp <("$tool" cat $file) <("$tool" cat whole.$kind) || fail "bytes of whole.$kind"
+  cmp <("$tool" info $file | grep -vE '^[^ ]|size|room') <("$tool" info whole.$kind | grep -vE '^[^ ]|size|room') ||
+    fail "info of whole.$kind"
+done
+expect 1 "x.rtv: it is of another container than a.img" cut a.img x.rtv --range 0:1
+expect 0 "" sample big.img --frames 1 --size 160x64
+expect 1 "big.img: its size is 160x64, that of a.img is 96x64; --force=INPUT says which one wins" concat x.img a.img big.img
+absent x.img x.rtv
+expect 3 "a.img: its size is 96x64, that of big.img is 160x64" concat x.img a.img big.img --force=big.img
+"$tool" info x.img --json | grep -q '"width":160' || fail "the winner"
+expect 1 "03.rtv: its version is another one than that of 02.rtv" concat x.rtv 02.rtv 03.rtv
+expect 2 "names none of the inputs" concat x.img a.img --force=b.img
+
+# The dump, a log call a line.
+expect 0 "" dump 03.rtv
+sed -n 5p out | grep -qx "device_id: $id" || fail "dump: $(sed -n 5p out)"
+[ "$(wc -l <out)" -eq $((13 + 2 * 3)) ] || fail "lines of a dump: $(wc -l <out)"
+head -1 out | grep -qx 'v03 filename: 03.rtv' || fail "first line of a dump"
+expect 1 "a.img: only rtv recordings can be dumped" dump a.img
+
+# Tracks: the second frame of a sample is 0.574 m east and 0.557 m north of the start.
+expect 0 "" sample t.rtv --frames 3 --size 64x64
+expect 0 "" frames t.rtv --gpx t.gpx --geojson t.json
+[ ! -s out ] || fail "a list beside the track"
+grep -q '^<trkpt lat="48.137404954" lon="11.575507636"><ele>519.00</ele><time>2023-11-14T22:13:20.033000Z</time></trkpt>$' t.gpx || fail "gpx: $(cat t.gpx)"
+grep -q '"type":"LineString","coordinates":\[\[11.575499978,48.137399917,519.00\],\[11.575507636,48.137404954,519.00\]' t.json || fail "geojson: $(cat t.json)"
+expect 0 "" frames t.rtv --json --range 1:2
+grep -q '"lng_deg":11.575507636,"lat_deg":48.137404954,"distance_m":0.80,"speed_m_s":24.00' out || fail "degrees: $(cat out)"
+expect 1 "t.gpx: it is already there" frames t.rtv --gpx t.gpx
+expect 1 "a.img: an img holds no positions" frames a.img --gpx x.gpx

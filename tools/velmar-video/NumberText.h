@@ -1,0 +1,26 @@
+/// Numbers as text, independent of the locale.
+#ifndef VELMAR_TOOL_NUMBER_TEXT_H
+#define VELMAR_TOOL_NUMBER_TEXT_H
+
+#include <charconv>
+#include <string>
+
+/// The shortest text that gives the value back.
+template <typename T>
+std::string numberText(T value) {
+  char text[32];
+  const auto end = std::to_chars(text, text + sizeof text, value);
+  return {text, end.ptr};
+}
+
+/// With that many digits behind the point.
+inline std::string fixedText(double value, int digits) {
+  char text[400];
+  const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, digits);
+  return {text, end.ptr};
+}
+
+/// Degrees down to a tenth of a millimetre on the ground.
+inline std::string degreesText(double degrees) { return fixedText(degrees, 9); }
+
+#endif
