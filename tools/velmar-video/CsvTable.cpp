@@ -30,13 +30,11 @@ class CsvScanner {
         fields.back() += take();
       } else if (character == '"' && (quoted || fields.back().empty())) {
         quoted = !quoted;
-      } else if (quoted) {
-        fields.back() += character;
-      } else if (character == ',') {
+      } else if (character == ',' && !quoted) {
         fields.emplace_back();
-      } else if (character == '\n') {
+      } else if (character == '\n' && !quoted) {
         break;
-      } else if (character != '\r' || !rest_.starts_with('\n')) {
+      } else if (quoted || character != '\r' || !rest_.starts_with('\n')) {
         fields.back() += character;
       }
     }

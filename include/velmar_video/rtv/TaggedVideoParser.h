@@ -164,7 +164,7 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
   bool readIdentifier();
   void readHeader();
   ErrorCode_e readTags(const InitMode& mode);
-  ErrorCode_e readTagsVer04(const unsigned char* table, unsigned int count);
+  ErrorCode_e readTagsVer04(unsigned int count);
   ErrorCode_e checkComplete(const InitMode& mode);
   void release();
 

@@ -202,14 +202,15 @@ ErrorCode_e TaggedVideoParser::readTags(const InitMode& mode) {
     }
     return RTV_ERR_SUCCESS;
   }
-  return readTagsVer04(table, count);
+  return readTagsVer04(count);
 }
 
-ErrorCode_e TaggedVideoParser::readTagsVer04(const unsigned char* table, unsigned int count) {
+ErrorCode_e TaggedVideoParser::readTagsVer04(unsigned int count) {
+  const unsigned char* file = state_->mMapAddr.data();
   tags_.reserve(count);
   for (unsigned int i = 0; i < count; ++i) {
     frametag_t& tag = tags_.emplace_back(this);
-    if (!tag.fill(table + rtvLayout(version_).tagSize * i, CAN_SIZE_ALIGNED)) {
+    if (!tag.fill(file + rtvLayout(version_).tagAt(i), CAN_SIZE_ALIGNED)) {
       return RTV_ERR_BUFFER_NOT_ALLOCATED;
     }
     // The array is to hold what a copy of the tag holds, which aligns the block once more. Doing
