@@ -22,3 +22,7 @@ JpegSize JpegInspector::sizeOfFile(const std::string& path) const {
 std::string toText(JpegSize size) {
   return std::to_string(size.width) + "x" + std::to_string(size.height);
 }
+
+std::string differenceText(JpegSize size, JpegSize first) {
+  return "the picture is " + toText(size) + ", but the first one is " + toText(first);
+}

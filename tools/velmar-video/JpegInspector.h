@@ -29,4 +29,7 @@ inline bool operator==(JpegSize one, JpegSize other) {
 /// "1280x800"
 std::string toText(JpegSize size);
 
+/// What is wrong with a picture of another size than the recording's first.
+std::string differenceText(JpegSize size, JpegSize first);
+
 #endif

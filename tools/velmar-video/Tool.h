@@ -38,7 +38,4 @@ void addEditCommand(Tool& tool);
 void addDumpCommand(Tool& tool);
 void addSampleCommand(Tool& tool);
 
-/// Parses, runs, reports. Returns the program's exit status.
-int runTool(int argc, const char* const* argv);
-
 #endif

@@ -1,7 +1,4 @@
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -13,13 +10,13 @@
 #include "FrameTimes.h"
 #include "InputFile.h"
 #include "JpegInspector.h"
-#include "JpegStreamSplitter.h"
 #include "Losses.h"
 #include "OutputGuard.h"
 #include "Progress.h"
 #include "Recording.h"
 #include "RecordingWriter.h"
 #include "StopSignal.h"
+#include "StreamRecording.h"
 #include "TagsCsv.h"
 #include "TimesCsv.h"
 #include "Tool.h"
@@ -43,10 +40,6 @@ struct Options {
 void setSize(RecordingDescription& description, JpegSize size) {
   description.width = static_cast<unsigned short>(size.width);
   description.height = static_cast<unsigned short>(size.height);
-}
-
-std::string sizeWords(JpegSize size, JpegSize expected) {
-  return "the picture is " + toText(size) + ", but the first one is " + toText(expected);
 }
 
 FrameClock clockOf(const Options& options) {
@@ -77,7 +70,7 @@ JpegSize commonSize(const std::vector<std::string>& files, const JpegInspector& 
   for (const std::string& file : files) {
     const JpegSize size = inspector.sizeOfFile(file);
     if (!(size == first)) {
-      throw Failure(file, sizeWords(size, first), VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+      throw Failure(file, differenceText(size, first), VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
     }
   }
   return first;
@@ -108,7 +101,7 @@ std::optional<std::string> readFrame(const std::string& file, const JpegInspecto
     std::string frame = readFile(file, kMaxFrameSize + 1);
     const auto found = frame.size() > kMaxFrameSize ? std::nullopt : inspector.size(frame);
     if (found && *found == size) return frame;
-    losses.add(file, found ? sizeWords(*found, size) + "; it is left out"
+    losses.add(file, found ? differenceText(*found, size) + "; it is left out"
                            : "it is not a JPEG picture any more; it is left out");
   } catch (const Failure& failure) {
     losses.add(failure.what(), "it is left out");
@@ -146,81 +139,6 @@ ExitStatus recordFiles(const Options& options) {
   return losses.status();
 }
 
-/// Frames from standard input, which are checked as they come.
-class StreamRecording {
- public:
-  StreamRecording(const Options& options, const FrameClock& clock, RecordingWriter& writer)
-      : options_(options),
-        writer_(writer),
-        clock_(clock),
-        progress_(options.output, 0, options.quiet),
-        splitter_(kMaxFrameSize) {}
-
-  ExitStatus run(StopSignal& stop) {
-    std::vector<char> piece(std::size_t{1} << 20);
-    bool ended = false;
-    while (!ended && !full_ && stop.waitReadable(STDIN_FILENO)) {
-      const ssize_t count = ::read(STDIN_FILENO, piece.data(), piece.size());
-      if (count < 0 && (errno == EINTR || errno == EAGAIN)) continue;
-      if (count < 0) losses_.add(kName, "cannot read on");
-      ended = count <= 0;
-      if (!ended) take({piece.data(), static_cast<std::size_t>(count)});
-    }
-    writer_.finish();
-    reportRest(ended);
-    return losses_.status();
-  }
-
- private:
-  void take(std::string_view piece) {
-    splitter_.feed(piece);
-    while (const auto frame = splitter_.next()) {
-      // Frames that are left out keep their place in time.
-      const std::uint64_t number = number_++;
-      if (!isFit(*frame, number)) continue;
-      full_ = isRtv(options_.output) && writer_.frames() == kRtvFramesMax;
-      if (full_) return;
-      writer_.add(*frame, {clock_.at(number), clock_.at(number)});
-      progress_.update(writer_.frames());
-    }
-  }
-
-  bool isFit(const std::string& frame, std::uint64_t number) {
-    const auto size = inspector_.size(frame);
-    if (size && !size_) {
-      size_ = size;
-      writer_.setSize(static_cast<unsigned short>(size->width),
-                      static_cast<unsigned short>(size->height));
-    }
-    if (size && *size == *size_) return true;
-    losses_.add(kName, "frame " + std::to_string(number) + " skipped: " +
-                           (size ? sizeWords(*size, *size_) : "it is not a JPEG picture"));
-    return false;
-  }
-
-  void reportRest(bool ended) {
-    if (full_) losses_.add(options_.output, "it is full with 65535 frames; the rest is left out");
-    if (splitter_.skippedBytes() > 0) {
-      losses_.add(kName, std::to_string(splitter_.skippedBytes()) +
-                             " bytes skipped that belong to no whole frame");
-    }
-    if (ended && splitter_.isInsideFrame()) losses_.add(kName, "it ends inside a frame");
-  }
-
-  static constexpr char kName[] = "standard input";
-
-  const Options& options_;
-  RecordingWriter& writer_;
-  FrameClock clock_;
-  Progress progress_;
-  JpegStreamSplitter splitter_;
-  JpegInspector inspector_;
-  Losses losses_;
-  std::optional<JpegSize> size_;
-  std::uint64_t number_ = 0;
-  bool full_ = false;
-};
-
 ExitStatus recordStream(const Options& options) {
   checkOutputOf(options, options.inputs);
   RecordingDescription description = options.description.description(options.output);
@@ -230,7 +148,7 @@ ExitStatus recordStream(const Options& options) {
   StopSignal stop;
   RecordingWriter writer(options.output, description, kRtvFramesMax,
                          RecordingWriter::OnFailure::KeepFrames);
-  return StreamRecording(options, clock, writer).run(stop);
+  return StreamRecording(options.output, clock, options.quiet, writer).run(stop);
 }
 
 void checkUsage(const Options& options) {

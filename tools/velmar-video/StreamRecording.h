@@ -1,0 +1,47 @@
+#ifndef VELMAR_TOOL_STREAM_RECORDING_H
+#define VELMAR_TOOL_STREAM_RECORDING_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "FrameTimes.h"
+#include "JpegInspector.h"
+#include "JpegStreamSplitter.h"
+#include "Losses.h"
+#include "Progress.h"
+#include "RecordingWriter.h"
+#include "StopSignal.h"
+
+/// Records a stream of JPEGs on standard input, which are checked as they come: what does not fit
+/// is left out and said.
+class StreamRecording {
+ public:
+  /// \param output  for messages
+  /// \param writer  of the recording, whose size comes from the first frame
+  StreamRecording(const std::string& output, const FrameClock& clock, bool quiet,
+                  RecordingWriter& writer);
+
+  /// Until the stream ends, a signal comes or the recording is full; then it is finished. Throws
+  /// Failure.
+  ExitStatus run(StopSignal& stop);
+
+ private:
+  void take(std::string_view piece);
+  bool isFit(const std::string& frame, std::uint64_t number);
+  void reportRest(bool ended);
+
+  std::string output_;
+  RecordingWriter& writer_;
+  FrameClock clock_;
+  Progress progress_;
+  JpegStreamSplitter splitter_;
+  JpegInspector inspector_;
+  Losses losses_;
+  std::optional<JpegSize> size_;
+  std::uint64_t number_ = 0;
+  bool full_ = false;
+};
+
+#endif
