@@ -140,19 +140,6 @@ TEST(RtvCreater, WithoutAFileNothingIsAddedOrFinished) {
   EXPECT_TRUE(exists(folder / "b.rtv.tmp"));
 }
 
-// What an interrupted recorder left is not deleted by one that cannot even open it.
-TEST(RtvCreater, LeavesATemporaryFileThatItCannotOpen) {
-  const TempFolder folder;
-  writeFile(folder / "a.rtv.tmp", "left behind");
-  EXPECT_TRUE(inChildProcess([&] {
-    const LogCapture log;
-    const rlimit none{0, 0};
-    ::setrlimit(RLIMIT_NOFILE, &none);
-    return !RecordFileCreater(folder / "a.rtv", FramesMax{5}, RTV_VER_04, nullptr).isOpen();
-  }));
-  EXPECT_EQ(readFile(folder / "a.rtv.tmp"), "left behind");
-}
-
 // The limit on file sizes stands for a full disk.
 TEST(RtvCreater, FullDiskKeepsTheFramesThatFit) {
   const TempFolder folder;
