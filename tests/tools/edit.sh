@@ -134,3 +134,18 @@ expect 0 "" frames t.rtv --json --range 1:2
 grep -q '"lng_deg":11.575507636,"lat_deg":48.137404954,"distance_m":0.80,"speed_m_s":24.00' out || fail "degrees: $(cat out)"
 expect 1 "t.gpx: it is already there" frames t.rtv --gpx t.gpx
 expect 1 "a.img: an img holds no positions" frames a.img --gpx x.gpx
+expect 2 "need a file each" frames t.rtv --gpx x.gpx --geojson x.gpx
+expect 2 "standard output takes one" frames t.rtv --gpx - --json
+expect 1 "no/x.json: cannot create it" frames t.rtv --gpx x.gpx --geojson no/x.json
+absent x.gpx
+ln -s t.rtv o.gpx.tmp
+cp t.rtv kept.rtv
+expect 0 "" frames t.rtv --gpx o.gpx
+cmp t.rtv kept.rtv
+
+# An id that is no plain hexadecimal text is not changed in silence.
+sed 's/"camera_id" : "00ff"/"camera_id" : "00FFe"/' a.img >odd.img
+expect 3 "odd.img: its device id is not hexadecimal text" cut odd.img x.img --range 0:1 --force
+expect 3 "the length of the device id, which is padded to 24 bytes" convert a.img x.rtv
+expect 3 "the exact text of the device id" convert odd.img y.rtv
+

@@ -55,6 +55,13 @@ std::vector<unsigned int> allFrames(const Recording& recording) {
   return frames;
 }
 
+void checkDeviceId(const Recording& recording, Losses& losses) {
+  if (recording.hasPlainDeviceId()) return;
+  losses.add(recording.path(),
+             "its device id is not hexadecimal text as a recording is given it, "
+             "and changes");
+}
+
 std::uint64_t earliestSensorTime(const Recording& recording) {
   const unsigned int count = recording.framesCount();
   std::uint64_t earliest = count > 0 ? recording.sensorTime(0) : 0;

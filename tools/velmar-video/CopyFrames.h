@@ -19,6 +19,9 @@ std::vector<unsigned int> allFrames(const Recording& recording);
 /// Of all frames; 0 if there are none.
 std::uint64_t earliestSensorTime(const Recording& recording);
 
+/// Says if the recording's device id cannot be written as it is.
+void checkDeviceId(const Recording& recording, Losses& losses);
+
 /// Writes `output`. Times are checked before anything is written; frames whose bytes the file does
 /// not have are left out and named in `losses`, as is the rest after a signal. Throws Failure.
 void copyFrames(const std::vector<FrameRange>& ranges, const std::string& output,

@@ -116,7 +116,10 @@ class FrameFinder {
 }  // namespace
 
 CsvTable::CsvTable(std::string name, const std::string& text) : name_(std::move(name)) {
-  CsvScanner scanner(text);
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";  // which spreadsheets write
+  std::string_view content = text;
+  if (content.starts_with(kByteOrderMark)) content.remove_prefix(kByteOrderMark.size());
+  CsvScanner scanner(content);
   while (!scanner.finished()) {
     const std::size_t line = scanner.line();
     const auto fields = scanner.row();

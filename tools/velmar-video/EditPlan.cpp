@@ -47,6 +47,19 @@ EditPlan::EditPlan(const Recording& recording, const EditRequest& request)
   if (request.shift) planShift(*request.shift);
   planFrameTimes(request);
   if (request.allTimes) planAllTimes("--times", *request.allTimes);
+  if (!isEmpty()) checkChangeable();
+}
+
+// By a modifier that is dropped without close(), which writes nothing of its header.
+void EditPlan::checkChangeable() const {
+  const auto modifier = makeVelmarVideoFileModifier(recording_.path());
+  if (const auto code = modifier->open()) {
+    throw Failure(recording_.path(), "it cannot be opened for writing", code);
+  }
+  if (const auto code = modifier->modifyUndistorted(description_.undistorted)) {
+    throw Failure(recording_.path(), "a big-endian machine wrote it; such files are not edited",
+                  code);
+  }
 }
 
 void EditPlan::refuse(const std::string& option, const std::string& words) const {
@@ -241,7 +254,7 @@ void EditPlan::apply() const {
   const auto modifier = makeVelmarVideoFileModifier(recording_.path());
   check(modifier->open(), "it cannot be opened for writing");
   for (const Change& change : changes_) {
-    check(change.write(*modifier), "it cannot be changed; perhaps a big-endian machine wrote it");
+    check(change.write(*modifier), "it cannot be changed");
   }
   check(modifier->close(), "the changes could not be written; the disk may be full");
 }

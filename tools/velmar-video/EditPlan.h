@@ -32,7 +32,8 @@ struct EditRequest {
 /// The changes that a request makes to a recording, checked, ready to be made.
 class EditPlan {
  public:
-  /// Throws Failure, which names the option, for what the container cannot hold.
+  /// Throws Failure, which names the option, for what the container cannot hold, and if the file
+  /// cannot be changed at all. Nothing is written.
   EditPlan(const Recording& recording, const EditRequest& request);
 
   bool isEmpty() const { return changes_.empty(); }
@@ -49,6 +50,7 @@ class EditPlan {
     Write write;
   };
 
+  void checkChangeable() const;
   [[noreturn]] void refuse(const std::string& option, const std::string& words) const;
   void add(std::string what, std::string before, std::string after, Write write);
   void planDeviceId(const std::string& id);

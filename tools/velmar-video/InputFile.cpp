@@ -12,9 +12,11 @@
 
 std::string readFile(const std::string& path, std::size_t limit) {
   constexpr std::size_t kLeast = 4096;
-  const FileDescriptor file(path == "-" ? "/dev/stdin" : path, O_RDONLY);
+  const bool isInput = path == "-";
+  const FileDescriptor file = isInput ? FileDescriptor() : FileDescriptor(path, O_RDONLY);
+  const int fd = isInput ? STDIN_FILENO : file.get();
   struct stat status {};
-  if (!file.isOpen() || fstat(file.get(), &status) != 0) {
+  if (fstat(fd, &status) != 0) {
     throw Failure::ofSystem(path, "cannot open it", errno);
   }
   // One byte more than the size shows the end; a file without a size, such as a pipe, grows on.
@@ -25,7 +27,7 @@ std::string readFile(const std::string& path, std::size_t limit) {
     if (filled == bytes.size()) {
       bytes.resize(std::min(limit, std::max({wanted, kLeast, 2 * filled})));
     }
-    const ssize_t count = ::read(file.get(), bytes.data() + filled, bytes.size() - filled);
+    const ssize_t count = ::read(fd, bytes.data() + filled, bytes.size() - filled);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) throw Failure::ofSystem(path, "cannot read it", errno);
     if (count == 0) break;
@@ -33,4 +35,10 @@ std::string readFile(const std::string& path, std::size_t limit) {
   }
   bytes.resize(filled);
   return bytes;
+}
+
+void checkStandardInputOnce(const std::vector<std::string>& files) {
+  if (std::count(files.begin(), files.end(), "-") > 1) {
+    throw UsageError("- is there more than once, but standard input can be read only once");
+  }
 }

@@ -10,8 +10,10 @@
 #include "common/FileDescriptor.h"
 
 void writeFile(const std::string& path, const std::string& bytes) {
-  const std::string temporary = path + ".tmp";
-  FileDescriptor file(temporary, O_WRONLY | O_CREAT | O_TRUNC, 0666);
+  // A name of its own and a file of its own: what has that name already, a link to the input
+  // perhaps, must not be written to.
+  const std::string temporary = path + "." + std::to_string(::getpid()) + ".tmp";
+  FileDescriptor file(temporary, O_WRONLY | O_CREAT | O_EXCL, 0666);
   if (!file.isOpen()) throw Failure::ofSystem(path, "cannot create it", errno);
   const bool written = file.write(bytes.data(), bytes.size());
   file.close();

@@ -69,6 +69,13 @@ std::string Recording::deviceId() const {
   return isSet ? bytesToHex(id, kRtvDeviceIdSize) : "";
 }
 
+bool Recording::hasPlainDeviceId() const {
+  const std::string text = deviceId();
+  const std::string bytes = bytesOfHex(text);
+  return text == bytesToHex(reinterpret_cast<const unsigned char*>(bytes.data()),
+                            static_cast<unsigned int>(bytes.size()));
+}
+
 RecordingDescription Recording::description() const {
   RecordingDescription description;
   unsigned int undistorted = 0;

@@ -36,6 +36,8 @@ class Recording {
   /// The camera's identifier as hexadecimal text; empty if all its bytes are 0 in an rtv, where it
   /// has a fixed size.
   std::string deviceId() const;
+  /// Whether that text is what a writer makes of its bytes: lower-case pairs of digits.
+  bool hasPlainDeviceId() const;
 
   /// Milliseconds, as stored; 0 unless the recording is an rtv.
   int timeFlag(unsigned int index) const;

@@ -4,7 +4,6 @@
 #include "CopyFrames.h"
 #include "OutputGuard.h"
 #include "Tool.h"
-#include "common/HexText.h"
 
 namespace {
 
@@ -21,15 +20,16 @@ struct Difference {
   std::string what, one, other;
 };
 
-std::string deviceText(const RecordingDescription& description) {
-  if (description.deviceId.empty()) return "none";
-  return bytesToHex(reinterpret_cast<const unsigned char*>(description.deviceId.data()),
-                    static_cast<unsigned int>(description.deviceId.size()));
+std::string deviceText(const Recording& recording) {
+  const std::string id = recording.deviceId();
+  return id.empty() ? "none" : id;
 }
 
 /// What one recording cannot have twice.
-std::vector<Difference> differences(const RecordingDescription& one,
-                                    const RecordingDescription& other) {
+std::vector<Difference> differences(const Recording& oneRecording,
+                                    const Recording& otherRecording) {
+  const RecordingDescription one = oneRecording.description();
+  const RecordingDescription other = otherRecording.description();
   const auto size = [](const RecordingDescription& description) {
     return std::to_string(description.width) + "x" + std::to_string(description.height);
   };
@@ -40,7 +40,7 @@ std::vector<Difference> differences(const RecordingDescription& one,
   std::vector<Difference> all = {
       {"size", size(one), size(other)},
       {"codec", velmarCodec2String(one.codec), velmarCodec2String(other.codec)},
-      {"device", deviceText(one), deviceText(other)},
+      {"device", deviceText(oneRecording), deviceText(otherRecording)},
       {"start position", position(one), position(other)},
   };
   std::erase_if(all,
@@ -86,7 +86,7 @@ void compare(const Recording& winner, const Recording& other, bool forced, Losse
         "its version is another one than that of " + winner.path() + "; convert can change it",
         VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
   }
-  for (const Difference& difference : differences(kept, left)) {
+  for (const Difference& difference : differences(winner, other)) {
     const std::string words = "its " + difference.what + " is " + difference.other + ", that of " +
                               winner.path() + " is " + difference.one;
     if (!forced) {
@@ -109,6 +109,7 @@ ExitStatus concat(const Options& options) {
   Losses losses;
   const Recording& winner = winnerOf(options, recordings);
   RecordingDescription description = winner.description();
+  checkDeviceId(winner, losses);
   std::vector<FrameRange> ranges;
   for (const Recording& recording : recordings) {
     compare(winner, recording, options.hasWinner(), losses);

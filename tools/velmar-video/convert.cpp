@@ -93,6 +93,9 @@ std::vector<std::string> lostInRtv(const RecordingDescription& from, const Frame
   if (saysSomething(from.cameraParams)) lost.emplace_back("camera parameters");
   if (saysSomething(from.extendedInfo)) lost.emplace_back("extended information");
   if (from.deviceId.size() > kRtvDeviceIdSize) lost.emplace_back("the device id beyond 24 bytes");
+  if (!from.deviceId.empty() && from.deviceId.size() < kRtvDeviceIdSize) {
+    lost.emplace_back("the length of the device id, which is padded to 24 bytes");
+  }
   if (frames.hasCan && version != RTV_VER_04) lost.emplace_back("CAN signals");
   if (version != RTV_VER_02) {
     if (!altitudeFor(version, from)) lost.emplace_back("the exact altitude of the start position");
@@ -129,9 +132,9 @@ ExitStatus convert(const Options& options) {
   const RecordingDescription from = recording.description();
   const RecordingDescription to = describe(recording, options);
   const FrameContents contents(recording);
-  const std::vector<std::string> lost = isRtv(options.output)
-                                            ? lostInRtv(from, contents, to.version)
-                                            : lostInImg(from, contents, recording);
+  std::vector<std::string> lost = isRtv(options.output) ? lostInRtv(from, contents, to.version)
+                                                        : lostInImg(from, contents, recording);
+  if (!recording.hasPlainDeviceId()) lost.emplace_back("the exact text of the device id");
   std::string list;
   for (const std::string& what : lost) list += (list.empty() ? "" : ", ") + what;
   if (options.strict && !lost.empty()) {

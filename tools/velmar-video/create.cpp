@@ -165,6 +165,10 @@ void checkUsage(const Options& options) {
   if (options.readsStream() && !(options.timesFile.empty() && options.tagsFile.empty())) {
     throw UsageError("create: --times and --tags name files; they cannot be used with a stream");
   }
+  std::vector<std::string> read = options.description.inputs();
+  read.insert(read.end(), {options.timesFile, options.tagsFile});
+  if (options.readsStream()) read.emplace_back("-");
+  checkStandardInputOnce(read);
   const auto isStream = [](const std::string& input) { return input == "-"; };
   if (!options.readsStream() &&
       std::any_of(options.inputs.begin(), options.inputs.end(), isStream)) {

@@ -21,6 +21,7 @@ ExitStatus cut(const Options& options) {
   checkRecordingOutput(options.output, {options.input}, options.force);
   const Recording recording(options.input);
   Losses losses;
+  checkDeviceId(recording, losses);
   copyFrames({{&recording, options.selection.frames(recording)}}, options.output,
              recording.description(), options.quiet, losses);
   return losses.status();

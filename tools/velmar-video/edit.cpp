@@ -173,9 +173,8 @@ void addEditCommand(Tool& tool) {
       throw UsageError(
           "edit: --tagging-flags has the mark of --undistorted in it; give one of them");
     }
-    if (options->cameraParamsFile == "-" && options->extendedInfoFile == "-") {
-      throw UsageError("edit: standard input can be read once");
-    }
+    checkStandardInputOnce(
+        {options->cameraParamsFile, options->extendedInfoFile, options->timesFile});
     tool.run = [options] { return edit(*options); };
   });
 }

@@ -105,7 +105,10 @@ class FrameSource {
         size, kFormats.at(options_.format), kScales.at(options_.scale), options_.cropTop,
         options_.cropBottom, &picture_.width, &picture_.height);
     if (code == VELMAR_ERROR_CODE_INVALID_PARAMETER_E || (code == 0 && size == 0)) {
-      throw Failure(options_.file, "cutting the rows leaves nothing of its pictures",
+      const bool cuts = options_.cropTop > 0 || options_.cropBottom > 0;
+      throw Failure(options_.file,
+                    cuts ? "cutting the rows leaves nothing of its pictures"
+                         : "its header's width and height make no picture",
                     VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
     }
     if (code != VELMAR_ERROR_CODE_SUCCESS_E) throw Failure(options_.file, code);

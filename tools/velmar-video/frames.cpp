@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <memory>
 
 #include "FrameLine.h"
@@ -24,7 +26,17 @@ struct Options {
   bool lists() const { return json || csv || (gpxFile.empty() && geoJsonFile.empty()); }
 };
 
-void checkTrackOptions(const Options& options) {
+/// Before anything is written.
+void checkOutputs(const Options& options) {
+  const bool gpxToOutput = options.gpxFile == "-";
+  const bool geoJsonToOutput = options.geoJsonFile == "-";
+  if (gpxToOutput + geoJsonToOutput + (options.json || options.csv) > 1) {
+    throw UsageError("frames: standard output takes one of list, GPX and GeoJSON");
+  }
+  if (!options.gpxFile.empty() && options.gpxFile == options.geoJsonFile) {
+    throw UsageError("frames: --gpx and --geojson need a file each");
+  }
+  checkStandardOutput(options.file);
   for (const std::string& file : {options.gpxFile, options.geoJsonFile}) {
     if (file.empty()) continue;
     if (!isRtv(options.file)) {
@@ -47,7 +59,12 @@ void writeTracks(const Options& options, const Recording& recording,
   if (options.gpxFile.empty() && options.geoJsonFile.empty()) return;
   const Track track(recording);
   if (!options.gpxFile.empty()) writeText(options.gpxFile, track.gpx(frames));
-  if (!options.geoJsonFile.empty()) writeText(options.geoJsonFile, track.geoJson(frames));
+  try {
+    if (!options.geoJsonFile.empty()) writeText(options.geoJsonFile, track.geoJson(frames));
+  } catch (const Failure&) {
+    if (!options.gpxFile.empty() && options.gpxFile != "-") ::unlink(options.gpxFile.c_str());
+    throw;
+  }
 }
 
 void listFrames(const Options& options, const Recording& recording,
@@ -64,7 +81,7 @@ void listFrames(const Options& options, const Recording& recording,
 }
 
 ExitStatus showFrames(const Options& options) {
-  checkTrackOptions(options);
+  checkOutputs(options);
   const Recording recording(options.file);
   const auto frames = options.selection.frames(recording);
   if (options.lists()) listFrames(options, recording, frames);

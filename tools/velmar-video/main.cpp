@@ -1,8 +1,11 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <iostream>
 #include <new>
+#include <string>
+#include <vector>
 
 #include "Diagnostics.h"
 #include "Tool.h"
@@ -43,7 +46,13 @@ void silenceLibrary() {
 
 ExitStatus parseAndRun(Tool& tool, int argc, const char* const* argv) {
   try {
-    tool.app.parse(argc, argv);
+    std::vector<std::string> arguments(argv + 1, argv + argc);
+    for (std::string& argument : arguments) {
+      // The parser would take brackets for a list; only files have such names.
+      if (argument.starts_with('[') && argument.ends_with(']')) argument.insert(0, "./");
+    }
+    std::reverse(arguments.begin(), arguments.end());
+    tool.app.parse(arguments);
   } catch (const CLI::ParseError& error) {
     return reportParseError(tool, error);
   }
