@@ -65,6 +65,9 @@ expect 0 "" sample s.rtv --frames 2 --size 64x64
 expect 0 "" create stream.rtv - --fps 25 --start-time 2023-11-14T22:13:20Z <stream
 expect 0 "" cat stream.rtv
 cmp out stream
+for i in $(seq 800); do cat stream; done >long
+expect 3 "slow.rtv: an rtv holds 65535 frames and 24 days at the most; the rest is left out" create slow.rtv - --fps 0.001 <long
+[ "$(frames_in slow.rtv)" -eq 2148 ] || fail "frames in 24 days: $(frames_in slow.rtv)"
 expect 1 "x.rtv: version 02 of rtv holds no start before 2015" create x.rtv in --fps 5 --start-time 0 --rtv-version 02
 expect 1 "x.rtv: frame 0 was captured before the start" create x.rtv in --times times.csv --start-time 2023-11-14T22:13:21Z
 expect 1 "x.rtv: an rtv holds 65535 frames at the most, not 65536" create x.rtv $(yes in/frame_000000.jpg | head -65536) --fps 5

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <vector>
 
 #include "FrameInput.h"
@@ -42,7 +43,7 @@ void StreamRecording::take(std::string_view piece) {
     // Frames that are left out keep their place in time.
     const std::uint64_t number = number_++;
     if (!isFit(*frame, number)) continue;
-    full_ = isRtv(output_) && writer_.frames() == kRtvFramesMax;
+    full_ = isRtv(output_) && isBeyondRtv(number);
     if (full_) return;
     writer_.add(*frame, {clock_.at(number), clock_.at(number)});
     progress_.update(writer_.frames());
@@ -62,8 +63,14 @@ bool StreamRecording::isFit(const std::string& frame, std::uint64_t number) {
   return false;
 }
 
+bool StreamRecording::isBeyondRtv(std::uint64_t number) const {
+  const std::uint64_t milliseconds = clock_.at(number) / 1000 - clock_.at(0) / 1000;
+  return writer_.frames() == kRtvFramesMax || milliseconds > INT32_MAX;
+}
+
 void StreamRecording::reportRest(bool ended) {
-  if (full_) losses_.add(output_, "it is full with 65535 frames; the rest is left out");
+  if (full_)
+    losses_.add(output_, "an rtv holds 65535 frames and 24 days at the most; the rest is left out");
   if (splitter_.skippedBytes() > 0) {
     losses_.add(kName, std::to_string(splitter_.skippedBytes()) +
                            " bytes skipped that belong to no whole frame");

@@ -30,6 +30,7 @@ class StreamRecording {
  private:
   void take(std::string_view piece);
   bool isFit(const std::string& frame, std::uint64_t number);
+  bool isBeyondRtv(std::uint64_t number) const;
   void reportRest(bool ended);
 
   std::string output_;

@@ -148,10 +148,14 @@ void addHeaderOptions(CLI::App& command, Options& options) {
       ->type_name("FILE");
   command.add_option("--extended-info", options.extendedInfoFile, "img: JSON; - is standard input")
       ->type_name("FILE");
-  command
-      .add_option("--tagging-flags", request.taggingFlags,
-                  "rtv: all flags as one number; 16 marks undistorted frames")
-      ->type_name("N");
+  addParsed(command, "--tagging-flags", "N",
+            "rtv: all flags as one decimal number; 16 marks undistorted frames",
+            [&request](const std::string& text) {
+              const auto flags = parseNumber(text);
+              if (!flags || *flags > UINT32_MAX)
+                throw UsageError("--tagging-flags is a number of 32 bits");
+              request.taggingFlags = static_cast<unsigned int>(*flags);
+            });
   command.add_flag("--fix-resolution", request.fixResolution,
                    "Take width and height from frame 0's JPEG");
 }

@@ -119,14 +119,14 @@ std::string textBlock(const Info& info) {
                       velmarCodec2String(info.description.codec) + ", " +
                       velmarFormat2String(info.description.format)},
       {"undistorted", info.description.undistorted ? "yes" : "no"},
-      {"device", info.deviceId.empty() ? "-" : info.deviceId},
+      {"device", info.deviceId.empty() ? "-" : printable(info.deviceId)},
       {"start", formatTime(info.description.startTime)},
       {"duration", durationText(info)},
       {"size", bytesText(info.bytes)},
       {"camera params", toJsonText(info.cameraParams)},
       {"extended info", toJsonText(info.extendedInfo)},
   };
-  std::string text = info.file + "\n";
+  std::string text = printable(info.file) + "\n";
   for (const auto& [label, value] : lines) {
     std::string cell = label;
     cell.resize(15, ' ');
