@@ -25,22 +25,21 @@ void checkTimes(const std::vector<FrameRange>& ranges, const std::string& output
   checkRtvTimes(output, description, times);
 }
 
-/// The frame's tag; its time as it is stored, where the new recording starts at the same time.
-FrameTag tagOf(const Recording& recording, unsigned int index, std::uint64_t startTime) {
-  FrameTag tag = recording.tag(index);
-  if (recording.parser() != nullptr && recording.description().startTime == startTime) {
-    tag.timeFlag = recording.timeFlag(index);
-  }
-  return tag;
+/// Whether times relative to the start mean the same in both.
+bool sharesStart(const Recording& recording, const RecordingDescription& description) {
+  return recording.parser() != nullptr &&
+         recording.description().startTime == description.startTime;
 }
 
 /// Copies one frame or says why not.
-void copyFrame(const Recording& recording, unsigned int index, std::uint64_t startTime,
+void copyFrame(const Recording& recording, unsigned int index, bool keepsTimeFlag,
                RecordingWriter& writer, Losses& losses) {
   std::string jpeg;
   const VELMAR_ERROR_CODE_E code = recording.reader().getRawImage(index, jpeg);
   if (code == VELMAR_ERROR_CODE_SUCCESS_E) {
-    writer.add(jpeg, recording.times(index), tagOf(recording, index, startTime));
+    FrameTag tag = recording.tag(index);
+    if (keepsTimeFlag) tag.timeFlag = recording.timeFlag(index);
+    writer.add(jpeg, recording.times(index), tag);
   } else {
     losses.add(recording.path(),
                "frame " + std::to_string(index) + " is left out: " + plainWords(code));
@@ -80,9 +79,10 @@ void copyFrames(const std::vector<FrameRange>& ranges, const std::string& output
   Progress progress(output, count, quiet);
   std::size_t done = 0;
   for (const FrameRange& range : ranges) {
+    const bool keepsTimeFlag = sharesStart(*range.recording, description);
     for (const unsigned int index : range.frames) {
       if (stop.requested()) break;
-      copyFrame(*range.recording, index, description.startTime, writer, losses);
+      copyFrame(*range.recording, index, keepsTimeFlag, writer, losses);
       progress.update(++done);
     }
   }

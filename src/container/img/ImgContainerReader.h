@@ -3,7 +3,6 @@
 
 #include <turbojpeg.h>
 
-#include <optional>
 #include <string>
 
 #include "common/ImageGeometry.h"
