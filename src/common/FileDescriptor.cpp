@@ -8,18 +8,16 @@
 
 namespace {
 
-// Calls `write` until nothing is left, over short counts and interruptions.
-template <typename Write>
-bool writeAll(const void* data, std::size_t size, Write write) {
-  const char* next = static_cast<const char*>(data);
+// Calls `transfer` (a read or a write) until nothing is left, over short counts and interruptions.
+template <typename Byte, typename Transfer>
+bool transferAll(Byte* next, std::size_t size, Transfer transfer) {
   while (size > 0) {
-    const ssize_t written = write(next, size);
-    if (written < 0) {
-      if (errno == EINTR) continue;
-      return false;
-    }
-    next += written;
-    size -= static_cast<std::size_t>(written);
+    const ssize_t count = transfer(next, size);
+    if (count < 0 && errno == EINTR) continue;
+    if (count == 0) errno = 0;
+    if (count <= 0) return false;
+    next += count;
+    size -= static_cast<std::size_t>(count);
   }
   return true;
 }
@@ -47,15 +45,22 @@ void FileDescriptor::close() {
 }
 
 bool FileDescriptor::write(const void* data, std::size_t size) const {
-  return writeAll(data, size,
-                  [this](const char* next, std::size_t left) { return ::write(fd_, next, left); });
+  return transferAll(
+      static_cast<const char*>(data), size,
+      [this](const char* next, std::size_t left) { return ::write(fd_, next, left); });
 }
 
 bool FileDescriptor::writeAt(const void* data, std::size_t size, unsigned long offset) const {
-  return writeAll(data, size, [this, &offset](const char* next, std::size_t left) {
-    const ssize_t written = ::pwrite(fd_, next, left, static_cast<off_t>(offset));
-    if (written > 0) offset += static_cast<unsigned long>(written);
-    return written;
+  const auto* bytes = static_cast<const char*>(data);
+  return transferAll(bytes, size, [this, bytes, offset](const char* next, std::size_t left) {
+    return ::pwrite(fd_, next, left, static_cast<off_t>(offset) + (next - bytes));
+  });
+}
+
+bool FileDescriptor::readAt(void* data, std::size_t size, unsigned long offset) const {
+  auto* bytes = static_cast<char*>(data);
+  return transferAll(bytes, size, [this, bytes, offset](char* next, std::size_t left) {
+    return ::pread(fd_, next, left, static_cast<off_t>(offset) + (next - bytes));
   });
 }
 

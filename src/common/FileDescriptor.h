@@ -25,6 +25,9 @@ class FileDescriptor {
   /// The same with pwrite(2), `offset` bytes behind the file's start.
   bool writeAt(const void* data, std::size_t size, unsigned long offset) const;
 
+  /// pread(2) until all is read. False where the file ends before, with errno 0, and on a failure.
+  bool readAt(void* data, std::size_t size, unsigned long offset) const;
+
   /// Makes sure that the blocks of a part of the file are there, without changing its length, so
   /// that neither a write nor a store through a map can run into a full disk. True as well where
   /// the file system cannot do that.

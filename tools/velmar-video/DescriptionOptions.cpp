@@ -15,8 +15,6 @@ namespace {
 const std::map<std::string, version_e> kVersions = {
     {"02", RTV_VER_02}, {"03", RTV_VER_03}, {"04", RTV_VER_04}};
 
-std::string jsonOf(const std::string& file) { return file.empty() ? "{}" : readJsonFile(file); }
-
 /// "LNG,LAT" or "LNG,LAT,ALT".
 std::vector<double> parsePosition(const std::string& text) {
   std::vector<double> numbers;
@@ -58,6 +56,14 @@ void setStartPosition(RecordingDescription& description, const std::string& text
   description.alt = storedAltitude(numbers[2], description.version);
 }
 
+int parseSide(std::string_view text) {
+  const auto pixels = parseNumber(text);
+  if (!pixels || *pixels < 1 || *pixels > 65500) {
+    throw UsageError("--size is WIDTHxHEIGHT, each 1 to 65500 pixels");
+  }
+  return static_cast<int>(*pixels);
+}
+
 }  // namespace
 
 std::string parseDeviceId(const std::string& text) {
@@ -72,6 +78,12 @@ std::uint64_t parseTimeOption(const std::string& option, const std::string& text
   const auto time = parseTime(text);
   if (time && *time <= kLastFormattedTime) return *time;
   throw UsageError(option + " is microseconds since 1970 or RFC 3339");
+}
+
+JpegSize parsePictureSize(std::string_view text) {
+  const std::size_t cross = text.find('x');
+  return {parseSide(text.substr(0, cross)),
+          parseSide(cross == text.npos ? "" : text.substr(cross + 1))};
 }
 
 void RtvVersionOption::addTo(CLI::App& command) {
@@ -125,14 +137,19 @@ void DescriptionOptions::refuseWhatIsNotHeld(const std::string& output, version_
 RecordingDescription DescriptionOptions::description(const std::string& output) const {
   RecordingDescription description;
   description.version = rtvVersion.version(output).value_or(RTV_VER_03);
-  refuseWhatIsNotHeld(output, description.version);
-  description.format = string2RvelmarFormat(frameFormat);
-  description.deviceId = deviceId;
-  description.undistorted = undistorted;
-  description.cameraParams = jsonOf(cameraParamsFile);
-  description.extendedInfo = jsonOf(extendedInfoFile);
-  setStartPosition(description, startPosition);
+  change(description, output);
   return description;
+}
+
+void DescriptionOptions::change(RecordingDescription& description,
+                                const std::string& output) const {
+  refuseWhatIsNotHeld(output, description.version);
+  if (!frameFormat.empty()) description.format = string2RvelmarFormat(frameFormat);
+  if (!deviceId.empty()) description.deviceId = deviceId;
+  if (undistorted) description.undistorted = true;
+  if (!cameraParamsFile.empty()) description.cameraParams = readJsonFile(cameraParamsFile);
+  if (!extendedInfoFile.empty()) description.extendedInfo = readJsonFile(extendedInfoFile);
+  setStartPosition(description, startPosition);
 }
 
 std::vector<std::string> DescriptionOptions::inputs() const {

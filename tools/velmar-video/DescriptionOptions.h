@@ -4,9 +4,11 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "RecordingDescription.h"
+#include "common/JpegHeader.h"
 
 namespace CLI {
 class App;
@@ -17,6 +19,9 @@ std::string parseDeviceId(const std::string& text);
 
 /// A point in time for `option`, microseconds since 1970. Throws UsageError.
 std::uint64_t parseTimeOption(const std::string& option, const std::string& text);
+
+/// The pixels of --size, "1280x800". Throws UsageError.
+JpegSize parsePictureSize(std::string_view text);
 
 /// --rtv-version. This object has to outlive the parsing.
 struct RtvVersionOption {
@@ -33,6 +38,8 @@ struct DescriptionOptions {
   /// What they say of the recording `output`, files read and checked; the size and the start time
   /// are still to be set. Throws Failure, and UsageError for what the container does not hold.
   RecordingDescription description(const std::string& output) const;
+  /// The same for a recording of which something is known; what is given goes before that.
+  void change(RecordingDescription& description, const std::string& output) const;
   /// The files that they read.
   std::vector<std::string> inputs() const;
 
@@ -40,7 +47,7 @@ struct DescriptionOptions {
   std::string deviceId;  ///< bytes
   std::string cameraParamsFile;
   std::string extendedInfoFile;
-  std::string frameFormat = "BGR";
+  std::string frameFormat;
   std::string startPosition;
   bool undistorted = false;
 

@@ -1,5 +1,7 @@
 #include "JpegInspector.h"
 
+#include <vector>
+
 #include "Failure.h"
 #include "FrameInput.h"
 #include "InputFile.h"
@@ -17,6 +19,21 @@ JpegSize JpegInspector::sizeOfFile(const std::string& path) const {
     if (start.size() < limit) break;
   }
   throw Failure(path, "it is not a JPEG picture", VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
+}
+
+JpegInspector::DecodingProblem JpegInspector::decodingProblem(const std::string& jpeg) const {
+  constexpr tjscalingfactor kSmall{1, 8};
+  const auto picture = size(jpeg);
+  if (!picture) return {tjGetErrorStr2(handle_.get()), true};
+  const int width = TJSCALED(picture->width, kSmall);
+  const int height = TJSCALED(picture->height, kSmall);
+  std::vector<unsigned char> pixels(static_cast<std::size_t>(width) *
+                                    static_cast<std::size_t>(height));
+  if (tjDecompress2(handle_.get(), reinterpret_cast<const unsigned char*>(jpeg.data()), jpeg.size(),
+                    pixels.data(), width, width, height, TJPF_GRAY, 0) == 0) {
+    return {};
+  }
+  return {tjGetErrorStr2(handle_.get()), tjGetErrorCode(handle_.get()) == TJERR_FATAL};
 }
 
 std::string toText(JpegSize size) {

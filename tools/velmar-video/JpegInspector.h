@@ -18,6 +18,13 @@ class JpegInspector {
   /// holds no JPEG header.
   JpegSize sizeOfFile(const std::string& path) const;
 
+  struct DecodingProblem {
+    std::string text;  ///< the decoder's words; empty if there is none
+    bool isFatal = false;
+  };
+  /// Decodes the picture, at a small size, which takes all of its data.
+  DecodingProblem decodingProblem(const std::string& jpeg) const;
+
  private:
   TjHandle handle_;
 };

@@ -18,6 +18,7 @@ bool isPadding(char byte) { return byte == '\0' || byte == '\xFF'; }
 void JpegStreamSplitter::feed(std::string_view piece) {
   // Only the frame that is not complete moves to the front.
   buffer_.erase(0, start_);
+  forgottenBytes_ += start_;
   position_ -= start_;
   lastSegment_ -= std::min(lastSegment_, start_);
   start_ = 0;
@@ -38,6 +39,7 @@ std::optional<std::string> JpegStreamSplitter::next() {
     if (step == Step::Go) continue;
 
     std::string frame = buffer_.substr(start_, position_ - start_);
+    frameOffset_ = forgottenBytes_ + start_;
     start_ = position_;
     state_ = State::Between;
     return frame;

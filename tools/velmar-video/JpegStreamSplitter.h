@@ -19,6 +19,8 @@ class JpegStreamSplitter {
   void feed(std::string_view piece);
   /// The next whole frame; nothing until more is fed.
   std::optional<std::string> next();
+  /// Where in the stream the last frame that next() gave begins.
+  std::uint64_t frameOffset() const { return frameOffset_; }
 
   /// Whether the stream so far ends inside a frame, once next() gave nothing.
   bool isInsideFrame() const { return state_ != State::Between; }
@@ -47,6 +49,8 @@ class JpegStreamSplitter {
   std::size_t lastSegment_ = 0;  // where the segment before position_ starts
   bool hasScan_ = false;
   std::uint64_t skippedBytes_ = 0;
+  std::uint64_t forgottenBytes_ = 0;  // of the stream, before the buffer
+  std::uint64_t frameOffset_ = 0;
 };
 
 #endif

@@ -7,11 +7,17 @@
 #include <vector>
 
 #include "FrameTimes.h"
+#include "common/JpegHeader.h"
 #include "velmar_video/VelmarVideoCommDef.h"
 #include "velmar_video/rtv/RecordFile.h"
 
 /// What a recording says of itself besides its frames.
 struct RecordingDescription {
+  void setSize(JpegSize size) {
+    width = static_cast<unsigned short>(size.width);
+    height = static_cast<unsigned short>(size.height);
+  }
+
   unsigned short width = 0;   ///< pixels
   unsigned short height = 0;  ///< pixels
   VELMAR_FORMAT_E format = VELMAR_FORMAT_BGR_E;

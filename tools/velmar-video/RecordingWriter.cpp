@@ -1,10 +1,21 @@
 #include "RecordingWriter.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <utility>
 
 #include "Recording.h"
+#include "common/FileDescriptor.h"
+
+namespace {
+
+bool syncFile(const std::string& path) {
+  const FileDescriptor file(path, O_RDONLY);
+  return file.isOpen() && ::fdatasync(file.get()) == 0;
+}
+
+}  // namespace
 
 RecordingWriter::RecordingWriter(std::string path, const RecordingDescription& description,
                                  unsigned int framesMax, OnFailure onFailure)
@@ -31,6 +42,7 @@ void RecordingWriter::add(const std::string& jpeg, FrameTimes times, const Frame
                   VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
   }
   ++frames_;
+  if (syncInterval_ > 0 && frames_ % syncInterval_ == 0) sync();
 }
 
 void RecordingWriter::finish() {
@@ -49,6 +61,14 @@ Failure RecordingWriter::failure(const std::string& words, VELMAR_ERROR_CODE_E c
   const bool complete = backend_->close() == VELMAR_ERROR_CODE_SUCCESS_E;
   return {path_, words + "; the frames recorded so far are in " + path_ + (complete ? "" : ".tmp"),
           code};
+}
+
+void RecordingWriter::sync() {
+  const std::string temporary = path_ + ".tmp";
+  // The frames before the index journal, which must not lead to any that are not there.
+  if (syncFile(temporary) && (isRtv(path_) || syncFile(temporary + ".index"))) return;
+  throw failure("cannot bring frame " + std::to_string(frames_ - 1) + " to the disk",
+                VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
 }
 
 void RecordingWriter::removeTemporaryFiles() const {

@@ -27,9 +27,11 @@ class RecordingWriter {
 
   /// Instead of the description's.
   void setSize(unsigned short width, unsigned short height) { backend_->setSize(width, height); }
+  /// Brings the frames to the disk after every `frames` of them; never if that is 0.
+  void syncEvery(unsigned int frames) { syncInterval_ = frames; }
   unsigned int frames() const { return frames_; }
 
-  /// Throws Failure if the frame cannot be written.
+  /// Throws Failure if the frame cannot be written or not be brought to the disk.
   void add(const std::string& jpeg, FrameTimes times, const FrameTag& tag = {});
   /// Brings the recording under its name. Throws Failure, also if it has no frame.
   void finish();
@@ -38,12 +40,15 @@ class RecordingWriter {
   bool keepsFrames() const { return onFailure_ == OnFailure::KeepFrames && frames_ > 0; }
   /// Says where the frames are that are kept.
   Failure failure(const std::string& words, VELMAR_ERROR_CODE_E code);
+  /// The temporary files.
+  void sync();
   void removeTemporaryFiles() const;
 
   std::string path_;
   OnFailure onFailure_;
   std::unique_ptr<RecordingBackend> backend_;
   unsigned int frames_ = 0;
+  unsigned int syncInterval_ = 0;
   bool finished_ = false;
 };
 

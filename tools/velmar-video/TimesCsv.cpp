@@ -3,6 +3,18 @@
 #include "Failure.h"
 #include "TimeText.h"
 
+namespace {
+
+FrameTimes timesOf(const CsvTable& table, const CsvTable::Row& row, std::size_t sensorColumn,
+                   std::size_t arrivedColumn) {
+  const auto sensor = parseNumber(row.fields[sensorColumn]);
+  const auto arrived = parseNumber(row.fields[arrivedColumn]);
+  if (!sensor || !arrived) table.fail(row.line, "its times are not microseconds");
+  return {*sensor, *arrived};
+}
+
+}  // namespace
+
 std::vector<FrameTimes> readTimes(const CsvTable& table, const std::vector<std::string>& files) {
   const std::vector<std::string> header = {"file", "sensor_time_us", "arrived_time_us"};
   if (table.columns() != header) {
@@ -10,10 +22,22 @@ std::vector<FrameTimes> readTimes(const CsvTable& table, const std::vector<std::
   }
   std::vector<FrameTimes> times;
   for (const CsvTable::Row* row : rowsOfFrames(table, files)) {
-    const auto sensor = parseNumber(row->fields[1]);
-    const auto arrived = parseNumber(row->fields[2]);
-    if (!sensor || !arrived) table.fail(row->line, "its times are not microseconds");
-    times.push_back({*sensor, *arrived});
+    times.push_back(timesOf(table, *row, 1, 2));
+  }
+  return times;
+}
+
+std::vector<FrameTimes> readAllTimes(const CsvTable& table) {
+  const auto sensor = table.column("sensor_time_us");
+  const auto arrived = table.column("arrived_time_us");
+  const auto index = table.column("index");
+  if (!sensor) table.fail(1, "there is no column sensor_time_us");
+  std::vector<FrameTimes> times;
+  for (const CsvTable::Row& row : table.rows()) {
+    if (index && row.fields[*index] != std::to_string(times.size())) {
+      table.fail(row.line, "the row of frame " + std::to_string(times.size()) + " is missing");
+    }
+    times.push_back(timesOf(table, row, *sensor, arrived.value_or(*sensor)));
   }
   return times;
 }

@@ -11,4 +11,9 @@
 /// arrived_time_us; see rowsOfFrames(). Throws Failure.
 std::vector<FrameTimes> readTimes(const CsvTable& table, const std::vector<std::string>& files);
 
+/// Rows in the frames' order with the column sensor_time_us and perhaps arrived_time_us; others,
+/// such as those that `frames --csv` has, count for nothing, but an index has to be right. Throws
+/// Failure.
+std::vector<FrameTimes> readAllTimes(const CsvTable& table);
+
 #endif

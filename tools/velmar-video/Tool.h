@@ -36,6 +36,8 @@ void addCutCommand(Tool& tool);
 void addConcatCommand(Tool& tool);
 void addEditCommand(Tool& tool);
 void addDumpCommand(Tool& tool);
+void addRecoverCommand(Tool& tool);
+void addVerifyCommand(Tool& tool);
 void addSampleCommand(Tool& tool);
 
 #endif

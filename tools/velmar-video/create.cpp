@@ -31,16 +31,12 @@ struct Options {
   std::optional<double> framesPerSecond;
   std::optional<std::uint64_t> startTime;
   DescriptionOptions description;
+  unsigned int syncInterval = 0;
   bool force = false;
   bool quiet = false;
 
   bool readsStream() const { return inputs.size() == 1 && inputs[0] == "-"; }
 };
-
-void setSize(RecordingDescription& description, JpegSize size) {
-  description.width = static_cast<unsigned short>(size.width);
-  description.height = static_cast<unsigned short>(size.height);
-}
 
 FrameClock clockOf(const Options& options) {
   const auto now = std::chrono::duration_cast<std::chrono::microseconds>(
@@ -118,13 +114,14 @@ ExitStatus recordFiles(const Options& options) {
   const std::vector<FrameTag> tags = tagsOf(options, files, description.version);
   const JpegInspector inspector;
   const JpegSize size = commonSize(files, inspector);
-  setSize(description, size);
+  description.setSize(size);
   setStartTime(description, options, times);
 
   StopSignal stop;
   Losses losses;
   RecordingWriter writer(options.output, description, static_cast<unsigned int>(files.size()),
                          RecordingWriter::OnFailure::RemoveFrames);
+  writer.syncEvery(options.syncInterval);
   Progress progress(options.output, files.size(), options.quiet);
   std::size_t done = 0;
   for (; done < files.size() && !stop.requested(); ++done) {
@@ -148,6 +145,7 @@ ExitStatus recordStream(const Options& options) {
   StopSignal stop;
   RecordingWriter writer(options.output, description, kRtvFramesMax,
                          RecordingWriter::OnFailure::KeepFrames);
+  writer.syncEvery(options.syncInterval);
   return StreamRecording(options.output, clock, options.quiet, writer).run(stop);
 }
 
@@ -221,6 +219,12 @@ void addCreateCommand(Tool& tool) {
       ->required();
   addFrameOptions(*command, *options);
   options->description.addTo(*command);
+  command
+      ->add_option("--sync", options->syncInterval,
+                   "Bring the frames to the disk every N frames: a power cut then takes no more "
+                   "than the frames since. Slower")
+      ->type_name("N")
+      ->check(CLI::Range(1U, 1000000U));
   command->add_flag("--force", options->force, "Replace an existing output");
   command->callback([&tool, options] {
     checkUsage(*options);

@@ -8,6 +8,7 @@
 #include "JsonText.h"
 #include "StandardOutput.h"
 #include "TimeText.h"
+#include "TimesCsv.h"
 #include "Tool.h"
 
 namespace {
@@ -27,26 +28,6 @@ struct Options {
            cameraParamsFile.empty() && extendedInfoFile.empty();
   }
 };
-
-/// Rows in the frames' order with the column sensor_time_us and perhaps arrived_time_us; others,
-/// such as those that `frames --csv` has, count for nothing, but an index has to be right.
-std::vector<FrameTimes> readAllTimes(const CsvTable& table) {
-  const auto sensor = table.column("sensor_time_us");
-  const auto arrived = table.column("arrived_time_us");
-  const auto index = table.column("index");
-  if (!sensor) table.fail(1, "there is no column sensor_time_us");
-  std::vector<FrameTimes> times;
-  for (const CsvTable::Row& row : table.rows()) {
-    if (index && row.fields[*index] != std::to_string(times.size())) {
-      table.fail(row.line, "the row of frame " + std::to_string(times.size()) + " is missing");
-    }
-    const auto sensorTime = parseNumber(row.fields[*sensor]);
-    const auto arrivedTime = parseNumber(row.fields[arrived.value_or(*sensor)]);
-    if (!sensorTime || !arrivedTime) table.fail(row.line, "its times are not microseconds");
-    times.push_back({*sensorTime, *arrivedTime});
-  }
-  return times;
-}
 
 ExitStatus edit(const Options& options) {
   EditRequest request = options.request;

@@ -72,6 +72,8 @@ void addCommands(Tool& tool) {
   addConvertCommand(tool);
   addEditCommand(tool);
   addDumpCommand(tool);
+  addRecoverCommand(tool);
+  addVerifyCommand(tool);
   addSampleCommand(tool);
 }
 

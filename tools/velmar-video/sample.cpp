@@ -32,8 +32,7 @@ constexpr int kStartAltitude = 519;  // metres
 struct Options {
   std::string output;
   unsigned int frames = 50;
-  unsigned short width = 1280;
-  unsigned short height = 800;
+  JpegSize size{1280, 800};
   double framesPerSecond = 30;
   RtvVersionOption rtvVersion;
   bool force = false;
@@ -42,9 +41,9 @@ struct Options {
 
 /// The camera that SampleScene draws with.
 std::string cameraParams(const Options& options) {
-  const std::string focalLength = std::to_string(options.width * 4 / 5);
-  const std::string centerX = std::to_string(options.width / 2);
-  const std::string centerY = std::to_string(options.height * 9 / 20);
+  const std::string focalLength = std::to_string(options.size.width * 4 / 5);
+  const std::string centerX = std::to_string(options.size.width / 2);
+  const std::string centerY = std::to_string(options.size.height * 9 / 20);
   return "{\"camera_matrix\": [[" + focalLength + ", 0, " + centerX + "], [0, " + focalLength +
          ", " + centerY + "], [0, 0, 1]], \"distortion\": [0, 0, 0, 0, 0], " +
          "\"height_above_road_mm\": 1400}";
@@ -52,8 +51,7 @@ std::string cameraParams(const Options& options) {
 
 RecordingDescription describe(const Options& options) {
   RecordingDescription description;
-  description.width = options.width;
-  description.height = options.height;
+  description.setSize(options.size);
   description.deviceId.assign(std::begin(kDeviceId), std::end(kDeviceId));
   description.version = options.rtvVersion.version(options.output).value_or(RTV_VER_04);
   description.undistorted = true;
@@ -103,7 +101,7 @@ ExitStatus drawSample(const Options& options) {
   checkRecordingOutput(options.output, {}, options.force);
   checkFramesCount(options.output, options.frames);
   const FrameClock clock(kStartTime, options.framesPerSecond);
-  SampleScene scene(options.width, options.height);
+  SampleScene scene(options.size.width, options.size.height);
   SampleScene::Motion motion = SampleScene::start();
 
   StopSignal stop;
@@ -125,20 +123,6 @@ ExitStatus drawSample(const Options& options) {
   return losses.status();
 }
 
-unsigned short parseSide(std::string_view text) {
-  const auto pixels = parseNumber(text);
-  if (!pixels || *pixels < 1 || *pixels > 65500) {
-    throw UsageError("--size is WIDTHxHEIGHT, each 1 to 65500 pixels");
-  }
-  return static_cast<unsigned short>(*pixels);
-}
-
-void parseSize(std::string_view text, Options& options) {
-  const std::size_t cross = text.find('x');
-  options.width = parseSide(text.substr(0, cross));
-  options.height = parseSide(cross == text.npos ? "" : text.substr(cross + 1));
-}
-
 }  // namespace
 
 void addSampleCommand(Tool& tool) {
@@ -153,7 +137,7 @@ void addSampleCommand(Tool& tool) {
       ->check(CLI::Range(1U, 10000000U));
   command
       ->add_option_function<std::string>(
-          "--size", [options](const std::string& text) { parseSize(text, *options); },
+          "--size", [options](const std::string& text) { options->size = parsePictureSize(text); },
           "Size in pixels, 1280x800 if not given")
       ->type_name("WxH");
   command->add_option("--fps", options->framesPerSecond, "Frames a second, 30 if not given")

@@ -5,7 +5,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -40,6 +42,18 @@ frametag_02ver_t version02Tag(const frametag03Ver_t& tag) {
   old.speed = tag.speed;
   old.direction = tag.direction;
   return old;
+}
+
+// The length comes last: the tag of a recorder that is killed in between has none yet, so that it
+// cannot be taken for a whole one.
+void placeTag(unsigned char* slot, const unsigned char* tag, unsigned int size) {
+  constexpr unsigned int kLengthAt = offsetof(frametag_02ver_t, data_length);
+  constexpr unsigned int kLengthEnd = kLengthAt + sizeof frametag_02ver_t::data_length;
+  static_assert(kLengthAt == offsetof(frametag03Ver_t, data_length));
+  std::memcpy(slot, tag, kLengthAt);
+  std::memcpy(slot + kLengthEnd, tag + kLengthEnd, size - kLengthEnd);
+  std::atomic_signal_fence(std::memory_order_release);
+  std::memcpy(slot + kLengthAt, tag + kLengthAt, kLengthEnd - kLengthAt);
 }
 
 }  // namespace
@@ -187,7 +201,7 @@ bool RecordFileCreater::storeTag(const unsigned char* tag, unsigned int index) {
     file_->writeAt(tag, layout.tagSize, layout.tagAt(index));
     return false;
   }
-  std::memcpy(map.data() + layout.tagAt(index), tag, layout.tagSize);
+  placeTag(map.data() + layout.tagAt(index), tag, layout.tagSize);
   map.flush();
   if (!map.unmap()) velmar_logger::e(kTag, "Error: munmap fail: %s", temporaryPath_.c_str());
   return true;

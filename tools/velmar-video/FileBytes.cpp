@@ -1,0 +1,38 @@
+#include "FileBytes.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+#include "Failure.h"
+
+FileBytes::FileBytes(std::string path) : path_(std::move(path)), file_(path_, O_RDONLY) {
+  struct stat status {};
+  if (!file_.isOpen() || fstat(file_.get(), &status) != 0) {
+    throw Failure::ofSystem(path_, "cannot open it", errno);
+  }
+  if (!S_ISREG(status.st_mode)) {
+    throw Failure(path_, "it is not a file", VELMAR_ERROR_CODE_NOT_VELMAR_VIDEO_FORMAT_E);
+  }
+  size_ = static_cast<std::uint64_t>(status.st_size);
+}
+
+std::string FileBytes::read(std::uint64_t offset, std::uint64_t length) const {
+  std::string bytes(offset < size_ ? std::min(length, size_ - offset) : 0, '\0');
+  if (!file_.readAt(bytes.data(), bytes.size(), offset)) {
+    if (errno != 0) throw Failure::ofSystem(path_, "cannot read it", errno);
+    throw Failure(path_, "it has become shorter while it was read",
+                  VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
+  }
+  return bytes;
+}
+
+bool beginsAsJpeg(std::string_view bytes) { return bytes.starts_with("\xFF\xD8"); }
+
+bool endsAsJpeg(std::string_view bytes) {
+  const auto last = bytes.find_last_not_of('\0');
+  return last != bytes.npos && bytes.substr(0, last + 1).ends_with("\xFF\xD9");
+}

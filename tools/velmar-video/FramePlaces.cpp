@@ -1,0 +1,58 @@
+#include "FramePlaces.h"
+
+#include "container/img/FrameIndex.h"
+#include "container/rtv/RtvLayout.h"
+
+namespace {
+
+std::uint64_t metaDataOffset(const FileBytes& file) {
+  std::uint64_t stored = 0;
+  file.read(0, sizeof stored).copy(reinterpret_cast<char*>(&stored), sizeof stored);
+  return ntohll(stored);
+}
+
+std::vector<FilePlace> readIndex(const FileBytes& file, unsigned int count) {
+  const std::string bytes = file.read(kFrameIndexStart, count * sizeof(FrameIndex));
+  std::vector<FilePlace> places;
+  FrameIndex record;
+  for (std::size_t at = 0; at + sizeof record <= bytes.size(); at += sizeof record) {
+    bytes.copy(reinterpret_cast<char*>(&record), sizeof record, at);
+    record = record.swapped();
+    places.push_back({record.frameOffset, record.frameSize});
+  }
+  return places;
+}
+
+std::vector<FilePlace> readRanges(TaggedVideoParser& parser, unsigned int count) {
+  std::vector<FilePlace> places;
+  for (unsigned int i = 0; i < count; ++i) {
+    unsigned long offset = 0;
+    unsigned int size = 0;
+    parser.getRawImageRange(static_cast<unsigned short>(i), offset, size, false, nullptr);
+    places.push_back({offset, size});
+  }
+  return places;
+}
+
+}  // namespace
+
+FramePlaces::FramePlaces(const Recording& recording, const FileBytes& file) {
+  const unsigned int count = recording.framesCount();
+  std::uint64_t start = kFrameIndexStart + count * sizeof(FrameIndex);
+  std::uint64_t end = file.size();
+  TaggedVideoParser* const parser = recording.parser();
+  mayBeginWithGap = parser == nullptr;
+  if (parser == nullptr) {
+    frames = readIndex(file, count);
+    end = metaDataOffset(file);
+  } else {
+    frames = readRanges(*parser, count);
+    version_e version{};
+    unsigned short slots = 0;
+    // Neither can fail on a parser that is open.
+    parser->getVersion(version);
+    parser->getFramesMax(slots);
+    start = rtvLayout(version).tagAt(slots);
+  }
+  room = {start, end > start ? end - start : 0};
+}

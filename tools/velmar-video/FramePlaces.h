@@ -1,0 +1,30 @@
+#ifndef VELMAR_TOOL_FRAME_PLACES_H
+#define VELMAR_TOOL_FRAME_PLACES_H
+
+#include <cstdint>
+#include <vector>
+
+#include "FileBytes.h"
+#include "Recording.h"
+
+/// Bytes of a file.
+struct FilePlace {
+  std::uint64_t offset;
+  std::uint64_t size;
+
+  std::uint64_t end() const { return offset + size; }
+};
+
+/// Where in its file a recording has its frames.
+struct FramePlaces {
+  FramePlaces(const Recording& recording, const FileBytes& file);
+
+  std::vector<FilePlace> frames;
+  /// What is kept for them: from the end of the index or the tag table to the metadata or the end
+  /// of the file.
+  FilePlace room;
+  /// Whether bytes of frames that were moved to make place for the index may lie before them.
+  bool mayBeginWithGap;
+};
+
+#endif

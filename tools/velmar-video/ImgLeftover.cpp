@@ -1,0 +1,167 @@
+#include <algorithm>
+#include <utility>
+
+#include "Failure.h"
+#include "FrameInput.h"
+#include "InputFile.h"
+#include "JpegStreamSplitter.h"
+#include "JsonText.h"
+#include "Leftover.h"
+#include "container/img/FrameIndex.h"
+
+namespace {
+
+constexpr std::uint64_t kPiece = std::uint64_t{1} << 20;
+
+FrameIndex recordAt(const std::string& bytes, std::size_t index) {
+  FrameIndex record;
+  bytes.copy(reinterpret_cast<char*>(&record), sizeof record, index * sizeof record);
+  return record.swapped();
+}
+
+LeftoverFrame frameOf(const FrameIndex& record, const FileBytes& file) {
+  LeftoverFrame frame{
+      record.frameOffset, record.frameSize, {record.sensorTime, record.arrivedTime}, nullptr};
+  if (frame.offset < kFrameIndexStart || !file.contains(frame.offset, frame.size)) {
+    frame.flaw = "the place is not in the file";
+  } else if (!beginsAsJpeg(file.read(frame.offset, std::min<std::uint64_t>(frame.size, 2)))) {
+    frame.flaw = "no JPEG picture is in the place";
+  }
+  return frame;
+}
+
+std::size_t wholeFrames(const std::vector<LeftoverFrame>& frames) {
+  return static_cast<std::size_t>(
+      std::count_if(frames.begin(), frames.end(), [](auto& frame) { return !frame.flaw; }));
+}
+
+/// What the recorder kept beside the file. The last record may be cut short.
+std::vector<LeftoverFrame> readJournal(const FileBytes& file) {
+  std::vector<LeftoverFrame> frames;
+  std::string bytes;
+  try {
+    bytes = readFile(file.path() + ".index");
+  } catch (const Failure&) {
+    return frames;  // it is a help, not a condition
+  }
+  for (std::size_t i = 0; (i + 1) * sizeof(FrameIndex) <= bytes.size(); ++i) {
+    frames.push_back(frameOf(recordAt(bytes, i), file));
+  }
+  return frames;
+}
+
+/// The index that the recorder writes over the first frames at the end. It reaches to the first
+/// frame at most; behind its last record lies what is left of a frame.
+std::vector<LeftoverFrame> readFrontIndex(const FileBytes& file) {
+  constexpr std::size_t kRecordsAtOnce = 4096;
+  std::vector<LeftoverFrame> frames;
+  std::uint64_t lowest = file.size();
+  std::uint64_t at = kFrameIndexStart;
+  for (bool goesOn = true; goesOn;) {
+    const std::string bytes = file.read(at, kRecordsAtOnce * sizeof(FrameIndex));
+    goesOn = false;
+    for (std::size_t i = 0; (i + 1) * sizeof(FrameIndex) <= bytes.size(); ++i) {
+      at += sizeof(FrameIndex);
+      if (at > lowest) return frames;
+      const LeftoverFrame frame = frameOf(recordAt(bytes, i), file);
+      if (frame.flaw != nullptr) continue;
+      goesOn = true;
+      lowest = std::min(lowest, frame.offset);
+      frames.push_back(frame);
+    }
+  }
+  return frames;
+}
+
+bool readMetaData(const std::string& text, RecordingDescription& description) {
+  const Json::Value root = parseJson(text);
+  if (!root.isObject() || !root["frames_count"].isUInt()) return false;
+  try {
+    description.deviceId = bytesOfHex(root["camera_id"].asString());
+    description.width = static_cast<unsigned short>(root["width"].asUInt());
+    description.height = static_cast<unsigned short>(root["height"].asUInt());
+    description.format = string2RvelmarFormat(root["frame_format"].asString());
+    description.codec = string2VelmarCodec(root["frame_codec"].asString());
+    description.undistorted = root["undistorted"].asBool();
+    description.cameraParams = toJsonText(root["camera_params"]);
+    description.extendedInfo = toJsonText(root["extendedInfo"]);
+    return true;
+  } catch (const Json::Exception&) {
+    return false;
+  }
+}
+
+/// The recorder finishes a file by repeating its first frames at the end, before the index covers
+/// them.
+bool repeatsTheFront(const FileBytes& file, std::uint64_t start) {
+  for (std::uint64_t done = 0; done < file.size() - start; done += kPiece) {
+    const std::string piece = file.read(start + done, kPiece);
+    if (piece != file.read(kFrameIndexStart + done, piece.size())) return false;
+  }
+  return true;
+}
+
+/// Finds frames from `start` on, without times. The bytes that belong to none.
+std::uint64_t findFrames(const FileBytes& file, std::uint64_t start,
+                         std::vector<LeftoverFrame>& frames) {
+  JpegStreamSplitter splitter(kMaxFrameSize);
+  std::uint64_t strayBytes = file.size() - start;
+  for (std::uint64_t at = start; at < file.size(); at += kPiece) {
+    splitter.feed(file.read(at, kPiece));
+    while (const auto jpeg = splitter.next()) {
+      frames.push_back({start + splitter.frameOffset(), jpeg->size(), {}, nullptr});
+      strayBytes -= jpeg->size();
+    }
+  }
+  return strayBytes;
+}
+
+/// Gives the frames from `first` on their times.
+void setTimes(std::vector<LeftoverFrame>& frames, std::size_t first, const LeftoverTimes& known) {
+  FrameTimes start{known.startTime, known.startTime};
+  std::uint64_t number = 0;
+  if (first > 0) {
+    start = frames[first - 1].times;
+    number = 1;
+  }
+  for (std::size_t i = first; i < frames.size(); ++i, ++number) {
+    if (known.framesPerSecond) {
+      frames[i].times = {FrameClock(start.sensor, *known.framesPerSecond).at(number),
+                         FrameClock(start.arrived, *known.framesPerSecond).at(number)};
+    } else if (i < known.times.size()) {
+      frames[i].times = known.times[i];
+    } else {
+      frames[i].flaw = known.times.empty()
+                           ? "the index journal has no time (--fps or --times can give one)"
+                           : "--times has no row";
+    }
+  }
+}
+
+}  // namespace
+
+Leftover findImgLeftover(const FileBytes& file, const LeftoverTimes& times) {
+  Leftover leftover;
+  leftover.frames = readJournal(file);
+  std::vector<LeftoverFrame> front = readFrontIndex(file);
+  if (wholeFrames(front) > wholeFrames(leftover.frames)) leftover.frames = std::move(front);
+
+  std::uint64_t end = kFrameIndexStart;
+  for (const LeftoverFrame& frame : leftover.frames) {
+    if (frame.flaw == nullptr) end = std::max(end, frame.offset + frame.size);
+  }
+  const std::size_t recorded = leftover.frames.size();
+  if (file.read(end, 1) == "{") {
+    leftover.isDescribed = readMetaData(file.read(end, kMaxFrameSize), leftover.description);
+    return leftover;
+  }
+  if (end == file.size() || (recorded > 0 && repeatsTheFront(file, end))) return leftover;
+
+  leftover.strayBytes = findFrames(file, end, leftover.frames);
+  if (recorded == 0 && !leftover.frames.empty() && !times.framesPerSecond && times.times.empty()) {
+    throw Failure(file.path(), "there is no index journal beside it; --fps or --times is needed",
+                  VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+  }
+  setTimes(leftover.frames, recorded, times);
+  return leftover;
+}

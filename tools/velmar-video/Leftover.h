@@ -1,0 +1,51 @@
+/// What a recorder that was killed left behind in its temporary file.
+#ifndef VELMAR_TOOL_LEFTOVER_H
+#define VELMAR_TOOL_LEFTOVER_H
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "FileBytes.h"
+#include "FrameTag.h"
+#include "FrameTimes.h"
+#include "RecordingDescription.h"
+
+struct LeftoverFrame {
+  std::uint64_t offset = 0;
+  std::uint64_t size = 0;
+  FrameTimes times{};          ///< img
+  const char* flaw = nullptr;  ///< why the frame is lost; null if it may be whole
+};
+
+struct Leftover {
+  /// As far as the file itself says; see isDescribed.
+  RecordingDescription description;
+  /// Whether the recorder came to write what it knew of the whole recording.
+  bool isDescribed = false;
+  unsigned int framesMax = 0;         ///< rtv: slots of the tag table
+  std::vector<LeftoverFrame> frames;  ///< in recording order
+  std::vector<FrameTag> tags;         ///< rtv: one for each frame
+  /// Belong to no frame: behind the last one those of a frame that was being added.
+  std::uint64_t strayBytes = 0;
+};
+
+/// What the caller knows of the times of an img's frames, for those that the journal does not have.
+struct LeftoverTimes {
+  std::optional<double> framesPerSecond;
+  std::uint64_t startTime = 0;    ///< microseconds since 1970, for framesPerSecond
+  std::vector<FrameTimes> times;  ///< in recording order
+};
+
+/// Takes the frames from the index journal beside the file, or from the index at its front if the
+/// recorder came to write that; what neither has is found by following the JPEGs from marker to
+/// marker. Throws Failure if the file cannot be read or times are needed and not given.
+Leftover findImgLeftover(const FileBytes& file, const LeftoverTimes& times);
+
+/// Takes the frames from the tag table. The version and the size of the table are those by which
+/// most tags lead to frames.
+/// \param version  if it is known
+/// Throws Failure if the file cannot be read.
+Leftover findRtvLeftover(const FileBytes& file, std::optional<version_e> version);
+
+#endif

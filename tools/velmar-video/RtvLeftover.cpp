@@ -1,0 +1,159 @@
+#include <algorithm>
+#include <cstring>
+#include <tuple>
+#include <utility>
+
+#include "Leftover.h"
+#include "container/rtv/RtvLayout.h"
+#include "velmar_video/TypeConversion.h"
+
+namespace {
+
+template <typename T>
+T get(const char* bytes) {
+  T value;
+  std::memcpy(&value, bytes, sizeof value);
+  return value;
+}
+
+/// A slot of the tag table.
+struct Slot {
+  LeftoverFrame frame;
+  FrameTag tag;
+  bool isEmpty = true;
+};
+
+/// The tag table, read as one of a version.
+struct Table {
+  version_e version;
+  std::vector<Slot> slots;  ///< up to the last that is not empty
+  std::uint64_t dataStart;  ///< of the first frame
+  std::uint64_t dataEnd;    ///< of the last frame
+  std::size_t wholeFrames;  ///< those without a flaw
+
+  /// The number of slots, by what lies between header and frames.
+  unsigned int framesMax() const {
+    const RtvLayout layout = rtvLayout(version);
+    const std::uint64_t start = std::max<std::uint64_t>(dataStart, layout.headerSize);
+    return static_cast<unsigned int>(
+        std::min<std::uint64_t>((start - layout.headerSize) / layout.tagSize, kRtvFramesMax));
+  }
+  bool isExact() const { return rtvLayout(version).tagAt(framesMax()) == dataStart; }
+};
+
+template <typename Tag>
+void takeNumbers(const Tag& stored, Slot& slot) {
+  slot.frame.offset = stored.data_offset;
+  slot.frame.size = stored.data_length;
+  slot.tag.timeFlag = stored.time_flag;
+  slot.tag.speed = stored.speed;
+  slot.tag.direction = stored.direction;
+}
+
+Slot decodeSlot(const char* bytes, version_e version) {
+  Slot slot;
+  const char* const end = bytes + rtvLayout(version).tagSize;
+  slot.isEmpty = std::all_of(bytes, end, [](char byte) { return byte == '\0'; });
+  if (version == RTV_VER_02) {
+    const auto stored = get<frametag_02ver_t>(bytes);
+    takeNumbers(stored, slot);
+    slot.tag.x = signed24(stored.x);
+    slot.tag.y = signed24(stored.y);
+    slot.tag.relativeDistance = static_cast<unsigned int>(signed24(stored.relative_distance));
+    return slot;
+  }
+  const auto stored = get<frametag03Ver_t>(bytes);
+  takeNumbers(stored, slot);
+  slot.tag.x = stored.x;
+  slot.tag.y = stored.y;
+  slot.tag.z = stored.z;
+  slot.tag.relativeDistance = stored.relative_distance;
+  if (version == RTV_VER_04) slot.tag.can = get<can_data_io>(bytes + sizeof stored);
+  return slot;
+}
+
+/// Why the tag leads to no frame; null if it does.
+const char* flawOf(const Slot& slot, std::uint64_t slotEnd, const FileBytes& file) {
+  const LeftoverFrame& frame = slot.frame;
+  if (slot.isEmpty) return "the tag is missing";
+  if (frame.offset < slotEnd || !file.contains(frame.offset, frame.size)) {
+    return "the tag leads out of the file";
+  }
+  return beginsAsJpeg(file.read(frame.offset, std::min<std::uint64_t>(frame.size, 2)))
+             ? nullptr
+             : "the tag leads to no JPEG picture";
+}
+
+Table readTable(const FileBytes& file, const std::string& front, version_e version) {
+  const RtvLayout layout = rtvLayout(version);
+  Table table{version, {}, file.size(), 0, 0};
+  for (unsigned int i = 0; i < kRtvFramesMax; ++i) {
+    const std::uint64_t slotEnd = layout.tagAt(i + 1);
+    if (slotEnd > table.dataStart || slotEnd > front.size()) break;
+    Slot slot = decodeSlot(front.data() + layout.tagAt(i), version);
+    slot.frame.flaw = flawOf(slot, slotEnd, file);
+    if (slot.frame.flaw == nullptr) {
+      ++table.wholeFrames;
+      table.dataStart = std::min(table.dataStart, slot.frame.offset);
+      table.dataEnd = std::max(table.dataEnd, slot.frame.offset + slot.frame.size);
+    }
+    table.slots.push_back(slot);
+  }
+  while (!table.slots.empty() && table.slots.back().isEmpty) table.slots.pop_back();
+  return table;
+}
+
+/// Whether it is the likelier one. Tags of versions 03 and 04 begin alike, so that a single frame
+/// leaves it to the size of the table and to the CAN block, which says its own length.
+bool isLikelier(const Table& one, const Table& other) {
+  const auto rank = [](const Table& table) {
+    const bool hasCan = table.version == RTV_VER_04 && !table.slots.empty() &&
+                        table.slots[0].tag.can.can_data_length == sizeof(can_data_io) - 2;
+    return std::make_tuple(table.wholeFrames, table.isExact(), hasCan);
+  };
+  return rank(one) > rank(other);
+}
+
+/// The header, which the recorder writes at the end: only if it got there.
+bool readHeader(const std::string& front, version_e version, RecordingDescription& description) {
+  const RtvLayout layout = rtvLayout(version);
+  if (!front.starts_with("velmar.rtv") || front.size() < layout.headerSize) return false;
+  const char* const bytes = front.data();
+  description.deviceId.assign(bytes + kDeviceIdAt, kRtvDeviceIdSize);
+  description.startTime = get<std::uint64_t>(bytes + kStartTimeAt) * 1000 + rtvEpoch(version);
+  description.lng = get<int>(bytes + kLngAt);
+  description.lat = get<int>(bytes + kLatAt);
+  if (layout.hasFlagsAndAltitude) description.alt = get<int>(bytes + kAltAt);
+  description.width = get<unsigned short>(bytes + layout.widthAt());
+  description.height = get<unsigned short>(bytes + layout.heightAt());
+  description.format = rtvFormat2VelmarFormat(get<format_e>(bytes + layout.frameFormatAt()));
+  description.codec = rtvCodec2VelmarCodec(get<codec_e>(bytes + layout.frameCodecAt()));
+  const auto flags = get<unsigned int>(bytes + layout.taggingFlagsAt());
+  description.undistorted = (flags & kRtvUndistortedFlag) != 0;
+  description.taggingFlags = flags & ~kRtvUndistortedFlag;
+  return true;
+}
+
+}  // namespace
+
+Leftover findRtvLeftover(const FileBytes& file, std::optional<version_e> version) {
+  const std::string front = file.read(0, rtvLayout(RTV_VER_04).tagAt(kRtvFramesMax));
+  Table table = readTable(file, front, version.value_or(RTV_VER_03));
+  if (!version) {
+    for (const version_e other : {RTV_VER_02, RTV_VER_04}) {
+      Table candidate = readTable(file, front, other);
+      if (isLikelier(candidate, table)) table = std::move(candidate);
+    }
+  }
+
+  Leftover leftover;
+  leftover.description.version = table.version;
+  leftover.isDescribed = readHeader(front, table.version, leftover.description);
+  leftover.framesMax = table.framesMax();
+  for (const Slot& slot : table.slots) {
+    leftover.frames.push_back(slot.frame);
+    leftover.tags.push_back(slot.tag);
+  }
+  if (table.wholeFrames > 0) leftover.strayBytes = file.size() - table.dataEnd;
+  return leftover;
+}

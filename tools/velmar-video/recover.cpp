@@ -1,0 +1,276 @@
+#include <unistd.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "CsvTable.h"
+#include "DescriptionOptions.h"
+#include "FrameInput.h"
+#include "InputFile.h"
+#include "JpegInspector.h"
+#include "Leftover.h"
+#include "Losses.h"
+#include "OutputGuard.h"
+#include "Progress.h"
+#include "Recording.h"
+#include "RecordingWriter.h"
+#include "StandardOutput.h"
+#include "StopSignal.h"
+#include "TimesCsv.h"
+#include "Tool.h"
+#include "common/PublishFile.h"
+
+namespace {
+
+struct Options {
+  std::string input;
+  std::string output;
+  std::optional<double> framesPerSecond;
+  std::string timesFile;
+  std::optional<std::uint64_t> startTime;
+  std::optional<JpegSize> size;
+  DescriptionOptions description;
+  bool keepDamaged = false;
+  bool force = false;
+  bool quiet = false;
+};
+
+/// Says which frames are lost, neighbours with the same flaw on one line.
+class FlawReport {
+ public:
+  FlawReport(const std::string& file, Losses& losses) : file_(file), losses_(losses) {}
+  FlawReport(const FlawReport&) = delete;
+  FlawReport& operator=(const FlawReport&) = delete;
+
+  void add(std::size_t frame, const std::string& flaw) {
+    if (flaw != flaw_ || frame != last_ + 1) finish();
+    if (flaw_.empty()) first_ = frame;
+    flaw_ = flaw;
+    last_ = frame;
+    ++count_;
+  }
+  void finish() {
+    if (flaw_.empty()) return;
+    const std::string frames = first_ == last_ ? "frame " + std::to_string(first_) + " is"
+                                               : "frames " + std::to_string(first_) + " to " +
+                                                     std::to_string(last_) + " are";
+    losses_.add(file_, frames + " lost: " + flaw_);
+    flaw_.clear();
+  }
+  std::size_t count() const { return count_; }
+
+ private:
+  const std::string& file_;
+  Losses& losses_;
+  std::string flaw_;
+  std::size_t first_ = 0;
+  std::size_t last_ = 0;
+  std::size_t count_ = 0;
+};
+
+/// Takes the frames over one by one.
+class Rescue {
+ public:
+  Rescue(const FileBytes& file, const Leftover& leftover, const Options& options)
+      : file_(file), leftover_(leftover), options_(options) {}
+
+  /// Why the frame is lost; empty if `jpeg` holds it.
+  std::string take(std::size_t index, std::string& jpeg) const {
+    const LeftoverFrame& frame = leftover_.frames[index];
+    if (frame.flaw != nullptr) return frame.flaw;
+    if (frame.size > kMaxFrameSize) return "too large for a picture";
+    jpeg = file_.read(frame.offset, frame.size);
+    if (!inspector_.size(jpeg)) return "not a JPEG picture";
+    if (!endsAsJpeg(jpeg) && !options_.keepDamaged) {
+      return "the picture is cut short (--keep-damaged keeps such)";
+    }
+    return "";
+  }
+
+  /// Of the first frame that can be had.
+  std::optional<JpegSize> firstSize() const {
+    std::string jpeg;
+    for (std::size_t i = 0; i < leftover_.frames.size(); ++i) {
+      if (take(i, jpeg).empty()) return inspector_.size(jpeg);
+    }
+    return std::nullopt;
+  }
+
+ private:
+  const FileBytes& file_;
+  const Leftover& leftover_;
+  const Options& options_;
+  JpegInspector inspector_;
+};
+
+/// Beside the output, so that the two are on one file system, under a name of its own: the
+/// output's own temporary file may be the very one that is to be read.
+std::string workingPath(const std::string& output) {
+  const std::string extension = output.substr(output.rfind('.'));
+  return output.substr(0, output.size() - extension.size()) + ".recovering" + extension;
+}
+
+LeftoverTimes timesOf(const Options& options) {
+  LeftoverTimes times{options.framesPerSecond, options.startTime.value_or(0), {}};
+  if (!options.timesFile.empty()) {
+    times.times = readAllTimes(CsvTable(options.timesFile, readFile(options.timesFile)));
+  }
+  return times;
+}
+
+/// What the options say, else what the file says. What neither does is lost.
+RecordingDescription describe(const Options& options, const Leftover& leftover, JpegSize firstSize,
+                              Losses& losses) {
+  RecordingDescription description = leftover.description;
+  options.description.change(description, options.output);
+  if (options.startTime) description.startTime = *options.startTime;
+  if (!leftover.isDescribed || options.size) description.setSize(options.size.value_or(firstSize));
+  if (leftover.isDescribed) return description;
+  if (isRtv(options.output) && !options.startTime) {
+    losses.add(options.input, "the start time was not written yet; --start-time gives it");
+  }
+  if (description.deviceId.empty()) {
+    losses.add(options.input, "the device id was not written yet; --device-id gives it");
+  }
+  return description;
+}
+
+/// The recording at `path`; the number of its frames.
+unsigned int writeFrames(const Options& options, const std::string& path, const Leftover& leftover,
+                         const Rescue& rescue, const RecordingDescription& description,
+                         Losses& losses) {
+  StopSignal stop;
+  const std::size_t count = leftover.frames.size();
+  RecordingWriter writer(path, description, leftover.framesMax,
+                         RecordingWriter::OnFailure::RemoveFrames);
+  FlawReport flaws(options.input, losses);
+  Progress progress(options.output, count, options.quiet);
+  std::string jpeg;
+  std::size_t done = 0;
+  for (; done < count && !stop.requested(); ++done) {
+    const std::string flaw = rescue.take(done, jpeg);
+    if (flaw.empty()) {
+      writer.add(jpeg, leftover.frames[done].times,
+                 leftover.tags.empty() ? FrameTag() : leftover.tags[done]);
+    } else {
+      flaws.add(done, flaw);
+    }
+    progress.update(done + 1);
+  }
+  flaws.finish();
+  writer.finish();
+  if (done < count) losses.addStopped(options.output, done, count);
+  return writer.frames();
+}
+
+void publish(const std::string& path, const std::string& output) {
+  const int cause = publishFile(path, output);
+  if (cause == 0) return;
+  ::unlink(path.c_str());
+  throw Failure::ofSystem(output, "cannot give it its name", cause);
+}
+
+void showResult(const Options& options, unsigned int kept, const Leftover& leftover) {
+  StandardOutput output;
+  output.write(options.output + ": " + std::to_string(kept) + " of " +
+               std::to_string(leftover.frames.size()) + " frames recovered\n");
+  output.flush();
+}
+
+ExitStatus recover(const Options& options) {
+  checkExtension(options.output);
+  std::vector<std::string> inputs = options.description.inputs();
+  inputs.insert(inputs.end(), {options.input, options.input + ".index"});
+  if (!options.timesFile.empty()) inputs.push_back(options.timesFile);
+  const std::string path = workingPath(options.output);
+  checkOutput(options.output, inputs, options.force);
+  checkRecordingOutput(path, inputs, options.force);
+
+  const FileBytes file(options.input);
+  const Leftover leftover =
+      isRtv(options.output)
+          ? findRtvLeftover(file, options.description.rtvVersion.version(options.output))
+          : findImgLeftover(file, timesOf(options));
+  const Rescue rescue(file, leftover, options);
+  const auto firstSize = rescue.firstSize();
+  if (!firstSize) {
+    throw Failure(options.input, "no frame can be recovered from it",
+                  VELMAR_ERROR_CODE_ALL_IMAGES_CORRUPTED_E);
+  }
+  Losses losses;
+  const auto description = describe(options, leftover, *firstSize, losses);
+  const unsigned int kept = writeFrames(options, path, leftover, rescue, description, losses);
+  publish(path, options.output);
+  if (leftover.strayBytes > 0) {
+    losses.add(options.input, std::to_string(leftover.strayBytes) +
+                                  " bytes belong to no whole frame, perhaps the one that was "
+                                  "being added");
+  }
+  showResult(options, kept, leftover);
+  return losses.status();
+}
+
+void checkUsage(const Options& options) {
+  if (isRtv(options.output) && (options.framesPerSecond || !options.timesFile.empty())) {
+    throw UsageError("recover: an rtv has its frames' times in the file; no --fps or --times");
+  }
+  if (options.framesPerSecond) FrameClock(0, *options.framesPerSecond);
+  if (options.framesPerSecond && !options.timesFile.empty()) {
+    throw UsageError("recover: --fps and --times exclude each other");
+  }
+  if (options.startTime && !isRtv(options.output) && !options.framesPerSecond) {
+    throw UsageError("recover: --start-time goes with --fps or with an .rtv");
+  }
+  options.description.rtvVersion.version(options.output);
+}
+
+void addTimeOptions(CLI::App& command, Options& options) {
+  command
+      .add_option("--fps", options.framesPerSecond,
+                  "img: frames a second, for frames that the index journal does not have")
+      ->type_name("N");
+  command
+      .add_option("--times", options.timesFile,
+                  "img: the same as a table with the columns sensor_time_us and arrived_time_us, "
+                  "a row for each frame of the recording")
+      ->type_name("CSV");
+  command
+      .add_option_function<std::string>(
+          "--start-time",
+          [&options](const std::string& text) {
+            options.startTime = parseTimeOption("--start-time", text);
+          },
+          "Start of an rtv; of the first frame for --fps. Microseconds since 1970 or RFC 3339")
+      ->type_name("TIME");
+}
+
+}  // namespace
+
+void addRecoverCommand(Tool& tool) {
+  CLI::App* command = tool.addCommand(
+      "recover", "Make a recording of what an interrupted one left in its temporary file.",
+      "recover drive.img.tmp drive.img --device-id 0aff");
+  const auto options = std::make_shared<Options>();
+  command
+      ->add_option("input", options->input,
+                   "The temporary file, which stays as it is; an img has an index journal, "
+                   "INPUT.index, beside it")
+      ->required();
+  command->add_option("output", options->output, "The recording to make, OUTPUT.img or OUTPUT.rtv")
+      ->required();
+  addTimeOptions(*command, *options);
+  command
+      ->add_option_function<std::string>(
+          "--size", [options](const std::string& text) { options->size = parsePictureSize(text); },
+          "Size in pixels to name in the recording, the first frame's if not given")
+      ->type_name("WxH");
+  options->description.addTo(*command);
+  command->add_flag("--keep-damaged", options->keepDamaged,
+                    "Keep frames whose picture is cut short as well");
+  command->add_flag("--force", options->force, "Replace an existing output");
+  command->callback([&tool, options] {
+    checkUsage(*options);
+    options->quiet = tool.quiet;
+    tool.run = [options] { return recover(*options); };
+  });
+}
