@@ -47,6 +47,10 @@ class Verifier {
   unsigned int count() const { return static_cast<unsigned int>(places_.frames.size()); }
   bool isInside(const FilePlace& place) const { return file_.contains(place.offset, place.size); }
 
+  unsigned char byteAt(std::uint64_t offset) const {
+    return static_cast<unsigned char>(file_.read(offset, 1).at(0));
+  }
+
   void reportFrame(Severity severity, unsigned int index, const std::string& text) const {
     report_({severity, index, places_.frames[index].offset, text});
   }
@@ -170,10 +174,10 @@ class Verifier {
     };
     const RtvLayout layout = rtvLayout(description_.version);
     if (file_.read(kMagicCodeAt, 10) != "velmar.rtv") warn(kMagicCodeAt, "the magic code differs");
-    if (description_.format == VELMAR_FORMAT_MAX_E) {
+    if (byteAt(layout.frameFormatAt()) > RTV_FMT_GRAY) {
       warn(layout.frameFormatAt(), "the frame format is unknown");
     }
-    if (description_.codec == VELMAR_CODEC_MAX_E) {
+    if (byteAt(layout.frameCodecAt()) > RTV_CODEC_JPG) {
       warn(layout.frameCodecAt(), "the frame codec is unknown");
     }
     for (unsigned int i = 0; i < count(); ++i) {

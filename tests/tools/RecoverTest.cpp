@@ -1,0 +1,356 @@
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <cstdlib>
+#include <functional>
+#include <iostream>
+#include <random>
+#include <thread>
+
+#include "Recording.h"
+#include "Tool.h"
+#include "ToolRun.h"
+#include "support/Pictures.h"
+#include "support/TestSupport.h"
+#include "velmar_video/rtv/RecordFileCreater.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+constexpr unsigned long kStart = 1700000000000000;  // microseconds
+constexpr unsigned short kSlots = 400;
+
+struct Kind {
+  const char* name;
+  const char* extension;
+  version_e version;  ///< of an rtv
+  unsigned int headerSize;
+  unsigned int tagSize;
+};
+const Kind kImg{"img", ".img", RTV_VER_MAX, 8, 28};
+const Kind kRtv02{"rtv02", ".rtv", RTV_VER_02, 68, 29};
+const Kind kRtv03{"rtv03", ".rtv", RTV_VER_03, 72, 36};
+const Kind kRtv04{"rtv04", ".rtv", RTV_VER_04, 72, 145};
+const Kind kKinds[] = {kImg, kRtv02, kRtv03, kRtv04};
+
+std::string picture(unsigned int i) { return numberedJpeg(i, 40 + i % 7 * 300); }
+
+/// Records frames whose numbers are in all that is kept of them.
+class Recorder {
+ public:
+  Recorder(const Kind& kind, const std::string& path, unsigned short slots = kSlots) {
+    if (kind.version == RTV_VER_MAX) {
+      img_ = makeVelmarVideoFileCreater(path);
+      img_->open();
+      img_->setVideoResolution(32, 16);
+    } else {
+      rtv_ = std::make_unique<RecordFileCreater>(path, slots, kind.version, nullptr);
+      rtv_->setVideoResolution(32, 16);
+      rtv_->setStartTime(1234567);
+    }
+  }
+  bool add(unsigned int i) {
+    const int number = static_cast<int>(i);
+    return img_ ? img_->addFrame(picture(i), kStart + i * 1000, kStart + i * 1000 + 5)
+                : rtv_->addFrame(number, picture(i), -number, number, 0, i, i, 0, nullptr);
+  }
+  void close() { img_ ? static_cast<void>(img_->close()) : static_cast<void>(rtv_->close()); }
+
+ private:
+  std::shared_ptr<VelmarVideoFileCreater> img_;
+  std::unique_ptr<RecordFileCreater> rtv_;
+};
+
+/// The numbers of the frames in the recording; -1 where a frame is not as it was recorded.
+std::vector<int> framesIn(const std::string& path) {
+  const Recording recording(path);
+  std::vector<int> numbers;
+  for (unsigned int i = 0; i < recording.framesCount(); ++i) {
+    std::string jpeg;
+    recording.reader().getRawImage(i, jpeg);
+    const FrameTag tag = recording.tag(i);
+    const bool isImg = recording.parser() == nullptr;
+    const int number =
+        isImg ? static_cast<int>((recording.sensorTime(i) - kStart) / 1000) : recording.timeFlag(i);
+    const bool isRight = jpeg == picture(static_cast<unsigned>(number)) &&
+                         (isImg || (tag.x == -number && tag.speed == number));
+    numbers.push_back(isRight ? number : -1);
+  }
+  return numbers;
+}
+
+std::vector<int> numbersTo(int end) {
+  std::vector<int> numbers;
+  for (int i = 0; i < end; ++i) numbers.push_back(i);
+  return numbers;
+}
+
+/// What the recording process tells of itself.
+struct Telling {
+  std::atomic<unsigned int> added = 0;
+  std::atomic<bool> closing = false;
+};
+
+/// Kills a recorder after some frames or while it closes the file; the frames it had been told
+/// were added.
+unsigned int recordAndKill(const Kind& kind, const std::string& path, std::mt19937& random) {
+  constexpr unsigned int kFrames = kSlots;
+  void* shared =
+      ::mmap(nullptr, sizeof(Telling), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  auto* telling = new (shared) Telling;
+  const pid_t child = ::fork();
+  if (child == 0) {
+    Recorder recorder(kind, path);
+    for (unsigned int i = 0; i < kFrames; ++i) {
+      if (recorder.add(i)) telling->added = i + 1;
+    }
+    telling->closing = true;
+    recorder.close();
+    ::_exit(0);
+  }
+  const bool inClose = random() % 3 == 0;
+  const unsigned int frames = random() % kFrames;
+  while (inClose ? !telling->closing.load() : telling->added < frames) std::this_thread::yield();
+  // Closing begins with short steps and ends with the wait for the disk.
+  const unsigned int microseconds = random() % (1U << random() % (inClose ? 12 : 6));
+  std::this_thread::sleep_for(std::chrono::microseconds(microseconds));
+  ::kill(child, SIGKILL);
+  ::waitpid(child, nullptr, 0);
+  const unsigned int added = telling->added;
+  ::munmap(shared, sizeof(Telling));
+  return added;
+}
+
+unsigned int numberFrom(const char* variable, unsigned int otherwise) {
+  const char* text = std::getenv(variable);
+  return text != nullptr ? static_cast<unsigned int>(std::stoul(text)) : otherwise;
+}
+
+TEST(Recover, KeepsEveryFrameThatWasAddedBeforeTheKill) {
+  const unsigned int seed = numberFrom("VELMAR_SEED", std::random_device()());
+  const unsigned int kills = numberFrom("VELMAR_KILLS", 60);
+  std::mt19937 random(seed);
+  for (const Kind& kind : kKinds) {
+    std::size_t added = 0, recovered = 0, finished = 0;
+    for (unsigned int k = 0; k < kills; ++k) {
+      SCOPED_TRACE("seed " + std::to_string(seed) + ", kill " + std::to_string(k) + " of " +
+                   kind.name);
+      const TempFolder folder;
+      const std::string path = folder / "a"s + kind.extension;
+      const unsigned int promised = recordAndKill(kind, path, random);
+      if (exists(path)) {
+        ++finished;
+      } else if (exists(path + ".tmp")) {
+        const std::string before = readFile(path + ".tmp");
+        const ToolRun run = runTool(addRecoverCommand, {"recover", path + ".tmp", path});
+        ASSERT_TRUE(run.status != ExitStatus::Failed || promised == 0) << run.diagnostics;
+        ASSERT_EQ(readFile(path + ".tmp"), before);
+      }
+      const std::vector<int> found = exists(path) ? framesIn(path) : std::vector<int>();
+      ASSERT_GE(found.size(), promised);
+      ASSERT_EQ(found, numbersTo(static_cast<int>(found.size())));
+      added += promised;
+      recovered += found.size();
+    }
+    std::cout << kind.name << ": " << kills << " kills (" << finished << " after the end), "
+              << added << " frames added, " << recovered << " recovered\n";
+    EXPECT_GT(added, 0U);
+    EXPECT_LT(finished, kills);
+  }
+}
+
+/// What may be wrong with what is left, and what comes of it.
+struct Case {
+  const char* name;
+  const Kind& kind;
+  bool isFinished;  ///< the recorder came to write all, but not to give the file its name
+  std::function<void(const std::string& leftover)> damage;
+  std::vector<std::string> options;
+  ExitStatus status;
+  const char* words;
+  std::vector<int> frames;
+};
+
+constexpr unsigned int kLeft = 5;
+
+/// Frames as they were first written.
+std::size_t placeOf(unsigned int frame, const Kind& kind, unsigned int slots = kSlots) {
+  std::size_t offset = kind.version == RTV_VER_MAX ? 8 : kind.headerSize + slots * kind.tagSize;
+  for (unsigned int i = 0; i < frame; ++i) offset += picture(i).size();
+  return offset;
+}
+
+void overwrite(const std::string& path, std::size_t offset, std::size_t size) {
+  std::string bytes = readFile(path);
+  writeFile(path, bytes.replace(offset, size, size, '\0'));
+}
+
+void leave(const Kind& kind, const std::string& path, bool isFinished,
+           unsigned short slots = kSlots, unsigned int frames = kLeft) {
+  ASSERT_TRUE(inChildProcess([&] {
+    auto* recorder = new Recorder(kind, path, slots);
+    for (unsigned int i = 0; i < frames; ++i) recorder->add(i);
+    if (isFinished) recorder->close();
+    return true;
+  }));
+  if (isFinished) std::filesystem::rename(path, path + ".tmp");
+}
+
+TEST(Recover, SaysWhatIsLost) {
+  const auto cutJournal = [](const std::string& file) {
+    std::filesystem::resize_file(file + ".index", 2 * 28 + 5);
+  };
+  const auto removeJournal = [](const std::string& file) {
+    std::filesystem::remove(file + ".index");
+  };
+  const auto zeroFrame = [](const Kind& kind, unsigned int frame) {
+    return [&kind, frame](const std::string& file) { overwrite(file, placeOf(frame, kind), 100); };
+  };
+  const auto cut = [](std::size_t bytes) {
+    return [bytes](const std::string& file) {
+      std::filesystem::resize_file(file, std::filesystem::file_size(file) - bytes);
+    };
+  };
+  const auto zeroTag = [](const Kind& kind, unsigned int tag, unsigned int from,
+                          unsigned int size) {
+    return [&kind, tag, from, size](const std::string& file) {
+      overwrite(file, kind.headerSize + tag * kind.tagSize + from, size);
+    };
+  };
+  const auto done = ExitStatus::Done, loss = ExitStatus::Loss, failed = ExitStatus::Failed;
+  const std::vector<int> all = numbersTo(kLeft);
+  const std::vector<std::string> id{"--device-id", "0aff"}, start{"--start-time", "0"};
+  const std::vector<std::string> fps{"--device-id", "0a", "--fps", "1000"};
+  const std::vector<std::string> fpsFromStart{
+      "--device-id", "0a", "--fps", "1000", "--start-time", std::to_string(kStart)};
+  const Case cases[] = {
+      {"untouched", kImg, false, [](auto&) {}, id, done, "", all},
+      {"no id", kImg, false, [](auto&) {}, {}, loss, "the device id was not written", all},
+      {"no journal", kImg, false, removeJournal, fpsFromStart, done, "", all},
+      {"no times", kImg, false, removeJournal, id, failed, "no index journal", {}},
+      {"short journal", kImg, false, cutJournal, fps, done, "", all},
+      {"lost times", kImg, false, cutJournal, id, loss, "frames 2 to 4 are lost", {0, 1}},
+      {"last frame cut",
+       kImg,
+       false,
+       cut(3),
+       id,
+       loss,
+       "frame 4 is lost: the place is not",
+       {0, 1, 2, 3}},
+      {"zeros",
+       kImg,
+       false,
+       zeroFrame(kImg, 1),
+       id,
+       loss,
+       "frame 1 is lost: no JPEG",
+       {0, 2, 3, 4}},
+      {"end is zeros",
+       kImg,
+       false,
+       [](auto& file) { overwrite(file, placeOf(3, kImg) - 9, 9); },
+       id,
+       loss,
+       "frame 2 is lost: the picture is cut",
+       {0, 1, 3, 4}},
+      {"frames moved, journal old", kImg, false,
+       [](auto& file) { writeFile(file, readFile(file) + readFile(file).substr(8, 200)); }, id,
+       done, "", all},
+      {"finished", kImg, true, [](auto&) {}, {}, done, "", all},
+      {"no metadata offset",
+       kImg,
+       true,
+       [](auto& file) { overwrite(file, 0, 8); },
+       {},
+       done,
+       "",
+       all},
+      {"half the metadata", kImg, true, cut(50), id, done, "", all},
+      {"untouched 02",
+       kRtv02,
+       false,
+       [](auto&) {},
+       {"--device-id", "0a", "--start-time", "2020-01-01T00:00:00Z"},
+       done,
+       "",
+       all},
+      {"no start time", kRtv03, false, [](auto&) {}, id, loss, "the start time was not", all},
+      {"finished 04", kRtv04, true, [](auto&) {}, {}, done, "", all},
+      {"finished, then cut",
+       kRtv02,
+       true,
+       cut(3),
+       {},
+       loss,
+       "frame 4 is lost: the tag leads out",
+       {0, 1, 2, 3}},
+      {"first tag missing",
+       kRtv03,
+       true,
+       zeroTag(kRtv03, 0, 0, 36),
+       {},
+       loss,
+       "frame 0 is lost: the tag is missing",
+       {1, 2, 3, 4}},
+      {"tag without length",
+       kRtv04,
+       true,
+       zeroTag(kRtv04, 4, 12, 4),
+       {},
+       loss,
+       "bytes belong to no whole frame",
+       {0, 1, 2, 3}},
+      {"zeros 04",
+       kRtv04,
+       true,
+       zeroFrame(kRtv04, 0),
+       {},
+       loss,
+       "frame 0 is lost: the tag leads to no JPEG",
+       {1, 2, 3, 4}},
+      {"empty",
+       kRtv03,
+       false,
+       [](auto& file) { writeFile(file, ""); },
+       start,
+       failed,
+       "no frame can be recovered",
+       {}},
+  };
+  for (const Case& each : cases) {
+    SCOPED_TRACE(each.name);
+    const TempFolder folder;
+    const std::string path = folder / "a"s + each.kind.extension;
+    leave(each.kind, path, each.isFinished);
+    each.damage(path + ".tmp");
+    std::vector<std::string> arguments{"recover", path + ".tmp", path};
+    arguments.insert(arguments.end(), each.options.begin(), each.options.end());
+    const ToolRun run = runTool(addRecoverCommand, arguments);
+    EXPECT_EQ(run.status, each.status) << run.diagnostics;
+    EXPECT_NE(run.diagnostics.find(each.words), std::string::npos) << run.diagnostics;
+    EXPECT_EQ(exists(path) ? framesIn(path) : std::vector<int>(), each.frames);
+    EXPECT_FALSE(exists(folder / "a.recovering"s + each.kind.extension + ".tmp"));
+  }
+}
+
+// Tags of 03 and 04 begin alike, and the capacities are such that either reading is possible.
+TEST(Recover, TellsTheVersionFromASingleFrame) {
+  const std::pair<const Kind&, unsigned short> files[] = {{kRtv03, 145}, {kRtv04, 36}, {kRtv02, 7}};
+  for (const auto& [kind, slots] : files) {
+    SCOPED_TRACE(kind.name);
+    const TempFolder folder;
+    leave(kind, folder / "a.rtv", false, slots, 1);
+    runTool(addRecoverCommand, {"recover", folder / "a.rtv.tmp", folder / "a.rtv"});
+    EXPECT_EQ(Recording(folder / "a.rtv").description().version, kind.version);
+    EXPECT_EQ(std::filesystem::file_size(folder / "a.rtv"),
+              placeOf(0, kind, slots) + picture(0).size());
+  }
+}
+
+}  // namespace
