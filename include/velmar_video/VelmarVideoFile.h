@@ -226,7 +226,8 @@ class VELMAR_VIDEO_API VelmarVideoFileModifier : public IVelmarVideoFile {
 
   /// As the reader's open(), for reading and writing.
   VELMAR_ERROR_CODE_E open() override = 0;
-  /// Writes the changed header and lets the file go.
+  /// Writes the changed header and lets the file go. Where another file has got the path meanwhile,
+  /// that one is left alone: img answers VELMAR_ERROR_CODE_FILE_OPEN_FAIL_E, rtv edits the old one.
   VELMAR_ERROR_CODE_E close() override = 0;
 
   /// Replaces the device identifier; lengths as in VelmarVideoFileCreater::setDeviceId().
