@@ -106,7 +106,9 @@ class VELMAR_VIDEO_API VelmarVideoFileCreater : public IVelmarVideoFile {
 /// indexes to 16 bits first, so that 65536 is frame 0; this is intended). Per-frame operations
 /// answer an error before open(), after a failed one and after close().
 ///
-/// A reader object opens one file once. The file must not be shortened while it is open.
+/// A reader object opens one file once. The file must not be shortened while it is open. If a
+/// creater finishes another recording under the path, open() finds the old one or the new one, each
+/// complete, and a reader that is open stays with the one that it opened.
 class VELMAR_VIDEO_API VelmarVideoFileReader : public IVelmarVideoFile {
  public:
   explicit VelmarVideoFileReader(const std::string& path);
@@ -213,6 +215,10 @@ class VELMAR_VIDEO_API VelmarVideoFileReader : public IVelmarVideoFile {
 /// destroyed without close() drops the latter. Operations answer an error before open() and after
 /// close(), unless they have nothing to do in the container. Nothing locks the file: two modifiers
 /// at work on one file overwrite each other's changes.
+///
+/// Readers take header and times when they open the file. One that does so in the very moment of a
+/// change (of a time; of the header, in close()) may find a part of the old value and a part of the
+/// new one; frames are never touched.
 class VELMAR_VIDEO_API VelmarVideoFileModifier : public IVelmarVideoFile {
  public:
   explicit VelmarVideoFileModifier(const std::string& path);
@@ -220,7 +226,8 @@ class VELMAR_VIDEO_API VelmarVideoFileModifier : public IVelmarVideoFile {
 
   /// As the reader's open(), for reading and writing.
   VELMAR_ERROR_CODE_E open() override = 0;
-  /// Writes the changed header and lets the file go.
+  /// Writes the changed header and lets the file go. Where another file has got the path meanwhile,
+  /// that one is left alone: img answers VELMAR_ERROR_CODE_FILE_OPEN_FAIL_E, rtv edits the old one.
   VELMAR_ERROR_CODE_E close() override = 0;
 
   /// Replaces the device identifier; lengths as in VelmarVideoFileCreater::setDeviceId().

@@ -3,7 +3,6 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 
-#include <cerrno>
 #include <utility>
 
 MemoryMap::~MemoryMap() { unmap(); }
@@ -18,14 +17,9 @@ bool MemoryMap::map(int fd, unsigned long length, Access access) {
   return true;
 }
 
-bool MemoryMap::mapIfWhole(int fd, unsigned long length, Access access) {
+bool MemoryMap::mapWhole(int fd, Access access) {
   struct stat status {};
-  if (::fstat(fd, &status) != 0) return false;
-  if (static_cast<unsigned long>(status.st_size) < length) {
-    errno = ESTALE;
-    return false;
-  }
-  return map(fd, length, access);
+  return ::fstat(fd, &status) == 0 && map(fd, static_cast<unsigned long>(status.st_size), access);
 }
 
 void MemoryMap::flush() const {

@@ -55,8 +55,9 @@ VELMAR_ERROR_CODE_E ImgContainerModifier::close() {
 VELMAR_ERROR_CODE_E ImgContainerModifier::rewriteMetaData(const std::string& oldText) const {
   const FileDescriptor file(filePath_, O_RDWR);
   struct stat status {};
-  // Another length: not the file that was opened.
-  if (!file.isOpen() || ::fstat(file.get(), &status) != 0 ||
+  // Not the file that was opened, or no longer as long: the new text would land in frames.
+  if (!file.isOpen() || ::fstat(file.get(), &status) != 0 || status.st_dev != openedFile_.st_dev ||
+      status.st_ino != openedFile_.st_ino ||
       static_cast<unsigned long>(status.st_size) != fileLength_) {
     velmar_logger::e(kTag, "oen file error = %s", filePath_.c_str());
     return VELMAR_ERROR_CODE_FILE_OPEN_FAIL_E;

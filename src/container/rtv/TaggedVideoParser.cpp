@@ -106,15 +106,14 @@ ErrorCode_e TaggedVideoParser::open(const char* path, const InitMode& mode) {
                      std::strerror(errno));
     return RTV_ERR_FILE_OPEN_FAIL;
   }
-  const auto size = static_cast<unsigned long>(status.st_size);
   const auto access = mode.writable ? MemoryMap::Access::ReadWrite : MemoryMap::Access::ReadOnly;
-  if (!state_->mMapAddr.mapIfWhole(file.get(), size, access)) {
+  if (!state_->mMapAddr.mapWhole(file.get(), access)) {
     velmar_logger::e(mode.tag, "mmap fail: %s", std::strerror(errno));
     file.release();  // stays open: part of the contract
     return RTV_ERR_FILE_MMAP_FAIL;
   }
   state_->mFileFd = std::move(file);
-  state_->mFileSize = size;
+  state_->mFileSize = state_->mMapAddr.length();
   return RTV_ERR_SUCCESS;
 }
 
