@@ -18,14 +18,16 @@ bool MemoryMap::map(int fd, unsigned long length, Access access) {
   return true;
 }
 
-bool MemoryMap::mapIfWhole(int fd, unsigned long length, Access access) {
+bool MemoryMap::isWhole(int fd, unsigned long length) {
   struct stat status {};
   if (::fstat(fd, &status) != 0) return false;
-  if (static_cast<unsigned long>(status.st_size) < length) {
-    errno = ESTALE;
-    return false;
-  }
-  return map(fd, length, access);
+  if (static_cast<unsigned long>(status.st_size) >= length) return true;
+  errno = ESTALE;
+  return false;
+}
+
+bool MemoryMap::mapIfWhole(int fd, unsigned long length, Access access) {
+  return isWhole(fd, length) && map(fd, length, access);
 }
 
 void MemoryMap::flush() const {

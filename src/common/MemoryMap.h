@@ -11,10 +11,12 @@ class MemoryMap {
   MemoryMap& operator=(const MemoryMap&) = delete;
   ~MemoryMap();
 
+  /// Whether the file has `length` bytes.
+  static bool isWhole(int fd, unsigned long length);
   /// Maps `length` bytes, all of them inside the file. The descriptor may be closed afterwards.
   bool map(int fd, unsigned long length, Access access);
-  /// The same for a file whose size is not certain: one that is shorter is refused, since touching
-  /// the map beyond its end would kill the process.
+  /// The same for a file whose size is not certain: one that is not whole is refused, since
+  /// touching the map beyond its end would kill the process.
   bool mapIfWhole(int fd, unsigned long length, Access access);
   /// Starts writing what was stored to the disk.
   void flush() const;
