@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "common/JpegHeader.h"
+#include "common/TjHandle.h"
 #include "support.h"
 #include "velmar_video/rtv/RecordFile.h"
 
@@ -44,7 +46,7 @@ void readHeader(VelmarVideoFileReader& reader) {
   consume(reader.getMetaInfo());
 }
 
-void readStored(VelmarVideoFileReader& reader, unsigned int index) {
+std::string readStored(VelmarVideoFileReader& reader, unsigned int index) {
   unsigned long timeFlag = 0;
   unsigned long timeStamp = 0;
   unsigned long sensorTime = 0;
@@ -59,22 +61,32 @@ void readStored(VelmarVideoFileReader& reader, unsigned int index) {
   reader.getRawImage(index, frame);
   consume(frame);
   unsigned int size = 0;
-  if (reader.getRawImageSize(index, size, true) != VELMAR_ERROR_CODE_SUCCESS_E) return;
+  if (reader.getRawImageSize(index, size, true) != VELMAR_ERROR_CODE_SUCCESS_E) return frame;
   // A size may be anything; only a frame that was read has its bytes.
   std::vector<unsigned char> buffer(frame.size());
   const auto code = reader.getRawImage(index, buffer.size(), buffer.data());
   require(size != frame.size() || size == 0 || code == VELMAR_ERROR_CODE_SUCCESS_E);
   consume(buffer.data(), buffer.size());
+  return frame;
 }
 
-void decode(VelmarVideoFileReader& reader, unsigned int index) {
+/// A picture that is itself as large as a recording's header can say needs as much memory.
+bool isTall(const std::string& frame) {
+  constexpr int kTall = 2000;
+  static const TjHandle decompressor(tjInitDecompress());
+  const auto* jpeg = reinterpret_cast<const unsigned char*>(frame.data());
+  const auto size = readJpegSize(decompressor.get(), jpeg, frame.size());
+  return size && size->height > kTall;
+}
+
+void decode(VelmarVideoFileReader& reader, unsigned int index, const std::string& frame) {
   unsigned short width = 0;
   unsigned short height = 0;
   reader.getImageResolution(width, height);
   const auto format = static_cast<VELMAR_FORMAT_E>(VELMAR_FORMAT_RGB_E + index % 4);
   const auto scale = static_cast<SCALE_FACTOR_E>(SCALE_FACTOR_1_4_E + index % 3);
   // The last cut makes a small picture of one with any header.
-  const unsigned short lastRows = height > 16 ? height - 16 : 0;
+  const unsigned short lastRows = height > 16 && !isTall(frame) ? height - 16 : 0;
   const unsigned short cuts[][2] = {{0, 0}, {3, 1}, {lastRows, 0}};
   for (const auto& [top, bottom] : cuts) {
     unsigned int size = 0;
@@ -116,10 +128,8 @@ void readAll(VelmarVideoFileReader& reader) {
   readHeader(reader);
   unsigned int count = 0;
   reader.getFramesCount(count);
-  forSomeFrames(count, [&reader](unsigned int index) {
-    readStored(reader, index);
-    decode(reader, index);
-  });
+  forSomeFrames(
+      count, [&reader](unsigned int index) { decode(reader, index, readStored(reader, index)); });
   reader.loadAllFromFile();
   const auto closed = reader.close();
   require(opened != VELMAR_ERROR_CODE_SUCCESS_E || closed == VELMAR_ERROR_CODE_SUCCESS_E);
