@@ -16,8 +16,9 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t s
 /// Ends the run with a finding.
 void require(bool holds);
 
-/// Reads every byte, so that a sanitizer sees memory that is not there.
-void consume(const void* bytes, std::size_t size);
+/// Reads every byte, so that a sanitizer sees memory that is not there. What the bytes are is no
+/// coverage.
+__attribute__((no_sanitize("coverage"))) void consume(const void* bytes, std::size_t size);
 inline void consume(std::string_view text) { consume(text.data(), text.size()); }
 
 /// A file in memory, for one process.
