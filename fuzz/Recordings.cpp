@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "common/JpegHeader.h"
 #include "common/TjHandle.h"
 #include "support.h"
 #include "velmar_video/rtv/RecordFile.h"
@@ -73,10 +72,14 @@ std::string readStored(VelmarVideoFileReader& reader, unsigned int index) {
 /// A picture that is itself as large as a recording's header can say needs as much memory.
 bool isTall(const std::string& frame) {
   constexpr int kTall = 2000;
-  static const TjHandle decompressor(tjInitDecompress());
-  const auto* jpeg = reinterpret_cast<const unsigned char*>(frame.data());
-  const auto size = readJpegSize(decompressor.get(), jpeg, frame.size());
-  return size && size->height > kTall;
+  const TjHandle decompressor(tjInitDecompress());
+  auto* jpeg = reinterpret_cast<unsigned char*>(const_cast<char*>(frame.data()));
+  int width = 0;
+  int height = 0;
+  int subsampling = 0;
+  // The size is there even where the answer is that the sampling is unusual.
+  tjDecompressHeader2(decompressor.get(), jpeg, frame.size(), &width, &height, &subsampling);
+  return height > kTall;
 }
 
 void decode(VelmarVideoFileReader& reader, unsigned int index, const std::string& frame) {

@@ -47,7 +47,6 @@ Edges edgesBehind(const std::string& text, const std::string& characters) {
   return edges;
 }
 
-/// Small pictures, and frames that are none.
 std::vector<std::string> drawFrames(unsigned int count) {
   SampleScene scene(kWidth, kHeight, 30);
   std::vector<std::string> frames;
