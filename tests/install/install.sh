@@ -59,6 +59,17 @@ for made in made.img made.rtv made02.rtv; do
 done
 says "wheel_tick_left_front 80" track drive.rtv
 
+# So does the program of the README.
+(
+  printf '#include <%s>\n' iostream vector
+  sed -n '/^```cpp/,/^```/p' "$here/../../README.md" | grep -v '^```' | sed '/^#include/a int main() {'
+  echo '}'
+) >readme.cpp
+# shellcheck disable=SC2086  # flags are words
+"$compiler" -std=c++17 readme.cpp $flags -o readme
+cp made.img drive.img
+[ "$(./readme)" = "VELMAR_ERROR_CODE_SUCCESS_E: 48 x 32" ] || { echo "README: $(./readme)"; exit 1; }
+
 # Nothing but the interface is exported.
 exported=$(nm -D --defined-only -C "$library_folder/libvelmar_video.so" | cut -d ' ' -f 3-)
 classes='IVelmarVideoFile|VelmarVideoFile(Creater|Reader|Modifier)|RecordFile(Creater|Toolkit)?|TaggedVideoParser|RtvContainerModifier'
