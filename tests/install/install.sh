@@ -60,9 +60,10 @@ done
 says "wheel_tick_left_front 80" track drive.rtv
 
 # So does the program of the README.
+# shellcheck disable=SC2016  # the back-ticks are the document's
 (
   printf '#include <%s>\n' iostream vector
-  sed -n '/^```cpp/,/^```/p' "$here/../../README.md" | grep -v '^```' | sed '/^#include/a int main() {'
+  sed -n '/^```cpp/,/^```$/p' "$here/../../README.md" | sed '/^```/d; /^#include/a int main() {'
   echo '}'
 ) >readme.cpp
 # shellcheck disable=SC2086  # flags are words
