@@ -3,7 +3,10 @@
 ///
 /// Every operation answers VELMAR_ERROR_CODE_SUCCESS_E or says what went wrong, and leaves its
 /// output arguments untouched unless it succeeds (an operation that differs says so). Nothing is
-/// thrown. All times are microseconds since 1970-01-01 00:00:00 UTC unless stated otherwise.
+/// thrown: for want of memory, too, there is an error code, mostly
+/// VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E, or an empty text from an operation that gives a text
+/// (getMetaInfo() differs), and an error line in the log. All times are microseconds since
+/// 1970-01-01 00:00:00 UTC unless stated otherwise.
 ///
 /// Threads: an object is used by one thread at a time. Different objects are independent, readers
 /// of one file included: each has its own map and its own decoder. The factories may be called
@@ -49,7 +52,9 @@ class VELMAR_VIDEO_API IVelmarVideoFile {
 /// the file with the others and answers an error all the same. The destructor closes what was
 /// opened, or was given frames, and not closed.
 ///
-/// The setters may be called before or after open(), any time before close().
+/// The setters may be called before or after open(), any time before close(). One that has no
+/// memory for its value leaves the old one whole; close() then finishes the file with that and
+/// answers VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E.
 class VELMAR_VIDEO_API VelmarVideoFileCreater : public IVelmarVideoFile {
  public:
   explicit VelmarVideoFileCreater(std::string path);
@@ -111,6 +116,7 @@ class VELMAR_VIDEO_API VelmarVideoFileCreater : public IVelmarVideoFile {
 /// complete, and a reader that is open stays with the one that it opened.
 class VELMAR_VIDEO_API VelmarVideoFileReader : public IVelmarVideoFile {
  public:
+  /// Without memory for the path open() answers VELMAR_ERROR_CODE_INVALID_FILE_NAME_E.
   explicit VelmarVideoFileReader(const std::string& path);
   ~VelmarVideoFileReader() override;
 
@@ -221,6 +227,7 @@ class VELMAR_VIDEO_API VelmarVideoFileReader : public IVelmarVideoFile {
 /// new one; frames are never touched.
 class VELMAR_VIDEO_API VelmarVideoFileModifier : public IVelmarVideoFile {
  public:
+  /// Without memory for the path open() answers VELMAR_ERROR_CODE_INVALID_FILE_NAME_E.
   explicit VelmarVideoFileModifier(const std::string& path);
   ~VelmarVideoFileModifier() override;
 
@@ -256,8 +263,9 @@ class VELMAR_VIDEO_API VelmarVideoFileModifier : public IVelmarVideoFile {
 };
 
 /// A creater for the path's extension: the text after the last "." of the whole path, "img" or
-/// "rtv" to the letter. Null for every other. No file is touched before open(), except that an
-/// rtv creater creates, sizes and maps its temporary file at once.
+/// "rtv" to the letter. Null for every other, and, with an error line, without memory. No file is
+/// touched before open(), except that an rtv creater creates, sizes and maps its temporary file at
+/// once.
 VELMAR_VIDEO_API std::shared_ptr<VelmarVideoFileCreater> makeVelmarVideoFileCreater(
     const std::string& path);
 /// A reader, by the same rule. No file is touched before open().

@@ -1,7 +1,6 @@
 #include "common/MemoryMap.h"
 
 #include <sys/mman.h>
-#include <sys/stat.h>
 
 #include <utility>
 
@@ -15,11 +14,6 @@ bool MemoryMap::map(int fd, unsigned long length, Access access) {
   length_ = length;
   retired_ = false;
   return true;
-}
-
-bool MemoryMap::mapWhole(int fd, Access access) {
-  struct stat status {};
-  return ::fstat(fd, &status) == 0 && map(fd, static_cast<unsigned long>(status.st_size), access);
 }
 
 void MemoryMap::flush() const {

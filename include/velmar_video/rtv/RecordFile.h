@@ -67,12 +67,14 @@ class VELMAR_VIDEO_API RecordFile {
 
   /// Empty, version RTV_VER_MAX.
   RecordFile();
+  /// Without memory the name stays empty, and there is an error line.
   explicit RecordFile(const std::string& fileName);
   RecordFile(const RecordFile&) = delete;
   RecordFile& operator=(const RecordFile&) = delete;
   ~RecordFile();
 
-  std::string getFileName() const { return fileName_; }
+  /// Empty, with an error line, without memory.
+  std::string getFileName() const;
   /// Zeroes the version 04 header and sets the version to RTV_VER_MAX. The altitude, the tags and
   /// the headers of the other versions stay as they are; this is intended.
   void clear();
