@@ -7,7 +7,10 @@
 #include <cstdarg>
 #include <cstdio>
 #include <memory>
+#include <mutex>
+#include <shared_mutex>
 #include <string>
+#include <utility>
 
 #include "velmar_logger/control.h"
 
@@ -21,13 +24,19 @@ constexpr int kError = 3;
 
 struct State {
   std::atomic<int> level = kWarning;
-  std::atomic<std::shared_ptr<const Sink>> sink;
+  std::shared_mutex mutex;  ///< of the sink, not held while it is called
+  std::shared_ptr<const Sink> sink;
 };
 
 // Never destroyed: objects that are torn down after this library may still log.
 State& state() {
   static auto* const instance = new State;
   return *instance;
+}
+
+std::shared_ptr<const Sink> currentSink() {
+  const std::shared_lock lock(state().mutex);
+  return state().sink;
 }
 
 spdlog::logger& standardError() {
@@ -69,7 +78,7 @@ __attribute__((format(printf, 1, 0))) std::string formatted(const char* format,
 __attribute__((format(printf, 4, 0))) void log(int level, spdlog::source_loc place, const char* tag,
                                                const char* format, std::va_list arguments) {
   try {
-    const auto sink = state().sink.load();
+    const auto sink = currentSink();
     if (!sink && level < state().level) return;
     std::string text = formatted(format, arguments);
     if (sink) {
@@ -123,7 +132,10 @@ void doLogv2(const char* file, int line, const char* tag, int level, const char*
 void setLevel(int level) { state().level = level; }
 
 void setSink(Sink sink) {
-  state().sink = sink ? std::make_shared<const Sink>(std::move(sink)) : nullptr;
+  auto replaced = sink ? std::make_shared<const Sink>(std::move(sink)) : nullptr;
+  // Behind `replaced`, so that the old sink is destroyed without the lock.
+  const std::unique_lock lock(state().mutex);
+  state().sink.swap(replaced);
 }
 
 }  // namespace velmar_logger

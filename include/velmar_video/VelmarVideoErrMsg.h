@@ -58,7 +58,8 @@ enum ErrorCode_e : int {
 };
 
 /// The member's name, such as "VELMAR_ERROR_CODE_OUT_RANGE_E". VELMAR_ERROR_CODE_MAX_E and every
-/// value outside the enumeration give one fixed text (which ends in a blank). Any thread.
+/// value outside the enumeration give one fixed text (which ends in a blank). Empty, with an error
+/// line in the log, without memory. Any thread.
 VELMAR_VIDEO_API std::string errorCode2String(VELMAR_ERROR_CODE_E code);
 
 #endif

@@ -3,7 +3,10 @@
 ///
 /// Every operation answers VELMAR_ERROR_CODE_SUCCESS_E or says what went wrong, and leaves its
 /// output arguments untouched unless it succeeds (an operation that differs says so). Nothing is
-/// thrown. All times are microseconds since 1970-01-01 00:00:00 UTC unless stated otherwise.
+/// thrown: for want of memory, too, there is an error code, mostly
+/// VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E, or an empty text from an operation that gives a text
+/// (getMetaInfo() differs), and an error line in the log. All times are microseconds since
+/// 1970-01-01 00:00:00 UTC unless stated otherwise.
 ///
 /// Threads: an object is used by one thread at a time. Different objects are independent, readers
 /// of one file included: each has its own map and its own decoder. The factories may be called
@@ -49,7 +52,9 @@ class VELMAR_VIDEO_API IVelmarVideoFile {
 /// the file with the others and answers an error all the same. The destructor closes what was
 /// opened, or was given frames, and not closed.
 ///
-/// The setters may be called before or after open(), any time before close().
+/// The setters may be called before or after open(), any time before close(). One that has no
+/// memory for its value leaves the old one whole; close() then finishes the file with that and
+/// answers VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E.
 class VELMAR_VIDEO_API VelmarVideoFileCreater : public IVelmarVideoFile {
  public:
   explicit VelmarVideoFileCreater(std::string path);
@@ -106,9 +111,12 @@ class VELMAR_VIDEO_API VelmarVideoFileCreater : public IVelmarVideoFile {
 /// indexes to 16 bits first, so that 65536 is frame 0; this is intended). Per-frame operations
 /// answer an error before open(), after a failed one and after close().
 ///
-/// A reader object opens one file once. The file must not be shortened while it is open.
+/// A reader object opens one file once. The file must not be shortened while it is open. If a
+/// creater finishes another recording under the path, open() finds the old one or the new one, each
+/// complete, and a reader that is open stays with the one that it opened.
 class VELMAR_VIDEO_API VelmarVideoFileReader : public IVelmarVideoFile {
  public:
+  /// Without memory for the path open() answers VELMAR_ERROR_CODE_INVALID_FILE_NAME_E.
   explicit VelmarVideoFileReader(const std::string& path);
   ~VelmarVideoFileReader() override;
 
@@ -213,14 +221,20 @@ class VELMAR_VIDEO_API VelmarVideoFileReader : public IVelmarVideoFile {
 /// destroyed without close() drops the latter. Operations answer an error before open() and after
 /// close(), unless they have nothing to do in the container. Nothing locks the file: two modifiers
 /// at work on one file overwrite each other's changes.
+///
+/// Readers take header and times when they open the file. One that does so in the very moment of a
+/// change (of a time; of the header, in close()) may find a part of the old value and a part of the
+/// new one; frames are never touched.
 class VELMAR_VIDEO_API VelmarVideoFileModifier : public IVelmarVideoFile {
  public:
+  /// Without memory for the path open() answers VELMAR_ERROR_CODE_INVALID_FILE_NAME_E.
   explicit VelmarVideoFileModifier(const std::string& path);
   ~VelmarVideoFileModifier() override;
 
   /// As the reader's open(), for reading and writing.
   VELMAR_ERROR_CODE_E open() override = 0;
-  /// Writes the changed header and lets the file go.
+  /// Writes the changed header and lets the file go. Where another file has got the path meanwhile,
+  /// that one is left alone: img answers VELMAR_ERROR_CODE_FILE_OPEN_FAIL_E, rtv edits the old one.
   VELMAR_ERROR_CODE_E close() override = 0;
 
   /// Replaces the device identifier; lengths as in VelmarVideoFileCreater::setDeviceId().
@@ -249,8 +263,9 @@ class VELMAR_VIDEO_API VelmarVideoFileModifier : public IVelmarVideoFile {
 };
 
 /// A creater for the path's extension: the text after the last "." of the whole path, "img" or
-/// "rtv" to the letter. Null for every other. No file is touched before open(), except that an
-/// rtv creater creates, sizes and maps its temporary file at once.
+/// "rtv" to the letter. Null for every other, and, with an error line, without memory. No file is
+/// touched before open(), except that an rtv creater creates, sizes and maps its temporary file at
+/// once.
 VELMAR_VIDEO_API std::shared_ptr<VelmarVideoFileCreater> makeVelmarVideoFileCreater(
     const std::string& path);
 /// A reader, by the same rule. No file is touched before open().

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "common/ImageGeometry.h"
+#include "common/JpegHeader.h"
 #include "common/TjHandle.h"
 #include "velmar_video/VelmarVideoErrMsg.h"
 
@@ -25,7 +26,8 @@ class JpegDecoder {
  private:
   bool decompress(const unsigned char* jpeg, unsigned long jpegSize, const ImageGeometry& geometry,
                   int pixelFormat, unsigned char* out);
-  bool fills(const unsigned char* jpeg, unsigned long jpegSize, const ImageGeometry& geometry);
+  /// 0 x 0 for what cannot be decoded.
+  JpegSize readSize(const unsigned char* jpeg, unsigned long jpegSize);
   unsigned char* scratch(std::size_t size);
 
   TjHandle tjHandle_;

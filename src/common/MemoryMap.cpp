@@ -1,9 +1,7 @@
 #include "common/MemoryMap.h"
 
 #include <sys/mman.h>
-#include <sys/stat.h>
 
-#include <cerrno>
 #include <utility>
 
 MemoryMap::~MemoryMap() { unmap(); }
@@ -16,16 +14,6 @@ bool MemoryMap::map(int fd, unsigned long length, Access access) {
   length_ = length;
   retired_ = false;
   return true;
-}
-
-bool MemoryMap::mapIfWhole(int fd, unsigned long length, Access access) {
-  struct stat status {};
-  if (::fstat(fd, &status) != 0) return false;
-  if (static_cast<unsigned long>(status.st_size) < length) {
-    errno = ESTALE;
-    return false;
-  }
-  return map(fd, length, access);
 }
 
 void MemoryMap::flush() const {

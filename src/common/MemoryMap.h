@@ -11,11 +11,9 @@ class MemoryMap {
   MemoryMap& operator=(const MemoryMap&) = delete;
   ~MemoryMap();
 
-  /// Maps `length` bytes, all of them inside the file. The descriptor may be closed afterwards.
+  /// Maps `length` bytes, all of them inside the file: ask the descriptor for its size, not the
+  /// path, whose name another file may have got meanwhile. The descriptor may be closed afterwards.
   bool map(int fd, unsigned long length, Access access);
-  /// The same for a file whose size is not certain: one that is shorter is refused, since touching
-  /// the map beyond its end would kill the process.
-  bool mapIfWhole(int fd, unsigned long length, Access access);
   /// Starts writing what was stored to the disk.
   void flush() const;
   /// False if the system refuses; the map is given up all the same.

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <new>
 
 #include "common/FileDescriptor.h"
 
@@ -16,16 +17,25 @@ std::string folderOf(const std::string& path) {
   return slash == 0 ? "/" : path.substr(0, slash);
 }
 
+// Closed if it cannot be opened, for whatever reason.
+FileDescriptor openFolder(const std::string& path) {
+  try {
+    return {folderOf(path), O_RDONLY | O_DIRECTORY};
+  } catch (const std::bad_alloc&) {
+    return {};
+  }
+}
+
 }  // namespace
 
 int publishFile(const std::string& temporaryPath, const std::string& finalPath) {
   const FileDescriptor file(temporaryPath, O_RDONLY);
   if (!file.isOpen() || ::fdatasync(file.get()) != 0) return errno;
+  // Opened first, since after the rename nothing may fail any more. A folder that cannot be
+  // synchronised (no permission to read it, a file system that does not) leaves open only which
+  // name the file has after a power cut.
+  const FileDescriptor folder = openFolder(finalPath);
   if (std::rename(temporaryPath.c_str(), finalPath.c_str()) != 0) return errno;
-
-  // The file is complete and in place. A folder that cannot be synchronised (no permission to read
-  // it, a file system that does not) leaves open only which name it has after a power cut.
-  const FileDescriptor folder(folderOf(finalPath), O_RDONLY | O_DIRECTORY);
   if (folder.isOpen()) ::fsync(folder.get());
   return 0;
 }

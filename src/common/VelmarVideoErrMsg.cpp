@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "common/Guarded.h"
+
 namespace {
 
 const std::array<std::string, VELMAR_ERROR_CODE_MAX_E + 1> StringErrorCode = {
@@ -30,8 +32,10 @@ const std::array<std::string, VELMAR_ERROR_CODE_MAX_E + 1> StringErrorCode = {
 }  // namespace
 
 std::string errorCode2String(VELMAR_ERROR_CODE_E code) {
-  if (static_cast<unsigned int>(code) >= VELMAR_ERROR_CODE_MAX_E) {
-    return "error must >= VELMAR_ERROR_CODE_SUCCESS_E && < VELMAR_ERROR_CODE_MAX_E ";
-  }
-  return StringErrorCode[code];
+  return guarded("VelmarVideoErrMsg", "errorCode2String", std::string(), [code]() -> std::string {
+    if (static_cast<unsigned int>(code) >= VELMAR_ERROR_CODE_MAX_E) {
+      return "error must >= VELMAR_ERROR_CODE_SUCCESS_E && < VELMAR_ERROR_CODE_MAX_E ";
+    }
+    return StringErrorCode[code];
+  });
 }

@@ -2,12 +2,26 @@
 
 #include <utility>
 
+#include "common/Guarded.h"
+
+namespace {
+
+constexpr char kTag[] = "VelmarVideoFile";
+
+// An object that could not keep its path has none: open() says so.
+std::string kept(const std::string& path) {
+  return guarded(kTag, "path", std::string(), [&] { return path; });
+}
+
+}  // namespace
+
 IVelmarVideoFile::IVelmarVideoFile(std::string path) : filePath_(std::move(path)) {}
 IVelmarVideoFile::~IVelmarVideoFile() = default;
 
 std::string IVelmarVideoFile::getFileName() {
   // Without a "/", npos + 1 wraps to 0: the whole path.
-  return filePath_.substr(filePath_.rfind('/') + 1);
+  return guarded(kTag, "getFileName", std::string(),
+                 [this] { return filePath_.substr(filePath_.rfind('/') + 1); });
 }
 
 VelmarVideoFileCreater::VelmarVideoFileCreater(std::string path)
@@ -16,9 +30,10 @@ VelmarVideoFileCreater::~VelmarVideoFileCreater() = default;
 
 void VelmarVideoFileCreater::setStartTime(unsigned long /*startTime*/) {}
 
-VelmarVideoFileReader::VelmarVideoFileReader(const std::string& path) : IVelmarVideoFile(path) {}
+VelmarVideoFileReader::VelmarVideoFileReader(const std::string& path)
+    : IVelmarVideoFile(kept(path)) {}
 VelmarVideoFileReader::~VelmarVideoFileReader() = default;
 
 VelmarVideoFileModifier::VelmarVideoFileModifier(const std::string& path)
-    : IVelmarVideoFile(path) {}
+    : IVelmarVideoFile(kept(path)) {}
 VelmarVideoFileModifier::~VelmarVideoFileModifier() = default;

@@ -2,6 +2,7 @@
 #include <functional>
 #include <map>
 
+#include "common/Guarded.h"
 #include "container/img/ImgContainerCreater.h"
 #include "container/img/ImgContainerModifier.h"
 #include "container/img/ImgContainerReader.h"
@@ -46,11 +47,14 @@ const Registry<VelmarVideoFileModifier> mapVelmarVideoFileModifier = {
 
 template <typename Interface>
 std::shared_ptr<Interface> make(const Registry<Interface>& registry, const std::string& path) {
-  // The last "." of the whole path, folders included. Without one, npos + 1 wraps to 0.
-  const std::string extension = path.substr(path.rfind('.') + 1);
-  if (extension.empty() || extension == path) return nullptr;
-  const auto maker = registry.find(extension);
-  return maker == registry.end() ? nullptr : maker->second(path);
+  const auto forExtension = [&]() -> std::shared_ptr<Interface> {
+    // The last "." of the whole path, folders included. Without one, npos + 1 wraps to 0.
+    const std::string extension = path.substr(path.rfind('.') + 1);
+    if (extension.empty() || extension == path) return nullptr;
+    const auto maker = registry.find(extension);
+    return maker == registry.end() ? nullptr : maker->second(path);
+  };
+  return guarded("VelmarVideoFileFactory", "make", std::shared_ptr<Interface>(), forExtension);
 }
 
 }  // namespace

@@ -172,8 +172,23 @@ got=0
 cat stream stream | limited create full.img - --fps 5 || got=$?
 [ "$got" -eq 1 ] && grep -q "the frames recorded so far are in full.img.tmp" err ||
   fail "status $got on a full disk"
-[ -s full.img.tmp ] || fail "the frames are gone"
 absent full.img
+
+# What it left becomes a recording, which is whole; what is not is said.
+expect 3 "bytes belong to no whole frame" recover full.img.tmp full.img --device-id 0aff
+[ "$(frames_in full.img)" -gt 0 ] || fail "no frame recovered"
+"$tool" cat full.img | cmp - stream -n "$("$tool" cat full.img | wc -c)"
+expect 1 "full.img: it is already there" recover full.img.tmp full.img
+expect 2 "no --fps or --times" recover full.img.tmp full.rtv --fps 5
+expect 0 "" verify full.img kept.img --decode
+grep -qx "kept.img: 12 frames, 0 errors, 0 warnings" out || fail "verify: $(cat out)"
+head -c 5000 kept.img >cut.img
+expect 1 "" verify kept.img cut.img --json
+grep -q '^{"file":"cut.img","frames":0,"errors":1,"warnings":0,"findings":\[{"severity":"error","text":"does not open' out ||
+  fail "verify: $(cat out)"
+rm cut.img full.img
+expect 0 "" create synced.img in --fps 5 --sync 1
+cmp <("$tool" cat synced.img) <("$tool" cat kept.img)
 
 # Standard output: a full one, a closed one, one that nobody reads, a terminal, the input itself.
 got=0

@@ -58,8 +58,8 @@ void checkRecordingOutput(const std::string& path, const std::vector<std::string
   checkOutput(path, inputs, force);
   if (exists(temporary) && !force) {
     throw refusal(temporary,
-                  "it is already there, perhaps an interrupted recording; "
-                  "--force replaces it");
+                  "it is already there, perhaps an interrupted recording, which the command recover "
+                  "saves; --force replaces it");
   }
 }
 

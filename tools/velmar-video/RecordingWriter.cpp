@@ -59,7 +59,7 @@ void RecordingWriter::finish() {
 Failure RecordingWriter::failure(const std::string& words, VELMAR_ERROR_CODE_E code) {
   if (!keepsFrames()) return {path_, words, code};
   const bool complete = backend_->close() == VELMAR_ERROR_CODE_SUCCESS_E;
-  return {path_, words + "; the frames recorded so far are in " + path_ + (complete ? "" : ".tmp"),
+  return {path_, words + "; the frames recorded so far are in " + path_ + (complete ? "" : ".tmp; the command recover makes a recording of it"),
           code};
 }
 

@@ -143,7 +143,8 @@ VELMAR_VIDEO_API void can_data_assign(can_data& dst, can_data& src);
 
 /// "name: value, " for each of the 32 fields, read at their packed offsets whatever the form;
 /// integers in hexadecimal. CAN_SIZE_ALIGNED adds the 32 pointers: those of one-byte signals as
-/// the characters from their slot up to a zero byte, the others as addresses.
+/// the characters from their slot up to a zero byte, the others as addresses. Empty, with an error
+/// line in the log, without memory.
 /// \param block  `size` bytes
 VELMAR_VIDEO_API std::string can_data_toString(can_data_io* block, CAN_SIZE size);
 

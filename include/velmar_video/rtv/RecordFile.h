@@ -67,12 +67,14 @@ class VELMAR_VIDEO_API RecordFile {
 
   /// Empty, version RTV_VER_MAX.
   RecordFile();
+  /// Without memory the name stays empty, and there is an error line.
   explicit RecordFile(const std::string& fileName);
   RecordFile(const RecordFile&) = delete;
   RecordFile& operator=(const RecordFile&) = delete;
   ~RecordFile();
 
-  std::string getFileName() const { return fileName_; }
+  /// Empty, with an error line, without memory.
+  std::string getFileName() const;
   /// Zeroes the version 04 header and sets the version to RTV_VER_MAX. The altitude, the tags and
   /// the headers of the other versions stay as they are; this is intended.
   void clear();
@@ -114,7 +116,8 @@ class VELMAR_VIDEO_API RecordFile {
   /// Whether fields of this type have to be swapped. The file's byte order is bit 0 of the version
   /// 04 header's flags, also for version 03, whose own flags are not looked at. The answer is
   /// latched, one for each type, at the first call in the process: every later file is treated as
-  /// the first one was. Both are intended.
+  /// the first one was. Both are intended. Any thread; where the first files are opened in several
+  /// threads at once, any of them may be the first, for each type another one.
   template <typename T>
   bool mustSwap() const;
   /// The value with its bytes reversed if they have to be.

@@ -15,6 +15,7 @@
 class VELMAR_VIDEO_API RtvContainerModifier : public VelmarVideoFileModifier,
                                               public TaggedVideoParser {
  public:
+  /// Without memory for the path open() answers VELMAR_ERROR_CODE_INVALID_FILE_NAME_E.
   explicit RtvContainerModifier(const std::string& path);
 
   VELMAR_ERROR_CODE_E open() override;

@@ -31,6 +31,7 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
     int denom;
   };
 
+  /// Without memory init() answers RTV_ERR_BUFFER_NOT_ALLOCATED.
   TaggedVideoParser();
   ~TaggedVideoParser();
 
@@ -38,7 +39,8 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
   /// RTV_ERR_DUPLICATE_INIT: initialised before and not cleared; RTV_ERR_NULL_POINTER,
   /// RTV_ERR_INVALID_FILE_NAME: null or empty path; RTV_ERR_FILE_NOT_EXIST,
   /// RTV_ERR_STATUS_FILE_CANNOT_READ, RTV_ERR_FILE_SIZE_IS_ZERO, RTV_ERR_FILE_OPEN_FAIL;
-  /// RTV_ERR_FILE_MMAP_FAIL, which leaves the file's descriptor open (this is intended);
+  /// RTV_ERR_FILE_MMAP_FAIL, which leaves the file's descriptor open where the system refuses the
+  /// map (this is intended);
   /// RTV_ERR_NOT_VELMAR_VIDEO_FORMAT: another version or no such file;
   /// RTV_ERR_VIDEO_NOT_COMPLETE: the last frame does not end where the file ends, or there is none;
   /// RTV_ERR_BUFFER_NOT_ALLOCATED: no memory. It may be called again after a failure.
@@ -144,6 +146,8 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
   /// The open file and the decoder.
   struct State;
 
+  bool isInitialised() const;
+
   /// What differs between reading and editing.
   struct InitMode {
     bool writable;
@@ -154,7 +158,7 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
   ErrorCode_e findBytes(unsigned long offset, unsigned int length,
                         const unsigned char*& bytes) const;
 
-  std::unique_ptr<State> state_;
+  std::unique_ptr<State> state_;  ///< null without memory
 
  private:
   ErrorCode_e beforeInitCheck(const char* path, const InitMode& mode) const;

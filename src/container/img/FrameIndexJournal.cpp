@@ -9,8 +9,10 @@
 
 #include "velmar_logger/velmar_logger.h"
 
-void FrameIndexJournal::open(const std::string& path) {
-  path_ = path;
+FrameIndexJournal::FrameIndexJournal(const std::string& path)
+    : path_(path), newPath_(path + ".new") {}
+
+void FrameIndexJournal::open() {
   file_ = FileDescriptor(path_, O_WRONLY | O_CREAT | O_TRUNC, 0644);
   if (!file_.isOpen()) giveUp();
 }
@@ -21,12 +23,11 @@ void FrameIndexJournal::append(const FrameIndex& record) {
 
 void FrameIndexJournal::replace(const std::vector<FrameIndex>& records) {
   if (!file_.isOpen()) return;
-  const std::string newPath = path_ + ".new";
-  file_ = FileDescriptor(newPath, O_WRONLY | O_CREAT | O_TRUNC, 0644);
+  file_ = FileDescriptor(newPath_, O_WRONLY | O_CREAT | O_TRUNC, 0644);
   if (!file_.isOpen() || !file_.write(records.data(), records.size() * sizeof(FrameIndex)) ||
-      std::rename(newPath.c_str(), path_.c_str()) != 0) {
+      std::rename(newPath_.c_str(), path_.c_str()) != 0) {
     giveUp();
-    ::unlink(newPath.c_str());
+    ::unlink(newPath_.c_str());
   }
 }
 

@@ -14,8 +14,12 @@
 /// help, not a condition: a journal that cannot be written is given up and the recording goes on.
 class FrameIndexJournal {
  public:
-  /// Starts an empty journal at `path`.
-  void open(const std::string& path);
+  explicit FrameIndexJournal(const std::string& path);
+
+  // None of these throws.
+
+  /// Starts an empty journal.
+  void open();
   /// Appends a record in file byte order, after the frame itself has been written: a record must
   /// never stand for bytes that are not there.
   void append(const FrameIndex& record);
@@ -29,7 +33,8 @@ class FrameIndexJournal {
  private:
   void giveUp();
 
-  std::string path_;
+  const std::string path_;
+  const std::string newPath_;
   FileDescriptor file_;
 };
 

@@ -5,6 +5,7 @@
 #include <new>
 #include <utility>
 
+#include "common/Guarded.h"
 #include "common/HexText.h"
 #include "common/PublishFile.h"
 #include "velmar_logger/velmar_logger.h"
@@ -18,7 +19,9 @@ const char* bytesOf(const std::uint64_t& value) { return reinterpret_cast<const 
 }  // namespace
 
 ImgContainerCreater::ImgContainerCreater(const std::string& path)
-    : VelmarVideoFileCreater(path), temporaryPath_(path + ".tmp") {
+    : VelmarVideoFileCreater(path),
+      temporaryPath_(path + ".tmp"),
+      journal_(temporaryPath_ + ".index") {
   stream_.rdbuf()->pubsetbuf(nullptr, 0);
 }
 
@@ -33,8 +36,12 @@ VELMAR_ERROR_CODE_E ImgContainerCreater::open() {
     velmar_logger::e(kTag, "filePath_ is empty");
     return VELMAR_ERROR_CODE_INVALID_FILE_NAME_E;
   }
-  stream_.open(temporaryPath_, std::ios::out | std::ios::trunc | std::ios::binary);
-  if (stream_.fail()) {
+  const bool isOpen = guarded(kTag, "open", false, [this] {
+    stream_.open(temporaryPath_, std::ios::out | std::ios::trunc | std::ios::binary);
+    return stream_.good();
+  });
+  if (!isOpen) {
+    stream_.close();  // without memory for its buffer it is open all the same
     velmar_logger::e(kTag, "open filePath_ = %s error", filePath_.c_str());
     return VELMAR_ERROR_CODE_FILE_OPEN_FAIL_E;
   }
@@ -42,14 +49,24 @@ VELMAR_ERROR_CODE_E ImgContainerCreater::open() {
   if (!imgContainerCreaterWrite(bytesOf(placeholder), sizeof placeholder)) {
     return VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
   }
-  journal_.open(temporaryPath_ + ".index");
+  journal_.open();
   return VELMAR_ERROR_CODE_SUCCESS_E;
 }
 
 void ImgContainerCreater::setUndistortFlags() { metaData_.undistorted = true; }
 
+// The old value stays whole where there is no memory for the new one; close() tells.
+template <typename MakeText>
+void ImgContainerCreater::setText(const char* operation, std::string& field, MakeText makeText) {
+  textLost_ |= !guarded(kTag, operation, false, [&] {
+    field = makeText();
+    return true;
+  });
+}
+
 void ImgContainerCreater::setDeviceId(const unsigned char* id, unsigned int length) {
-  if (id != nullptr || length == 0) metaData_.cameraId = bytesToHex(id, length);
+  if (id == nullptr && length > 0) return;
+  setText("setDeviceId", metaData_.cameraId, [&] { return bytesToHex(id, length); });
 }
 
 void ImgContainerCreater::setVideoResolution(unsigned short width, unsigned short height) {
@@ -62,11 +79,11 @@ void ImgContainerCreater::setFrameFormat(VELMAR_FORMAT_E format) { metaData_.for
 void ImgContainerCreater::setFrameCodec(VELMAR_CODEC_E codec) { metaData_.codec = codec; }
 
 void ImgContainerCreater::setCameraParams(const std::string& params) {
-  metaData_.cameraParams = params;
+  setText("setCameraParams", metaData_.cameraParams, [&] { return params; });
 }
 
 void ImgContainerCreater::setExtendedInfo(const std::string& info) {
-  metaData_.extendedInfo = info;
+  setText("setExtendedInfo", metaData_.extendedInfo, [&] { return info; });
 }
 
 bool ImgContainerCreater::addFrame(const std::string& jpegData, unsigned long sensorTime,
@@ -169,6 +186,9 @@ VELMAR_ERROR_CODE_E ImgContainerCreater::close() {
   journal_.close();
   if (result == VELMAR_ERROR_CODE_SUCCESS_E) result = publish();
   if (result == VELMAR_ERROR_CODE_SUCCESS_E || frameIndex_.empty()) journal_.remove();
+  if (result == VELMAR_ERROR_CODE_SUCCESS_E && textLost_) {
+    result = VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E;
+  }
   return result;
 }
 
@@ -188,8 +208,9 @@ VELMAR_ERROR_CODE_E ImgContainerCreater::finish() {
   const std::uint64_t metaDataOffset = htonll(writtenBytes_);
   stream_.seekp(0);
   imgContainerCreaterWrite(bytesOf(metaDataOffset), sizeof metaDataOffset);
-  return stream_.flush().good() ? VELMAR_ERROR_CODE_SUCCESS_E
-                                : VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
+  if (stream_.flush().good()) return VELMAR_ERROR_CODE_SUCCESS_E;
+  velmar_logger::e(kTag, "metadata of %s not written", temporaryPath_.c_str());
+  return VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
 }
 
 VELMAR_ERROR_CODE_E ImgContainerCreater::publish() {

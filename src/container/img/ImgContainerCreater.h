@@ -33,6 +33,8 @@ class ImgContainerCreater final : public VelmarVideoFileCreater {
   void setExtendedInfo(const std::string& info) override;
 
  private:
+  template <typename MakeText>
+  void setText(const char* operation, std::string& field, MakeText makeText);
   bool addFrameBytes(const char* data, std::size_t size, unsigned long sensorTime,
                      unsigned long arrivedTime);
   /// Writes and counts. False once the stream has failed.
@@ -48,6 +50,7 @@ class ImgContainerCreater final : public VelmarVideoFileCreater {
   std::uint64_t writtenBytes_ = 0;      ///< also the next write position
   std::ofstream stream_;                ///< unbuffered, so a written frame is with the system
   ImgMetaData metaData_;
+  bool textLost_ = false;  ///< a setter has found no memory
   const std::string temporaryPath_;
   FrameIndexJournal journal_;
 };

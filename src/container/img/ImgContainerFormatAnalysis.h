@@ -1,6 +1,8 @@
 #ifndef VELMAR_IMG_IMG_CONTAINER_FORMAT_ANALYSIS_H
 #define VELMAR_IMG_IMG_CONTAINER_FORMAT_ANALYSIS_H
 
+#include <sys/stat.h>
+
 #include <functional>
 #include <string>
 #include <vector>
@@ -58,6 +60,7 @@ class ImgContainerFormatAnalysis {
   std::vector<FrameIndex> frameIndex_;  ///< host byte order
   unsigned long metaDataOffset_ = 0;
   unsigned long fileLength_ = 0;
+  struct stat openedFile_ {};
   MemoryMap mapAddr_;
   ImgMetaData metaData_;
   bool analysed_ = false;  ///< open() has succeeded; close() clears it

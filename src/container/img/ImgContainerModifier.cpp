@@ -6,9 +6,9 @@
 
 #include <cstddef>
 #include <cstring>
-#include <exception>
 
 #include "common/FileDescriptor.h"
+#include "common/Guarded.h"
 #include "common/HexText.h"
 #include "common/JpegHeader.h"
 #include "common/TjHandle.h"
@@ -34,29 +34,33 @@ VELMAR_ERROR_CODE_E ImgContainerModifier::openMap() {
 
 VELMAR_ERROR_CODE_E ImgContainerModifier::close() {
   if (!mapAddr_.isMapped()) return VELMAR_ERROR_CODE_NOT_INIT_E;
-  VELMAR_ERROR_CODE_E result = VELMAR_ERROR_CODE_SUCCESS_E;
-  try {
-    std::string oldText;
-    if (metaDataChanged_) {
-      const auto* text = reinterpret_cast<const char*>(mapAddr_.data()) + metaDataOffset_;
-      oldText.assign(text, fileLength_ - metaDataOffset_);
-    }
-    mapAddr_.unmap();
-    if (metaDataChanged_) result = rewriteMetaData(oldText);
-  } catch (const std::exception&) {
-    result = VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E;
-  }
+  const auto result =
+      guarded(kTag, "close", VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E, [this] { return finish(); });
   mapAddr_.unmap();
   analysed_ = false;
   metaDataChanged_ = false;
   return result;
 }
 
+VELMAR_ERROR_CODE_E ImgContainerModifier::finish() {
+  std::string oldText;
+  if (metaDataChanged_) {
+    const auto* text = reinterpret_cast<const char*>(mapAddr_.data()) + metaDataOffset_;
+    oldText.assign(text, fileLength_ - metaDataOffset_);
+  }
+  const bool unmapped = mapAddr_.unmap();
+  if (metaDataChanged_) {
+    if (const auto code = rewriteMetaData(oldText)) return code;
+  }
+  return unmapped ? VELMAR_ERROR_CODE_SUCCESS_E : VELMAR_ERROR_CODE_FILE_MMAP_FAIL_E;
+}
+
 VELMAR_ERROR_CODE_E ImgContainerModifier::rewriteMetaData(const std::string& oldText) const {
   const FileDescriptor file(filePath_, O_RDWR);
   struct stat status {};
-  // Another length: not the file that was opened.
-  if (!file.isOpen() || ::fstat(file.get(), &status) != 0 ||
+  // Not the file that was opened, or no longer as long: the new text would land in frames.
+  if (!file.isOpen() || ::fstat(file.get(), &status) != 0 || status.st_dev != openedFile_.st_dev ||
+      status.st_ino != openedFile_.st_ino ||
       static_cast<unsigned long>(status.st_size) != fileLength_) {
     velmar_logger::e(kTag, "oen file error = %s", filePath_.c_str());
     return VELMAR_ERROR_CODE_FILE_OPEN_FAIL_E;
@@ -80,35 +84,38 @@ VELMAR_ERROR_CODE_E ImgContainerModifier::rewriteMetaData(const std::string& old
   return VELMAR_ERROR_CODE_SUCCESS_E;
 }
 
-template <typename T>
-VELMAR_ERROR_CODE_E ImgContainerModifier::modifyMetaData(T ImgMetaData::*field, const T& value) {
+template <typename T, typename MakeValue>
+VELMAR_ERROR_CODE_E ImgContainerModifier::modifyMetaData(T ImgMetaData::*field,
+                                                         MakeValue makeValue) {
   if (!analysed_) return VELMAR_ERROR_CODE_NOT_INIT_E;
-  metaData_.*field = value;
-  metaDataChanged_ = true;
-  return VELMAR_ERROR_CODE_SUCCESS_E;
+  return guarded(kTag, "modifyMetaData", VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E, [&] {
+    metaData_.*field = makeValue();
+    metaDataChanged_ = true;
+    return VELMAR_ERROR_CODE_SUCCESS_E;
+  });
 }
 
 VELMAR_ERROR_CODE_E ImgContainerModifier::modifyCameraID(const unsigned char* id,
                                                          unsigned int length) {
   if (id == nullptr && length > 0) return VELMAR_ERROR_CODE_NULL_POINTER_E;
-  return modifyMetaData(&ImgMetaData::cameraId, bytesToHex(id, length));
+  return modifyMetaData(&ImgMetaData::cameraId, [&] { return bytesToHex(id, length); });
 }
 
 VELMAR_ERROR_CODE_E ImgContainerModifier::modifyUndistorted(bool undistorted) {
-  return modifyMetaData(&ImgMetaData::undistorted, undistorted);
+  return modifyMetaData(&ImgMetaData::undistorted, [&] { return undistorted; });
 }
 
 VELMAR_ERROR_CODE_E ImgContainerModifier::modifyCameraParams(const std::string& params) {
-  return modifyMetaData(&ImgMetaData::cameraParams, params);
+  return modifyMetaData(&ImgMetaData::cameraParams, [&] { return params; });
 }
 
 VELMAR_ERROR_CODE_E ImgContainerModifier::modifyFrameIndexDataChecksum(
     const std::string& checksum) {
-  return modifyMetaData(&ImgMetaData::frameIndexDataChecksum, checksum);
+  return modifyMetaData(&ImgMetaData::frameIndexDataChecksum, [&] { return checksum; });
 }
 
 VELMAR_ERROR_CODE_E ImgContainerModifier::modifyExtendedInfo(const std::string& info) {
-  return modifyMetaData(&ImgMetaData::extendedInfo, info);
+  return modifyMetaData(&ImgMetaData::extendedInfo, [&] { return info; });
 }
 
 VELMAR_ERROR_CODE_E ImgContainerModifier::modifyTimestamp(unsigned int index,

@@ -34,11 +34,13 @@ class ImgContainerModifier : public ImgContainerFormatAnalysis, public VelmarVid
                                           unsigned char* buffer);
 
  private:
-  /// Changes a field of the metadata.
-  template <typename T>
-  VELMAR_ERROR_CODE_E modifyMetaData(T ImgMetaData::*field, const T& value);
+  /// Changes a field of the metadata to what `makeValue` gives.
+  template <typename T, typename MakeValue>
+  VELMAR_ERROR_CODE_E modifyMetaData(T ImgMetaData::*field, MakeValue makeValue);
   /// Stores a time of a frame in the file.
   void storeTime(std::size_t index, std::size_t fieldOffset, unsigned long time);
+  /// What close() does with the open file.
+  VELMAR_ERROR_CODE_E finish();
   VELMAR_ERROR_CODE_E rewriteMetaData(const std::string& oldText) const;
 
   bool metaDataChanged_ = false;

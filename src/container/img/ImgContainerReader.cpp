@@ -3,9 +3,12 @@
 #include <sys/mman.h>
 
 #include <array>
+#include <cerrno>
+#include <cstring>
 #include <limits>
 #include <new>
 
+#include "common/Guarded.h"
 #include "common/HexText.h"
 #include "container/img/JsonText.h"
 #include "velmar_logger/velmar_logger.h"
@@ -30,7 +33,10 @@ bool isScale(SCALE_FACTOR_E scale) {
 
 ImgContainerReader::ImgContainerReader(const std::string& path) : VelmarVideoFileReader(path) {}
 
-ImgContainerReader::~ImgContainerReader() { ImgContainerReader::close(); }
+ImgContainerReader::~ImgContainerReader() {
+  ImgContainerReader::close();
+  if (!mapAddr_.unmap()) velmar_logger::e(kTag, "munmap error: %s", std::strerror(errno));
+}
 
 VELMAR_ERROR_CODE_E ImgContainerReader::open() {
   return openFile(filePath_, kTag, [this] { return openMap(filePath_); });
@@ -99,12 +105,10 @@ VELMAR_ERROR_CODE_E ImgContainerReader::getRawImage(unsigned int index, std::str
   if (const auto code = checkFrame(index)) return code;
   const FrameIndex& record = frameIndex_[index];
   if (const auto code = checkFrameBytes(record)) return code;
-  try {
+  return guarded(kTag, "getRawImage", VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E, [&] {
     data.append(reinterpret_cast<const char*>(frameBytes(record)), record.frameSize);
-  } catch (const std::exception&) {
-    return VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E;
-  }
-  return VELMAR_ERROR_CODE_SUCCESS_E;
+    return VELMAR_ERROR_CODE_SUCCESS_E;
+  });
 }
 
 tjscalingfactor ImgContainerReader::getScalingFactor(SCALE_FACTOR_E scale) {
@@ -213,9 +217,13 @@ VELMAR_ERROR_CODE_E ImgContainerReader::getUndistortFlags(unsigned int& flags) {
   return VELMAR_ERROR_CODE_SUCCESS_E;
 }
 
-std::string ImgContainerReader::getCameraParams() { return metaData_.cameraParams; }
+std::string ImgContainerReader::getCameraParams() {
+  return guarded(kTag, "getCameraParams", std::string(), [this] { return metaData_.cameraParams; });
+}
 
-std::string ImgContainerReader::getExtendedInfo() { return metaData_.extendedInfo; }
+std::string ImgContainerReader::getExtendedInfo() {
+  return guarded(kTag, "getExtendedInfo", std::string(), [this] { return metaData_.extendedInfo; });
+}
 
 VELMAR_ERROR_CODE_E ImgContainerReader::loadAllFromFile() {
   if (!mapAddr_.isMapped()) return VELMAR_ERROR_CODE_NOT_INIT_E;

@@ -42,14 +42,16 @@ bool ImgMetaData::toText(std::string& text) const {
   Json::Value root;
   if (!toJson(root)) return false;
   text = styledText(root);
+  // Embedded texts stand deeper here than by themselves, perhaps too deep to be read again, and
+  // readers stop at a zero byte, which a comment may hold.
   try {
-    // Embedded texts stand deeper here than by themselves, perhaps too deep to be read again.
     Json::Value again;
-    return parseJson(text, again);
+    if (parseJson(text.c_str(), again)) return true;
   } catch (const Json::Exception&) {
-    velmar_logger::e(kTag, "build json throw error");
-    return false;
+    // As if it were no JSON.
   }
+  velmar_logger::e(kTag, "build json throw error");
+  return false;
 }
 
 bool ImgMetaData::jsonTo(const char* text) {

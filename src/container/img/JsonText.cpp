@@ -3,6 +3,9 @@
 #include <json/reader.h>
 #include <json/writer.h>
 
+#include <memory>
+#include <sstream>
+
 // Json::Reader is the dialect that the format was written with: its successor reads another one
 // (trailing commas, a byte order mark). Both are deprecated in jsoncpp, neither is going away.
 #pragma GCC diagnostic push
@@ -15,8 +18,11 @@ bool parseJson(const std::string& text, Json::Value& value) {
 std::string styledText(const Json::Value& value) {
   Json::StreamWriterBuilder builder;
   builder["indentation"] = "   ";
-  std::string text = value.hasComment(Json::commentBefore) ? "\n" : "";
-  text += Json::writeString(builder, value);
-  text += '\n';
-  return text;
+  std::ostringstream text;
+  text.exceptions(std::ios::badbit);  // else a want of memory would only cut the text short
+  if (value.hasComment(Json::commentBefore)) text << '\n';
+  const std::unique_ptr<Json::StreamWriter> writer(builder.newStreamWriter());
+  writer->write(value, &text);
+  text << '\n';
+  return text.str();
 }

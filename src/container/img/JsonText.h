@@ -11,7 +11,7 @@
 bool parseJson(const std::string& text, Json::Value& value);
 
 /// jsoncpp's styled text: three spaces of indentation, a final newline. Value::toStyledString()
-/// indents with tabs in some versions of jsoncpp.
+/// indents with tabs in some versions of jsoncpp. Throws without memory.
 std::string styledText(const Json::Value& value);
 
 #endif

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <sstream>
 
+#include "common/Guarded.h"
+
 namespace {
 
 constexpr std::size_t kSlotSize = 4;
@@ -134,6 +136,24 @@ void printPointer(std::ostream& text, const can_data_io* block, std::size_t fiel
   }
 }
 
+std::string textOf(const can_data_io* block, CAN_SIZE size) {
+  std::ostringstream text;
+  text.exceptions(std::ios::badbit);  // else a want of memory would only cut the text short
+  text << std::hex;
+  for (const CanField& field : kFields) {
+    text << field.name << ": ";
+    print(text, field, reinterpret_cast<const unsigned char*>(block) + field.offset);
+    text << ", ";
+  }
+  if (size != CAN_SIZE_ALIGNED) return text.str();
+  for (std::size_t i = 0; i < kFields.size(); ++i) {
+    text << kFields[i].pointerName << ": ";
+    printPointer(text, block, i);
+    text << ", ";
+  }
+  return text.str();
+}
+
 }  // namespace
 
 void can_data_io_purge(can_data_io* block) {
@@ -165,20 +185,8 @@ void can_data_assign(can_data& dst, can_data& src) {
 }
 
 std::string can_data_toString(can_data_io* block, CAN_SIZE size) {
-  std::ostringstream text;
-  text << std::hex;
-  for (const CanField& field : kFields) {
-    text << field.name << ": ";
-    print(text, field, reinterpret_cast<const unsigned char*>(block) + field.offset);
-    text << ", ";
-  }
-  if (size != CAN_SIZE_ALIGNED) return text.str();
-  for (std::size_t i = 0; i < kFields.size(); ++i) {
-    text << kFields[i].pointerName << ": ";
-    printPointer(text, block, i);
-    text << ", ";
-  }
-  return text.str();
+  return guarded("RecordFile", "can_data_toString", std::string(),
+                 [&] { return textOf(block, size); });
 }
 
 bool canFieldIsAbsent(const can_data_io& block, const CanField& field) {

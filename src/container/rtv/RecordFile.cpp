@@ -5,6 +5,7 @@
 #include <cstring>
 #include <utility>
 
+#include "common/Guarded.h"
 #include "container/rtv/CanByteOrder.h"
 #include "velmar_logger/velmar_logger.h"
 
@@ -37,8 +38,13 @@ const char RecordFile::MAGIC_CODE[11] = "velmar.rtv";
 const unsigned char RecordFile::VERSION[2] = {0, 4};
 
 RecordFile::RecordFile() = default;
-RecordFile::RecordFile(const std::string& fileName) : fileName_(fileName) {}
+RecordFile::RecordFile(const std::string& fileName)
+    : fileName_(guarded(kTag, "fileName", std::string(), [&] { return fileName; })) {}
 RecordFile::~RecordFile() = default;
+
+std::string RecordFile::getFileName() const {
+  return guarded(kTag, "getFileName", std::string(), [this] { return fileName_; });
+}
 
 void RecordFile::clear() {
   const int altitude = header_.alt;

@@ -12,6 +12,7 @@
 #include <cstring>
 
 #include "common/FileDescriptor.h"
+#include "common/Guarded.h"
 #include "common/MemoryMap.h"
 #include "common/PublishFile.h"
 #include "container/rtv/RtvLayout.h"
@@ -60,13 +61,18 @@ void placeTag(unsigned char* slot, const unsigned char* tag, unsigned int size) 
 
 RecordFileCreater::RecordFileCreater(const std::string& fileName, unsigned short framesMax,
                                      version_e version, unsigned int* fileSizeOut)
-    : RecordFile(fileName), temporaryPath_(fileName + ".tmp") {
+    : RecordFile() {
   version_ = version;
   header_t& header = headerOf(version_);
   header.frames_max = framesMax;
   if (rtvLayout(version_).hasFlagsAndAltitude && isCPUBigEndian()) header.flags |= 1;
   fileSize_ = rtvLayout(version_).tagAt(framesMax);
-  if (!makeTagTable()) abandon();
+  const bool isMade = guarded(kTag, "RecordFileCreater", false, [&] {
+    fileName_ = fileName;
+    temporaryPath_ = fileName + ".tmp";
+    return makeTagTable();
+  });
+  if (!isMade) abandon();
   if (fileSizeOut != nullptr) *fileSizeOut = static_cast<unsigned int>(fileSize_);
 }
 

@@ -30,8 +30,8 @@ ErrorCode_e RtvContainerModifier::init(const char* path) {
 }
 
 VELMAR_ERROR_CODE_E RtvContainerModifier::close() {
+  if (!isInitialised()) return VELMAR_ERROR_CODE_SUCCESS_E;
   MemoryMap& map = state_->mMapAddr;
-  if (!map.isMapped()) return VELMAR_ERROR_CODE_SUCCESS_E;
   if (checkEditable() == VELMAR_ERROR_CODE_SUCCESS_E) writeHeader(map.data());
   state_->mFileFd.close();
   return map.unmap() ? VELMAR_ERROR_CODE_SUCCESS_E : static_cast<VELMAR_ERROR_CODE_E>(-1);
@@ -49,7 +49,7 @@ void RtvContainerModifier::writeHeader(unsigned char* file) const {
 
 // Edits are written in host order, which would break a file of the other order.
 VELMAR_ERROR_CODE_E RtvContainerModifier::checkEditable() const {
-  if (!state_->mMapAddr.isMapped()) return VELMAR_ERROR_CODE_NOT_INIT_E;
+  if (!isInitialised()) return VELMAR_ERROR_CODE_NOT_INIT_E;
   const bool fileIsBigEndian = (headerOf(version_).flags & 1) != 0;
   return fileIsBigEndian == isCPUBigEndian() ? VELMAR_ERROR_CODE_SUCCESS_E
                                              : VELMAR_ERROR_CODE_INVALID_PARAMETER_E;

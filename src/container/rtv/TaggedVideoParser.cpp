@@ -9,8 +9,9 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <exception>
+#include <new>
 
+#include "common/Guarded.h"
 #include "common/ImageGeometry.h"
 #include "container/rtv/CanByteOrder.h"
 #include "container/rtv/RtvLayout.h"
@@ -45,28 +46,28 @@ tjscalingfactor forTurboJpeg(TaggedVideoParser::ScalingFactor factor) {
 const std::string TaggedVideoParser::IDENTIFIER = "velmar";
 const std::string TaggedVideoParser::TAG = "TaggedVideoParser";
 
-TaggedVideoParser::TaggedVideoParser() : state_(std::make_unique<State>()) {}
+TaggedVideoParser::TaggedVideoParser() : state_(new (std::nothrow) State) {}
 
 TaggedVideoParser::~TaggedVideoParser() { clear(); }
 
 ErrorCode_e TaggedVideoParser::init(const char* path) { return init(path, {false, TAG.c_str()}); }
 
 ErrorCode_e TaggedVideoParser::init(const char* path, const InitMode& mode) {
+  if (state_ == nullptr) return RTV_ERR_BUFFER_NOT_ALLOCATED;
   const std::lock_guard lock(state_->mMutex);
   if (const auto code = beforeInitCheck(path, mode)) return code;
-  if (const auto code = open(path, mode)) return code;
-  ErrorCode_e result = RTV_ERR_BUFFER_NOT_ALLOCATED;
-  try {
-    result = load(mode);
-    if (result == RTV_ERR_SUCCESS) fileName_ = path;
-  } catch (const std::exception&) {
-    result = RTV_ERR_BUFFER_NOT_ALLOCATED;
-  }
+  const auto result = guarded(mode.tag, "init", RTV_ERR_BUFFER_NOT_ALLOCATED, [&] {
+    if (const auto code = open(path, mode)) return code;
+    const auto code = load(mode);
+    if (code == RTV_ERR_SUCCESS) fileName_ = path;
+    return code;
+  });
   if (result != RTV_ERR_SUCCESS) release();
   return result;
 }
 
 ErrorCode_e TaggedVideoParser::clear() {
+  if (state_ == nullptr) return RTV_ERR_SUCCESS;
   const std::lock_guard lock(state_->mMutex);
   release();
   fileName_.clear();
@@ -75,7 +76,9 @@ ErrorCode_e TaggedVideoParser::clear() {
 }
 
 void TaggedVideoParser::release() {
-  state_->mMapAddr.unmap();
+  if (!state_->mMapAddr.unmap()) {
+    velmar_logger::e(TAG.c_str(), "munmap fail: %s", std::strerror(errno));
+  }
   state_->mFileFd.close();
   state_->mFileSize = 0;
 }
@@ -85,7 +88,7 @@ ErrorCode_e TaggedVideoParser::beforeInitCheck(const char* path) {
 }
 
 ErrorCode_e TaggedVideoParser::beforeInitCheck(const char* path, const InitMode& mode) const {
-  if (state_->mMapAddr.isMapped()) {
+  if (isInitialised()) {
     velmar_logger::e(mode.tag, "TaggedVideoParser::init: Error: already inited by %s\n",
                      fileName_.c_str());
     return RTV_ERR_DUPLICATE_INIT;
@@ -106,11 +109,13 @@ ErrorCode_e TaggedVideoParser::open(const char* path, const InitMode& mode) {
                      std::strerror(errno));
     return RTV_ERR_FILE_OPEN_FAIL;
   }
-  const auto size = static_cast<unsigned long>(status.st_size);
   const auto access = mode.writable ? MemoryMap::Access::ReadWrite : MemoryMap::Access::ReadOnly;
-  if (!state_->mMapAddr.mapIfWhole(file.get(), size, access)) {
+  // Another file may have got the path meanwhile.
+  const bool isKnown = ::fstat(file.get(), &status) == 0;
+  const auto size = static_cast<unsigned long>(status.st_size);
+  if (!isKnown || !state_->mMapAddr.map(file.get(), size, access)) {
     velmar_logger::e(mode.tag, "mmap fail: %s", std::strerror(errno));
-    file.release();  // stays open: part of the contract
+    if (isKnown) file.release();  // stays open where the map is refused: part of the contract
     return RTV_ERR_FILE_MMAP_FAIL;
   }
   state_->mFileFd = std::move(file);
@@ -233,8 +238,12 @@ ErrorCode_e TaggedVideoParser::checkComplete(const InitMode& mode) {
   return RTV_ERR_VIDEO_NOT_COMPLETE;
 }
 
+bool TaggedVideoParser::isInitialised() const {
+  return state_ != nullptr && state_->mMapAddr.isMapped();
+}
+
 ErrorCode_e TaggedVideoParser::checkInit() const {
-  return state_->mMapAddr.isMapped() ? RTV_ERR_SUCCESS : RTV_ERR_NOT_INIT;
+  return isInitialised() ? RTV_ERR_SUCCESS : RTV_ERR_NOT_INIT;
 }
 
 ErrorCode_e TaggedVideoParser::loadAllFromFile() { return checkInit(); }
@@ -290,7 +299,7 @@ ErrorCode_e TaggedVideoParser::getDeviceId(unsigned char* buf, unsigned int size
 }
 
 ErrorCode_e TaggedVideoParser::getImageColorFormat(format_e& format) {
-  format = state_->mImageColorFormat;
+  format = RTV_FMT_BGR;
   return RTV_ERR_SUCCESS;
 }
 
@@ -475,12 +484,10 @@ ErrorCode_e TaggedVideoParser::getRawImage(unsigned short index, std::string& ou
   getRawImageRange(index, offset, length, true, nullptr);
   const unsigned char* bytes = nullptr;
   if (const auto code = findBytes(offset, length, bytes)) return code;
-  try {
+  return guarded(TAG.c_str(), "getRawImage", RTV_ERR_BUFFER_NOT_ALLOCATED, [&] {
     out.assign(reinterpret_cast<const char*>(bytes), length);
-  } catch (const std::exception&) {
-    return RTV_ERR_BUFFER_NOT_ALLOCATED;
-  }
-  return RTV_ERR_SUCCESS;
+    return RTV_ERR_SUCCESS;
+  });
 }
 
 TaggedVideoParser::ScalingFactor TaggedVideoParser::getScalingFactor(ScaleFactor_e scale) {

@@ -14,7 +14,6 @@ struct TaggedVideoParser::State {
   MemoryMap mMapAddr;  ///< mapped while, and only while, the parser is initialised
   unsigned long mFileSize = 0;
   JpegDecoder decoder;
-  format_e mImageColorFormat = RTV_FMT_BGR;
   std::mutex mMutex;  ///< held by init() and clear()
 };
 

@@ -136,6 +136,11 @@ TEST_F(ImgModifier, KeepsTheOldMetaDataWhereItCannotFinish) {
        VELMAR_ERROR_CODE_FILE_OPEN_FAIL_E, "oen file error = " + path_},
       {[](auto& path) { writeFile(path, "another"); }, "1", VELMAR_ERROR_CODE_FILE_OPEN_FAIL_E,
        "oen file error = " + path_},
+      {[this](auto& path) {
+         writeFile(path + ".tmp", std::string(original_.size(), 'a'));
+         std::filesystem::rename(path + ".tmp", path);
+       },
+       "1", VELMAR_ERROR_CODE_FILE_OPEN_FAIL_E, "oen file error = " + path_},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.line);

@@ -12,6 +12,8 @@ struct TestFrame {
   std::string bytes;
   unsigned long sensorTime = 0;
   unsigned long arrivedTime = 0;
+
+  bool operator==(const TestFrame&) const = default;
 };
 
 /// Frames of these sizes, each filled with its own letter, 1000 us apart.

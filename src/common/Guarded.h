@@ -1,0 +1,20 @@
+#ifndef VELMAR_COMMON_GUARDED_H
+#define VELMAR_COMMON_GUARDED_H
+
+#include <exception>
+
+#include "velmar_logger/velmar_logger.h"
+
+/// What `work` returns. Nothing may be thrown at the library's callers: an exception, which as a
+/// rule is a want of memory, is logged with the name of the operation, and the answer is `failed`.
+template <typename Result, typename Work>
+Result guarded(const char* tag, const char* operation, Result failed, Work work) {
+  try {
+    return work();
+  } catch (const std::exception& cause) {
+    velmar_logger::e(tag, "%s: %s", operation, cause.what());
+    return failed;
+  }
+}
+
+#endif

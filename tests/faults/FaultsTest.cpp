@@ -1,0 +1,394 @@
+// Recording, reading and editing while one call after the other fails.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <fstream>
+#include <iostream>
+
+#include "SampleScene.h"
+#include "faults/FaultInjection.h"
+#include "support/TestSupport.h"
+#include "velmar_logger/control.h"
+#include "velmar_video/velmar_video.h"
+
+namespace {
+
+constexpr unsigned short kWidth = 64;
+constexpr unsigned short kHeight = 48;
+constexpr unsigned char kDeviceId[kRtvDeviceIdSize] = "the camera behind glass";
+constexpr unsigned long kStart = 1700000000000000;
+constexpr unsigned long kFrameTime = 33000;
+constexpr char kFileName[] = "a recording with a rather long name";
+
+const std::vector<std::string> kFrames = {SampleScene(kWidth, kHeight).jpeg(0),
+                                          SampleScene(kWidth, kHeight).jpeg(1),
+                                          SampleScene(kWidth, kHeight).jpeg(2)};
+const std::string kLongJson = R"({"lens": "long enough to be kept outside of a string", "f": 4})";
+const std::string kShortJson = "{}";
+const can_data_io kCan = [] {
+  can_data_io can{};
+  can.vehicle_speed = 13.25F;
+  return can;
+}();
+
+// What the library has said while a fault was on its way, and what a reader reads without one.
+struct Answers {
+  bool error = false;  // a code, a null pointer, a text that is missing
+  bool wrong = false;  // no error, but not what is in the file either
+
+  void add(bool success, bool right = true) {
+    error |= !success;
+    wrong |= success && !right;
+  }
+  void code(VELMAR_ERROR_CODE_E code, bool right = true) { add(code == 0, right); }
+  void text(const std::string& text, const std::string& expected) {
+    add(!text.empty() && (text != "{}" || expected == "{}"), text == expected);
+  }
+};
+
+struct Expected {
+  std::string fileName, cameraParams, extendedInfo, metaInfo, noFrame, can;
+  std::vector<unsigned char> pixels;
+} expected;
+
+// Armed code: it allocates nothing itself.
+
+// `whole`: with all frames and all that can be set; else it is one frame.
+void record(const std::string& path, Answers& answers, bool whole, bool closes) {
+  const auto creater = makeVelmarVideoFileCreater(path);
+  answers.add(creater != nullptr);
+  if (!creater) return;
+  answers.code(creater->open());
+  if (answers.error) return;
+  if (whole) {
+    creater->setDeviceId(kDeviceId, sizeof kDeviceId);
+    creater->setStartTime(kStart);
+    creater->setUndistortFlags();
+    creater->setVideoResolution(kWidth, kHeight);
+    creater->setCameraParams(kLongJson);
+    creater->setExtendedInfo(kLongJson);
+  }
+  for (std::size_t i = 0; i < (whole ? kFrames.size() : 1); ++i) {
+    answers.add(creater->addFrame(kFrames[i], kStart + i * kFrameTime, kStart));
+  }
+  if (closes) answers.code(creater->close());
+}
+
+void recordOne(const std::string& path, Answers& answers) { record(path, answers, false, true); }
+void recordAll(const std::string& path, Answers& answers) { record(path, answers, true, true); }
+void drop(const std::string& path, Answers& answers) { record(path, answers, true, false); }
+
+void recordRtv(const std::string& path, Answers& answers, version_e version) {
+  RecordFileCreater creater(path, static_cast<unsigned short>(kFrames.size() + 1), version,
+                            nullptr);
+  answers.add(creater.isOpen());
+  creater.setVideoResolution(kWidth, kHeight);
+  for (const std::string& frame : kFrames) {
+    answers.add(creater.addFrame(7, frame, 1, 2, 3, 4, 5, 6, &kCan));
+  }
+  answers.add(creater.close());
+}
+
+void recordRtv03(const std::string& path, Answers& answers) {
+  recordRtv(path, answers, RTV_VER_03);
+}
+void recordRtv04(const std::string& path, Answers& answers) {
+  recordRtv(path, answers, RTV_VER_04);
+}
+
+void read(const std::string& path, Answers& answers) {
+  static std::vector<unsigned char> pixels(kWidth * kHeight * 3);
+  const auto reader = makeVelmarVideoFileReader(path);
+  answers.add(reader != nullptr);
+  if (!reader) return;
+  answers.code(reader->open());
+  if (answers.error) return;
+  answers.text(reader->getFileName(), expected.fileName);
+  answers.text(reader->getCameraParams(), expected.cameraParams);
+  answers.text(reader->getExtendedInfo(), expected.extendedInfo);
+  answers.text(reader->getMetaInfo(), expected.metaInfo);
+  answers.text(errorCode2String(VELMAR_ERROR_CODE_OUT_RANGE_E), expected.noFrame);
+  for (unsigned int i = 0; i < kFrames.size(); ++i) {
+    std::string data;
+    const auto code = reader->getRawImage(i, data);
+    answers.code(code, data == kFrames[i]);
+  }
+  // Whole, and with rows cut, which takes scratch memory.
+  for (const unsigned short cut : {0, 8}) {
+    const unsigned int size = kWidth * (kHeight - cut) * 3;
+    const auto code =
+        reader->getImage(2, size, pixels.data(), VELMAR_FORMAT_RGB_E, SCALE_FACTOR_1_1_E, 0, cut);
+    answers.code(code, std::equal(pixels.data(), pixels.data() + size, expected.pixels.begin()));
+  }
+  answers.code(reader->close());
+}
+
+void parse(const std::string& path, Answers& answers) {
+  TaggedVideoParser parser;
+  answers.add(parser.init(path.c_str()) == RTV_ERR_SUCCESS);
+  if (answers.error) return;
+  answers.text(parser.RecordFile::getFileName(), path);
+  can_data_io can{};
+  const bool isRead = parser.getCANRecord(1, can) == RTV_ERR_SUCCESS;
+  answers.add(isRead, can.vehicle_speed == kCan.vehicle_speed);
+  answers.text(can_data_toString(&can, CAN_SIZE_IO), expected.can);
+  parser.dump();
+}
+
+template <typename Modifier>
+void edit(Modifier& modifier, Answers& answers, const std::string& json) {
+  unsigned long time = kStart + 5000000;
+  answers.code(modifier.open());
+  if (answers.error) return;
+  answers.code(modifier.modifyTimestamp(0, time));
+  answers.code(modifier.modifyCameraID(kDeviceId, json.empty() ? 0 : sizeof kDeviceId));
+  answers.code(modifier.modifyUndistorted(true));
+  answers.code(modifier.modifyCameraParams(json));
+  answers.code(modifier.modifyFrameIndexDataChecksum(json));
+  answers.code(modifier.modifyExtendedInfo(json));
+  answers.code(modifier.correctVideoResolution());
+  answers.code(modifier.close());
+}
+
+void editImg(const std::string& path, Answers& answers, const std::string& json) {
+  const auto modifier = makeVelmarVideoFileModifier(path);
+  answers.add(modifier != nullptr);
+  if (modifier) edit(*modifier, answers, json);
+}
+
+void lengthen(const std::string& path, Answers& answers) { editImg(path, answers, kLongJson); }
+void shorten(const std::string& path, Answers& answers) { editImg(path, answers, kShortJson); }
+
+void editRtv(const std::string& path, Answers& answers) {
+  RtvContainerModifier modifier(path);
+  edit(modifier, answers, kLongJson);
+}
+
+// Unarmed code.
+
+struct Scenario {
+  const char* name;
+  const char* extension;
+  void (*run)(const std::string& path, Answers& answers);
+  void (*prepare)(const std::string& path, Answers& answers);  // what is there before; or null
+  bool changes;                                                // the file
+  bool keepsDescriptor;  // where it cannot be mapped: part of the contract
+  bool tellsLogOnly;
+};
+
+struct Fault {
+  const char* name;
+  Call call;
+  int error;
+  Extent extent;
+  bool mayBeSilent;  // where nothing is lost by it
+};
+
+constexpr Fault kFaults[] = {
+    {"malloc", Call::Allocate, ENOMEM, Extent::Once, true},
+    {"malloc from there on", Call::Allocate, ENOMEM, Extent::FromThereOn, true},
+    {"close", Call::Close, EIO, Extent::Once, true},
+    {"fallocate", Call::Fallocate, ENOSPC, Extent::Once, false},
+    {"fallocate not offered", Call::Fallocate, EOPNOTSUPP, Extent::FromThereOn, true},
+    {"ftruncate", Call::Ftruncate, EFBIG, Extent::Once, false},
+    {"mmap", Call::Mmap, ENOMEM, Extent::Once, false},
+    {"mmap without a file", Call::Reserve, ENOMEM, Extent::Once, true},
+    {"msync", Call::Msync, EIO, Extent::Once, true},
+    {"munmap", Call::Munmap, EINVAL, Extent::Once, false},
+    {"open", Call::Open, EMFILE, Extent::Once, false},
+    {"open of a folder", Call::OpenFolder, EACCES, Extent::Once, true},
+    {"pwrite", Call::Pwrite, EIO, Extent::Once, false},
+    {"pwrite in half", Call::Pwrite, ENOSPC, Extent::HalfDone, false},
+    {"read", Call::Read, EIO, Extent::Once, false},
+    {"rename", Call::Rename, EACCES, Extent::Once, false},
+    {"lseek", Call::Seek, EIO, Extent::Once, false},
+    {"stat", Call::Stat, EIO, Extent::Once, false},
+    {"fdatasync", Call::SyncData, EIO, Extent::Once, false},
+    {"fsync of a folder", Call::SyncFolder, EINVAL, Extent::Once, true},
+    {"write", Call::Write, EIO, Extent::Once, false},
+    {"write in half", Call::Write, ENOSPC, Extent::HalfDone, false},
+    {"write from there on", Call::Write, ENOSPC, Extent::FromThereOn, false},
+};
+
+constexpr Scenario kScenarios[] = {
+    {"record img", "img", recordAll, recordOne, true, false, false},
+    {"record img, dropped", "img", drop, nullptr, true, false, true},
+    {"record rtv 03", "rtv", recordAll, recordOne, true, false, false},
+    {"record rtv 03, dropped", "rtv", drop, nullptr, true, false, true},
+    {"record rtv 04", "rtv", recordRtv04, recordRtv03, true, false, false},
+    {"read img", "img", read, recordAll, false, false, false},
+    {"read rtv 03", "rtv", read, recordRtv03, false, true, false},
+    {"parse rtv 04", "rtv", parse, recordRtv04, false, true, false},
+    {"edit img, longer", "img", lengthen, recordOne, true, false, false},
+    {"edit img, shorter", "img", shorten, recordAll, true, false, false},
+    {"edit rtv 03", "rtv", editRtv, recordRtv03, true, true, false},
+    {"edit rtv 04", "rtv", editRtv, recordRtv04, true, true, false},
+};
+
+// All that a reader gives, in one text; "absent" without a file, "" for one that does not read to
+// the end.
+std::string contentOf(const std::string& path) {
+  if (!exists(path)) return "absent";
+  const auto reader = makeVelmarVideoFileReader(path);
+  if (reader->open() != VELMAR_ERROR_CODE_SUCCESS_E) return "";
+  unsigned int count = 0;
+  unsigned int flags = 0;
+  unsigned short width = 0;
+  unsigned short height = 0;
+  std::string id(kRtvDeviceIdSize, '\0');
+  reader->getFramesCount(count);
+  reader->getUndistortFlags(flags);
+  reader->getImageResolution(width, height);
+  reader->getDeviceId(reinterpret_cast<unsigned char*>(id.data()), kRtvDeviceIdSize);
+  std::string content = id + reader->getCameraParams() + reader->getExtendedInfo();
+  for (const auto number : {count, flags, 0U + width, 0U + height}) {
+    content += " " + std::to_string(number);
+  }
+  for (unsigned int i = 0; i < count; ++i) {
+    std::string frame;
+    unsigned long sensorTime = 0;
+    unsigned long arrivedTime = 0;
+    if (reader->getRawImage(i, frame) != 0 || reader->getSensorTime(i, sensorTime) != 0 ||
+        reader->getArrivedTime(i, arrivedTime) != 0 ||
+        std::find(kFrames.begin(), kFrames.end(), frame) == kFrames.end()) {
+      return "";
+    }
+    content += " " + std::to_string(sensorTime) + " " + std::to_string(arrivedTime) + frame;
+  }
+  return content;
+}
+
+// Open descriptors, and maps of the folder's files or without access.
+struct Resources {
+  long descriptors = 0;
+  long maps = 0;
+
+  explicit Resources(const std::string& folder) {
+    const std::filesystem::directory_iterator entries("/proc/self/fd");
+    descriptors = std::distance(begin(entries), end(entries));
+    std::ifstream lines("/proc/self/maps");
+    for (std::string line; std::getline(lines, line);) {
+      const bool reserved = line.find(" ---p 00000000 00:00 0") != std::string::npos;
+      if (reserved || line.find(folder) != std::string::npos) ++maps;
+    }
+  }
+};
+
+class Faults : public testing::Test {
+ protected:
+  Faults() {
+    velmar_logger::setSink([this](int level, const char*, const char*) { logged_ |= level >= 2; });
+  }
+  ~Faults() override { velmar_logger::setSink({}); }
+
+  void prepare(const Scenario& scenario) {
+    path_ = folder_ / (std::string(kFileName) + "." + scenario.extension);
+    std::filesystem::remove(path_);
+    answers_ = {};
+    if (scenario.prepare != nullptr) scenario.prepare(path_, answers_);
+    ASSERT_FALSE(answers_.error);
+    before_ = exists(path_) ? readFile(path_) : "";
+    if (scenario.changes) return;
+    const auto reader = makeVelmarVideoFileReader(path_);
+    ASSERT_EQ(reader->open(), VELMAR_ERROR_CODE_SUCCESS_E);
+    can_data_io can = kCan;
+    expected = {reader->getFileName(),
+                reader->getCameraParams(),
+                reader->getExtendedInfo(),
+                reader->getMetaInfo(),
+                errorCode2String(VELMAR_ERROR_CODE_OUT_RANGE_E),
+                can_data_toString(&can, CAN_SIZE_IO),
+                std::vector<unsigned char>(kWidth * kHeight * 3)};
+    ASSERT_EQ(reader->getImage(2, kWidth * kHeight * 3, expected.pixels.data(), VELMAR_FORMAT_RGB_E,
+                               SCALE_FACTOR_1_1_E, 0, 0),
+              VELMAR_ERROR_CODE_SUCCESS_E);
+  }
+
+  // Runs the scenario on the file that was there before; how many calls have failed.
+  unsigned run(const Scenario& scenario, const Fault& fault, unsigned number) {
+    for (const char* suffix : {"", ".tmp", ".tmp.index", ".tmp.index.new"}) {
+      std::filesystem::remove(path_ + suffix);
+    }
+    if (scenario.prepare != nullptr) writeFile(path_, before_);
+    answers_ = {};
+    logged_ = thrown_ = false;
+    arm(fault.call, number, fault.extent, fault.error);
+    try {
+      scenario.run(path_, answers_);
+    } catch (...) {
+      thrown_ = true;
+    }
+    return disarm();
+  }
+
+  // What does not come about is told to the caller, and any other fault at least to the log. In
+  // every case the file is a whole one.
+  void judge(const Scenario& scenario, const Fault& fault, const std::string& wanted) {
+    // A log without memory says nothing.
+    const bool isMute = fault.call == Call::Allocate;
+    const bool told = answers_.error || (scenario.tellsLogOnly && (logged_ || isMute));
+    EXPECT_FALSE(thrown_);
+    EXPECT_FALSE(answers_.wrong);
+    EXPECT_TRUE(told || logged_ || fault.mayBeSilent);
+    const std::string content = contentOf(path_);
+    EXPECT_TRUE(told || content == wanted);
+    EXPECT_NE(content, "");
+    EXPECT_TRUE(content != "absent" || scenario.prepare == nullptr);
+  }
+
+  // Fails the first call, the second and so on until there are no more; how many have failed.
+  unsigned failEach(const Scenario& scenario, const Fault& fault) {
+    unsigned failures = 0;
+    std::string wanted;
+    const auto* result = testing::UnitTest::GetInstance()->current_test_info()->result();
+    const int parts = result->total_part_count();
+    for (unsigned number = 0; result->total_part_count() == parts; ++number) {
+      SCOPED_TRACE(std::string(scenario.name) + ", " + fault.name + " " + std::to_string(number));
+      const Resources before(folder_ / "");
+      const unsigned failed = run(scenario, fault, number == 0 ? -1U : number);
+      const Resources after(folder_ / "");
+      const bool keeps = scenario.keepsDescriptor && fault.call == Call::Mmap && failed > 0;
+      EXPECT_EQ(after.descriptors, before.descriptors + (keeps ? 1 : 0));
+      EXPECT_EQ(after.maps, before.maps);
+      if (number == 0) {
+        wanted = contentOf(path_);
+        EXPECT_FALSE(answers_.error || answers_.wrong || logged_);
+      } else if (failed == 0) {
+        break;
+      } else {
+        judge(scenario, fault, wanted);
+        ++failures;
+      }
+    }
+    return failures;
+  }
+
+  TempFolder folder_;
+  std::string path_;
+  std::string before_;
+  Answers answers_;
+  bool logged_ = false;
+  bool thrown_ = false;
+};
+
+TEST_F(Faults, AreToldAndLeaveWholeFiles) {
+  std::vector<unsigned> total(std::size(kFaults));
+  for (const Scenario& scenario : kScenarios) {
+    ASSERT_NO_FATAL_FAILURE(prepare(scenario)) << scenario.name;
+    unsigned injected = 0;
+    for (std::size_t i = 0; i < std::size(kFaults); ++i) {
+      const unsigned failures = failEach(scenario, kFaults[i]);
+      total[i] += failures;
+      injected += failures;
+    }
+    std::cout << scenario.name << ": " << injected << " faults\n";
+    EXPECT_GT(injected, 0U) << scenario.name;
+  }
+  for (std::size_t i = 0; i < std::size(kFaults); ++i) {
+    std::cout << kFaults[i].name << ": " << total[i] << "\n";
+    EXPECT_GT(total[i], 0U) << kFaults[i].name;
+  }
+}
+
+}  // namespace

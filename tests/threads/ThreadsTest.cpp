@@ -1,0 +1,279 @@
+// Many threads at once, and recordings that are replaced while they are read. ThreadSanitizer sees
+// what threads share in memory: the tables of factories and names, the logger, the byte-order
+// latches, whatever decoders might have in common. It does not see that two maps are of one file:
+// there, only what is read counts.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstring>
+#include <latch>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "SampleScene.h"
+#include "common/JpegDecoder.h"
+#include "container/img/ImgFiles.h"
+#include "container/rtv/RtvFiles.h"
+#include "support/TestSupport.h"
+#include "velmar_logger/control.h"
+#include "velmar_video/velmar_video.h"
+
+namespace {
+
+constexpr auto kSuccess = VELMAR_ERROR_CODE_SUCCESS_E;
+constexpr int kReaders = 8;
+constexpr int kRounds = 60;
+constexpr unsigned kFrames = 12;  // the last one's time lies across two cache lines in an img file
+constexpr unsigned kWidth = 64;
+constexpr unsigned kHeight = 48;
+constexpr unsigned kCropTop = 16;
+constexpr unsigned long kStartTime = 5000;  // milliseconds
+
+// A frame time lies at whatever address the format gives it and is changed by a plain store through
+// another map, so whoever reads it at that moment may get bytes of the old and of the new one. Both
+// are therefore made of one repeated byte each, and no byte of a time may be any other.
+constexpr unsigned char kOldByte = 1;
+constexpr unsigned char kNewByte = 2;
+
+unsigned long timeOf(unsigned char byte, std::size_t width) {
+  unsigned long time = 0;
+  std::memset(&time, byte, width);
+  return time;
+}
+
+using Pixels = std::vector<unsigned char>;
+
+// At half size, with rows cut: through the decoder's scratch memory.
+Pixels decoded(const std::string& jpeg) {
+  const ImageGeometry geometry(kWidth, kHeight, {1, 2}, kCropTop, 0, 3);
+  Pixels pixels(geometry.size());
+  EXPECT_EQ(JpegDecoder().decode(reinterpret_cast<const unsigned char*>(jpeg.data()), jpeg.size(),
+                                 geometry, TJPF_RGB, pixels.data()),
+            kSuccess);
+  return pixels;
+}
+
+can_data_io signalsOf(unsigned frame) {
+  can_data_io block;
+  can_data_io_purge(&block);
+  block.vehicle_speed = 0.25F * static_cast<float>(frame);
+  block.wheel_tick_left_rear = 1000 + frame;
+  return block;
+}
+
+// Looks up what is there once for all threads, and logs.
+void useTables(const std::string& path) {
+  EXPECT_NE(makeVelmarVideoFileCreater("never-opened.img"), nullptr);
+  EXPECT_NE(makeVelmarVideoFileModifier(path), nullptr);
+  EXPECT_EQ(errorCode2String(VELMAR_ERROR_CODE_OUT_RANGE_E), "VELMAR_ERROR_CODE_OUT_RANGE_E");
+  EXPECT_EQ(velmarVersion2String(string2VelmarVersion("0.4")), "0.4");
+  EXPECT_EQ(velmarFormat2String(string2RvelmarFormat("GRAY")), "GRAY");
+  EXPECT_EQ(velmarCodec2String(string2VelmarCodec("JPG")), "JPG");
+  EXPECT_NE(makeVelmarVideoFileReader(path + ".img")->open(), kSuccess);
+}
+
+/// Of the version of an rtv file, or 0 for an img file.
+class Threads : public testing::TestWithParam<int> {
+ protected:
+  Threads() {
+    SampleScene scene(kWidth, kHeight);
+    for (unsigned i = 0; i < kFrames; ++i) jpegs_.push_back(scene.jpeg(i));
+    for (const std::string& jpeg : jpegs_) pixels_.push_back(decoded(jpeg));
+    writeFile(path_, isRtv_ ? rtvBytes() : imgBytes());
+  }
+
+  std::string imgBytes() const {
+    std::vector<TestFrame> frames;
+    for (const std::string& jpeg : jpegs_) {
+      frames.push_back({jpeg, timeOf(kOldByte, timeWidth_), kStartTime});
+    }
+    return handMadeImg(frames, "", kWidth, kHeight);
+  }
+
+  std::string rtvBytes() const {
+    RtvFile file;
+    file.version = GetParam();
+    file.startTime = kStartTime;
+    file.width = kWidth;
+    file.height = kHeight;
+    for (unsigned i = 0; i < kFrames; ++i) {
+      RtvFrame& frame = file.frames.emplace_back();
+      frame.bytes = jpegs_[i];
+      frame.timeFlag = timeOf(kOldByte, timeWidth_);
+      const can_data_io signals = signalsOf(i);
+      frame.can.assign(reinterpret_cast<const char*>(&signals), sizeof signals);
+    }
+    return file.bytes();
+  }
+
+  /// As the file has it.
+  unsigned long storedTime(VelmarVideoFileReader& reader, unsigned frame) const {
+    unsigned long start = 0;
+    unsigned long time = 0;
+    EXPECT_EQ(reader.getStartTime(start), kSuccess);
+    EXPECT_EQ(reader.getSensorTime(frame, time), kSuccess);
+    return isRtv_ ? (time - start) / 1000 : time;
+  }
+
+  void readFrames() const {
+    const auto reader = makeVelmarVideoFileReader(path_);
+    ASSERT_EQ(reader->open(), kSuccess);
+    unsigned count = 0;
+    EXPECT_EQ(reader->getFramesCount(count), kSuccess);
+    ASSERT_EQ(count, kFrames);
+    for (unsigned i = 0; i < count; ++i) {
+      std::string jpeg;
+      EXPECT_EQ(reader->getRawImage(i, jpeg), kSuccess);
+      EXPECT_TRUE(jpeg == jpegs_[i]) << i;
+      Pixels pixels(pixels_[i].size());
+      EXPECT_EQ(reader->getImage(i, pixels.size(), pixels.data(), VELMAR_FORMAT_RGB_E,
+                                 SCALE_FACTOR_1_2_E, kCropTop, 0),
+                kSuccess);
+      EXPECT_TRUE(pixels == pixels_[i]) << i;
+      const unsigned long time = storedTime(*reader, i);
+      for (std::size_t k = 0; k < timeWidth_; ++k) {
+        const unsigned long byte = time >> (8 * k) & 0xFF;
+        EXPECT_TRUE(byte == kOldByte || byte == kNewByte) << std::hex << time;
+      }
+    }
+    EXPECT_EQ(reader->close(), kSuccess);
+  }
+
+  void readSignals() const {
+    TaggedVideoParser parser;
+    ASSERT_EQ(parser.init(path_.c_str()), RTV_ERR_SUCCESS);
+    for (unsigned short i = 0; i < kFrames; ++i) {
+      can_data can;
+      can_data_io record;
+      can_data_io expected = signalsOf(i);
+      if (GetParam() != 4) can_data_io_purge(&expected);
+      EXPECT_EQ(parser.getCAN(i, can), RTV_ERR_SUCCESS);
+      EXPECT_EQ(can.can_data_length, expected.can_data_length);
+      EXPECT_EQ(parser.getCANRecord(i, record), RTV_ERR_SUCCESS);
+      EXPECT_EQ(std::memcmp(&record, &expected, sizeof record), 0) << i;
+    }
+  }
+
+  void changeTimes(unsigned char byte) const {
+    const auto modifier = makeVelmarVideoFileModifier(path_);
+    EXPECT_EQ(modifier->open(), kSuccess);
+    const unsigned long stored = timeOf(byte, timeWidth_);
+    unsigned long time = isRtv_ ? 1000 * (kStartTime + stored) : stored;
+    for (unsigned i = 0; i < kFrames; ++i) EXPECT_EQ(modifier->modifyTimestamp(i, time), kSuccess);
+    EXPECT_EQ(modifier->close(), kSuccess);
+  }
+
+  const bool isRtv_ = GetParam() > 0;
+  const std::size_t timeWidth_ = isRtv_ ? 4 : 8;  // bytes
+  const TempFolder folder_;
+  const std::string path_ = folder_ / (isRtv_ ? "a.rtv" : "a.img");
+  std::vector<std::string> jpegs_;
+  std::vector<Pixels> pixels_;
+};
+
+INSTANTIATE_TEST_SUITE_P(ImgAndRtvVersions, Threads, testing::Values(0, 2, 3, 4));
+
+TEST_P(Threads, ReadWhileTimesAndLogChange) {
+  std::latch start(kReaders + 1);
+  std::atomic<int> reading = kReaders;
+  std::atomic<int> changes = 0;
+  std::atomic<unsigned> lines = 0;
+  velmar_logger::setLevel(4);
+  std::vector<std::thread> threads;
+  for (int i = 0; i < kReaders; ++i) {
+    threads.emplace_back([&] {
+      start.arrive_and_wait();
+      // Relaxed: the threads are not to be brought into an order in which they do not race.
+      for (int k = 0; k < kRounds || changes.load(std::memory_order_relaxed) < kRounds; ++k) {
+        if (isRtv_) readSignals();
+        readFrames();
+        useTables(path_);
+      }
+      --reading;
+    });
+  }
+  start.arrive_and_wait();
+  unsigned char byte = kOldByte;
+  while (reading > 0) {
+    byte = byte == kOldByte ? kNewByte : kOldByte;
+    velmar_logger::setLevel(3 + byte);  // neither shows a line
+    velmar_logger::setSink(byte == kOldByte ? velmar_logger::Sink()
+                                            : [&](int, const char*, const char*) {
+                                                lines.fetch_add(1, std::memory_order_relaxed);
+                                              });
+    changeTimes(byte);
+    useTables(path_);
+    ++changes;
+  }
+  for (std::thread& thread : threads) thread.join();
+  velmar_logger::setSink({});
+  velmar_logger::setLevel(2);
+
+  EXPECT_GT(lines, 0U);
+  const auto reader = makeVelmarVideoFileReader(path_);
+  ASSERT_EQ(reader->open(), kSuccess);
+  for (unsigned i = 0; i < kFrames; ++i) {
+    EXPECT_EQ(storedTime(*reader, i), timeOf(byte, timeWidth_)) << i;
+  }
+}
+
+std::vector<TestFrame> framesOf(VelmarVideoFileReader& reader) {
+  unsigned count = 0;
+  EXPECT_EQ(reader.getFramesCount(count), kSuccess);
+  std::vector<TestFrame> frames(count);
+  for (unsigned i = 0; i < count; ++i) {
+    EXPECT_EQ(reader.getRawImage(i, frames[i].bytes), kSuccess);
+    EXPECT_EQ(reader.getSensorTime(i, frames[i].sensorTime), kSuccess);
+    EXPECT_EQ(reader.getArrivedTime(i, frames[i].arrivedTime), kSuccess);
+  }
+  return frames;
+}
+
+// Opens the path until the recording there has changed so many times. The reader of before each
+// change stays open over it.
+void follow(const std::string& path, const std::vector<TestFrame> (&recordings)[2], int changes) {
+  std::shared_ptr<VelmarVideoFileReader> last;
+  std::vector<TestFrame> before;
+  while (changes > 0) {
+    auto reader = makeVelmarVideoFileReader(path);
+    ASSERT_EQ(reader->open(), kSuccess);
+    auto now = framesOf(*reader);
+    ASSERT_TRUE(now == recordings[0] || now == recordings[1]);
+    if (last && now != before) {
+      --changes;
+      EXPECT_TRUE(framesOf(*last) == before);
+    }
+    last = std::move(reader);
+    before = std::move(now);
+  }
+}
+
+TEST(ThreadsFollow, ARecordingIsSeenAsItWasOrAsItIs) {
+  constexpr int kChanges = 50;
+  constexpr int kFollowers = 2;
+  std::vector<TestFrame> recordings[] = {lettered({300, 100, 200}), lettered({20, 9000, 1, 400})};
+  for (auto& frames : recordings) {
+    for (TestFrame& frame : frames) frame.arrivedTime = frame.sensorTime += 1000 * frames.size();
+  }
+  for (const char* const name : {"a.img", "a.rtv"}) {
+    const TempFolder folder;
+    const std::string path = folder / name;
+    ASSERT_EQ(record(path, recordings[0]), kSuccess);
+    std::atomic<int> following = kFollowers;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kFollowers; ++i) {
+      threads.emplace_back([&] {
+        follow(path, recordings, kChanges);
+        --following;
+      });
+    }
+    for (int turn = 1; following > 0; ++turn) {
+      EXPECT_EQ(record(path, recordings[turn % 2]), kSuccess);
+    }
+    for (std::thread& thread : threads) thread.join();
+  }
+}
+
+}  // namespace
