@@ -27,9 +27,6 @@ bool transferAll(Byte* next, std::size_t size, Transfer transfer) {
 FileDescriptor::FileDescriptor(const std::string& path, int flags, unsigned int mode)
     : fd_(::open(path.c_str(), flags | O_CLOEXEC, mode)) {}
 
-FileDescriptor::FileDescriptor(FileDescriptor&& other) noexcept
-    : fd_(std::exchange(other.fd_, -1)) {}
-
 FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept {
   std::swap(fd_, other.fd_);
   return *this;

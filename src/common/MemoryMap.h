@@ -27,7 +27,6 @@ class MemoryMap {
   bool wasMapped() const { return length_ > 0; }
   /// Null unless mapped.
   unsigned char* data() const { return isMapped() ? address_ : nullptr; }
-  unsigned long length() const { return length_; }
 
  private:
   unsigned char* address_ = nullptr;
