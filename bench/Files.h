@@ -40,7 +40,7 @@ std::shared_ptr<VelmarVideoFileReader> openReader(const std::string& path);
 std::string recording(Container container, const Frames& frames, const std::string& framesName,
                       unsigned int count);
 
-/// The recording that a camera leaves in 50 seconds, 230 MB.
+/// The recording that a camera leaves in 50 seconds, 260 MB.
 constexpr unsigned int kCameraFrames = 1500;
 std::string cameraRecording(Container container);
 

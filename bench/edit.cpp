@@ -115,7 +115,7 @@ Row cameraIdRow() {
 
 void addEditRows() {
   constexpr int kRepetitions = 101;
-  addRow("change one frame's time, img of 230 MB", imgTimeRow, kRepetitions);
-  addRow("change one frame's time, rtv 03 of 230 MB", rtvTimeRow, kRepetitions);
-  addRow("change the camera id, img of 230 MB", cameraIdRow, kRepetitions);
+  addRow("change one frame's time, img of 260 MB", imgTimeRow, kRepetitions);
+  addRow("change one frame's time, rtv 03 of 260 MB", rtvTimeRow, kRepetitions);
+  addRow("change the camera id, img of 260 MB", cameraIdRow, kRepetitions);
 }

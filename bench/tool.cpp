@@ -25,7 +25,7 @@ Row listRow(Container container) {
              .reach = 1,
              .reachExtra = {}};
   if (!other.empty()) {
-    const std::string probe = "ffprobe -v error -show_packets -of json '" + other + "' >/dev/null";
+    const std::string probe = "ffprobe -v quiet -show_packets -of json '" + other + "' >/dev/null";
     row.limit = [=] { return run(probe); };
   }
   return row;
