@@ -1,5 +1,7 @@
 #include "container/img/ImgMetaData.h"
 
+#include <utility>
+
 #include "container/img/JsonText.h"
 #include "velmar_logger/velmar_logger.h"
 
@@ -15,7 +17,7 @@ bool embed(const std::string& text, Json::Value& root, const char* key) {
     velmar_logger::e(kTag, "reader.parse error");
     return false;
   }
-  root[key] = value;
+  root[key] = std::move(value);
   return true;
 }
 
