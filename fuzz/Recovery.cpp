@@ -41,3 +41,9 @@ void recover(const std::string& leftover, const std::string& extension,
   }
   ::unlink(output.c_str());
 }
+
+void verifyBytes(const std::string& extension, const std::uint8_t* bytes, std::size_t size) {
+  const TemporaryFile file(extension);
+  file.write(bytes, size);
+  verify(file.path(), true, [](const Finding& finding) { consume(finding.text); });
+}

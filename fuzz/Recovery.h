@@ -2,6 +2,8 @@
 #ifndef VELMAR_FUZZ_RECOVERY_H
 #define VELMAR_FUZZ_RECOVERY_H
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -9,5 +11,8 @@
 /// has to be a recording without errors.
 void recover(const std::string& leftover, const std::string& extension,
              const std::vector<std::string>& options);
+
+/// Checks `bytes` as a recording with that extension, decoding and all.
+void verifyBytes(const std::string& extension, const std::uint8_t* bytes, std::size_t size);
 
 #endif

@@ -18,11 +18,15 @@ void consumeTags(const CsvTable& table, version_e version) {
   }
 }
 
+void consumeTimes(const std::vector<FrameTimes>& times, std::size_t count) {
+  require(times.size() == count);
+  consume(times.data(), times.size() * sizeof times[0]);
+}
+
 void consumeTimes(const CsvTable& table) {
   try {
-    const auto times = readTimes(table, kFiles);
-    require(times.size() == kFiles.size());
-    consume(times.data(), times.size() * sizeof times[0]);
+    consumeTimes(readAllTimes(table), table.rows().size());
+    consumeTimes(readTimes(table, kFiles), kFiles.size());
   } catch (const Failure& failure) {
     consume(failure.what());
   }

@@ -11,6 +11,7 @@
 
 #include "SampleScene.h"
 #include "TagsCsv.h"
+#include "common/TjHandle.h"
 #include "velmar_video/VelmarVideoFile.h"
 #include "velmar_video/rtv/RecordFileCreater.h"
 
@@ -52,6 +53,20 @@ std::vector<std::string> drawFrames(unsigned int count) {
   std::vector<std::string> frames;
   for (unsigned int i = 0; i < count; ++i) frames.push_back(scene.jpeg(i));
   return frames;
+}
+
+/// The same picture, for which a decoder holds all coefficients at once.
+std::string progressive(const std::string& jpeg) {
+  const TjHandle transformer(tjInitTransform());
+  tjtransform how{};
+  how.options = TJXOPT_PROGRESSIVE;
+  unsigned char* bytes = nullptr;
+  unsigned long size = 0;
+  tjTransform(transformer.get(), reinterpret_cast<const unsigned char*>(jpeg.data()), jpeg.size(),
+              1, &bytes, &size, &how, 0);
+  std::string result(reinterpret_cast<char*>(bytes), size);
+  tjFree(bytes);
+  return result;
 }
 
 std::uint64_t bigEndian(const std::string& bytes, std::size_t at) {
@@ -142,6 +157,7 @@ void drawRecordings(const fs::path& folder) {
   const auto frames = drawFrames(3);
   drawImg(folder, "one", {frames[0]}, kWidth, "{}");
   drawImg(folder, "three", frames, kWidth, R"({"f": [1.5, -2, 1e9], "name": "a \"b\" \u00e4"})");
+  drawImg(folder, "progressive", {progressive(frames[1])}, kWidth, "{}");
   drawImg(folder, "other-size", {frames[0], "no picture"}, 2 * kWidth, "[null, true] // why");
   const struct {
     std::string name;

@@ -15,5 +15,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::size_t records = size % 3;
   journal.write(data + size - indexSize, std::min(indexSize, records * sizeof(FrameIndex)));
   recover(file.path(), ".img", {"--fps", "30"});
+  verifyBytes("img", data, size);
   return 0;
 }

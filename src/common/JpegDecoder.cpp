@@ -16,6 +16,10 @@ JpegDecoder::JpegDecoder() : tjHandle_(tjInitDecompress()) {}
 VELMAR_ERROR_CODE_E JpegDecoder::decode(const unsigned char* jpeg, unsigned long jpegSize,
                                         const ImageGeometry& geometry, int pixelFormat,
                                         unsigned char* out) {
+  const JpegSize size = readSize(jpeg, jpegSize);
+  if (size.height <= 0 || !isPlausible(size, jpegSize)) {
+    return VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E;
+  }
   if (geometry.top + geometry.bottom == 0) {
     return decompress(jpeg, jpegSize, geometry, pixelFormat, out)
                ? VELMAR_ERROR_CODE_SUCCESS_E
@@ -23,8 +27,6 @@ VELMAR_ERROR_CODE_E JpegDecoder::decode(const unsigned char* jpeg, unsigned long
   }
 
   // The header may speak of far more rows than the frame can reach.
-  const JpegSize size = readSize(jpeg, jpegSize);
-  if (size.height <= 0) return VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E;
   const unsigned int reached =
       std::min(geometry.fullHeight, kLargestScale * static_cast<unsigned int>(size.height));
   unsigned char* whole = scratch(reached * geometry.pitch());
@@ -54,15 +56,10 @@ bool JpegDecoder::decompress(const unsigned char* jpeg, unsigned long jpegSize,
   return result != -1;
 }
 
-// Unlike readJpegSize() it takes frames of unusual sampling, which can be decoded all the same.
 JpegSize JpegDecoder::readSize(const unsigned char* jpeg, unsigned long jpegSize) {
-  JpegSize size{};
-  int subsampling = -1;
-  if (tjDecompressHeader2(tjHandle_.get(), const_cast<unsigned char*>(jpeg), jpegSize, &size.width,
-                          &size.height, &subsampling) != 0) {
-    // In mid-header the decompressor would find another fault than the frame has.
-    tjHandle_.reset(tjInitDecompress());
-  }
+  const JpegSize size = readAnyJpegSize(tjHandle_.get(), jpeg, jpegSize);
+  // In mid-header the decompressor would find another fault than the frame has.
+  if (size.height <= 0) tjHandle_.reset(tjInitDecompress());
   return size;
 }
 

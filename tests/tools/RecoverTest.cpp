@@ -239,6 +239,8 @@ void cutJournal(const std::string& file) {
   std::filesystem::resize_file(file + ".index", 2 * 28 + 5);
 }
 
+void zeroJournalEnd(const std::string& file) { zero(3 * 28, 2 * 28)(file + ".index"); }
+
 void removeJournal(const std::string& file) { std::filesystem::remove(file + ".index"); }
 
 /// As the recorder does before it says in the journal where the frames went.
@@ -269,6 +271,7 @@ std::vector<Case> casesOfImg() {
       whole(kImg, kUnfinished, removeJournal, kRateFromStart),
       whole(kImg, kUnfinished, cutJournal, kRate),
       whole(kImg, kUnfinished, cutJournalAndWriteTimes, kTable),
+      whole(kImg, kUnfinished, zeroJournalEnd, kRate),
       whole(kImg, kUnfinished, repeatFront, kId),
       whole(kImg, kFinished, nothing, {}),
       whole(kImg, kFinished, zero(0, 8), {}),
@@ -280,6 +283,8 @@ std::vector<Case> casesOfImg() {
             {0, 2, 3, 4}),
       lossy(kImg, kUnfinished, zero(placeOf(3, kImg) - 9, 9), kId,
             "frame 2 is lost: the picture is cut", {0, 1, 3, 4}),
+      lossy(kImg, kFinished, zero(placeOf(3, kImg), 9), {}, "frame 3 is lost: its bytes are no",
+            {0, 1, 2, 4}),
       lossy(kImg, kFinished, cut(1200), kId, "frame 0 is lost: ", {1, 2, 3, 4}),
       hopeless(kImg, removeJournal, kId, "there is no index journal"),
   };
@@ -293,13 +298,17 @@ std::vector<Case> casesOfRtv() {
       lossy(kRtv02, kFinished, cut(3), {}, "frame 4 is lost: the picture is cut", {0, 1, 2, 3}),
       lossy(kRtv03, kFinished, zeroTag(kRtv03, 0, 0, 36), {}, "frame 0 is lost: the tag is missing",
             {1, 2, 3, 4}),
-      lossy(kRtv04, kFinished, zeroTag(kRtv04, 4, 12, 4), {}, "frame 4 is lost: not a JPEG",
+      lossy(kRtv04, kFinished, zeroTag(kRtv04, 4, 12, 4), {}, "frame 4 is lost: the tag is not",
             {0, 1, 2, 3}),
       lossy(kRtv04, kFinished, zero(placeOf(0, kRtv04), 9), {},
             "frame 0 is lost: the tag points to no JPEG", {1, 2, 3, 4}),
       hopeless(
           kRtv03, [](auto& file) { writeFile(file, ""); }, kId, "no frame can be recovered"),
   };
+}
+
+void PrintTo(const Case& each, std::ostream* out) {
+  *out << each.kind.name << (each.isFinished ? ", finished: " : ": ") << each.words;
 }
 
 class RecoverDamaged : public testing::TestWithParam<Case> {};

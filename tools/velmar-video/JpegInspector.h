@@ -37,7 +37,8 @@ inline bool operator==(JpegSize one, JpegSize other) {
 /// The marker that a JPEG begins with.
 bool beginsAsJpeg(std::string_view bytes);
 
-/// The marker that a JPEG ends with; zeros may follow it, which some cameras fill frames up with.
+/// The marker that a JPEG ends with; bytes 0x00 and 0xFF may follow, which
+/// some cameras fill frames up with.
 bool endsAsJpeg(std::string_view bytes);
 
 /// "1280x800"

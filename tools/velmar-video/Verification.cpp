@@ -118,11 +118,15 @@ class Verifier {
                   "is " + toText(*size) + ", but the header says " +
                       toText({description_.width, description_.height}));
     }
-    const std::uint64_t tail = std::min(place.size, kEnd);
-    if (!endsAsJpeg(file_.read(place.end() - tail, tail))) {
+    if (!endsAsJpeg(jpegEnd(place, kEnd)) && !endsAsJpeg(jpegEnd(place, place.size))) {
       reportFrame(Severity::Warning, index, "has no end marker");
     }
     if (decode_) checkDecoding(index, jpeg);
+  }
+
+  std::string jpegEnd(const FilePlace& place, std::uint64_t atMost) const {
+    const std::uint64_t size = std::min(place.size, atMost);
+    return file_.read(place.end() - size, size);
   }
 
   void checkDecoding(unsigned int index, const std::string& jpeg) const {

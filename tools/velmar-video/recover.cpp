@@ -5,6 +5,7 @@
 
 #include "CsvTable.h"
 #include "DescriptionOptions.h"
+#include "Diagnostics.h"
 #include "FrameInput.h"
 #include "InputFile.h"
 #include "JpegInspector.h"
@@ -68,6 +69,10 @@ class FlawReport {
   std::size_t count_ = 0;
 };
 
+/// What was not on the disk when the power failed is zeros now. Other pictures without an end
+/// marker were recorded like that.
+bool endsInZeros(const std::string& jpeg) { return jpeg.ends_with('\0') && !endsAsJpeg(jpeg); }
+
 /// Takes the frames over one by one.
 class Rescue {
  public:
@@ -80,9 +85,8 @@ class Rescue {
     if (frame.flaw != nullptr) return frame.flaw;
     if (frame.size > kMaxFrameSize) return "too large for a picture";
     jpeg = file_.read(frame.offset, frame.size);
-    if (!inspector_.size(jpeg)) return "not a JPEG picture";
-    if (!endsAsJpeg(jpeg) && !options_.keepDamaged) {
-      return "the picture is cut short (--keep-damaged keeps such)";
+    if (frame.isCut || endsInZeros(jpeg)) {
+      if (!options_.keepDamaged) return "the picture is cut short (--keep-damaged keeps such)";
     }
     return "";
   }
@@ -91,7 +95,8 @@ class Rescue {
   std::optional<JpegSize> firstSize() const {
     std::string jpeg;
     for (std::size_t i = 0; i < leftover_.frames.size(); ++i) {
-      if (take(i, jpeg).empty()) return inspector_.size(jpeg);
+      if (!take(i, jpeg).empty()) continue;
+      if (const auto size = inspector_.size(jpeg)) return size;
     }
     return std::nullopt;
   }
@@ -126,6 +131,7 @@ RecordingDescription describe(const Options& options, const Leftover& leftover, 
   if (options.startTime) description.startTime = *options.startTime;
   if (!leftover.isDescribed || options.size) description.setSize(options.size.value_or(firstSize));
   if (leftover.isDescribed) return description;
+  say(options.input + ": its header was not written yet and is made of what the options give");
   if (isRtv(options.output) && !options.startTime) {
     losses.add(options.input, "the start time is not known; edit --start-time sets it");
   }

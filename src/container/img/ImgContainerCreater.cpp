@@ -142,10 +142,10 @@ bool ImgContainerCreater::adjustmentFrameAndIndex() {
   if (indexSize >= writtenBytes_ - kFrameIndexStart) return false;
 
   const std::uint64_t movedSize = relocateFirstFrames(indexSize);
-  // The frames go to their new place, and the journal says so, before the index covers the old one:
-  // whenever the recorder is killed, the journal leads to every frame.
+  // The frames go to their new place, on the disk, and the journal says so, before the index covers
+  // the old one: whenever the recorder is killed, the journal leads to every frame.
   stream_.seekp(0, std::ios::end);
-  if (!appendFirstFrames(movedSize)) return false;
+  if (!appendFirstFrames(movedSize) || syncFile(temporaryPath_) != 0) return false;
   journal_.replace(frameIndex_);
   stream_.seekp(kFrameIndexStart);
   stream_.write(reinterpret_cast<const char*>(frameIndex_.data()),
