@@ -10,6 +10,7 @@ class FileDescriptor {
   FileDescriptor() = default;
   /// open(2), close-on-exec; see isOpen().
   FileDescriptor(const std::string& path, int flags, unsigned int mode = 0);
+  FileDescriptor(FileDescriptor&& other) noexcept;
   FileDescriptor& operator=(FileDescriptor&& other) noexcept;
   ~FileDescriptor();
 

@@ -24,6 +24,7 @@ VELMAR_ERROR_CODE_E JpegDecoder::decode(const unsigned char* jpeg, unsigned long
 
   // The header may speak of far more rows than the frame can reach.
   const JpegSize size = readSize(jpeg, jpegSize);
+  if (size.height <= 0) return VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E;
   const unsigned int reached =
       std::min(geometry.fullHeight, kLargestScale * static_cast<unsigned int>(size.height));
   unsigned char* whole = scratch(reached * geometry.pitch());

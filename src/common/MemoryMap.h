@@ -12,7 +12,7 @@ class MemoryMap {
   ~MemoryMap();
 
   /// Maps `length` bytes, all of them inside the file: ask the descriptor for its size, not the
-  /// path, whose name another file may have got meanwhile. The descriptor may be closed afterwards.
+  /// path, which another file may have got meanwhile. The descriptor may be closed afterwards.
   bool map(int fd, unsigned long length, Access access);
   /// Starts writing what was stored to the disk.
   void flush() const;

@@ -3,7 +3,9 @@
 
 #include "Failure.h"
 #include "FrameInput.h"
+#include "FramePlaces.h"
 #include "InputFile.h"
+#include "JpegInspector.h"
 #include "JpegStreamSplitter.h"
 #include "JsonText.h"
 #include "Leftover.h"
@@ -13,19 +15,15 @@ namespace {
 
 constexpr std::uint64_t kPiece = std::uint64_t{1} << 20;
 
-FrameIndex recordAt(const std::string& bytes, std::size_t index) {
-  FrameIndex record;
-  bytes.copy(reinterpret_cast<char*>(&record), sizeof record, index * sizeof record);
-  return record.swapped();
-}
-
 LeftoverFrame frameOf(const FrameIndex& record, const FileBytes& file) {
-  LeftoverFrame frame{
-      record.frameOffset, record.frameSize, {record.sensorTime, record.arrivedTime}, nullptr};
-  if (frame.offset < kFrameIndexStart || !file.contains(frame.offset, frame.size)) {
-    frame.flaw = "the place is not in the file";
-  } else if (!beginsAsJpeg(file.read(frame.offset, std::min<std::uint64_t>(frame.size, 2)))) {
-    frame.flaw = "no JPEG picture is in the place";
+  LeftoverFrame frame{record.frameOffset,
+                      file.sizeWithin(record.frameOffset, record.frameSize),
+                      {record.sensorTime, record.arrivedTime},
+                      nullptr};
+  if (frame.offset >= file.size()) {
+    frame.flaw = "the file ends before it";
+  } else if (frame.offset < kFrameIndexStart || !beginsAsJpeg(file.read(frame.offset, 2))) {
+    frame.flaw = "its bytes are no JPEG picture";
   }
   return frame;
 }
@@ -44,30 +42,35 @@ std::vector<LeftoverFrame> readJournal(const FileBytes& file) {
   } catch (const Failure&) {
     return frames;  // it is a help, not a condition
   }
-  for (std::size_t i = 0; (i + 1) * sizeof(FrameIndex) <= bytes.size(); ++i) {
-    frames.push_back(frameOf(recordAt(bytes, i), file));
+  for (std::size_t at = 0; at + sizeof(FrameIndex) <= bytes.size(); at += sizeof(FrameIndex)) {
+    frames.push_back(frameOf(readFrameIndex(bytes.data() + at), file));
   }
   return frames;
 }
 
 /// The index that the recorder writes over the first frames at the end. It reaches to the first
-/// frame at most; behind its last record lies what is left of a frame.
+/// frame at most; behind its last record lies what is left of a frame, which leads nowhere.
 std::vector<LeftoverFrame> readFrontIndex(const FileBytes& file) {
   constexpr std::size_t kRecordsAtOnce = 4096;
+  const std::uint64_t end = std::max(file.size(), imgMetaDataOffset(file));
   std::vector<LeftoverFrame> frames;
   std::uint64_t lowest = file.size();
   std::uint64_t at = kFrameIndexStart;
   for (bool goesOn = true; goesOn;) {
     const std::string bytes = file.read(at, kRecordsAtOnce * sizeof(FrameIndex));
     goesOn = false;
-    for (std::size_t i = 0; (i + 1) * sizeof(FrameIndex) <= bytes.size(); ++i) {
+    for (std::size_t i = 0; i + sizeof(FrameIndex) <= bytes.size(); i += sizeof(FrameIndex)) {
       at += sizeof(FrameIndex);
       if (at > lowest) return frames;
-      const LeftoverFrame frame = frameOf(recordAt(bytes, i), file);
-      if (frame.flaw != nullptr) continue;
+      const FrameIndex record = readFrameIndex(bytes.data() + i);
+      if (record.frameOffset < at || record.frameOffset >= end ||
+          record.frameSize > end - record.frameOffset) {
+        continue;
+      }
+      frames.push_back(frameOf(record, file));
+      if (frames.back().flaw != nullptr) continue;
       goesOn = true;
-      lowest = std::min(lowest, frame.offset);
-      frames.push_back(frame);
+      lowest = std::min(lowest, frames.back().offset);
     }
   }
   return frames;
@@ -133,7 +136,7 @@ void setTimes(std::vector<LeftoverFrame>& frames, std::size_t first, const Lefto
     } else {
       frames[i].flaw = known.times.empty()
                            ? "the index journal has no time (--fps or --times can give one)"
-                           : "--times has no row";
+                           : "--times has no row for it";
     }
   }
 }

@@ -43,3 +43,10 @@ std::string toText(JpegSize size) {
 std::string differenceText(JpegSize size, JpegSize first) {
   return "the picture is " + toText(size) + ", but the first one is " + toText(first);
 }
+
+bool beginsAsJpeg(std::string_view bytes) { return bytes.starts_with("\xFF\xD8"); }
+
+bool endsAsJpeg(std::string_view bytes) {
+  const auto last = bytes.find_last_not_of('\0');
+  return last != bytes.npos && bytes.substr(0, last + 1).ends_with("\xFF\xD9");
+}

@@ -1,20 +1,13 @@
 #include <algorithm>
-#include <cstring>
 #include <tuple>
 #include <utility>
 
+#include "JpegInspector.h"
 #include "Leftover.h"
 #include "container/rtv/RtvLayout.h"
 #include "velmar_video/TypeConversion.h"
 
 namespace {
-
-template <typename T>
-T get(const char* bytes) {
-  T value;
-  std::memcpy(&value, bytes, sizeof value);
-  return value;
-}
 
 /// A slot of the tag table.
 struct Slot {
@@ -76,12 +69,9 @@ Slot decodeSlot(const char* bytes, version_e version) {
 const char* flawOf(const Slot& slot, std::uint64_t slotEnd, const FileBytes& file) {
   const LeftoverFrame& frame = slot.frame;
   if (slot.isEmpty) return "the tag is missing";
-  if (frame.offset < slotEnd || !file.contains(frame.offset, frame.size)) {
-    return "the tag leads out of the file";
-  }
-  return beginsAsJpeg(file.read(frame.offset, std::min<std::uint64_t>(frame.size, 2)))
-             ? nullptr
-             : "the tag leads to no JPEG picture";
+  if (frame.offset < slotEnd) return "the tag points into the tags";
+  if (frame.offset >= file.size()) return "the file ends before it";
+  return beginsAsJpeg(file.read(frame.offset, 2)) ? nullptr : "the tag points to no JPEG picture";
 }
 
 Table readTable(const FileBytes& file, const std::string& front, version_e version) {
@@ -92,7 +82,8 @@ Table readTable(const FileBytes& file, const std::string& front, version_e versi
     if (slotEnd > table.dataStart || slotEnd > front.size()) break;
     Slot slot = decodeSlot(front.data() + layout.tagAt(i), version);
     slot.frame.flaw = flawOf(slot, slotEnd, file);
-    if (slot.frame.flaw == nullptr) {
+    slot.frame.size = file.sizeWithin(slot.frame.offset, slot.frame.size);
+    if (slot.frame.flaw == nullptr && slot.frame.size > 0) {
       ++table.wholeFrames;
       table.dataStart = std::min(table.dataStart, slot.frame.offset);
       table.dataEnd = std::max(table.dataEnd, slot.frame.offset + slot.frame.size);

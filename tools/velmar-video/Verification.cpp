@@ -151,7 +151,7 @@ class Verifier {
       report_({Severity::Warning, {}, offset, "metadata: " + text});
     };
     const Json::Value stored = parseJson(file_.read(offset, file_.size() - offset));
-    if (!stored.isObject()) return warn("it is JSON only by a generous reading");
+    if (!stored.isObject()) return warn("it is not strict JSON");
     const Json::Value read = parseJson(recording_.reader().getMetaInfo());
     for (const std::string& key : read.getMemberNames()) {
       if (!stored.isMember(key)) {
@@ -213,8 +213,16 @@ class Verifier {
 
 unsigned int verify(const std::string& path, bool decode,
                     const std::function<void(const Finding&)>& report) {
-  checkExtension(path);
-  const VELMAR_ERROR_CODE_E code = makeVelmarVideoFileReader(path)->open();
+  const auto reader = makeVelmarVideoFileReader(path);
+  if (reader == nullptr) {
+    report({Severity::Error,
+            {},
+            {},
+            "does not open: its name has to end in .img or .rtv (what an interrupted recording "
+            "left is for the command recover)"});
+    return 0;
+  }
+  const VELMAR_ERROR_CODE_E code = reader->open();
   if (code != VELMAR_ERROR_CODE_SUCCESS_E) {
     report({Severity::Error,
             {},
