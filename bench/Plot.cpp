@@ -13,7 +13,7 @@ constexpr double kLabelWidth = 330;
 constexpr double kScaleWidth = 620;
 constexpr double kMargin = 20;
 constexpr double kRowHeight = 24;
-constexpr double kTop = 70;
+constexpr double kTop = 84;
 
 constexpr double kLowest = 0.5;  // ratio at the scale's left end
 
@@ -107,10 +107,12 @@ void drawRow(std::ostream& svg, const Scale& scale, const Result& row, double to
     drawLine(svg, scale.at(*reach), middle - 9, scale.at(*reach), middle + 9,
              "stroke='#e6a100' stroke-width='3'");
   }
+  double labelY = middle - 3;
   for (const Measured& peer : row.peers) {
     const double x = scale.at(peer.ratio->median);
     svg << "<circle cx='" << x << "' cy='" << middle << "' r='4' fill='#4061b5'/>\n";
-    drawText(svg, x + 6, middle - 3, "font-size='9' fill='#4061b5'", peer.name);
+    drawText(svg, x + 6, labelY, "font-size='9' fill='#4061b5'", peer.name);
+    labelY += 11;  // two often lie side by side
   }
 }
 
