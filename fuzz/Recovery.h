@@ -8,7 +8,7 @@
 #include <vector>
 
 /// Recovers `leftover` into a recording with that extension and deletes it again. What comes of it
-/// has to be a recording without errors.
+/// has to be a recording whose frames are all in their places.
 void recover(const std::string& leftover, const std::string& extension,
              const std::vector<std::string>& options);
 

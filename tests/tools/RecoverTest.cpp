@@ -241,6 +241,9 @@ void cutJournal(const std::string& file) {
 
 void zeroJournalEnd(const std::string& file) { zero(3 * 28, 2 * 28)(file + ".index"); }
 
+/// A frame that is said to be where a picture is, but to have no byte of it.
+void emptyRecord(const std::string& file) { zero(4 * 28 + 24, 4)(file + ".index"); }
+
 void removeJournal(const std::string& file) { std::filesystem::remove(file + ".index"); }
 
 /// As the recorder does before it says in the journal where the frames went.
@@ -285,6 +288,7 @@ std::vector<Case> casesOfImg() {
             "frame 2 is lost: the picture is cut", {0, 1, 3, 4}),
       lossy(kImg, kFinished, zero(placeOf(3, kImg), 9), {}, "frame 3 is lost: its bytes are no",
             {0, 1, 2, 4}),
+      lossy(kImg, kUnfinished, emptyRecord, kId, "frame 4 is lost: its bytes are no", {0, 1, 2, 3}),
       lossy(kImg, kFinished, cut(1200), kId, "frame 0 is lost: ", {1, 2, 3, 4}),
       hopeless(kImg, removeJournal, kId, "there is no index journal"),
   };

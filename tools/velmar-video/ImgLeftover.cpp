@@ -21,7 +21,7 @@ LeftoverFrame frameOf(const FrameIndex& record, const FileBytes& file) {
   clip(frame, file);
   if (frame.offset >= file.size()) {
     frame.flaw = "the file ends before it";
-  } else if (frame.offset < kFrameIndexStart || !beginsAsJpeg(file.read(frame.offset, 2))) {
+  } else if (frame.offset < kFrameIndexStart || !beginsAsJpeg(startOf(frame, file))) {
     frame.flaw = "its bytes are no JPEG picture";
   }
   return frame;

@@ -2,8 +2,10 @@
 #ifndef VELMAR_TOOL_LEFTOVER_H
 #define VELMAR_TOOL_LEFTOVER_H
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "FileBytes.h"
@@ -24,6 +26,11 @@ inline void clip(LeftoverFrame& frame, const FileBytes& file) {
   const std::uint64_t size = file.sizeWithin(frame.offset, frame.size);
   frame.isCut = size < frame.size;
   frame.size = size;
+}
+
+/// As much of the frame as shows whether it is a JPEG.
+inline std::string startOf(const LeftoverFrame& frame, const FileBytes& file) {
+  return file.read(frame.offset, std::min<std::uint64_t>(frame.size, 2));
 }
 
 struct Leftover {

@@ -82,7 +82,7 @@ const char* flawOf(const Slot& slot, std::uint64_t slotEnd, const FileBytes& fil
   if (frame.offset < slotEnd) return "the tag points into the tags";
   if (frame.offset >= file.size()) return "the file ends before it";
   if (frame.size == 0) return "the tag is not whole";
-  return beginsAsJpeg(file.read(frame.offset, 2)) ? nullptr : "the tag points to no JPEG picture";
+  return beginsAsJpeg(startOf(frame, file)) ? nullptr : "the tag points to no JPEG picture";
 }
 
 Table readTable(const FileBytes& file, const std::string& front, version_e version) {
