@@ -1,5 +1,7 @@
 #include "container/img/ImgMetaData.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <utility>
 
 #include "container/img/JsonText.h"
@@ -19,6 +21,16 @@ bool embed(const std::string& text, Json::Value& root, const char* key) {
   }
   root[key] = std::move(value);
   return true;
+}
+
+// Whether the text can be read again without trying: embedded texts stand deeper in it than by
+// themselves, perhaps too deep, and may have comments, which may hold a zero byte, where readers
+// stop.
+bool isPlain(const std::string& text) {
+  constexpr std::ptrdiff_t kDeep = 500;  // half of what jsoncpp reads
+  const auto opens = [](char character) { return character == '{' || character == '['; };
+  return text.find('/') == text.npos && text.find('\0') == text.npos &&
+         std::count_if(text.begin(), text.end(), opens) < kDeep;
 }
 
 }  // namespace
@@ -44,8 +56,7 @@ bool ImgMetaData::toText(std::string& text) const {
   Json::Value root;
   if (!toJson(root)) return false;
   text = styledText(root);
-  // Embedded texts stand deeper here than by themselves, perhaps too deep to be read again, and
-  // readers stop at a zero byte, which a comment may hold.
+  if (isPlain(text)) return true;
   try {
     Json::Value again;
     if (parseJson(text.c_str(), again)) return true;
