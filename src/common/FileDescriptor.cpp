@@ -14,7 +14,6 @@ bool transferAll(Byte* next, std::size_t size, Transfer transfer) {
   while (size > 0) {
     const ssize_t count = transfer(next, size);
     if (count < 0 && errno == EINTR) continue;
-    if (count == 0) errno = 0;
     if (count <= 0) return false;
     next += count;
     size -= static_cast<std::size_t>(count);
@@ -59,6 +58,7 @@ bool FileDescriptor::writeAt(const void* data, std::size_t size, unsigned long o
 
 bool FileDescriptor::readAt(void* data, std::size_t size, unsigned long offset) const {
   auto* bytes = static_cast<char*>(data);
+  errno = 0;
   return transferAll(bytes, size, [this, bytes, offset](char* next, std::size_t left) {
     return ::pread(fd_, next, left, static_cast<off_t>(offset) + (next - bytes));
   });

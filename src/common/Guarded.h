@@ -2,6 +2,7 @@
 #define VELMAR_COMMON_GUARDED_H
 
 #include <exception>
+#include <string>
 
 #include "velmar_logger/velmar_logger.h"
 
@@ -15,6 +16,11 @@ Result guarded(const char* tag, const char* operation, Result failed, Work work)
     velmar_logger::e(tag, "%s: %s", operation, cause.what());
     return failed;
   }
+}
+
+/// A copy of the text; empty for want of memory.
+inline std::string guardedCopy(const char* tag, const char* operation, const std::string& text) {
+  return guarded(tag, operation, std::string(), [&] { return text; });
 }
 
 #endif

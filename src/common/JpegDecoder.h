@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "common/ImageGeometry.h"
+#include "common/JpegHeader.h"
 #include "common/TjHandle.h"
 #include "velmar_video/VelmarVideoErrMsg.h"
 
@@ -16,8 +17,9 @@ class JpegDecoder {
   /// Decodes to exactly geometry.size() bytes at `out`, straight into it unless rows are cut.
   /// \param geometry     valid, width and height not 0
   /// \param pixelFormat  a TJPF_... value with geometry.bytesPerPixel bytes a pixel
-  /// Errors: VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E, with the cause in tjGetErrorStr(); the handle
-  /// is then replaced, so that a bad frame leaves no trace on the next.
+  /// Errors: VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E, with the cause in tjGetErrorStr() unless the
+  /// frame is far too short for the size that it claims; the handle is replaced after a fault, so
+  /// that a bad frame leaves no trace on the next.
   /// VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E: no memory for the scratch image.
   VELMAR_ERROR_CODE_E decode(const unsigned char* jpeg, unsigned long jpegSize,
                              const ImageGeometry& geometry, int pixelFormat, unsigned char* out);
@@ -25,7 +27,8 @@ class JpegDecoder {
  private:
   bool decompress(const unsigned char* jpeg, unsigned long jpegSize, const ImageGeometry& geometry,
                   int pixelFormat, unsigned char* out);
-  bool fills(const unsigned char* jpeg, unsigned long jpegSize, const ImageGeometry& geometry);
+  /// 0 x 0 for what cannot be decoded.
+  JpegSize readSize(const unsigned char* jpeg, unsigned long jpegSize);
   unsigned char* scratch(std::size_t size);
 
   TjHandle tjHandle_;

@@ -12,7 +12,7 @@ class MemoryMap {
   ~MemoryMap();
 
   /// Maps `length` bytes, all of them inside the file: ask the descriptor for its size, not the
-  /// path, whose name another file may have got meanwhile. The descriptor may be closed afterwards.
+  /// path, which another file may have got meanwhile. The descriptor may be closed afterwards.
   bool map(int fd, unsigned long length, Access access);
   /// Starts writing what was stored to the disk.
   void flush() const;
@@ -27,7 +27,6 @@ class MemoryMap {
   bool wasMapped() const { return length_ > 0; }
   /// Null unless mapped.
   unsigned char* data() const { return isMapped() ? address_ : nullptr; }
-  unsigned long length() const { return length_; }
 
  private:
   unsigned char* address_ = nullptr;

@@ -28,12 +28,19 @@ FileDescriptor openFolder(const std::string& path) {
 
 }  // namespace
 
+int syncFile(const std::string& path) {
+  const FileDescriptor file(path, O_RDONLY);
+  return file.isOpen() && ::fdatasync(file.get()) == 0 ? 0 : errno;
+}
+
+void syncName(const std::string& path) {
+  const FileDescriptor folder = openFolder(path);
+  if (folder.isOpen()) ::fsync(folder.get());
+}
+
 int publishFile(const std::string& temporaryPath, const std::string& finalPath) {
-  const FileDescriptor file(temporaryPath, O_RDONLY);
-  if (!file.isOpen() || ::fdatasync(file.get()) != 0) return errno;
-  // Opened first, since after the rename nothing may fail any more. A folder that cannot be
-  // synchronised (no permission to read it, a file system that does not) leaves open only which
-  // name the file has after a power cut.
+  if (const int cause = syncFile(temporaryPath)) return cause;
+  // Opened first, since after the rename nothing may fail any more.
   const FileDescriptor folder = openFolder(finalPath);
   if (std::rename(temporaryPath.c_str(), finalPath.c_str()) != 0) return errno;
   if (folder.isOpen()) ::fsync(folder.get());

@@ -9,4 +9,12 @@
 /// \return 0 or the errno of the step that failed
 int publishFile(const std::string& temporaryPath, const std::string& finalPath);
 
+/// Brings what is in the file to the disk.
+/// \return 0 or the errno of the step that failed
+int syncFile(const std::string& path);
+
+/// Brings the name of the file to the disk as far as its folder allows: one that cannot be read or
+/// synchronised leaves open only whether the file has its name after a power cut.
+void syncName(const std::string& path);
+
 #endif

@@ -9,9 +9,7 @@ namespace {
 constexpr char kTag[] = "VelmarVideoFile";
 
 // An object that could not keep its path has none: open() says so.
-std::string kept(const std::string& path) {
-  return guarded(kTag, "path", std::string(), [&] { return path; });
-}
+std::string kept(const std::string& path) { return guardedCopy(kTag, "path", path); }
 
 }  // namespace
 

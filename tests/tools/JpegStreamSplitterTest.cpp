@@ -99,6 +99,14 @@ TEST(JpegStreamSplitter, GivesUpFramesWithoutEnd) {
   EXPECT_EQ(found.skipped, endless.size() - 5);  // 0x00 and 0xFF may be padding
 }
 
+TEST(JpegStreamSplitter, GivesUpFramesThatEndBeyondTheLimit) {
+  const std::string smallest = kStart + segment('\xDA', "") + kEnd;
+  for (const unsigned int tooMuch : {0U, 1U, 2U}) {
+    const Outcome found = split(smallest, 64, smallest.size() - tooMuch);
+    EXPECT_EQ(found.frames.size(), tooMuch == 0 ? 1U : 0U) << tooMuch;
+  }
+}
+
 TEST(JpegStreamSplitter, CutsRealFramesInPiecesOfAnySize) {
   SampleScene scene(160, 96);
   const std::vector<std::string> frames = {scene.jpeg(0), scene.jpeg(1), scene.jpeg(2)};

@@ -164,18 +164,6 @@ TEST(Recover, KeepsEveryFrameThatWasAddedBeforeTheKill) {
   }
 }
 
-/// What may be wrong with what is left, and what comes of it.
-struct Case {
-  const char* name;
-  const Kind& kind;
-  bool isFinished;  ///< the recorder came to write all, but not to give the file its name
-  std::function<void(const std::string& leftover)> damage;
-  std::vector<std::string> options;
-  ExitStatus status;
-  const char* words;
-  std::vector<int> frames;
-};
-
 constexpr unsigned int kLeft = 5;
 
 /// Frames as they were first written.
@@ -183,11 +171,6 @@ std::size_t placeOf(unsigned int frame, const Kind& kind, unsigned int slots = k
   std::size_t offset = kind.version == RTV_VER_MAX ? 8 : kind.headerSize + slots * kind.tagSize;
   for (unsigned int i = 0; i < frame; ++i) offset += picture(i).size();
   return offset;
-}
-
-void overwrite(const std::string& path, std::size_t offset, std::size_t size) {
-  std::string bytes = readFile(path);
-  writeFile(path, bytes.replace(offset, size, size, '\0'));
 }
 
 void leave(const Kind& kind, const std::string& path, bool isFinished,
@@ -201,142 +184,165 @@ void leave(const Kind& kind, const std::string& path, bool isFinished,
   if (isFinished) std::filesystem::rename(path, path + ".tmp");
 }
 
-TEST(Recover, SaysWhatIsLost) {
-  const auto cutJournal = [](const std::string& file) {
-    std::filesystem::resize_file(file + ".index", 2 * 28 + 5);
+using Damage = std::function<void(const std::string& leftover)>;
+using Options = std::vector<std::string>;
+
+/// What may be wrong with what is left, and what comes of it.
+struct Case {
+  const Kind& kind;
+  bool isFinished;  ///< the recorder came to write all, but not to give the file its name
+  Damage damage;
+  Options options;
+  ExitStatus status;
+  const char* words;
+  std::vector<int> frames;
+};
+
+constexpr bool kUnfinished = false;
+constexpr bool kFinished = true;
+
+Case whole(const Kind& kind, bool isFinished, Damage damage, Options options) {
+  return {kind, isFinished,      std::move(damage), std::move(options), ExitStatus::Done,
+          "",   numbersTo(kLeft)};
+}
+
+Case lossy(const Kind& kind, bool isFinished, Damage damage, Options options, const char* words,
+           std::vector<int> frames) {
+  return {kind,  isFinished,       std::move(damage), std::move(options), ExitStatus::Loss,
+          words, std::move(frames)};
+}
+
+Case hopeless(const Kind& kind, Damage damage, Options options, const char* words) {
+  return {kind, kUnfinished, std::move(damage), std::move(options), ExitStatus::Failed, words, {}};
+}
+
+void nothing(const std::string& /*leftover*/) {}
+
+Damage cut(std::size_t bytes) {
+  return [bytes](auto& file) {
+    std::filesystem::resize_file(file, std::filesystem::file_size(file) - bytes);
   };
-  const auto removeJournal = [](const std::string& file) {
-    std::filesystem::remove(file + ".index");
+}
+
+Damage zero(std::size_t offset, std::size_t size) {
+  return [=](auto& file) {
+    std::string bytes = readFile(file);
+    writeFile(file, bytes.replace(offset, size, size, '\0'));
   };
-  const auto zeroFrame = [](const Kind& kind, unsigned int frame) {
-    return [&kind, frame](const std::string& file) { overwrite(file, placeOf(frame, kind), 100); };
-  };
-  const auto cut = [](std::size_t bytes) {
-    return [bytes](const std::string& file) {
-      std::filesystem::resize_file(file, std::filesystem::file_size(file) - bytes);
-    };
-  };
-  const auto zeroTag = [](const Kind& kind, unsigned int tag, unsigned int from,
-                          unsigned int size) {
-    return [&kind, tag, from, size](const std::string& file) {
-      overwrite(file, kind.headerSize + tag * kind.tagSize + from, size);
-    };
-  };
-  const auto done = ExitStatus::Done, loss = ExitStatus::Loss, failed = ExitStatus::Failed;
-  const std::vector<int> all = numbersTo(kLeft);
-  const std::vector<std::string> id{"--device-id", "0aff"}, start{"--start-time", "0"};
-  const std::vector<std::string> fps{"--device-id", "0a", "--fps", "1000"};
-  const std::vector<std::string> fpsFromStart{
-      "--device-id", "0a", "--fps", "1000", "--start-time", std::to_string(kStart)};
-  const Case cases[] = {
-      {"untouched", kImg, false, [](auto&) {}, id, done, "", all},
-      {"no id", kImg, false, [](auto&) {}, {}, loss, "the device id was not written", all},
-      {"no journal", kImg, false, removeJournal, fpsFromStart, done, "", all},
-      {"no times", kImg, false, removeJournal, id, failed, "no index journal", {}},
-      {"short journal", kImg, false, cutJournal, fps, done, "", all},
-      {"lost times", kImg, false, cutJournal, id, loss, "frames 2 to 4 are lost", {0, 1}},
-      {"last frame cut",
-       kImg,
-       false,
-       cut(3),
-       id,
-       loss,
-       "frame 4 is lost: the place is not",
-       {0, 1, 2, 3}},
-      {"zeros",
-       kImg,
-       false,
-       zeroFrame(kImg, 1),
-       id,
-       loss,
-       "frame 1 is lost: no JPEG",
-       {0, 2, 3, 4}},
-      {"end is zeros",
-       kImg,
-       false,
-       [](auto& file) { overwrite(file, placeOf(3, kImg) - 9, 9); },
-       id,
-       loss,
-       "frame 2 is lost: the picture is cut",
-       {0, 1, 3, 4}},
-      {"frames moved, journal old", kImg, false,
-       [](auto& file) { writeFile(file, readFile(file) + readFile(file).substr(8, 200)); }, id,
-       done, "", all},
-      {"finished", kImg, true, [](auto&) {}, {}, done, "", all},
-      {"no metadata offset",
-       kImg,
-       true,
-       [](auto& file) { overwrite(file, 0, 8); },
-       {},
-       done,
-       "",
-       all},
-      {"half the metadata", kImg, true, cut(50), id, done, "", all},
-      {"untouched 02",
-       kRtv02,
-       false,
-       [](auto&) {},
-       {"--device-id", "0a", "--start-time", "2020-01-01T00:00:00Z"},
-       done,
-       "",
-       all},
-      {"no start time", kRtv03, false, [](auto&) {}, id, loss, "the start time was not", all},
-      {"finished 04", kRtv04, true, [](auto&) {}, {}, done, "", all},
-      {"finished, then cut",
-       kRtv02,
-       true,
-       cut(3),
-       {},
-       loss,
-       "frame 4 is lost: the tag leads out",
-       {0, 1, 2, 3}},
-      {"first tag missing",
-       kRtv03,
-       true,
-       zeroTag(kRtv03, 0, 0, 36),
-       {},
-       loss,
-       "frame 0 is lost: the tag is missing",
-       {1, 2, 3, 4}},
-      {"tag without length",
-       kRtv04,
-       true,
-       zeroTag(kRtv04, 4, 12, 4),
-       {},
-       loss,
-       "bytes belong to no whole frame",
-       {0, 1, 2, 3}},
-      {"zeros 04",
-       kRtv04,
-       true,
-       zeroFrame(kRtv04, 0),
-       {},
-       loss,
-       "frame 0 is lost: the tag leads to no JPEG",
-       {1, 2, 3, 4}},
-      {"empty",
-       kRtv03,
-       false,
-       [](auto& file) { writeFile(file, ""); },
-       start,
-       failed,
-       "no frame can be recovered",
-       {}},
-  };
-  for (const Case& each : cases) {
-    SCOPED_TRACE(each.name);
-    const TempFolder folder;
-    const std::string path = folder / "a"s + each.kind.extension;
-    leave(each.kind, path, each.isFinished);
-    each.damage(path + ".tmp");
-    std::vector<std::string> arguments{"recover", path + ".tmp", path};
-    arguments.insert(arguments.end(), each.options.begin(), each.options.end());
-    const ToolRun run = runTool(addRecoverCommand, arguments);
-    EXPECT_EQ(run.status, each.status) << run.diagnostics;
-    EXPECT_NE(run.diagnostics.find(each.words), std::string::npos) << run.diagnostics;
-    EXPECT_EQ(exists(path) ? framesIn(path) : std::vector<int>(), each.frames);
-    EXPECT_FALSE(exists(folder / "a.recovering"s + each.kind.extension + ".tmp"));
+}
+
+Damage zeroTag(const Kind& kind, unsigned int tag, unsigned int from, unsigned int size) {
+  return zero(kind.headerSize + tag * kind.tagSize + from, size);
+}
+
+void cutJournal(const std::string& file) {
+  std::filesystem::resize_file(file + ".index", 2 * 28 + 5);
+}
+
+void zeroJournalEnd(const std::string& file) { zero(3 * 28, 2 * 28)(file + ".index"); }
+
+void removeJournal(const std::string& file) { std::filesystem::remove(file + ".index"); }
+
+/// As the recorder does before it says in the journal where the frames went.
+void repeatFront(const std::string& file) {
+  writeFile(file, readFile(file) + readFile(file).substr(8, 200));
+}
+
+/// What `frames --csv` would print.
+void cutJournalAndWriteTimes(const std::string& file) {
+  cutJournal(file);
+  std::string table = "index,sensor_time_us,arrived_time_us\n";
+  for (unsigned int i = 0; i < kLeft; ++i) {
+    table += std::to_string(i) + "," + std::to_string(kStart + i * 1000) + ",5\n";
   }
+  writeFile(file + ".csv", table);
+}
+
+const Options kId{"--device-id", "0aff"};
+const Options kRate{"--device-id", "0a", "--fps", "1000"};
+const Options kRateFromStart{"--device-id", "0a",           "--fps",
+                             "1000",        "--start-time", std::to_string(kStart)};
+const Options kIdAndStart{"--device-id", "0a", "--start-time", "2020-01-01T00:00:00Z"};
+const Options kTable{"--device-id", "0a", "--times", "LEFTOVER.csv"};
+
+std::vector<Case> casesOfImg() {
+  return {
+      whole(kImg, kUnfinished, nothing, kId),
+      whole(kImg, kUnfinished, removeJournal, kRateFromStart),
+      whole(kImg, kUnfinished, cutJournal, kRate),
+      whole(kImg, kUnfinished, cutJournalAndWriteTimes, kTable),
+      whole(kImg, kUnfinished, zeroJournalEnd, kRate),
+      whole(kImg, kUnfinished, repeatFront, kId),
+      whole(kImg, kFinished, nothing, {}),
+      whole(kImg, kFinished, zero(0, 8), {}),
+      whole(kImg, kFinished, cut(50), kId),
+      lossy(kImg, kUnfinished, nothing, {}, "the device id is not known", numbersTo(kLeft)),
+      lossy(kImg, kUnfinished, cutJournal, kId, "frames 2 to 4 are lost: the index", {0, 1}),
+      lossy(kImg, kUnfinished, cut(3), kId, "frame 4 is lost: the picture is cut", {0, 1, 2, 3}),
+      lossy(kImg, kUnfinished, zero(placeOf(1, kImg), 9), kId, "frame 1 is lost: its bytes are no",
+            {0, 2, 3, 4}),
+      lossy(kImg, kUnfinished, zero(placeOf(3, kImg) - 9, 9), kId,
+            "frame 2 is lost: the picture is cut", {0, 1, 3, 4}),
+      lossy(kImg, kFinished, zero(placeOf(3, kImg), 9), {}, "frame 3 is lost: its bytes are no",
+            {0, 1, 2, 4}),
+      lossy(kImg, kFinished, cut(1200), kId, "frame 0 is lost: ", {1, 2, 3, 4}),
+      hopeless(kImg, removeJournal, kId, "there is no index journal"),
+  };
+}
+
+std::vector<Case> casesOfRtv() {
+  return {
+      whole(kRtv02, kUnfinished, nothing, kIdAndStart),
+      whole(kRtv04, kFinished, nothing, {}),
+      lossy(kRtv03, kUnfinished, nothing, kId, "the start time is not known", numbersTo(kLeft)),
+      lossy(kRtv02, kFinished, cut(3), {}, "frame 4 is lost: the picture is cut", {0, 1, 2, 3}),
+      lossy(kRtv03, kFinished, zeroTag(kRtv03, 0, 0, 36), {}, "frame 0 is lost: the tag is missing",
+            {1, 2, 3, 4}),
+      lossy(kRtv04, kFinished, zeroTag(kRtv04, 4, 12, 4), {}, "frame 4 is lost: the tag is not",
+            {0, 1, 2, 3}),
+      lossy(kRtv04, kFinished, zero(placeOf(0, kRtv04), 9), {},
+            "frame 0 is lost: the tag points to no JPEG", {1, 2, 3, 4}),
+      hopeless(
+          kRtv03, [](auto& file) { writeFile(file, ""); }, kId, "no frame can be recovered"),
+  };
+}
+
+void PrintTo(const Case& each, std::ostream* out) {
+  *out << each.kind.name << (each.isFinished ? ", finished: " : ": ") << each.words;
+}
+
+class RecoverDamaged : public testing::TestWithParam<Case> {};
+
+TEST_P(RecoverDamaged, KeepsWhatIsWholeAndSaysWhatIsNot) {
+  const Case& each = GetParam();
+  const TempFolder folder;
+  const std::string path = folder / "a"s + each.kind.extension;
+  leave(each.kind, path, each.isFinished);
+  each.damage(path + ".tmp");
+  Options arguments{"recover", path + ".tmp", path};
+  for (std::string option : each.options) {
+    if (option == "LEFTOVER.csv") option = path + ".tmp.csv";
+    arguments.push_back(option);
+  }
+  const ToolRun run = runTool(addRecoverCommand, arguments);
+  EXPECT_EQ(run.status, each.status) << run.diagnostics;
+  EXPECT_NE(run.diagnostics.find(each.words), std::string::npos) << run.diagnostics;
+  EXPECT_EQ(exists(path) ? framesIn(path) : std::vector<int>(), each.frames);
+  EXPECT_FALSE(exists(folder / "a.recovering"s + each.kind.extension + ".tmp"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Img, RecoverDamaged, testing::ValuesIn(casesOfImg()));
+INSTANTIATE_TEST_SUITE_P(Rtv, RecoverDamaged, testing::ValuesIn(casesOfRtv()));
+
+TEST(Recover, KeepsCutPicturesIfAsked) {
+  const TempFolder folder;
+  leave(kImg, folder / "a.img", false);
+  cut(3)(folder / "a.img.tmp");
+  runTool(addRecoverCommand, {"recover", folder / "a.img.tmp", folder / "a.img", "--keep-damaged",
+                              "--size", "640x480"});
+  const Recording recording(folder / "a.img");
+  EXPECT_EQ(recording.framesCount(), kLeft);
+  EXPECT_EQ(recording.description().width, 640);
 }
 
 // Tags of 03 and 04 begin alike, and the capacities are such that either reading is possible.

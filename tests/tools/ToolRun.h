@@ -12,9 +12,10 @@ struct ToolRun {
   std::string diagnostics;  ///< what it said on standard error, or its failure
 };
 
+struct Tool;
+
 /// \param command    of main's list, such as addRecoverCommand
 /// \param arguments  from the command's name on
-struct Tool;
 ToolRun runTool(void (*command)(Tool&), std::vector<std::string> arguments);
 
 #endif

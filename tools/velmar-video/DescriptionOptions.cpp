@@ -30,7 +30,7 @@ std::vector<double> parsePosition(const std::string& text) {
     next = result.ptr + 1;
   }
   const bool isPlace = (numbers.size() == 2 || numbers.size() == 3) &&
-                       std::abs(numbers[0]) <= 180 && std::abs(numbers[1]) <= 90;
+                       std::abs(numbers[0]) <= 180 && std::abs(numbers[1]) < 90;
   return isPlace ? numbers : std::vector<double>();
 }
 
@@ -111,13 +111,13 @@ void DescriptionOptions::addTo(CLI::App& command) {
   command.add_flag("--undistorted", undistorted, "Mark the frames as undistorted");
   command
       .add_option("--frame-format", frameFormat,
-                  "The pixel format to name in the recording, BGR if not given")
+                  "The pixel format to name in the recording, BGR if nothing says otherwise")
       ->type_name("FORMAT")
       ->check(CLI::IsMember({"YUV420", "RGB", "BGR", "GRAY"}));
   rtvVersion.addTo(command);
   command
       .add_option("--start-position", startPosition,
-                  "rtv: where the positions of --tags are counted from, degrees and metres")
+                  "rtv: where the frames' positions are counted from, degrees and metres")
       ->type_name("LNG,LAT[,ALT]");
 }
 

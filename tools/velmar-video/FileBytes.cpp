@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <utility>
 
@@ -21,18 +20,11 @@ FileBytes::FileBytes(std::string path) : path_(std::move(path)), file_(path_, O_
 }
 
 std::string FileBytes::read(std::uint64_t offset, std::uint64_t length) const {
-  std::string bytes(offset < size_ ? std::min(length, size_ - offset) : 0, '\0');
+  std::string bytes(sizeWithin(offset, length), '\0');
   if (!file_.readAt(bytes.data(), bytes.size(), offset)) {
     if (errno != 0) throw Failure::ofSystem(path_, "cannot read it", errno);
     throw Failure(path_, "it has become shorter while it was read",
                   VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
   }
   return bytes;
-}
-
-bool beginsAsJpeg(std::string_view bytes) { return bytes.starts_with("\xFF\xD8"); }
-
-bool endsAsJpeg(std::string_view bytes) {
-  const auto last = bytes.find_last_not_of('\0');
-  return last != bytes.npos && bytes.substr(0, last + 1).ends_with("\xFF\xD9");
 }

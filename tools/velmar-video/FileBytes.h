@@ -1,9 +1,9 @@
 #ifndef VELMAR_TOOL_FILE_BYTES_H
 #define VELMAR_TOOL_FILE_BYTES_H
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
-#include <string_view>
 
 #include "common/FileDescriptor.h"
 
@@ -19,6 +19,10 @@ class FileBytes {
   bool contains(std::uint64_t offset, std::uint64_t length) const {
     return offset <= size_ && length <= size_ - offset;
   }
+  /// What of so many bytes is in the file.
+  std::uint64_t sizeWithin(std::uint64_t offset, std::uint64_t length) const {
+    return offset < size_ ? std::min(length, size_ - offset) : 0;
+  }
   /// Fewer bytes where the file ends. Throws Failure.
   std::string read(std::uint64_t offset, std::uint64_t length) const;
 
@@ -27,11 +31,5 @@ class FileBytes {
   FileDescriptor file_;
   std::uint64_t size_ = 0;
 };
-
-/// The marker that a JPEG begins with.
-bool beginsAsJpeg(std::string_view bytes);
-
-/// The marker that a JPEG ends with; zeros may follow it, which some cameras fill frames up with.
-bool endsAsJpeg(std::string_view bytes);
 
 #endif

@@ -5,19 +5,11 @@
 
 namespace {
 
-std::uint64_t metaDataOffset(const FileBytes& file) {
-  std::uint64_t stored = 0;
-  file.read(0, sizeof stored).copy(reinterpret_cast<char*>(&stored), sizeof stored);
-  return ntohll(stored);
-}
-
 std::vector<FilePlace> readIndex(const FileBytes& file, unsigned int count) {
   const std::string bytes = file.read(kFrameIndexStart, count * sizeof(FrameIndex));
   std::vector<FilePlace> places;
-  FrameIndex record;
-  for (std::size_t at = 0; at + sizeof record <= bytes.size(); at += sizeof record) {
-    bytes.copy(reinterpret_cast<char*>(&record), sizeof record, at);
-    record = record.swapped();
+  for (std::size_t at = 0; at + sizeof(FrameIndex) <= bytes.size(); at += sizeof(FrameIndex)) {
+    const FrameIndex record = readFrameIndex(bytes.data() + at);
     places.push_back({record.frameOffset, record.frameSize});
   }
   return places;
@@ -36,6 +28,12 @@ std::vector<FilePlace> readRanges(TaggedVideoParser& parser, unsigned int count)
 
 }  // namespace
 
+std::uint64_t imgMetaDataOffset(const FileBytes& file) {
+  std::uint64_t stored = 0;
+  file.read(0, sizeof stored).copy(reinterpret_cast<char*>(&stored), sizeof stored);
+  return ntohll(stored);
+}
+
 FramePlaces::FramePlaces(const Recording& recording, const FileBytes& file) {
   const unsigned int count = recording.framesCount();
   std::uint64_t start = kFrameIndexStart + count * sizeof(FrameIndex);
@@ -44,7 +42,7 @@ FramePlaces::FramePlaces(const Recording& recording, const FileBytes& file) {
   mayBeginWithGap = parser == nullptr;
   if (parser == nullptr) {
     frames = readIndex(file, count);
-    end = metaDataOffset(file);
+    end = imgMetaDataOffset(file);
   } else {
     frames = readRanges(*parser, count);
     version_e version{};

@@ -27,4 +27,7 @@ struct FramePlaces {
   bool mayBeginWithGap;
 };
 
+/// Where the metadata of an img begins; 0 in one that is not finished.
+std::uint64_t imgMetaDataOffset(const FileBytes& file);
+
 #endif

@@ -3,7 +3,9 @@
 
 #include "Failure.h"
 #include "FrameInput.h"
+#include "FramePlaces.h"
 #include "InputFile.h"
+#include "JpegInspector.h"
 #include "JpegStreamSplitter.h"
 #include "JsonText.h"
 #include "Leftover.h"
@@ -13,19 +15,14 @@ namespace {
 
 constexpr std::uint64_t kPiece = std::uint64_t{1} << 20;
 
-FrameIndex recordAt(const std::string& bytes, std::size_t index) {
-  FrameIndex record;
-  bytes.copy(reinterpret_cast<char*>(&record), sizeof record, index * sizeof record);
-  return record.swapped();
-}
-
 LeftoverFrame frameOf(const FrameIndex& record, const FileBytes& file) {
-  LeftoverFrame frame{
-      record.frameOffset, record.frameSize, {record.sensorTime, record.arrivedTime}, nullptr};
-  if (frame.offset < kFrameIndexStart || !file.contains(frame.offset, frame.size)) {
-    frame.flaw = "the place is not in the file";
-  } else if (!beginsAsJpeg(file.read(frame.offset, std::min<std::uint64_t>(frame.size, 2)))) {
-    frame.flaw = "no JPEG picture is in the place";
+  LeftoverFrame frame{record.frameOffset, record.frameSize};
+  frame.times = {record.sensorTime, record.arrivedTime};
+  clip(frame, file);
+  if (frame.offset >= file.size()) {
+    frame.flaw = "the file ends before it";
+  } else if (frame.offset < kFrameIndexStart || !beginsAsJpeg(file.read(frame.offset, 2))) {
+    frame.flaw = "its bytes are no JPEG picture";
   }
   return frame;
 }
@@ -44,30 +41,35 @@ std::vector<LeftoverFrame> readJournal(const FileBytes& file) {
   } catch (const Failure&) {
     return frames;  // it is a help, not a condition
   }
-  for (std::size_t i = 0; (i + 1) * sizeof(FrameIndex) <= bytes.size(); ++i) {
-    frames.push_back(frameOf(recordAt(bytes, i), file));
+  for (std::size_t at = 0; at + sizeof(FrameIndex) <= bytes.size(); at += sizeof(FrameIndex)) {
+    frames.push_back(frameOf(readFrameIndex(bytes.data() + at), file));
   }
   return frames;
 }
 
 /// The index that the recorder writes over the first frames at the end. It reaches to the first
-/// frame at most; behind its last record lies what is left of a frame.
+/// frame at most; behind its last record lies what is left of a frame, which leads nowhere.
 std::vector<LeftoverFrame> readFrontIndex(const FileBytes& file) {
   constexpr std::size_t kRecordsAtOnce = 4096;
+  const std::uint64_t end = std::max(file.size(), imgMetaDataOffset(file));
   std::vector<LeftoverFrame> frames;
   std::uint64_t lowest = file.size();
   std::uint64_t at = kFrameIndexStart;
   for (bool goesOn = true; goesOn;) {
     const std::string bytes = file.read(at, kRecordsAtOnce * sizeof(FrameIndex));
     goesOn = false;
-    for (std::size_t i = 0; (i + 1) * sizeof(FrameIndex) <= bytes.size(); ++i) {
+    for (std::size_t i = 0; i + sizeof(FrameIndex) <= bytes.size(); i += sizeof(FrameIndex)) {
       at += sizeof(FrameIndex);
       if (at > lowest) return frames;
-      const LeftoverFrame frame = frameOf(recordAt(bytes, i), file);
-      if (frame.flaw != nullptr) continue;
+      const FrameIndex record = readFrameIndex(bytes.data() + i);
+      if (record.frameOffset < at || record.frameOffset >= end ||
+          record.frameSize > end - record.frameOffset) {
+        continue;
+      }
+      frames.push_back(frameOf(record, file));
+      if (frames.back().flaw != nullptr) continue;
       goesOn = true;
-      lowest = std::min(lowest, frame.offset);
-      frames.push_back(frame);
+      lowest = std::min(lowest, frames.back().offset);
     }
   }
   return frames;
@@ -92,13 +94,55 @@ bool readMetaData(const std::string& text, RecordingDescription& description) {
 }
 
 /// The recorder finishes a file by repeating its first frames at the end, before the index covers
-/// them.
-bool repeatsTheFront(const FileBytes& file, std::uint64_t start) {
-  for (std::uint64_t done = 0; done < file.size() - start; done += kPiece) {
-    const std::string piece = file.read(start + done, kPiece);
-    if (piece != file.read(kFrameIndexStart + done, piece.size())) return false;
+/// them: how many of the frames, and their bytes.
+struct Repetition {
+  std::size_t frames = 0;
+  std::uint64_t bytes = 0;
+};
+
+Repetition repetitionOf(const std::vector<LeftoverFrame>& frames, std::size_t count) {
+  Repetition repetition;
+  while (repetition.frames < count && repetition.bytes < count * sizeof(FrameIndex)) {
+    repetition.bytes += frames[repetition.frames++].size;
+  }
+  return repetition;
+}
+
+bool areEqual(const FileBytes& file, std::uint64_t one, std::uint64_t other, std::uint64_t size) {
+  for (std::uint64_t done = 0; done < size; done += kPiece) {
+    const std::uint64_t piece = std::min(kPiece, size - done);
+    if (file.read(one + done, piece) != file.read(other + done, piece)) return false;
   }
   return true;
+}
+
+/// Whether the bytes from `start` on are such a repetition, whole or cut inside a frame.
+bool repeatsTheFront(const FileBytes& file, std::uint64_t start,
+                     const std::vector<LeftoverFrame>& recorded) {
+  const std::uint64_t size = file.size() - start;
+  const Repetition whole = repetitionOf(recorded, recorded.size());
+  if (size > whole.bytes || !areEqual(file, kFrameIndexStart, start, size)) return false;
+  return size == whole.bytes || !endsAsJpeg(file.read(start, size));
+}
+
+/// The same among frames that were found without a journal: they may as well be frames of a scene
+/// in which nothing moved.
+void markRepetition(const FileBytes& file, std::vector<LeftoverFrame>& frames) {
+  Repetition repetition;
+  for (std::size_t count = frames.size(); count > 0; --count) {
+    repetition = repetitionOf(frames, count);
+    if (count + repetition.frames <= frames.size()) break;
+  }
+  const std::size_t first = frames.size() - repetition.frames;
+  for (std::size_t i = 0; i < repetition.frames; ++i) {
+    if (frames[first + i].size != frames[i].size ||
+        !areEqual(file, frames[i].offset, frames[first + i].offset, frames[i].size)) {
+      return;
+    }
+  }
+  for (std::size_t i = first; i < frames.size(); ++i) {
+    frames[i].flaw = "it repeats the first frames, as an interrupted end does";
+  }
 }
 
 /// Finds frames from `start` on, without times. The bytes that belong to none.
@@ -109,7 +153,7 @@ std::uint64_t findFrames(const FileBytes& file, std::uint64_t start,
   for (std::uint64_t at = start; at < file.size(); at += kPiece) {
     splitter.feed(file.read(at, kPiece));
     while (const auto jpeg = splitter.next()) {
-      frames.push_back({start + splitter.frameOffset(), jpeg->size(), {}, nullptr});
+      frames.push_back({start + splitter.frameOffset(), jpeg->size()});
       strayBytes -= jpeg->size();
     }
   }
@@ -133,7 +177,7 @@ void setTimes(std::vector<LeftoverFrame>& frames, std::size_t first, const Lefto
     } else {
       frames[i].flaw = known.times.empty()
                            ? "the index journal has no time (--fps or --times can give one)"
-                           : "--times has no row";
+                           : "--times has no row for it";
     }
   }
 }
@@ -150,12 +194,16 @@ Leftover findImgLeftover(const FileBytes& file, const LeftoverTimes& times) {
   for (const LeftoverFrame& frame : leftover.frames) {
     if (frame.flaw == nullptr) end = std::max(end, frame.offset + frame.size);
   }
+  // A power cut may leave the end of the journal empty.
+  while (!leftover.frames.empty() && leftover.frames.back().offset < kFrameIndexStart) {
+    leftover.frames.pop_back();
+  }
   const std::size_t recorded = leftover.frames.size();
   if (file.read(end, 1) == "{") {
     leftover.isDescribed = readMetaData(file.read(end, kMaxFrameSize), leftover.description);
     return leftover;
   }
-  if (end == file.size() || (recorded > 0 && repeatsTheFront(file, end))) return leftover;
+  if (end == file.size() || repeatsTheFront(file, end, leftover.frames)) return leftover;
 
   leftover.strayBytes = findFrames(file, end, leftover.frames);
   if (recorded == 0 && !leftover.frames.empty() && !times.framesPerSecond && times.times.empty()) {
@@ -163,5 +211,6 @@ Leftover findImgLeftover(const FileBytes& file, const LeftoverTimes& times) {
                   VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
   }
   setTimes(leftover.frames, recorded, times);
+  if (recorded == 0) markRepetition(file, leftover.frames);
   return leftover;
 }

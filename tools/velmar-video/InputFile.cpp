@@ -16,7 +16,7 @@ std::string readFile(const std::string& path, std::size_t limit) {
   const FileDescriptor file = isInput ? FileDescriptor() : FileDescriptor(path, O_RDONLY);
   const int fd = isInput ? STDIN_FILENO : file.get();
   struct stat status {};
-  if (fstat(fd, &status) != 0) {
+  if ((!isInput && !file.isOpen()) || fstat(fd, &status) != 0) {
     throw Failure::ofSystem(path, "cannot open it", errno);
   }
   // One byte more than the size shows the end; a file without a size, such as a pipe, grows on.

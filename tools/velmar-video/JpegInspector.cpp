@@ -7,8 +7,10 @@
 #include "InputFile.h"
 
 std::optional<JpegSize> JpegInspector::size(const std::string& jpeg) const {
-  return readJpegSize(handle_.get(), reinterpret_cast<const unsigned char*>(jpeg.data()),
-                      jpeg.size());
+  const JpegSize found = readAnyJpegSize(
+      handle_.get(), reinterpret_cast<const unsigned char*>(jpeg.data()), jpeg.size());
+  if (found.width <= 0 || found.height <= 0) return std::nullopt;
+  return found;
 }
 
 JpegSize JpegInspector::sizeOfFile(const std::string& path) const {
@@ -25,6 +27,7 @@ JpegInspector::DecodingProblem JpegInspector::decodingProblem(const std::string&
   constexpr tjscalingfactor kSmall{1, 8};
   const auto picture = size(jpeg);
   if (!picture) return {tjGetErrorStr2(handle_.get()), true};
+  if (!isPlausible(*picture, jpeg.size())) return {"far too short for its size", true};
   const int width = TJSCALED(picture->width, kSmall);
   const int height = TJSCALED(picture->height, kSmall);
   std::vector<unsigned char> pixels(static_cast<std::size_t>(width) *
@@ -42,4 +45,12 @@ std::string toText(JpegSize size) {
 
 std::string differenceText(JpegSize size, JpegSize first) {
   return "the picture is " + toText(size) + ", but the first one is " + toText(first);
+}
+
+bool beginsAsJpeg(std::string_view bytes) { return bytes.starts_with("\xFF\xD8"); }
+
+bool endsAsJpeg(std::string_view bytes) {
+  using namespace std::string_view_literals;
+  const auto last = bytes.find_last_not_of("\0\xFF"sv);
+  return last != bytes.npos && bytes.substr(0, last + 1).ends_with("\xFF\xD9");
 }

@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "common/JpegHeader.h"
 #include "common/TjHandle.h"
@@ -32,6 +33,13 @@ class JpegInspector {
 inline bool operator==(JpegSize one, JpegSize other) {
   return one.width == other.width && one.height == other.height;
 }
+
+/// The marker that a JPEG begins with.
+bool beginsAsJpeg(std::string_view bytes);
+
+/// The marker that a JPEG ends with; bytes 0x00 and 0xFF may follow, which
+/// some cameras fill frames up with.
+bool endsAsJpeg(std::string_view bytes);
 
 /// "1280x800"
 std::string toText(JpegSize size);

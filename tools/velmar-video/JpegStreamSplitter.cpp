@@ -86,7 +86,7 @@ JpegStreamSplitter::Step JpegStreamSplitter::readMarker() {
   if (marker == kEndOfImage) {
     if (!hasScan_) return abandon(position_ + 2);
     position_ += 2;
-    return Step::Frame;
+    return position_ - start_ > maxFrameSize_ ? abandon(lastSegment_ + 1) : Step::Frame;
   }
   // The image ended too early, and the next one begins.
   if (marker == kStartOfImage) return abandon(position_);

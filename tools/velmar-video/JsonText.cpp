@@ -10,10 +10,10 @@
 
 namespace {
 
-bool parse(const std::string& text, Json::Value& value, std::string& errors) {
+bool parse(const std::string& text, bool allowComments, Json::Value& value, std::string& errors) {
   Json::CharReaderBuilder builder;
   // Plain JSON, so that whoever reads the recording can read it, some levels deeper there.
-  builder["allowComments"] = false;
+  builder["allowComments"] = allowComments;
   builder["allowTrailingCommas"] = false;
   builder["failIfExtra"] = true;
   builder["skipBom"] = false;
@@ -46,7 +46,7 @@ std::string readJsonFile(const std::string& path) {
   std::string text = readFile(path);
   Json::Value value;
   std::string errors = "unreadable";
-  if (!parse(text, value, errors)) {
+  if (!parse(text, false, value, errors)) {
     throw Failure(path, "it is not valid JSON: " + firstError(errors),
                   VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
   }
@@ -56,7 +56,7 @@ std::string readJsonFile(const std::string& path) {
 Json::Value parseJson(const std::string& text) {
   Json::Value value;
   std::string errors;
-  return parse(text, value, errors) ? value : Json::Value();
+  return parse(text, true, value, errors) ? value : Json::Value();
 }
 
 std::string toJsonText(const Json::Value& value) {

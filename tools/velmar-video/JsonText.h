@@ -9,7 +9,7 @@
 /// The file's text, which is valid JSON; Failure says where it is not.
 std::string readJsonFile(const std::string& path);
 
-/// Null if the text is no JSON.
+/// Null if the text is no JSON; comments may be in it.
 Json::Value parseJson(const std::string& text);
 
 /// On one line, in ASCII.

@@ -14,9 +14,17 @@
 struct LeftoverFrame {
   std::uint64_t offset = 0;
   std::uint64_t size = 0;
+  bool isCut = false;          ///< the file ends inside the frame
   FrameTimes times{};          ///< img
   const char* flaw = nullptr;  ///< why the frame is lost; null if it may be whole
 };
+
+/// Cuts a frame that reaches past the end of the file.
+inline void clip(LeftoverFrame& frame, const FileBytes& file) {
+  const std::uint64_t size = file.sizeWithin(frame.offset, frame.size);
+  frame.isCut = size < frame.size;
+  frame.size = size;
+}
 
 struct Leftover {
   /// As far as the file itself says; see isDescribed.

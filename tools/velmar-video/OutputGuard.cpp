@@ -57,9 +57,10 @@ void checkRecordingOutput(const std::string& path, const std::vector<std::string
   refuseInput(temporary + ".index", inputs);
   checkOutput(path, inputs, force);
   if (exists(temporary) && !force) {
-    throw refusal(temporary,
-                  "it is already there, perhaps an interrupted recording, which the command recover "
-                  "saves; --force replaces it");
+    throw refusal(
+        temporary,
+        "it is already there, perhaps an interrupted recording, which the command recover "
+        "saves; --force replaces it");
   }
 }
 

@@ -1,21 +1,11 @@
 #include "RecordingWriter.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <utility>
 
 #include "Recording.h"
-#include "common/FileDescriptor.h"
-
-namespace {
-
-bool syncFile(const std::string& path) {
-  const FileDescriptor file(path, O_RDONLY);
-  return file.isOpen() && ::fdatasync(file.get()) == 0;
-}
-
-}  // namespace
+#include "common/PublishFile.h"
 
 RecordingWriter::RecordingWriter(std::string path, const RecordingDescription& description,
                                  unsigned int framesMax, OnFailure onFailure)
@@ -59,14 +49,19 @@ void RecordingWriter::finish() {
 Failure RecordingWriter::failure(const std::string& words, VELMAR_ERROR_CODE_E code) {
   if (!keepsFrames()) return {path_, words, code};
   const bool complete = backend_->close() == VELMAR_ERROR_CODE_SUCCESS_E;
-  return {path_, words + "; the frames recorded so far are in " + path_ + (complete ? "" : ".tmp; the command recover makes a recording of it"),
-          code};
+  const std::string place =
+      complete ? path_ : path_ + ".tmp; the command recover makes a recording of it";
+  return {path_, words + "; the frames recorded so far are in " + place, code};
 }
 
 void RecordingWriter::sync() {
   const std::string temporary = path_ + ".tmp";
-  // The frames before the index journal, which must not lead to any that are not there.
-  if (syncFile(temporary) && (isRtv(path_) || syncFile(temporary + ".index"))) return;
+  if (frames_ == syncInterval_) syncName(temporary);
+  const std::string journal = temporary + ".index";
+  // The frames before the index journal, which must not lead to any that are not there. Neither an
+  // rtv has one nor an img that could not make one.
+  const bool hasJournal = ::access(journal.c_str(), F_OK) == 0;
+  if (syncFile(temporary) == 0 && (!hasJournal || syncFile(journal) == 0)) return;
   throw failure("cannot bring frame " + std::to_string(frames_ - 1) + " to the disk",
                 VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
 }

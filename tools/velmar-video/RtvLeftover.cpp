@@ -1,20 +1,13 @@
 #include <algorithm>
-#include <cstring>
 #include <tuple>
 #include <utility>
 
+#include "JpegInspector.h"
 #include "Leftover.h"
 #include "container/rtv/RtvLayout.h"
 #include "velmar_video/TypeConversion.h"
 
 namespace {
-
-template <typename T>
-T get(const char* bytes) {
-  T value;
-  std::memcpy(&value, bytes, sizeof value);
-  return value;
-}
 
 /// A slot of the tag table.
 struct Slot {
@@ -23,13 +16,19 @@ struct Slot {
   bool isEmpty = true;
 };
 
+/// Whether the tags of a number of slots end there.
+bool isSizeOfTable(std::uint64_t end, const RtvLayout& layout) {
+  return end >= layout.headerSize && (end - layout.headerSize) % layout.tagSize == 0;
+}
+
 /// The tag table, read as one of a version.
 struct Table {
   version_e version;
   std::vector<Slot> slots;  ///< up to the last that is not empty
   std::uint64_t dataStart;  ///< of the first frame
   std::uint64_t dataEnd;    ///< of the last frame
-  std::size_t wholeFrames;  ///< those without a flaw
+  long wholeFrames;         ///< those without a flaw
+  long strangeTags;         ///< those that are there and have one
 
   /// The number of slots, by what lies between header and frames.
   unsigned int framesMax() const {
@@ -38,7 +37,11 @@ struct Table {
     return static_cast<unsigned int>(
         std::min<std::uint64_t>((start - layout.headerSize) / layout.tagSize, kRtvFramesMax));
   }
-  bool isExact() const { return rtvLayout(version).tagAt(framesMax()) == dataStart; }
+  bool isExact() const { return isSizeOfTable(dataStart, rtvLayout(version)); }
+  void takePlaceOf(const LeftoverFrame& frame) {
+    dataStart = std::min(dataStart, frame.offset);
+    dataEnd = std::max(dataEnd, frame.offset + frame.size);
+  }
 };
 
 template <typename Tag>
@@ -76,26 +79,31 @@ Slot decodeSlot(const char* bytes, version_e version) {
 const char* flawOf(const Slot& slot, std::uint64_t slotEnd, const FileBytes& file) {
   const LeftoverFrame& frame = slot.frame;
   if (slot.isEmpty) return "the tag is missing";
-  if (frame.offset < slotEnd || !file.contains(frame.offset, frame.size)) {
-    return "the tag leads out of the file";
-  }
-  return beginsAsJpeg(file.read(frame.offset, std::min<std::uint64_t>(frame.size, 2)))
-             ? nullptr
-             : "the tag leads to no JPEG picture";
+  if (frame.offset < slotEnd) return "the tag points into the tags";
+  if (frame.offset >= file.size()) return "the file ends before it";
+  if (frame.size == 0) return "the tag is not whole";
+  return beginsAsJpeg(file.read(frame.offset, 2)) ? nullptr : "the tag points to no JPEG picture";
 }
 
 Table readTable(const FileBytes& file, const std::string& front, version_e version) {
   const RtvLayout layout = rtvLayout(version);
-  Table table{version, {}, file.size(), 0, 0};
+  Table table{version, {}, file.size(), 0, 0, 0};
   for (unsigned int i = 0; i < kRtvFramesMax; ++i) {
     const std::uint64_t slotEnd = layout.tagAt(i + 1);
     if (slotEnd > table.dataStart || slotEnd > front.size()) break;
     Slot slot = decodeSlot(front.data() + layout.tagAt(i), version);
     slot.frame.flaw = flawOf(slot, slotEnd, file);
+    clip(slot.frame, file);
     if (slot.frame.flaw == nullptr) {
       ++table.wholeFrames;
-      table.dataStart = std::min(table.dataStart, slot.frame.offset);
-      table.dataEnd = std::max(table.dataEnd, slot.frame.offset + slot.frame.size);
+      table.takePlaceOf(slot.frame);
+    } else if (!slot.isEmpty) {
+      ++table.strangeTags;
+      // The first frame tells the size of the table even if it is damaged itself.
+      const bool isPlace = slot.frame.offset >= slotEnd && slot.frame.size > 0;
+      if (i == 0 && isPlace && isSizeOfTable(slot.frame.offset, layout)) {
+        table.takePlaceOf(slot.frame);
+      }
     }
     table.slots.push_back(slot);
   }
@@ -109,7 +117,7 @@ bool isLikelier(const Table& one, const Table& other) {
   const auto rank = [](const Table& table) {
     const bool hasCan = table.version == RTV_VER_04 && !table.slots.empty() &&
                         table.slots[0].tag.can.can_data_length == sizeof(can_data_io) - 2;
-    return std::make_tuple(table.wholeFrames, table.isExact(), hasCan);
+    return std::make_tuple(table.wholeFrames, -table.strangeTags, table.isExact(), hasCan);
   };
   return rank(one) > rank(other);
 }

@@ -118,11 +118,15 @@ class Verifier {
                   "is " + toText(*size) + ", but the header says " +
                       toText({description_.width, description_.height}));
     }
-    const std::uint64_t tail = std::min(place.size, kEnd);
-    if (!endsAsJpeg(file_.read(place.end() - tail, tail))) {
+    if (!endsAsJpeg(jpegEnd(place, kEnd)) && !endsAsJpeg(jpegEnd(place, place.size))) {
       reportFrame(Severity::Warning, index, "has no end marker");
     }
     if (decode_) checkDecoding(index, jpeg);
+  }
+
+  std::string jpegEnd(const FilePlace& place, std::uint64_t atMost) const {
+    const std::uint64_t size = std::min(place.size, atMost);
+    return file_.read(place.end() - size, size);
   }
 
   void checkDecoding(unsigned int index, const std::string& jpeg) const {
@@ -151,7 +155,7 @@ class Verifier {
       report_({Severity::Warning, {}, offset, "metadata: " + text});
     };
     const Json::Value stored = parseJson(file_.read(offset, file_.size() - offset));
-    if (!stored.isObject()) return warn("it is JSON only by a generous reading");
+    if (!stored.isObject()) return warn("it is not strict JSON");
     const Json::Value read = parseJson(recording_.reader().getMetaInfo());
     for (const std::string& key : read.getMemberNames()) {
       if (!stored.isMember(key)) {
@@ -213,8 +217,16 @@ class Verifier {
 
 unsigned int verify(const std::string& path, bool decode,
                     const std::function<void(const Finding&)>& report) {
-  checkExtension(path);
-  const VELMAR_ERROR_CODE_E code = makeVelmarVideoFileReader(path)->open();
+  const auto reader = makeVelmarVideoFileReader(path);
+  if (reader == nullptr) {
+    report({Severity::Error,
+            {},
+            {},
+            "does not open: its name has to end in .img or .rtv (what an interrupted recording "
+            "left is for the command recover)"});
+    return 0;
+  }
+  const VELMAR_ERROR_CODE_E code = reader->open();
   if (code != VELMAR_ERROR_CODE_SUCCESS_E) {
     report({Severity::Error,
             {},

@@ -5,6 +5,7 @@
 
 #include "CsvTable.h"
 #include "DescriptionOptions.h"
+#include "Diagnostics.h"
 #include "FrameInput.h"
 #include "InputFile.h"
 #include "JpegInspector.h"
@@ -68,6 +69,10 @@ class FlawReport {
   std::size_t count_ = 0;
 };
 
+/// What was not on the disk when the power failed is zeros now. Other pictures without an end
+/// marker were recorded like that.
+bool endsInZeros(const std::string& jpeg) { return jpeg.ends_with('\0') && !endsAsJpeg(jpeg); }
+
 /// Takes the frames over one by one.
 class Rescue {
  public:
@@ -80,9 +85,8 @@ class Rescue {
     if (frame.flaw != nullptr) return frame.flaw;
     if (frame.size > kMaxFrameSize) return "too large for a picture";
     jpeg = file_.read(frame.offset, frame.size);
-    if (!inspector_.size(jpeg)) return "not a JPEG picture";
-    if (!endsAsJpeg(jpeg) && !options_.keepDamaged) {
-      return "the picture is cut short (--keep-damaged keeps such)";
+    if (frame.isCut || endsInZeros(jpeg)) {
+      if (!options_.keepDamaged) return "the picture is cut short (--keep-damaged keeps such)";
     }
     return "";
   }
@@ -91,7 +95,8 @@ class Rescue {
   std::optional<JpegSize> firstSize() const {
     std::string jpeg;
     for (std::size_t i = 0; i < leftover_.frames.size(); ++i) {
-      if (take(i, jpeg).empty()) return inspector_.size(jpeg);
+      if (!take(i, jpeg).empty()) continue;
+      if (const auto size = inspector_.size(jpeg)) return size;
     }
     return std::nullopt;
   }
@@ -126,11 +131,12 @@ RecordingDescription describe(const Options& options, const Leftover& leftover, 
   if (options.startTime) description.startTime = *options.startTime;
   if (!leftover.isDescribed || options.size) description.setSize(options.size.value_or(firstSize));
   if (leftover.isDescribed) return description;
+  say(options.input + ": its header was not written yet and is made of what the options give");
   if (isRtv(options.output) && !options.startTime) {
-    losses.add(options.input, "the start time was not written yet; --start-time gives it");
+    losses.add(options.input, "the start time is not known; edit --start-time sets it");
   }
   if (description.deviceId.empty()) {
-    losses.add(options.input, "the device id was not written yet; --device-id gives it");
+    losses.add(options.input, "the device id is not known; edit --device-id sets it");
   }
   return description;
 }
@@ -177,8 +183,18 @@ void showResult(const Options& options, unsigned int kept, const Leftover& lefto
   output.flush();
 }
 
+/// By its name; a temporary file ends in more than that.
+void checkContainer(const Options& options) {
+  std::string name = options.input;
+  if (name.ends_with(".tmp")) name.resize(name.size() - 4);
+  if (!name.ends_with(isRtv(options.output) ? ".img" : ".rtv")) return;
+  throw Failure(options.output, "it is of another container than " + options.input,
+                VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+}
+
 ExitStatus recover(const Options& options) {
   checkExtension(options.output);
+  checkContainer(options);
   std::vector<std::string> inputs = options.description.inputs();
   inputs.insert(inputs.end(), {options.input, options.input + ".index"});
   if (!options.timesFile.empty()) inputs.push_back(options.timesFile);
@@ -194,7 +210,9 @@ ExitStatus recover(const Options& options) {
   const Rescue rescue(file, leftover, options);
   const auto firstSize = rescue.firstSize();
   if (!firstSize) {
-    throw Failure(options.input, "no frame can be recovered from it",
+    throw Failure(options.input,
+                  "no frame can be recovered from it as from an " +
+                      std::string(isRtv(options.output) ? "rtv" : "img"),
                   VELMAR_ERROR_CODE_ALL_IMAGES_CORRUPTED_E);
   }
   Losses losses;
@@ -240,7 +258,9 @@ void addTimeOptions(CLI::App& command, Options& options) {
           [&options](const std::string& text) {
             options.startTime = parseTimeOption("--start-time", text);
           },
-          "Start of an rtv; of the first frame for --fps. Microseconds since 1970 or RFC 3339")
+          "When an rtv starts, or, with --fps, when an img's first frame was captured. "
+          "Microseconds "
+          "since 1970 or RFC 3339")
       ->type_name("TIME");
 }
 
@@ -265,6 +285,11 @@ void addRecoverCommand(Tool& tool) {
           "Size in pixels to name in the recording, the first frame's if not given")
       ->type_name("WxH");
   options->description.addTo(*command);
+  command->footer(command->get_footer() +
+                  "\n  velmar-video recover drive.rtv.tmp drive.rtv --start-time "
+                  "2026-11-21T08:00:00Z\n\n"
+                  "The options go before what the file says itself, if the recorder came to "
+                  "write that.");
   command->add_flag("--keep-damaged", options->keepDamaged,
                     "Keep frames whose picture is cut short as well");
   command->add_flag("--force", options->force, "Replace an existing output");

@@ -30,7 +30,7 @@ std::string textOf(const std::string& file, const Finding& finding) {
   std::string text = printable(file) + ": " + nameOf(finding.severity) + ": ";
   if (finding.frame) text += "frame " + std::to_string(*finding.frame);
   if (finding.offset) {
-    text += (finding.frame ? " at " : "at ") + std::to_string(*finding.offset) + ": ";
+    text += (finding.frame ? " at byte " : "at byte ") + std::to_string(*finding.offset) + ": ";
   }
   return text + printable(finding.text) + "\n";
 }
@@ -86,16 +86,17 @@ ExitStatus verifyFiles(const Options& options) {
 }  // namespace
 
 void addVerifyCommand(Tool& tool) {
-  CLI::App* command = tool.addCommand(
-      "verify",
-      "Check recordings for damage: frames that are not whole, overlap or lie outside, times that "
-      "run backwards, headers that say something else.",
-      "verify drive.img --decode");
-  command->footer(command->get_footer() +
-                  "\n\nExit status 1 if there is an error, 0 if there are only warnings.");
+  CLI::App* command =
+      tool.addCommand("verify", "Check recordings for damage.", "verify drive.img --decode");
+  command->footer(
+      command->get_footer() +
+      "\n\nChecks that every frame lies in its place, is a JPEG and has the size that the "
+      "header says,\nthat times do not run backwards and that header and metadata make "
+      "sense.\nExit status 1 if there is an error, 0 if there are only warnings.");
   const auto options = std::make_shared<Options>();
   command->add_option("file", options->files, "The recordings")->required();
   command->add_flag("--decode", options->decode, "Decode every frame, too");
-  command->add_flag("--json", options->json, "One JSON object for each, on a line of its own");
+  command->add_flag("--json", options->json,
+                    "One JSON object for each recording, on a line of its own");
   command->callback([&tool, options] { tool.run = [options] { return verifyFiles(*options); }; });
 }

@@ -180,7 +180,7 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
   ErrorCode_e readTags(const InitMode& mode);
   ErrorCode_e readTagsVer04(unsigned int count);
   ErrorCode_e checkComplete(const InitMode& mode);
-  void release();
+  void release(const char* tag);
 
   ErrorCode_e checkInit() const;
   template <typename T>

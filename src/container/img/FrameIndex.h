@@ -2,6 +2,7 @@
 #define VELMAR_IMG_FRAME_INDEX_H
 
 #include <cstdint>
+#include <cstring>
 
 #include "velmar_video/VelmarVideoCommDef.h"
 
@@ -23,5 +24,12 @@ struct __attribute__((packed)) FrameIndex {
   }
 };
 static_assert(sizeof(FrameIndex) == 28);
+
+/// A record as bytes of a file have it, in host order.
+inline FrameIndex readFrameIndex(const char* bytes) {
+  FrameIndex record;
+  std::memcpy(&record, bytes, sizeof record);
+  return record.swapped();
+}
 
 #endif

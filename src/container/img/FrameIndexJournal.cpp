@@ -14,7 +14,9 @@ FrameIndexJournal::FrameIndexJournal(const std::string& path)
 
 void FrameIndexJournal::open() {
   file_ = FileDescriptor(path_, O_WRONLY | O_CREAT | O_TRUNC, 0644);
-  if (!file_.isOpen()) giveUp();
+  if (file_.isOpen()) return;
+  giveUp();
+  ::unlink(path_.c_str());  // one that is there speaks of another recording
 }
 
 void FrameIndexJournal::append(const FrameIndex& record) {
@@ -25,7 +27,7 @@ void FrameIndexJournal::replace(const std::vector<FrameIndex>& records) {
   if (!file_.isOpen()) return;
   file_ = FileDescriptor(newPath_, O_WRONLY | O_CREAT | O_TRUNC, 0644);
   if (!file_.isOpen() || !file_.write(records.data(), records.size() * sizeof(FrameIndex)) ||
-      std::rename(newPath_.c_str(), path_.c_str()) != 0) {
+      ::fdatasync(file_.get()) != 0 || std::rename(newPath_.c_str(), path_.c_str()) != 0) {
     giveUp();
     ::unlink(newPath_.c_str());
   }

@@ -1,5 +1,6 @@
 #include "container/img/ImgContainerCreater.h"
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -140,13 +141,11 @@ bool ImgContainerCreater::adjustmentFrameAndIndex() {
   // Also refuses a file without frames.
   if (indexSize >= writtenBytes_ - kFrameIndexStart) return false;
 
-  std::vector<char> moved(relocateFirstFrames(indexSize));
-  if (!readFirstFrames(moved)) return false;
-
-  // The frames go to their new place, and the journal says so, before the index covers the old one:
-  // whenever the recorder is killed, the journal leads to every frame.
+  const std::uint64_t movedSize = relocateFirstFrames(indexSize);
+  // The frames go to their new place, on the disk, and the journal says so, before the index covers
+  // the old one: whenever the recorder is killed, the journal leads to every frame.
   stream_.seekp(0, std::ios::end);
-  if (!imgContainerCreaterWrite(moved.data(), moved.size())) return false;
+  if (!appendFirstFrames(movedSize) || syncFile(temporaryPath_) != 0) return false;
   journal_.replace(frameIndex_);
   stream_.seekp(kFrameIndexStart);
   stream_.write(reinterpret_cast<const char*>(frameIndex_.data()),
@@ -167,11 +166,20 @@ std::uint64_t ImgContainerCreater::relocateFirstFrames(std::uint64_t indexSize) 
   return movedSize;
 }
 
-bool ImgContainerCreater::readFirstFrames(std::vector<char>& bytes) {
+/// Copies the first `size` bytes of frames behind the last, by pieces: together they are as large
+/// as the index, which is in memory already.
+bool ImgContainerCreater::appendFirstFrames(std::uint64_t size) {
+  constexpr std::uint64_t kPieceSize = 1 << 16;
+  std::vector<char> piece(std::min(size, kPieceSize));
   std::ifstream input(temporaryPath_, std::ios::binary);
   input.seekg(kFrameIndexStart);
-  input.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  return input.good();
+  while (size > 0) {
+    const std::uint64_t length = std::min<std::uint64_t>(size, piece.size());
+    input.read(piece.data(), static_cast<std::streamsize>(length));
+    if (!input.good() || !imgContainerCreaterWrite(piece.data(), length)) return false;
+    size -= length;
+  }
+  return true;
 }
 
 VELMAR_ERROR_CODE_E ImgContainerCreater::close() {

@@ -42,7 +42,7 @@ class ImgContainerCreater final : public VelmarVideoFileCreater {
   /// Moves the first frames behind the last and writes the index over them.
   bool adjustmentFrameAndIndex();
   std::uint64_t relocateFirstFrames(std::uint64_t indexSize);
-  bool readFirstFrames(std::vector<char>& bytes);
+  bool appendFirstFrames(std::uint64_t size);
   VELMAR_ERROR_CODE_E finish();
   VELMAR_ERROR_CODE_E publish();
 

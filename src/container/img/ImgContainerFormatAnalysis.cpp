@@ -34,16 +34,16 @@ bool ImgContainerFormatAnalysis::readFrameIndex() {
     return false;
   }
   const auto* records = reinterpret_cast<const FrameIndex*>(mapAddr_.data() + kFrameIndexStart);
-  frameIndex_.assign(records, records + count);
+  frameIndex_.resize(count);
   for (std::size_t i = 0; i < count; ++i) {
-    const FrameIndex record = frameIndex_[i].swapped();
+    FrameIndex& record = frameIndex_[i];
+    record = records[i].swapped();
     if (record.frameOffset < kFrameIndexStart || record.frameOffset >= metaDataOffset_) {
       velmar_logger::e(kTag, "checkIndex frame index error %llu : %llu", forLog(record.frameOffset),
                        forLog(metaDataOffset_));
       frameIndex_.resize(i);
       return false;
     }
-    frameIndex_[i] = record;
   }
   return true;
 }

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "common/LeaveUninitialized.h"
 #include "common/MemoryMap.h"
 #include "container/img/FrameIndex.h"
 #include "container/img/ImgMetaData.h"
@@ -57,7 +58,7 @@ class ImgContainerFormatAnalysis {
   /// The steps that follow the map: metadata offset, metadata, index.
   VELMAR_ERROR_CODE_E analyse(const char* tag);
 
-  std::vector<FrameIndex> frameIndex_;  ///< host byte order
+  std::vector<FrameIndex, LeaveUninitialized<FrameIndex>> frameIndex_;  ///< host byte order
   unsigned long metaDataOffset_ = 0;
   unsigned long fileLength_ = 0;
   struct stat openedFile_ {};

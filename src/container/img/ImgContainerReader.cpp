@@ -218,11 +218,11 @@ VELMAR_ERROR_CODE_E ImgContainerReader::getUndistortFlags(unsigned int& flags) {
 }
 
 std::string ImgContainerReader::getCameraParams() {
-  return guarded(kTag, "getCameraParams", std::string(), [this] { return metaData_.cameraParams; });
+  return guardedCopy(kTag, "getCameraParams", metaData_.cameraParams);
 }
 
 std::string ImgContainerReader::getExtendedInfo() {
-  return guarded(kTag, "getExtendedInfo", std::string(), [this] { return metaData_.extendedInfo; });
+  return guardedCopy(kTag, "getExtendedInfo", metaData_.extendedInfo);
 }
 
 VELMAR_ERROR_CODE_E ImgContainerReader::loadAllFromFile() {

@@ -1,5 +1,7 @@
 #include "container/img/ImgMetaData.h"
 
+#include <utility>
+
 #include "container/img/JsonText.h"
 #include "velmar_logger/velmar_logger.h"
 
@@ -15,7 +17,7 @@ bool embed(const std::string& text, Json::Value& root, const char* key) {
     velmar_logger::e(kTag, "reader.parse error");
     return false;
   }
-  root[key] = value;
+  root[key] = std::move(value);
   return true;
 }
 
@@ -42,14 +44,16 @@ bool ImgMetaData::toText(std::string& text) const {
   Json::Value root;
   if (!toJson(root)) return false;
   text = styledText(root);
+  // Embedded texts stand deeper here than by themselves, perhaps too deep to be read again, and
+  // readers stop at a zero byte, which a comment may hold.
   try {
-    // Embedded texts stand deeper here than by themselves, perhaps too deep to be read again.
     Json::Value again;
-    return parseJson(text, again);
+    if (parseJson(text.c_str(), again)) return true;
   } catch (const Json::Exception&) {
-    velmar_logger::e(kTag, "build json throw error");
-    return false;
+    // As if it were no JSON.
   }
+  velmar_logger::e(kTag, "build json throw error");
+  return false;
 }
 
 bool ImgMetaData::jsonTo(const char* text) {

@@ -16,8 +16,12 @@ bool parseJson(const std::string& text, Json::Value& value) {
 #pragma GCC diagnostic pop
 
 std::string styledText(const Json::Value& value) {
-  Json::StreamWriterBuilder builder;
-  builder["indentation"] = "   ";
+  // Made once: it is a JSON value itself, and takes longer to make than most texts to write.
+  static const Json::StreamWriterBuilder builder = [] {
+    Json::StreamWriterBuilder made;
+    made["indentation"] = "   ";
+    return made;
+  }();
   std::ostringstream text;
   text.exceptions(std::ios::badbit);  // else a want of memory would only cut the text short
   if (value.hasComment(Json::commentBefore)) text << '\n';

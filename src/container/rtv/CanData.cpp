@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <sstream>
+#include <utility>
 
 #include "common/Guarded.h"
 
@@ -71,14 +72,7 @@ constexpr std::array<CanField, 32> kFields = {{
 }};
 static_assert(offsetof(can_data, pCan_data_length) == kSlotsSize);
 
-unsigned char* slotOf(can_data* block, std::size_t field) {
-  return reinterpret_cast<unsigned char*>(block) + kSlotSize * field;
-}
-
-void setPointer(can_data* block, std::size_t field, void* value) {
-  std::memcpy(reinterpret_cast<unsigned char*>(block) + kSlotsSize + sizeof value * field, &value,
-              sizeof value);
-}
+constexpr auto kEveryField = std::make_index_sequence<kFields.size()>();
 
 void* pointerOf(const can_data_io* alignedBlock, std::size_t field) {
   void* value = nullptr;
@@ -108,6 +102,26 @@ bool isAbsent(const CanField& field, const unsigned char* value) {
     default:
       return valueAt<std::uint32_t>(value) == UINT32_MAX;
   }
+}
+
+// A full tag table aligns its blocks 131,070 times: with the fields as constants of the compiler,
+// neither of the two has a loop or a switch left.
+template <std::size_t... kField>
+void placeInSlots(const can_data_io& packed, unsigned char* slots,
+                  std::index_sequence<kField...> /*fields*/) {
+  const auto* bytes = reinterpret_cast<const unsigned char*>(&packed);
+  (std::memcpy(slots + kSlotSize * kField, bytes + kFields[kField].offset, kFields[kField].size()),
+   ...);
+}
+
+template <std::size_t... kField>
+void setPointers(unsigned char* slots, bool check, std::index_sequence<kField...> /*fields*/) {
+  const auto pointerTo = [check](const CanField& field, unsigned char* slot) {
+    return check && isAbsent(field, slot) ? nullptr : slot;
+  };
+  const std::array<unsigned char*, sizeof...(kField)> pointers = {
+      pointerTo(kFields[kField], slots + kSlotSize * kField)...};
+  std::memcpy(slots + kSlotsSize, pointers.data(), sizeof pointers);
 }
 
 void print(std::ostream& text, const CanField& field, const unsigned char* value) {
@@ -162,21 +176,18 @@ void can_data_io_purge(can_data_io* block) {
 }
 
 void can_data_buf_align(can_data* block) {
-  auto* bytes = reinterpret_cast<unsigned char*>(block);
-  // Behind the packed block lies nothing that could show up in a slot.
-  std::memset(bytes + sizeof(can_data_io), 0, kSlotsSize - sizeof(can_data_io));
-  // No slot begins before its packed field: from the last to the first, none is overwritten.
-  for (std::size_t i = kFields.size(); i-- > 0;) {
-    std::memmove(slotOf(block, i), bytes + kFields[i].offset, kFields[i].size());
-  }
+  can_data_io packed;
+  std::memcpy(&packed, block, sizeof packed);
+  auto* slots = reinterpret_cast<unsigned char*>(block);
+  // Behind the packed block lies nothing that could show up in a slot. What a field leaves of its
+  // slot within the packed block stays as it was.
+  std::memset(slots + sizeof packed, 0, kSlotsSize - sizeof packed);
+  placeInSlots(packed, slots, kEveryField);
 }
 
 void can_data_init_ptr(can_data* block, bool check) {
   can_data_buf_align(block);
-  for (std::size_t i = 0; i < kFields.size(); ++i) {
-    const bool absent = check && isAbsent(kFields[i], slotOf(block, i));
-    setPointer(block, i, absent ? nullptr : slotOf(block, i));
-  }
+  setPointers(reinterpret_cast<unsigned char*>(block), check, kEveryField);
 }
 
 void can_data_assign(can_data& dst, can_data& src) {

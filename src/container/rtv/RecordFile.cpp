@@ -39,12 +39,10 @@ const unsigned char RecordFile::VERSION[2] = {0, 4};
 
 RecordFile::RecordFile() = default;
 RecordFile::RecordFile(const std::string& fileName)
-    : fileName_(guarded(kTag, "fileName", std::string(), [&] { return fileName; })) {}
+    : fileName_(guardedCopy(kTag, "fileName", fileName)) {}
 RecordFile::~RecordFile() = default;
 
-std::string RecordFile::getFileName() const {
-  return guarded(kTag, "getFileName", std::string(), [this] { return fileName_; });
-}
+std::string RecordFile::getFileName() const { return guardedCopy(kTag, "getFileName", fileName_); }
 
 void RecordFile::clear() {
   const int altitude = header_.alt;

@@ -230,9 +230,15 @@ bool RecordFileCreater::close() {
 bool RecordFileCreater::storeHeader() {
   unsigned char bytes[kHeaderSizeMax] = {};
   encodeHeader(bytes);
-  const unsigned int size = rtvLayout(version_).headerSize;
-  return changeMapped([&](unsigned char* file) { std::memcpy(file, bytes, size); }) ||
-         file_->writeAt(bytes, size, 0);
+  // The magic comes last: the header of a recorder that is killed in between has none.
+  const auto place = [this, &bytes](unsigned char* file) {
+    const RtvLayout layout = rtvLayout(version_);
+    std::memcpy(file + layout.magicSize, bytes + layout.magicSize,
+                layout.headerSize - layout.magicSize);
+    std::atomic_signal_fence(std::memory_order_release);
+    std::memcpy(file, bytes, layout.magicSize);
+  };
+  return changeMapped(place) || file_->writeAt(bytes, rtvLayout(version_).headerSize, 0);
 }
 
 void RecordFileCreater::encodeHeader(unsigned char* bytes) const {

@@ -58,6 +58,14 @@ inline int signed24(const unsigned char (&bytes)[3]) {
   return static_cast<int>(value << 8) >> 8;
 }
 
+/// The value whose bytes stand there.
+template <typename T>
+T get(const void* at) {
+  T value;
+  std::memcpy(&value, at, sizeof value);
+  return value;
+}
+
 /// Stores a value's bytes as they are.
 template <typename T>
 void put(unsigned char* at, const T& value) {

@@ -62,22 +62,22 @@ ErrorCode_e TaggedVideoParser::init(const char* path, const InitMode& mode) {
     if (code == RTV_ERR_SUCCESS) fileName_ = path;
     return code;
   });
-  if (result != RTV_ERR_SUCCESS) release();
+  if (result != RTV_ERR_SUCCESS) release(mode.tag);
   return result;
 }
 
 ErrorCode_e TaggedVideoParser::clear() {
   if (state_ == nullptr) return RTV_ERR_SUCCESS;
   const std::lock_guard lock(state_->mMutex);
-  release();
+  release(TAG.c_str());
   fileName_.clear();
   RecordFile::clear();
   return RTV_ERR_SUCCESS;
 }
 
-void TaggedVideoParser::release() {
+void TaggedVideoParser::release(const char* tag) {
   if (!state_->mMapAddr.unmap()) {
-    velmar_logger::e(TAG.c_str(), "munmap fail: %s", std::strerror(errno));
+    velmar_logger::e(tag, "munmap fail: %s", std::strerror(errno));
   }
   state_->mFileFd.close();
   state_->mFileSize = 0;

@@ -1,8 +1,12 @@
 #include "container/img/ImgContainerReader.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
+#include <fstream>
 
 #include "SampleScene.h"
 #include "container/img/ImgFiles.h"
@@ -356,6 +360,23 @@ TEST_F(ImgReader, CutPicturesNeverShowAnEarlierFrame) {
   decode(0);
   const auto pixels = decode(1);
   EXPECT_TRUE(std::all_of(pixels.end() - 160, pixels.end(), [](auto pixel) { return pixel == 0; }));
+}
+
+// The header is as large as can be, the frame small.
+TEST_F(ImgReader, CutPicturesNeedNoMemoryForRowsThatNoFrameHas) {
+  constexpr std::size_t kSize = 65535 * 16;
+  const auto reader = opened(handMadeImg({{SampleScene(16, 8).jpeg(0)}}, "", 65535, 65535));
+  EXPECT_TRUE(inChildProcess([&] {
+    std::vector<unsigned char> pixels(kSize, 'k');
+    unsigned long pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    const rlim_t most = pages * ::sysconf(_SC_PAGESIZE) + (256UL << 20);
+    const rlimit limit{most, most};
+    return ::setrlimit(RLIMIT_AS, &limit) == 0 &&
+           reader->getImage(0, kSize, pixels.data(), VELMAR_FORMAT_GRAY_E, SCALE_FACTOR_1_1_E,
+                            65535 - 16, 0) == kSuccess &&
+           std::all_of(pixels.begin(), pixels.end(), [](auto pixel) { return pixel == 0; });
+  }));
 }
 
 }  // namespace

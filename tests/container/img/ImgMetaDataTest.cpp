@@ -128,14 +128,23 @@ TEST(ImgMetaData, KeepsCommentsWithTheTextTheyBelongTo) {
 }
 
 TEST(ImgMetaData, RefusesTextsThatCouldNotBeReadAgain) {
-  for (const int depth : {999, 1000}) {
+  const auto nested = [](int depth) { return std::string(depth, '[') + std::string(depth, ']'); };
+  const struct {
+    std::string params;
+    bool isReadable;
+  } rows[] = {
+      {nested(999), true},
+      {nested(1000), false},
+      {std::string("{//\0\n}", 6), false},
+  };
+  for (const auto& [params, isReadable] : rows) {
     const LogCapture log;
     ImgMetaData metaData;
-    metaData.cameraParams = std::string(depth, '[') + std::string(depth, ']');
+    metaData.cameraParams = params;
     std::string text;
     ImgMetaData read;
-    EXPECT_EQ(metaData.toText(text), depth == 999);
-    EXPECT_EQ(log.errors().empty() && read.jsonTo(text.c_str()), depth == 999);
+    EXPECT_EQ(metaData.toText(text), isReadable) << params.substr(0, 10);
+    EXPECT_EQ(log.errors().empty() && read.jsonTo(text.c_str()), isReadable);
   }
 }
 

@@ -20,6 +20,7 @@ TEST(RtvContainer, WritesVersion03InMilliseconds) {
   EXPECT_EQ(creater.open(), VELMAR_ERROR_CODE_DUPLICATE_INIT_E);
   creater.setTaggingFlags(1);
   creater.setUndistortFlags();
+  creater.setDeviceId(reinterpret_cast<const unsigned char*>("camera"), 6);
   creater.setStartTime(1500000000123999);
   creater.setVideoResolution(64, 48);
   creater.setFrameFormat(VELMAR_FORMAT_GRAY_E);
@@ -36,6 +37,7 @@ TEST(RtvContainer, WritesVersion03InMilliseconds) {
   RtvFile expected;
   expected.version = 3;
   expected.framesMax = 65535;
+  expected.deviceId.replace(0, 6, "camera");
   expected.startTime = 1500000000123;
   expected.width = 64;
   expected.height = 48;

@@ -291,6 +291,8 @@ TEST_F(RtvParser, WalksThroughItsLife) {
   EXPECT_EQ(parser_.init(nullptr), RTV_ERR_NULL_POINTER);
   EXPECT_EQ(parser_.init(""), RTV_ERR_INVALID_FILE_NAME);
   EXPECT_EQ(parser_.init(path_.c_str()), RTV_ERR_FILE_NOT_EXIST);
+  EXPECT_EQ(parser_.beforeInitCheck(path_.c_str()), RTV_ERR_FILE_NOT_EXIST);
+  EXPECT_EQ(parser_.init((folder_ / "").c_str()), RTV_ERR_FILE_MMAP_FAIL);
   int flag = 0;
   unsigned int size = 0;
   unsigned long offset = 4711;

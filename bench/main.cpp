@@ -1,0 +1,80 @@
+// velmar-bench OUT TEMPLATE DOCS [Google Benchmark's options]: measures everything and writes
+// OUT/report.md, OUT/report.svg, and the document DOCS with its picture from the template.
+
+#include <benchmark/benchmark.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "Bench.h"
+#include "Files.h"
+#include "Plot.h"
+#include "Report.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string readText(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  require(file.is_open(), path + ": not read");
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void writeText(const fs::path& path, const std::string& text) {
+  std::ofstream file(path, std::ios::binary);
+  file << text << std::flush;
+  require(file.good(), path.string() + ": not written");
+}
+
+void replace(std::string& text, const std::string& mark, const std::string& by) {
+  const std::size_t at = text.find(mark);
+  require(at != std::string::npos, "the template has no " + mark);
+  text.replace(at, mark.size(), by);
+}
+
+void addAllRows() {
+  addWriteRows();
+  addOpenRows();
+  addFramesRows();
+  addDecodeRows();
+  addEditRows();
+  addToolRows();
+  addMemoryRows();
+  addGrowthRows();
+}
+
+void writeReport(const fs::path& folder) {
+  std::string text = "# Measured\n\n" + machineList(folder) + "\n![ratios](report.svg)\n\n" +
+                     figuresTable(results()) + "\n## Growth\n\n" + growthTable(results());
+  writeText(folder / "report.md", text);
+  writeText(folder / "report.svg", plot(results()));
+}
+
+void writeDocument(const std::string& templatePath, const fs::path& document,
+                   const std::string& folder) {
+  std::string text = readText(templatePath);
+  replace(text, "{{machine}}\n", machineList(folder));
+  replace(text, "{{figures}}\n", figuresTable(results()));
+  replace(text, "{{growth}}\n", growthTable(results()));
+  fs::create_directories(document.parent_path());
+  writeText(document, text);
+  writeText(fs::path(document).replace_extension(".svg"), plot(results()));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  require(argc == 4, "usage: velmar-bench OUT TEMPLATE DOCS [Google Benchmark's options]");
+  const std::string folder = argv[1];
+  fs::create_directories(folder);
+  const Workspace workspace(folder + "/files");
+  addAllRows();
+  benchmark::RunSpecifiedBenchmarks();
+  writeReport(folder);
+  writeDocument(argv[2], argv[3], folder);
+  return EXIT_SUCCESS;
+}

@@ -1,0 +1,46 @@
+#include "CsvTable.h"
+#include "Failure.h"
+#include "TagsCsv.h"
+#include "TimesCsv.h"
+#include "support.h"
+
+namespace {
+
+const std::vector<std::string> kFiles = {"in/1.jpg", "in/2.jpg", "a/2.jpg"};
+
+void consumeTags(const CsvTable& table, version_e version) {
+  try {
+    for (const FrameTag& tag : readTags(table, kFiles, version)) {
+      consume(&tag.can, sizeof tag.can);
+    }
+  } catch (const Failure& failure) {
+    consume(failure.what());
+  }
+}
+
+void consumeTimes(const std::vector<FrameTimes>& times, std::size_t count) {
+  require(times.size() == count);
+  consume(times.data(), times.size() * sizeof times[0]);
+}
+
+void consumeTimes(const CsvTable& table) {
+  try {
+    consumeTimes(readAllTimes(table), table.rows().size());
+    consumeTimes(readTimes(table, kFiles), kFiles.size());
+  } catch (const Failure& failure) {
+    consume(failure.what());
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  try {
+    const CsvTable table("table.csv", {reinterpret_cast<const char*>(data), size});
+    consumeTimes(table);
+    for (const auto version : {RTV_VER_02, RTV_VER_03, RTV_VER_04}) consumeTags(table, version);
+  } catch (const Failure& failure) {
+    consume(failure.what());
+  }
+  return 0;
+}

@@ -1,0 +1,224 @@
+// Draws what the harnesses start from: valid inputs of every kind, each whole and cut at every edge
+// of its structures. Argument: the folder, which gets one of each kind.
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "SampleScene.h"
+#include "TagsCsv.h"
+#include "common/TjHandle.h"
+#include "velmar_video/VelmarVideoFile.h"
+#include "velmar_video/rtv/RecordFileCreater.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using Edges = std::set<std::size_t>;
+
+constexpr unsigned short kWidth = 32;
+constexpr unsigned short kHeight = 16;
+
+std::string readFile(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// Saves the bytes as a whole and up to each edge.
+void save(const fs::path& folder, const std::string& name, const std::string& bytes, Edges edges) {
+  fs::create_directories(folder);
+  edges.insert(bytes.size());
+  for (const std::size_t edge : edges) {
+    std::ofstream file(folder / (name + "-" + std::to_string(edge)), std::ios::binary);
+    file << bytes.substr(0, edge);
+  }
+}
+
+Edges edgesBehind(const std::string& text, const std::string& characters) {
+  Edges edges;
+  for (std::size_t at = text.find_first_of(characters); at != text.npos;
+       at = text.find_first_of(characters, at + 1)) {
+    edges.insert({at, at + 1});
+  }
+  return edges;
+}
+
+std::vector<std::string> drawFrames(unsigned int count) {
+  SampleScene scene(kWidth, kHeight, 30);
+  std::vector<std::string> frames;
+  for (unsigned int i = 0; i < count; ++i) frames.push_back(scene.jpeg(i));
+  return frames;
+}
+
+/// The same picture, for which a decoder holds all coefficients at once.
+std::string progressive(const std::string& jpeg) {
+  const TjHandle transformer(tjInitTransform());
+  tjtransform how{};
+  how.options = TJXOPT_PROGRESSIVE;
+  unsigned char* bytes = nullptr;
+  unsigned long size = 0;
+  tjTransform(transformer.get(), reinterpret_cast<const unsigned char*>(jpeg.data()), jpeg.size(),
+              1, &bytes, &size, &how, 0);
+  std::string result(reinterpret_cast<char*>(bytes), size);
+  tjFree(bytes);
+  return result;
+}
+
+std::uint64_t bigEndian(const std::string& bytes, std::size_t at) {
+  std::uint64_t value = 0;
+  std::memcpy(&value, bytes.data() + at, sizeof value);
+  return ntohll(value);
+}
+
+Edges imgEdges(const std::string& file, std::size_t frames) {
+  constexpr std::size_t kIndexAt = 8;
+  constexpr std::size_t kRecordSize = 28;
+  const std::size_t metaDataAt = bigEndian(file, 0);
+  Edges edges = {0, kIndexAt - 1, kIndexAt, metaDataAt, metaDataAt + 1, metaDataAt + 2};
+  for (std::size_t i = 0; i < frames; ++i) {
+    const std::size_t record = kIndexAt + i * kRecordSize;
+    edges.insert({record + kRecordSize, std::size_t{bigEndian(file, record + 16)}});
+  }
+  for (const std::size_t edge : edgesBehind(file.substr(metaDataAt), ",{}")) {
+    edges.insert(metaDataAt + edge);
+  }
+  return edges;
+}
+
+void drawImg(const fs::path& folder, const std::string& name,
+             const std::vector<std::string>& frames, unsigned short width,
+             const std::string& text) {
+  const fs::path path = folder / "seed.img";
+  const auto creater = makeVelmarVideoFileCreater(path);
+  creater->open();
+  creater->setVideoResolution(width, kHeight);
+  creater->setDeviceId(reinterpret_cast<const unsigned char*>(name.data()), name.size());
+  creater->setCameraParams(text);
+  creater->setExtendedInfo(text);
+  if (frames.size() > 1) creater->setUndistortFlags();
+  for (std::size_t i = 0; i < frames.size(); ++i) {
+    creater->addFrame(frames[i], 1000 * i, 1000 * i + 500);
+  }
+  creater->close();
+  const std::string file = readFile(path);
+  fs::remove(path);
+  const std::string metaData = file.substr(bigEndian(file, 0));
+  save(folder / "img", name, file, imgEdges(file, frames.size()));
+  save(folder / "meta", name, metaData, edgesBehind(metaData, ",:{}"));
+}
+
+struct RtvSizes {
+  version_e version;
+  std::size_t header, tag;
+};
+
+Edges rtvEdges(const RtvSizes& sizes, unsigned int slots, const std::vector<std::string>& frames) {
+  Edges edges = {0, 10, 11, 12, 13, 14, 38, 46, sizes.header - 14, sizes.header};
+  for (unsigned int i = 1; i <= slots; ++i) edges.insert(sizes.header + i * sizes.tag);
+  std::size_t at = sizes.header + slots * sizes.tag;
+  for (const std::string& frame : frames) edges.insert(at += frame.size());
+  return edges;
+}
+
+void drawRtv(const fs::path& folder, const std::string& name, const RtvSizes& sizes,
+             unsigned short slots, const std::vector<std::string>& frames) {
+  const fs::path path = folder / "seed.rtv";
+  RecordFileCreater creater(path, slots, sizes.version, nullptr);
+  creater.setVideoResolution(kWidth, kHeight);
+  creater.setFrameFormat(RTV_FMT_BGR);
+  creater.setFrameCodec(RTV_CODEC_JPG);
+  creater.setStartTime(1600000000000);
+  creater.setTaggingFlags(kRtvUndistortedFlag);
+  creater.setStartPosition(1 << 29, 1 << 28, 100);
+  can_data_io can;
+  can_data_io_purge(&can);
+  can.vehicle_speed = 12.5F;
+  can.wheel_tick_left_rear = 77;
+  can.brake_active = 1;
+  for (int i = 0; i < static_cast<int>(frames.size()); ++i) {
+    creater.addFrame(33 * i, frames[i], 100 * i, -100 * i, i, 150 * i, 1234, 45,
+                     i == 0 ? nullptr : &can);
+  }
+  creater.close();
+  std::string file = readFile(path);
+  fs::remove(path);
+  save(folder / "rtv", name, file, rtvEdges(sizes, slots, frames));
+  if (sizes.version == RTV_VER_02) return;
+  file[11] = 1;
+  save(folder / "rtv", name + "-big-endian", file, {});
+}
+
+void drawRecordings(const fs::path& folder) {
+  const auto frames = drawFrames(3);
+  drawImg(folder, "one", {frames[0]}, kWidth, "{}");
+  drawImg(folder, "three", frames, kWidth, R"({"f": [1.5, -2, 1e9], "name": "a \"b\" \u00e4"})");
+  drawImg(folder, "progressive", {progressive(frames[1])}, kWidth, "{}");
+  drawImg(folder, "other-size", {frames[0], "no picture"}, 2 * kWidth, "[null, true] // why");
+  const struct {
+    std::string name;
+    RtvSizes sizes;
+  } versions[] = {
+      {"02", {RTV_VER_02, 68, 29}}, {"03", {RTV_VER_03, 72, 36}}, {"04", {RTV_VER_04, 72, 145}}};
+  for (const auto& [name, sizes] : versions) {
+    drawRtv(folder, name + "-one", sizes, 1, {frames[0]});
+    drawRtv(folder, name + "-spare", sizes, 5, {frames[0], "no picture", frames[2]});
+  }
+}
+
+void drawStreams(const fs::path& folder) {
+  const auto frames = drawFrames(2);
+  const std::string& jpeg = frames[0];
+  // With a thumbnail in a segment of its own, and a fill byte before a marker.
+  const std::string thumbnail = std::string("\xFF\xE1\x00\x08\xFF\xD8\xFF\xD9zz", 10);
+  const std::string rich = jpeg.substr(0, 2) + thumbnail + '\xFF' + jpeg.substr(2);
+  for (const char piece : {'\x00', '\x07', '\x3F', '\x80', '\xBF'}) {
+    const std::string name = "piece" + std::to_string(static_cast<unsigned char>(piece));
+    save(folder / "jpeg", name + "-one", piece + jpeg, edgesBehind(piece + jpeg, "\xFF"));
+    save(folder / "jpeg", name + "-rich", piece + rich, edgesBehind(piece + rich, "\xFF"));
+    save(folder / "jpeg", name + "-two",
+         piece + frames[0] + "junk" + std::string(3, '\0') + frames[1],
+         {1 + jpeg.size(), 1 + jpeg.size() + 4, 1 + jpeg.size() + 7, 1 + jpeg.size() + 9});
+  }
+}
+
+/// A table for three files with a value of each column that the version has.
+std::string tagsTable(version_e version) {
+  std::string header = "file,";
+  for (const char character : knownTagColumns(version))
+    header += character == ' ' ? ',' : character;
+  std::string values;
+  for (const char character : header) {
+    if (character == ',') values += values.empty() ? ",12" : ",7";
+  }
+  return header + "\nin/1.jpg" + values + "\nin/2.jpg" + values + "\na/2.jpg" + values + "\n";
+}
+
+void drawTables(const fs::path& folder) {
+  const std::string tables[] = {
+      "file,sensor_time_us,arrived_time_us\n1.jpg,1,2\n\"in/2.jpg\",3,4\r\na/2.jpg,5,6\n",
+      "\xEF\xBB\xBFindex,x,y,speed\n0,1,-2,\n1,,,3\n\n\"2\",\"8\"\"\",1,2\n",
+      "index,x,y,speed\n0,1,-2,\n1,,,3\n2,-8388608,8388607,65535\n",
+      tagsTable(RTV_VER_02),
+      tagsTable(RTV_VER_03),
+      tagsTable(RTV_VER_04),
+  };
+  for (std::size_t i = 0; i < std::size(tables); ++i) {
+    save(folder / "csv", "table" + std::to_string(i), tables[i], edgesBehind(tables[i], ",\n\""));
+  }
+}
+
+}  // namespace
+
+int main(int argumentCount, char** arguments) {
+  if (argumentCount != 2) return 2;
+  const fs::path folder = arguments[1];
+  fs::create_directories(folder);
+  drawRecordings(folder);
+  drawStreams(folder);
+  drawTables(folder);
+}

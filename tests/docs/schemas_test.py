@@ -1,0 +1,75 @@
+"""Holds docs/schemas against what the tool prints.
+Usage: schemas_test.py PATH-OF-VELMAR-VIDEO
+"""
+import json
+import os
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+from jsonschema import Draft202012Validator
+from markdown import ROOT
+
+TOOL = Path(sys.argv.pop(1)).resolve()
+
+
+def objects(command, *arguments):
+    ran = subprocess.run([TOOL, command, *arguments, "--json"], stdout=subprocess.PIPE)
+    return [json.loads(line) for line in ran.stdout.splitlines()]
+
+
+class Json(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.addCleanup(os.chdir, os.getcwd())
+        os.chdir(folder.name)
+        self.files = ["drive.img", "02.rtv", "03.rtv", "04.rtv"]
+        for file in self.files:
+            version = [] if file == "drive.img" else ["--rtv-version", file[:2]]
+            subprocess.run(
+                [TOOL, "sample", file, "--frames", "2", "--size", "64x64", *version], check=True
+            )
+
+    def check(self, schema, found):
+        schema = json.loads((ROOT / f"docs/schemas/{schema}.json").read_text())
+        Draft202012Validator.check_schema(schema)
+        validator = Draft202012Validator(schema)
+        for value in found:
+            validator.validate(value)
+            # Nothing may be missing, and nothing may come that the schema does not tell of.
+            self.assertFalse(validator.is_valid({**value, "unknown": 1}))
+            for key in schema["required"]:
+                self.assertFalse(validator.is_valid({k: v for k, v in value.items() if k != key}))
+        return schema
+
+    def test_info(self):
+        found = objects("info", *self.files)
+        self.assertEqual(len(found), 4)
+        self.check("info", found)
+
+    def test_frames(self):
+        found = {file: objects("frames", file) for file in self.files}
+        schema = self.check("frames", sum(found.values(), []))
+        every = found["04.rtv"][0].keys()
+        self.assertEqual(every, schema["properties"].keys())
+        self.assertEqual(every - found["03.rtv"][0].keys(), {"can"})
+        signals = subprocess.run(
+            [TOOL, "frames", "04.rtv", "--csv"], check=True, stdout=subprocess.PIPE, text=True
+        ).stdout.splitlines()[0].split(",")[len(every) - 1 :]
+        self.assertEqual(set(signals), schema["properties"]["can"]["properties"].keys())
+
+    def test_verify(self):
+        whole = Path("drive.img").read_bytes()
+        Path("zeros.img").write_bytes(whole[:400] + bytes(3000) + whole[3400:])
+        Path("cut.img").write_bytes(whole[:2000])
+        found = objects("verify", *self.files, "zeros.img", "cut.img", "--decode")
+        self.check("verify", found)
+        kinds = {frozenset(finding) for report in found for finding in report["findings"]}
+        self.assertEqual(len(kinds), 2, kinds)  # of a frame, of the file
+
+
+if __name__ == "__main__":
+    unittest.main()
