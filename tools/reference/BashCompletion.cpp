@@ -35,6 +35,7 @@ void writeValues(std::ostream& out, const CommandEntry& command) {
 std::string bashCompletion(const CLI::App& program) {
   const auto commands = readCommands(program);
   std::vector<std::string> names;
+  names.reserve(commands.size());
   for (const CommandEntry& command : commands) names.push_back(command.name);
 
   std::ostringstream out;

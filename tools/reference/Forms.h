@@ -5,7 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <string>
 
-std::string manualPage(const CLI::App& program);
+std::string manualPage(const CLI::App& app);
 std::string bashCompletion(const CLI::App& program);
 std::string zshCompletion(const CLI::App& program);
 std::string fishCompletion(const CLI::App& program);

@@ -1,6 +1,6 @@
 // Writes the manual page and the completions of the tool into files.
-#include <cstdio>
 #include <fstream>
+#include <iostream>
 
 #include "Forms.h"
 #include "Tool.h"
@@ -11,7 +11,7 @@ bool writeFile(const char* path, const std::string& text) {
   std::ofstream file(path);
   file << text;
   file.close();
-  if (!file) std::fprintf(stderr, "%s: cannot write it\n", path);
+  if (!file) std::cerr << path << ": cannot write it\n";
   return !file.fail();
 }
 
@@ -19,7 +19,7 @@ bool writeFile(const char* path, const std::string& text) {
 
 int main(int argc, char** argv) {
   if (argc != 5) {
-    std::fputs("usage: velmar-video-reference MANUAL-PAGE BASH ZSH FISH\n", stderr);
+    std::cerr << "usage: velmar-video-reference MANUAL-PAGE BASH ZSH FISH\n";
     return 2;
   }
   Tool tool;
