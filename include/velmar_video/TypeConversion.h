@@ -1,3 +1,4 @@
+/// \file
 /// Conversions between the enumerations of the facade and those of the RTV classes. Pure and
 /// total: a value without a counterpart gives the fallback named at the function.
 #ifndef VELMAR_VIDEO_TYPE_CONVERSION_H

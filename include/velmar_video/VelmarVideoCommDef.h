@@ -1,3 +1,4 @@
+/// \file
 /// The enumerations of the facade and of the RTV classes, the facade's text names, and the 64-bit
 /// byte reversal. Constant tables only: every function may be called from any thread.
 #ifndef VELMAR_VIDEO_COMM_DEF_H

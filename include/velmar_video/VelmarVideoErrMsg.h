@@ -1,3 +1,4 @@
+/// \file
 /// The error codes of the whole library and their names.
 ///
 /// The facade (VelmarVideoFile.h) answers with VELMAR_ERROR_CODE_E, the RTV classes with the

@@ -1,3 +1,4 @@
+/// \file
 /// Creating, reading and editing recordings: the interfaces, and the factories that choose the
 /// container ("img" or "rtv") by the path's extension.
 ///
@@ -24,6 +25,7 @@
 /// What creaters, readers and modifiers have in common.
 class VELMAR_VIDEO_API IVelmarVideoFile {
  public:
+  /// The path is kept as it is; no file is touched.
   explicit IVelmarVideoFile(std::string path);
   IVelmarVideoFile(const IVelmarVideoFile&) = delete;
   IVelmarVideoFile& operator=(const IVelmarVideoFile&) = delete;
@@ -40,7 +42,7 @@ class VELMAR_VIDEO_API IVelmarVideoFile {
   virtual std::string getFileName();
 
  protected:
-  const std::string filePath_;
+  const std::string filePath_;  ///< as given to the constructor
 };
 
 /// Writes one new recording.
@@ -57,6 +59,7 @@ class VELMAR_VIDEO_API IVelmarVideoFile {
 /// answers VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E.
 class VELMAR_VIDEO_API VelmarVideoFileCreater : public IVelmarVideoFile {
  public:
+  /// The recording's path when it is finished.
   explicit VelmarVideoFileCreater(std::string path);
   ~VelmarVideoFileCreater() override;
 
@@ -127,6 +130,7 @@ class VELMAR_VIDEO_API VelmarVideoFileReader : public IVelmarVideoFile {
   /// until the object is destroyed.
   VELMAR_ERROR_CODE_E close() override = 0;
 
+  /// The version that the header names.
   virtual VELMAR_ERROR_CODE_E getVersion(VELMAR_VERSION_E& version) = 0;
   /// The frame's time relative to the start, microseconds. img: arrival time minus that of frame
   /// 0 in unsigned arithmetic, so an earlier frame gives a huge value. rtv: the stored
@@ -192,6 +196,7 @@ class VELMAR_VIDEO_API VelmarVideoFileReader : public IVelmarVideoFile {
   virtual VELMAR_ERROR_CODE_E getImageResolution(unsigned short& width, unsigned short& height) = 0;
   /// The pixel format that the header names.
   virtual VELMAR_ERROR_CODE_E getColorFormat(VELMAR_FORMAT_E& format) = 0;
+  /// The codec that the header names.
   virtual VELMAR_ERROR_CODE_E getCodec(VELMAR_CODEC_E& codec) = 0;
   /// img: the arrival time of frame 0, 0 without frames. rtv: the header's start time.
   virtual VELMAR_ERROR_CODE_E getStartTime(unsigned long& startTime) = 0;
@@ -239,6 +244,7 @@ class VELMAR_VIDEO_API VelmarVideoFileModifier : public IVelmarVideoFile {
 
   /// Replaces the device identifier; lengths as in VelmarVideoFileCreater::setDeviceId().
   virtual VELMAR_ERROR_CODE_E modifyCameraID(const unsigned char* id, unsigned int length) = 0;
+  /// Marks the frames as undistorted, or takes the mark away.
   virtual VELMAR_ERROR_CODE_E modifyUndistorted(bool undistorted) = 0;
   /// img only: a JSON text; one that is not JSON makes close() fail.
   virtual VELMAR_ERROR_CODE_E modifyCameraParams(const std::string& params) = 0;

@@ -1,7 +1,9 @@
+/// \file
 /// Marks what the shared library exports; everything else stays hidden.
 #ifndef VELMAR_VIDEO_EXPORT_H
 #define VELMAR_VIDEO_EXPORT_H
 
+/// Stands at what the library exports.
 #define VELMAR_VIDEO_API __attribute__((visibility("default")))
 
 #endif

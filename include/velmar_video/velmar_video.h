@@ -1,3 +1,4 @@
+/// \file
 /// Everything a caller of libvelmar_video needs.
 #ifndef VELMAR_VIDEO_H
 #define VELMAR_VIDEO_H

@@ -1,3 +1,4 @@
+/// \file
 /// Where libvelmar_video's log lines go. Only the stand-in for the device's logging library has
 /// this; a library built with the device's own follows the device's settings.
 #ifndef VELMAR_LOGGER_CONTROL_H
@@ -11,6 +12,7 @@ namespace velmar_logger {
 /// shows lines of `level` and up, 2 at first; 4 shows none. Any thread.
 __attribute__((visibility("default"))) void setLevel(int level);
 
+/// Takes a log line: its level, the tag of the place that logs it, and its text.
 using Sink = std::function<void(int level, const char* tag, const char* message)>;
 
 /// Sends every line, whatever its level, to `sink` instead of the default sink; an empty function

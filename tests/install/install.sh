@@ -71,12 +71,8 @@ says "wheel_tick_left_front 80" track drive.rtv
 cp made.img drive.img
 [ "$(./readme)" = "VELMAR_ERROR_CODE_SUCCESS_E: 48 x 32" ] || { echo "README: $(./readme)"; exit 1; }
 
-# Nothing but the interface is exported.
-exported=$(nm -D --defined-only -C "$library_folder/libvelmar_video.so" | cut -d ' ' -f 3-)
-classes='IVelmarVideoFile|VelmarVideoFile(Creater|Reader|Modifier)|RecordFile(Creater|Toolkit)?|TaggedVideoParser|RtvContainerModifier'
-functions='errorCode2String|(velmar|rtv|string2)[A-Za-z0-9]*(\[abi:cxx11\])?\(|makeVelmarVideoFile(Creater|Reader|Modifier)\('
-functions+='|can(_data_|Field)[A-Za-z_]*(\[abi:cxx11\])?\(|isCPUBigEndian\(\)|velmar_logger::set(Level|Sink)\('
-hidden=$(grep -vE "^((typeinfo( name)?|vtable) for )?($classes)(::|$)|^[a-z -]*($classes)::|^($functions)|^g_(meridian|parallel)Radius$" \
-  <<<"$exported" || true)
-[ -z "$hidden" ] || { echo "exported besides the interface:"; echo "$hidden"; exit 1; }
-[ "$(grep -c makeVelmarVideoFile <<<"$exported")" = 3 ]
+# The manual and the completions are where the programs that read them look.
+for file in man/man1/velmar-video.1 bash-completion/completions/velmar-video \
+  zsh/site-functions/_velmar-video fish/vendor_completions.d/velmar-video.fish; do
+  [ -s "$prefix/share/$file" ] || { echo "$file is not installed"; exit 1; }
+done

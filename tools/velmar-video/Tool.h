@@ -25,6 +25,9 @@ struct Tool {
   void addCommonOptions(CLI::App& command);
 };
 
+/// Adds all of these.
+void addCommands(Tool& tool);
+
 // Each in the file of its name. They run until done and throw Failure or UsageError.
 void addCreateCommand(Tool& tool);
 void addInfoCommand(Tool& tool);

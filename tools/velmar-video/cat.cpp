@@ -44,7 +44,8 @@ ExitStatus writeFrames(const Options& options) {
 void addCatCommand(Tool& tool) {
   CLI::App* command =
       tool.addCommand("cat", "Write the stored JPEGs one after another to standard output.",
-                      "cat drive.img | ffplay -f mjpeg -");
+                      "cat drive.img --range 10:11 >frame.jpg\n"
+                      "  velmar-video cat drive.img | ffmpeg -f mjpeg -i - preview.mp4");
   const auto options = std::make_shared<Options>();
   command->add_option("file", options->file, "The recording")->required();
   options->selection.addTo(*command);

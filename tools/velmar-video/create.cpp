@@ -220,11 +220,12 @@ void addCreateCommand(Tool& tool) {
   addFrameOptions(*command, *options);
   options->description.addTo(*command);
   command
-      ->add_option("--sync", options->syncInterval,
-                   "Bring the frames to the disk every N frames: a power cut then takes no more "
-                   "than the frames since. Slower")
+      ->add_option(
+          "--sync", options->syncInterval,
+          "Bring the frames to the disk every N frames, 1 to 1000000: a power cut then takes "
+          "no more than the frames since. Slower")
       ->type_name("N")
-      ->check(CLI::Range(1U, 1000000U));
+      ->check(CLI::Range(1U, 1000000U).description(""));
   command->add_flag("--force", options->force, "Replace an existing output");
   command->callback([&tool, options] {
     checkUsage(*options);

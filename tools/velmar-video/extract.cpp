@@ -270,9 +270,10 @@ void addExtractCommand(Tool& tool) {
       ->check(CLI::IsMember({"jpg", "png", "ppm"}));
   const auto decoding = addDecodingOptions(*command, *options);
   options->selection.addTo(*command);
-  command->add_option("--jobs", options->jobs, "Frames to work on at a time, 1 if not given")
+  command
+      ->add_option("--jobs", options->jobs, "Frames to work on at a time, 1 to 256; 1 if not given")
       ->type_name("N")
-      ->check(CLI::Range(1U, 256U));
+      ->check(CLI::Range(1U, 256U).description(""));
   command->add_flag("--force", options->force, "Replace existing pictures");
   command->callback([&tool, options, decoding] {
     for (const CLI::Option* option : decoding) {

@@ -61,22 +61,6 @@ ExitStatus parseAndRun(Tool& tool, int argc, const char* const* argv) {
   return tool.run();
 }
 
-void addCommands(Tool& tool) {
-  addCreateCommand(tool);
-  addInfoCommand(tool);
-  addFramesCommand(tool);
-  addExtractCommand(tool);
-  addCatCommand(tool);
-  addCutCommand(tool);
-  addConcatCommand(tool);
-  addConvertCommand(tool);
-  addEditCommand(tool);
-  addDumpCommand(tool);
-  addRecoverCommand(tool);
-  addVerifyCommand(tool);
-  addSampleCommand(tool);
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {

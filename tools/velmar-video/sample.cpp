@@ -132,9 +132,10 @@ void addSampleCommand(Tool& tool) {
   const auto options = std::make_shared<Options>();
   command->add_option("output", options->output, "The recording to make, OUTPUT.img or OUTPUT.rtv")
       ->required();
-  command->add_option("--frames", options->frames, "Number of frames, 50 if not given")
+  command
+      ->add_option("--frames", options->frames, "Number of frames, 1 to 10000000; 50 if not given")
       ->type_name("N")
-      ->check(CLI::Range(1U, 10000000U));
+      ->check(CLI::Range(1U, 10000000U).description(""));
   command
       ->add_option_function<std::string>(
           "--size", [options](const std::string& text) { options->size = parsePictureSize(text); },

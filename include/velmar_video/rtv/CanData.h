@@ -1,3 +1,4 @@
+/// \file
 /// The vehicle bus (CAN) signals of a frame, in RTV version 04.
 ///
 /// A block has two forms: packed, as in the file, and aligned, with every signal in a slot of its
@@ -14,6 +15,8 @@
 /// The packed block: 109 bytes without padding. A signal is absent when all its bits are set
 /// (NaN for a float); can_data_length never is. The spelling of the names is part of the format.
 struct __attribute__((packed)) can_data_io {
+  ///@{
+  /// As in the file.
   unsigned short can_data_length;
   float acceleraion_x;
   float acceleraion_y;
@@ -46,11 +49,14 @@ struct __attribute__((packed)) can_data_io {
   unsigned char brake_active;
   unsigned char esp_active;
   unsigned char traction_control_active;
+  ///@}
 };
 static_assert(sizeof(can_data_io) == 109);
 
 /// The aligned block: 32 slots of 4 bytes, then a pointer to each, in the order of the packed one.
 struct can_data {
+  ///@{
+  /// The value of the packed block.
   alignas(4) unsigned short can_data_length;
   alignas(4) float acceleraion_x;
   alignas(4) float acceleraion_y;
@@ -83,7 +89,10 @@ struct can_data {
   alignas(4) unsigned char brake_active;
   alignas(4) unsigned char esp_active;
   alignas(4) unsigned char traction_control_active;
+  ///@}
 
+  ///@{
+  /// To the slot of that name; null if the signal is absent.
   unsigned short* pCan_data_length;
   float* pAcceleraion_x;
   float* pAcceleraion_y;
@@ -116,6 +125,7 @@ struct can_data {
   unsigned char* pBrake_active;
   unsigned char* pEsp_active;
   unsigned char* pTraction_control_active;
+  ///@}
 };
 static_assert(sizeof(can_data) == 384);
 
@@ -153,10 +163,10 @@ enum class CanFieldType { Unsigned8, Unsigned16, Unsigned32, Float };
 
 /// A field of the packed block, for programs that go through the signals by name.
 struct CanField {
-  const char* name;
+  const char* name;         ///< of the member of can_data_io
   const char* pointerName;  ///< of its pointer in the aligned block
-  CanFieldType type;
-  unsigned int offset;  ///< in can_data_io, bytes
+  CanFieldType type;        ///< of the value
+  unsigned int offset;      ///< in can_data_io, bytes
 
   /// Bytes.
   unsigned int size() const {

@@ -1,3 +1,4 @@
+/// \file
 /// The content of an RTV file in memory: header and frame tags of versions 02, 03 and 04. The
 /// writer and the parser are built on it.
 #ifndef VELMAR_VIDEO_RTV_RECORD_FILE_H
@@ -58,12 +59,12 @@ class VELMAR_VIDEO_API RecordFile {
  public:
   class frametag_t;
 
-  static const char MAGIC_CODE_V02[12];
+  static const char MAGIC_CODE_V02[12];       ///< what version 02 files begin with
   static const unsigned char VERSION_V02[2];  ///< major, minor
   static const char MAGIC_CODE_V03[11];       ///< with the zero that is stored behind it
-  static const unsigned char VERSION_V03[2];
-  static const char MAGIC_CODE[11];  ///< version 04
-  static const unsigned char VERSION[2];
+  static const unsigned char VERSION_V03[2];  ///< major, minor
+  static const char MAGIC_CODE[11];           ///< version 04
+  static const unsigned char VERSION[2];      ///< major, minor
 
   /// Empty, version RTV_VER_MAX.
   RecordFile();
@@ -84,33 +85,37 @@ class VELMAR_VIDEO_API RecordFile {
   /// shown as the tags hold them, which is not as the file has them; see frametag_t::operator=.
   /// With nothing loaded there is one error line.
   void dump();
+  /// dump() for a file of version 02.
   void dump_ver02();
+  /// dump() for a file of version 03.
   void dump_ver03();
+  /// dump() for a file of version 04.
   void dump_ver04();
 
  protected:
   /// The fields of every version's header; version 02 has no flags and no altitude.
   struct header_t {
-    char magic_code[12] = {};  ///< versions 03 and 04: 10 characters and the terminator
-    unsigned char flags = 0;   ///< bit 0: written by a big-endian CPU
-    unsigned char version_major = 0;
-    unsigned char version_minor = 0;
-    unsigned char device_id[24] = {};
-    unsigned long start_time = 0;  ///< milliseconds
-    int lng = 0;                   ///< start position, NDS units
-    int lat = 0;                   ///< start position, NDS units
-    int alt = 0;
-    unsigned short frames_count = 0;
-    unsigned short frames_max = 0;
-    unsigned short width = 0;   ///< pixels
-    unsigned short height = 0;  ///< pixels
-    format_e frame_format = RTV_FMT_UNKNOWN;
-    codec_e frame_codec = RTV_CODEC_UNKNOWN;
-    unsigned int tagging_flags = 0;
+    char magic_code[12] = {};          ///< versions 03 and 04: 10 characters and the terminator
+    unsigned char flags = 0;           ///< bit 0: written by a big-endian CPU
+    unsigned char version_major = 0;   ///< as in the file
+    unsigned char version_minor = 0;   ///< as in the file
+    unsigned char device_id[24] = {};  ///< the camera's identifier
+    unsigned long start_time = 0;      ///< milliseconds
+    int lng = 0;                       ///< start position, NDS units
+    int lat = 0;                       ///< start position, NDS units
+    int alt = 0;  ///< start position: metres in version 03, hundredths of a metre in version 04
+    unsigned short frames_count = 0;          ///< frames in the file
+    unsigned short frames_max = 0;            ///< slots of the tag table
+    unsigned short width = 0;                 ///< pixels
+    unsigned short height = 0;                ///< pixels
+    format_e frame_format = RTV_FMT_UNKNOWN;  ///< what the frames are said to be
+    codec_e frame_codec = RTV_CODEC_UNKNOWN;  ///< what the frames are said to be
+    unsigned int tagging_flags = 0;           ///< 0x10: undistorted
   };
 
   /// The header of a version; every value but RTV_VER_02 and RTV_VER_03 stands for version 04.
   header_t& headerOf(version_e version);
+  /// The same.
   const header_t& headerOf(version_e version) const;
 
   /// Whether fields of this type have to be swapped. The file's byte order is bit 0 of the version
@@ -128,17 +133,18 @@ class VELMAR_VIDEO_API RecordFile {
   /// swauto() on every field.
   void swauto(frametag03Ver_t& tag) const;
 
+  /// The part of dump() that is about the header.
   void dumpHeader(version_e version) const;
 
-  std::string fileName_;
-  version_e version_ = RTV_VER_MAX;
+  std::string fileName_;             ///< as given to the constructor or to init()
+  version_e version_ = RTV_VER_MAX;  ///< of the file
   // Only those of the file's own version are filled.
-  header_t header_;  ///< version 04
-  std::vector<frametag_t> tags_;
-  header_t headerVer02_;
-  std::vector<frametag_02ver_t> tagsVer02_;
-  header_t headerVer03_;
-  std::vector<frametag03Ver_t> tagsVer03_;
+  header_t header_;                          ///< version 04
+  std::vector<frametag_t> tags_;             ///< version 04
+  header_t headerVer02_;                     ///< version 02
+  std::vector<frametag_02ver_t> tagsVer02_;  ///< version 02
+  header_t headerVer03_;                     ///< version 03
+  std::vector<frametag03Ver_t> tagsVer03_;   ///< version 03
 };
 
 /// Frame tag of version 04 after decoding: the fields of frametag03Ver_t and a CAN block of its
@@ -147,6 +153,7 @@ class VELMAR_VIDEO_API RecordFile::frametag_t {
  public:
   /// \param owner  whose byte order fill() reads with; must outlive the tag
   explicit frametag_t(RecordFile* owner);
+  /// As operator=().
   frametag_t(const frametag_t& other);
   /// Copies the first 109 bytes of the CAN block as they lie, whatever its form, and aligns them
   /// again if the size is CAN_SIZE_ALIGNED. The copy of an aligned block therefore holds other
@@ -155,6 +162,7 @@ class VELMAR_VIDEO_API RecordFile::frametag_t {
   frametag_t& operator=(const frametag_t& other);
   /// Takes the CAN block over as it is; `other` is purged.
   frametag_t(frametag_t&& other) noexcept;
+  /// The same.
   frametag_t& operator=(frametag_t&& other) noexcept;
   ~frametag_t();
 
@@ -168,6 +176,8 @@ class VELMAR_VIDEO_API RecordFile::frametag_t {
   /// Reverses the bytes of every field of a packed block if the owner's file needs it.
   void can_data_io_swauto(can_data_io& block) const;
 
+  ///@{
+  /// In the unit of frametag03Ver_t.
   int time_flag() const { return fields_.time_flag; }
   unsigned long data_offset() const { return fields_.data_offset; }
   unsigned int data_length() const { return fields_.data_length; }
@@ -177,6 +187,9 @@ class VELMAR_VIDEO_API RecordFile::frametag_t {
   unsigned int relative_distance() const { return fields_.relative_distance; }
   unsigned short speed() const { return fields_.speed; }
   unsigned short direction() const { return fields_.direction; }
+  ///@}
+
+  /// The form of the CAN block.
   CAN_SIZE can_size() const { return can_size_; }
   /// The CAN block: can_size() bytes, null if that is CAN_SIZE_NONE. Stays the tag's.
   can_data* pCan() const { return pCan_.get(); }

@@ -1,3 +1,5 @@
+/// \file
+/// Writing RTV files.
 #ifndef VELMAR_VIDEO_RTV_RECORD_FILE_CREATER_H
 #define VELMAR_VIDEO_RTV_RECORD_FILE_CREATER_H
 
@@ -43,7 +45,9 @@ class VELMAR_VIDEO_API RecordFileCreater : public RecordFile {
   void setStartTime(unsigned long startTime);
   /// Pixels.
   void setVideoResolution(unsigned short width, unsigned short height);
+  /// What the header is to name; RTV_FMT_UNKNOWN at first.
   void setFrameFormat(format_e format);
+  /// What the header is to name; RTV_CODEC_UNKNOWN at first.
   void setFrameCodec(codec_e codec);
   /// \param lng, lat  NDS units: 2^30 are 90 degrees
   /// \param alt       version 03: metres, version 04: hundredths of a metre, as readers take it;
@@ -52,6 +56,7 @@ class VELMAR_VIDEO_API RecordFileCreater : public RecordFile {
   /// Any bits; 0x10 marks the frames as undistorted. Version 02 files are written with 0 whatever
   /// is set here; this is intended.
   void setTaggingFlags(unsigned int flags);
+  /// The flags as they were set, 0 at first.
   void getTaggingFlags(unsigned int& flags);
 
   /// Appends a frame: its bytes first, then its tag, so that a tag never stands for bytes that are
@@ -69,6 +74,7 @@ class VELMAR_VIDEO_API RecordFileCreater : public RecordFile {
   bool addFrame(int timeFlag, const char* data, unsigned int length, int x, int y, int z,
                 unsigned int relativeDistance, unsigned short speed, unsigned short direction,
                 const can_data_io* can);
+  /// The same for the bytes of a string.
   bool addFrame(int timeFlag, const std::string& data, int x, int y, int z,
                 unsigned int relativeDistance, unsigned short speed, unsigned short direction,
                 const can_data_io* can);

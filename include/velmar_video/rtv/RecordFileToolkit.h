@@ -1,11 +1,14 @@
+/// \file
+/// Coordinates of recordings, and the size of a JPEG.
 #ifndef VELMAR_VIDEO_RTV_RECORD_FILE_TOOLKIT_H
 #define VELMAR_VIDEO_RTV_RECORD_FILE_TOOLKIT_H
 
 #include "velmar_video/export.h"
 
-/// Radii of the ellipsoid method, metres: of the meridian and of the parallel at the latitude that
-/// RecordFileToolkit::initRadius() was last given. 0 until then.
+/// Radius of the meridian, metres, at the latitude that RecordFileToolkit::initRadius() was last
+/// given; 0 until then.
 extern VELMAR_VIDEO_API double g_meridianRadius;
+/// The same of the parallel.
 extern VELMAR_VIDEO_API double g_parallelRadius;
 
 /// Coordinates of recordings: NDS units, degrees, metres.
@@ -19,6 +22,7 @@ class VELMAR_VIDEO_API RecordFileToolkit {
   static double NDS2Degree(int nds);
   /// Truncates towards zero. A value that does not fit is cut to the nearest that does.
   static int Degree2NDS(double degrees);
+  /// Degrees as radians.
   static double toRadians(double degrees);
 
   // By fixed coefficients: good near the origin. Longitudes are not wrapped.

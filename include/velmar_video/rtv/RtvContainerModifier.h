@@ -1,3 +1,5 @@
+/// \file
+/// Editing RTV files in place.
 #ifndef VELMAR_VIDEO_RTV_RTV_CONTAINER_MODIFIER_H
 #define VELMAR_VIDEO_RTV_RTV_CONTAINER_MODIFIER_H
 
@@ -21,6 +23,7 @@ class VELMAR_VIDEO_API RtvContainerModifier : public VelmarVideoFileModifier,
   VELMAR_ERROR_CODE_E open() override;
   VELMAR_ERROR_CODE_E close() override;
   VELMAR_ERROR_CODE_E modifyCameraID(const unsigned char* id, unsigned int length) override;
+  /// Sets or clears the bit 0x10 of the tagging flags.
   VELMAR_ERROR_CODE_E modifyUndistorted(bool undistorted) override;
   VELMAR_ERROR_CODE_E modifyCameraParams(const std::string& params) override;
   VELMAR_ERROR_CODE_E modifyFrameIndexDataChecksum(const std::string& checksum) override;

@@ -1,3 +1,5 @@
+/// \file
+/// Reading RTV files.
 #ifndef VELMAR_VIDEO_RTV_TAGGED_VIDEO_PARSER_H
 #define VELMAR_VIDEO_RTV_TAGGED_VIDEO_PARSER_H
 
@@ -27,8 +29,8 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
 
   /// As handed to the JPEG decoder.
   struct ScalingFactor {
-    int num;
-    int denom;
+    int num;    ///< numerator
+    int denom;  ///< denominator
   };
 
   /// Without memory init() answers RTV_ERR_BUFFER_NOT_ALLOCATED.
@@ -52,16 +54,21 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
   /// init() has loaded everything already.
   ErrorCode_e loadAllFromFile();
 
+  /// By the file's version bytes; 0.1, too, is RTV_VER_02.
   ErrorCode_e getVersion(version_e& version);
+  /// Frames in the file.
   ErrorCode_e getFramesCount(unsigned short& count);
   /// Slots of the tag table.
   ErrorCode_e getFramesMax(unsigned short& max);
   /// Pixels, as the header says.
   ErrorCode_e getImageResolution(unsigned short& width, unsigned short& height);
+  /// The pixel format that the header names.
   ErrorCode_e getColorFormat(format_e& format);
+  /// The codec that the header names.
   ErrorCode_e getCodec(codec_e& codec);
   /// Milliseconds as stored: since 2015-01-01 00:00:00 UTC in version 02, since 1970 in the others.
   ErrorCode_e getStartTime(unsigned long& startTime);
+  /// All bits; 0x10 marks undistorted frames.
   ErrorCode_e getTaggingFlags(unsigned int& flags);
   /// Copies 24 bytes; RTV_ERR_INVALID_PARAMETER if `size` is smaller,
   /// RTV_ERR_BUFFER_NOT_ALLOCATED for null.
@@ -76,6 +83,7 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
   /// The start position as stored: NDS units, and the altitude (0 for version 02).
   ErrorCode_e getStartPosition(int& lng, int& lat, int& alt);
 
+  /// Whether there is a frame of that index.
   ErrorCode_e checkIndex(unsigned short index);
   /// No frame is ever taken for corrupted: `rIndex` is `index`, and the answer always success.
   ErrorCode_e checkCorruption(unsigned short index, unsigned short& rIndex);
@@ -146,13 +154,15 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
   /// The open file and the decoder.
   struct State;
 
+  /// Whether init() succeeded and clear() was not called.
   bool isInitialised() const;
 
   /// What differs between reading and editing.
   struct InitMode {
-    bool writable;
+    bool writable;    ///< whether the map is for writing, too
     const char* tag;  ///< of the log
   };
+  /// The public init() for either.
   ErrorCode_e init(const char* path, const InitMode& mode);
   /// Bytes of the map; RTV_ERR_VIDEO_NOT_COMPLETE if they reach past the end of the file.
   ErrorCode_e findBytes(unsigned long offset, unsigned int length,

@@ -1,0 +1,77 @@
+#!/usr/bin/env bash
+# Installs the packages in a fresh Debian, uses them as a stranger would, and removes them again.
+# Usage: packages.sh FOLDER-OF-PACKAGES FOLDER-FOR-THE-FRESH-DEBIAN
+# The latter is kept, so that the next time is quicker.
+set -euo pipefail
+packages=$(realpath "$1")
+mkdir -p "$2"
+base=$(realpath "$2")
+here=$(cd "$(dirname "$0")" && pwd)
+
+skip() {
+  echo "Not checked in a fresh Debian: $1"
+  exit 0
+}
+[ "$(id -u)" -eq 0 ] || skip "only root can make one"
+unshare --mount true 2>/dev/null || skip "nothing can be mounted here"
+
+if [ ! -e "$base/complete" ]; then
+  echo "Making a fresh Debian in $base" >&2
+  rm -rf "$base"
+  mkdir -p "$base"
+  # What programs are built with, so that what the packages themselves need is seen.
+  debootstrap --variant=minbase --include=g++,cmake,make,pkg-config bookworm "$base/root" \
+    "${DEBIAN_MIRROR:-http://deb.debian.org/debian}" >"$base/log" 2>&1 ||
+    skip "debootstrap failed, see $base/log"
+  touch "$base/complete"
+fi
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cp -a "$base/root" "$work/root"
+mkdir "$work/root/packages"
+cp "$packages"/*.deb "$work/root/packages"
+cp -r "$here/consumer" "$work/root/packages/consumer"
+cat >"$work/root/packages/check" <<'TEXT'
+set -eux
+cd /packages
+export DEBIAN_FRONTEND=noninteractive
+files() { find / -xdev \( -path /proc -o -path /packages -o -path /tmp -o -path /var/cache -o \
+  -path /var/log -o -path /var/lib/apt -o -path /var/lib/dpkg \) -prune -o -print | sort; }
+rm -f /var/log/*.log
+apt-get -qq update
+files >before
+
+# The tool, with nothing but the library.
+apt-get -qq install --no-install-recommends ./velmar-video_*.deb ./libvelmar-video1_*.deb
+if dpkg-query -W libvelmar-video-dev; then exit 1; fi
+velmar-video --quiet sample /tmp/drive.img --frames 3
+velmar-video verify /tmp/drive.img --decode
+velmar-video --quiet extract /tmp/drive.img --output /tmp/pictures --as png
+[ -s /usr/share/man/man1/velmar-video.1.gz ]
+bash -ec '. /usr/share/bash-completion/completions/velmar-video; complete -p velmar-video'
+
+# A program, found by CMake and by pkg-config.
+apt-get -qq install --no-install-recommends ./libvelmar-video-dev_*.deb
+cmake -S consumer -B by-cmake
+cmake --build by-cmake
+g++ -std=c++17 consumer/main.cpp $(pkg-config --cflags --libs velmar_video) -o by-pkg-config
+for program in by-cmake/consumer ./by-pkg-config; do
+  [ "$($program /tmp/used.img)" = "VELMAR_ERROR_CODE_SUCCESS_E 1" ]
+done
+
+# Nothing is left of them, nor of what they needed.
+apt-get -qq purge --auto-remove velmar-video libvelmar-video1 libvelmar-video-dev
+files >after
+diff before after
+TEXT
+# The mounts go with the process.
+unshare --mount --propagation private bash -c '
+  mount -t proc proc "$1/proc"
+  exec chroot "$1" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8 \
+    bash -o pipefail /packages/check' bash "$work/root" >"$work/log" 2>&1 || {
+  tail -n 40 "$work/log"
+  exit 1
+}
+cp "$work/log" "$base/last-check.log"
+echo "The packages work in a fresh Debian, and leave nothing when they are removed."

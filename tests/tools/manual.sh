@@ -1,0 +1,123 @@
+#!/usr/bin/env bash
+# The manual page and the completions know what --help does, and every example in --help runs.
+# Usage: manual.sh PATH-OF-VELMAR-VIDEO FOLDER-OF-MANUAL-AND-COMPLETIONS
+folder=$(realpath "$2")
+. "$(dirname "$0")/lib.sh"
+set -o pipefail
+
+commands=$("$tool" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]\+\) .*/\1/p')
+options() {  # options [COMMAND]: their long names, as --help has them
+  "$tool" "$@" --help | sed -n 's/^  \(-h,\)\?\(--[a-z-]*\).*/\2/p' | sort
+}
+same() {  # same WHAT COMMAND: standard input names the command's options
+  diff <(grep -o -- '^--[a-z-]*' | sort -u) <(options "$2") >err || fail "$1 of $2"
+}
+
+# The manual: what a section names, and what all commands have.
+section() { sed -n "/^\.S[HS] $1\$/,/^\.S[HS]/p" "$folder/velmar-video.1"; }
+named_in() {
+  section "$1" | grep --no-group-separator -A 1 '^\.TP' | sed 's/\\-/-/g; s/\\f[BIR]//g; s/^-h, //' | grep '^--' || true
+}
+for command in $commands; do
+  { named_in "$command"; named_in OPTIONS | grep -v -- --version; } | same "manual" "$command"
+done
+diff <(named_in OPTIONS | grep -o -- '^--[a-z-]*' | sort) <(options) >err || fail "manual's options"
+! section create | grep -qw cat || fail "sections of the manual"
+
+# bash: as a user who presses the tab key; the last word is the one to complete.
+. "$folder/velmar-video"
+tab() {
+  COMP_WORDS=("$@")
+  COMP_CWORD=$(($# - 1))
+  _velmar_video || true  # outside an editor compopt fails
+  printf '%s\n' "${COMPREPLY[@]}"
+}
+[ "$(tab velmar-video c | tr '\n' ' ')" = "create cat cut concat convert " ] || fail "bash: commands"
+[ "$(tab velmar-video extract --as = p | tr '\n' ' ')" = "png ppm " ] || fail "bash: choices"
+[ -z "$(tab velmar-video create x.img '')" ] || fail "bash: files are left to the shell"
+for command in $commands; do tab velmar-video --quiet "$command" -- | same bash "$command"; done
+
+if command -v fish >/dev/null; then
+  complete_in_fish() { fish -c "source '$folder/velmar-video.fish'; complete -C '$*'" | cut -f1; }
+  diff <(complete_in_fish 'velmar-video ' | sort) <(tr ' ' '\n' <<<"$commands" | sort) >err ||
+    fail "fish: commands"
+  for command in $commands; do complete_in_fish "velmar-video $command --" | same fish "$command"; done
+fi
+
+if command -v zsh >/dev/null; then
+  # Without an editor around them its builtins cannot run: these say what they were given.
+  said_in_zsh() {
+    zsh -fc '_arguments() { [[ $1 == -C ]] && state=$want || print -rl -- "$@" }
+      _describe() { print -rl -- "${(@P)2}" }
+      want=$1; words=("$2"); source "$3"' - "$@" "$folder/_velmar-video"
+  }
+  diff <(said_in_zsh command "" | cut -d: -f1) <(tr ' ' '\n' <<<"$commands") >err ||
+    fail "zsh: commands"
+  for command in $commands; do
+    said_in_zsh argument "$command" | sed 's/^([^)]*)//; s/^\*//' | same zsh "$command"
+  done
+fi
+
+recoverable() {  # whether all that was sent is in the temporary file
+  velmar-video recover "$1.tmp" "probe.$1" --force >/dev/null 2>&1
+  [ "$(frames_in "probe.$1" 2>/dev/null)" -eq 5 ]
+}
+
+# The examples, each in a folder with what it speaks of.
+mkdir bin inputs
+ln -s "$tool" bin/velmar-video
+PATH=$work/bin:$PATH
+(
+  cd inputs
+  velmar-video --quiet sample drive.img --size 160x120 --fps 10 --frames 130
+  velmar-video --quiet extract drive.img --output frames --range 0:5
+  velmar-video frames drive.img --range 0:5 --csv |
+    awk -F, 'NR == 1 { print "file,sensor_time_us,arrived_time_us" }
+      NR > 1 { printf "frame_%06d.jpg,%s,%s\n", $1, $2, $3 }' >times.csv
+  printf '%s\n' index,x,y,vehicle_speed 0,0,0,9.5 1,10,95, 2,20,9,9 3,0,0, 4,40,380,9.75 >tags.csv
+  velmar-video --quiet sample drive.rtv --size 160x120 --frames 5 --rtv-version 04
+  velmar-video --quiet cut drive.img morning.img --range 0:5
+  velmar-video --quiet cut drive.img evening.img --range 5:10
+  mkfifo pipe
+  for file in drive.img drive.rtv; do
+    velmar-video create "$file" - --fps 10 --force <pipe &
+    exec 3>pipe
+    cat frames/*.jpg >&3
+    wait_for recoverable "$file"
+    kill -KILL $!
+    exec 3>&-
+  done
+  rm pipe probe.*
+  if command -v ffmpeg >/dev/null; then
+    ffmpeg -loglevel error -f mjpeg -i - drive.mp4 < <(cat frames/*.jpg)
+  fi
+) 2>err || fail "the examples' inputs"
+
+run_example() {  # run_example COMMAND LINE
+  local status=0
+  rm -rf play
+  cp -r inputs play
+  cd play
+  case $1 in
+    create | sample | '') rm drive.img* drive.rtv* ;;
+    recover) rm drive.img drive.rtv ;;
+    convert) rm drive.rtv* ;;
+  esac
+  bash -o pipefail -c "$2" >../out 2>../err </dev/null || status=$?
+  cd ..
+  # Status 3: an rtv does not hold all that an img does, nor its header before it is finished.
+  case $1$status in
+    *0 | convert3 | recover3) ;;
+    *) fail "status $status: $2" ;;
+  esac
+}
+examples() { "$tool" "$@" --help | sed -n '/^Example:\|For a start:$/,/^$/s/^  //p'; }
+for command in "" $commands; do
+  [ -n "$(examples $command)" ] || fail "$command has no example"
+  while read -r line; do
+    case $line in
+      *ffmpeg*) command -v ffmpeg >/dev/null || continue ;;
+    esac
+    run_example "$command" "$line"
+  done < <(examples $command)
+done

@@ -1,0 +1,41 @@
+/// The tool's command line as data, to write it down in other forms than --help.
+#ifndef VELMAR_REFERENCE_COMMAND_ENTRY_H
+#define VELMAR_REFERENCE_COMMAND_ENTRY_H
+
+#include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
+
+struct OptionEntry {
+  std::vector<std::string> names;    ///< with their dashes; a positional has one, without
+  std::string value;                 ///< "FILE", "png|ppm"; empty for a switch
+  std::vector<std::string> choices;  ///< all that the value can be; empty if it is free
+  std::string help;
+  std::vector<std::string> excludes;  ///< names of options that it does not go with
+  bool required = false;
+  bool repeatable = false;
+
+  bool takesFile() const { return value == "FILE" || value == "CSV"; }
+  bool takesFolder() const { return value == "DIR"; }
+};
+
+struct CommandEntry {
+  std::string name;
+  std::string purpose;
+  std::vector<OptionEntry> positionals;
+  std::vector<OptionEntry> options;
+  std::string footer;
+};
+
+/// A command, or the program with the options in front of a command.
+CommandEntry readCommand(const CLI::App& app);
+/// The program's commands in their order.
+std::vector<CommandEntry> readCommands(const CLI::App& program);
+
+std::string joined(const std::vector<std::string>& words, const std::string& separator);
+/// `text` with a backslash in front of each of its characters that are in `special`.
+std::string escaped(const std::string& text, const std::string& special);
+/// The beginning of a help text, for lists with a line for each option.
+std::string shortHelp(const std::string& help);
+
+#endif
