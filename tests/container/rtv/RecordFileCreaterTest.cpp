@@ -1,9 +1,7 @@
 #include "velmar_video/rtv/RecordFileCreater.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
-#include <csignal>
 #include <cstring>
 
 #include "container/rtv/RtvFiles.h"
@@ -138,43 +136,6 @@ TEST(RtvCreater, WithoutAFileNothingIsAddedOrFinished) {
   EXPECT_TRUE(blocked.addFrame(0, "x", 0, 0, 0, 0, 0, 0, nullptr));
   EXPECT_FALSE(blocked.close());
   EXPECT_TRUE(exists(folder / "b.rtv.tmp"));
-}
-
-// The limit on file sizes stands for a full disk.
-TEST(RtvCreater, FullDiskKeepsTheFramesThatFit) {
-  const TempFolder folder;
-  const std::string path = folder / "a.rtv";
-  const auto limited = [&](rlim_t limit, const std::function<bool()>& work) {
-    return inChildProcess([&] {
-      std::signal(SIGXFSZ, SIG_IGN);
-      const rlimit sizes{limit, limit};
-      ::setrlimit(RLIMIT_FSIZE, &sizes);
-      const LogCapture log;
-      return work() && !log.errors().empty();
-    });
-  };
-  ASSERT_TRUE(limited(500, [&] {  // no room for the tag table
-    RecordFileCreater creater(path, FramesMax{100}, RTV_VER_03, nullptr);
-    return !creater.isOpen() && !creater.addFrame(0, "x", 0, 0, 0, 0, 0, 0, nullptr) &&
-           !creater.close();
-  }));
-  EXPECT_FALSE(exists(path));
-  EXPECT_FALSE(exists(path + ".tmp"));
-
-  const unsigned table = 72 + 3 * 36;
-  ASSERT_TRUE(limited(table + 150, [&] {  // room for one frame of 100 bytes
-    RecordFileCreater creater(path, FramesMax{3}, RTV_VER_03, nullptr);
-    const std::string frame(100, 'f');
-    return creater.addFrame(1, frame, 0, 0, 0, 0, 0, 0, nullptr) &&
-           !creater.addFrame(2, frame, 0, 0, 0, 0, 0, 0, nullptr) &&
-           creater.addFrame(3, "small", 0, 0, 0, 0, 0, 0, nullptr) && creater.close();
-  }));
-  RtvFile expected;
-  expected.version = 3;
-  expected.framesMax = 3;
-  expected.format = expected.codec = 0;
-  expected.frames = {{std::string(100, 'f'), 1}, {"small", 3}};
-  EXPECT_EQ(readFile(path), expected.bytes());
 }
 
 }  // namespace
