@@ -1,22 +1,26 @@
 // What readers of both containers have in common.
 #include <gtest/gtest.h>
+#include <turbojpeg.h>
 
 #include "SampleScene.h"
 #include "container/img/ImgFiles.h"
 #include "container/rtv/RtvFiles.h"
-#include "support/Decoding.h"
 #include "support/TestSupport.h"
 
 namespace {
 
 constexpr auto kSuccess = VELMAR_ERROR_CODE_SUCCESS_E;
+constexpr auto kNotInit = VELMAR_ERROR_CODE_NOT_INIT_E;
 constexpr auto kInvalid = VELMAR_ERROR_CODE_INVALID_PARAMETER_E;
 constexpr auto kNotSupported = VELMAR_ERROR_CODE_COLOR_FORMAT_NOT_SUPPROT_E;
 constexpr auto kNotComplete = VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
+constexpr auto kNoBuffer = VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E;
+
+using Reader = VelmarVideoFileReader;
 
 class Readers : public testing::Test {
  protected:
-  std::shared_ptr<VelmarVideoFileReader> opened(const std::string& name, const std::string& bytes) {
+  std::shared_ptr<Reader> opened(const std::string& name, const std::string& bytes) {
     writeFile(folder_ / name, bytes);
     auto reader = makeVelmarVideoFileReader(folder_ / name);
     EXPECT_EQ(reader->open(), kSuccess);
@@ -27,9 +31,7 @@ class Readers : public testing::Test {
 };
 
 RtvFile rtvFile(const std::vector<std::string>& frames, unsigned width, unsigned height) {
-  RtvFile file;
-  file.width = width;
-  file.height = height;
+  RtvFile file{.width = width, .height = height};
   for (const std::string& frame : frames) file.frames.push_back({frame});
   return file;
 }
@@ -49,6 +51,80 @@ TEST_F(Readers, RefuseWhatTheyCannotMap) {
       const LogCapture log;
       EXPECT_EQ(makeVelmarVideoFileReader(folder_ / (row.name + extension))->open(), row.code);
       EXPECT_EQ(log.has("3 ImgContainerReader_TAG: " + row.line), extension == ".img");
+    }
+  }
+}
+
+// Every operation that takes a frame index, with outputs that must stay as they were.
+void expectNoFrame(Reader& reader, unsigned int index, VELMAR_ERROR_CODE_E expected) {
+  unsigned long time = 4711;
+  unsigned int size = 4711;
+  std::string bytes = "kept";
+  unsigned char buffer[64] = {'k'};
+  for (const auto answer :
+       {reader.getTimeFlag(index, time), reader.getTimeStamp(index, time),
+        reader.getArrivedTime(index, time), reader.getSensorTime(index, time),
+        reader.getRawImageSize(index, size, false), reader.getRawImage(index, 64, buffer),
+        reader.getRawImage(index, bytes),
+        reader.getImage(index, 64, buffer, VELMAR_FORMAT_GRAY_E, SCALE_FACTOR_1_1_E, 0, 0)}) {
+    EXPECT_EQ(answer, expected);
+  }
+  EXPECT_TRUE(time == 4711 && size == 4711 && bytes == "kept" && buffer[0] == 'k');
+}
+
+TEST_F(Readers, GiveNoFrameOutsideTheirLife) {
+  const struct {
+    std::string name, bytes;
+    VELMAR_ERROR_CODE_E closed, noFrame, reopened;
+  } rows[] = {{"a.img", handMadeImg({{"first"}, {"second"}}, "", 8, 8), kNotInit,
+               VELMAR_ERROR_CODE_OUT_RANGE_E, VELMAR_ERROR_CODE_DUPLICATE_INIT_E},
+              {"a.rtv", rtvFile({"first", "second"}, 8, 8).bytes(), kSuccess, kInvalid, kSuccess}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    writeFile(folder_ / row.name, row.bytes);
+    const auto reader = makeVelmarVideoFileReader(folder_ / row.name);
+    const auto expectClosed = [&] {
+      EXPECT_EQ(reader->loadAllFromFile(), kNotInit);
+      EXPECT_EQ(reader->close(), row.closed);
+      expectNoFrame(*reader, 0, kNotInit);
+    };
+    expectClosed();
+    ASSERT_EQ(reader->open(), kSuccess);
+    EXPECT_EQ(reader->open(), VELMAR_ERROR_CODE_DUPLICATE_INIT_E);
+    expectNoFrame(*reader, 2, row.noFrame);
+    expectNoFrame(*reader, 3, row.noFrame);
+    EXPECT_EQ(reader->loadAllFromFile(), kSuccess);
+    EXPECT_EQ(reader->close(), kSuccess);
+    expectClosed();
+    EXPECT_EQ(reader->open(), row.reopened);
+  }
+}
+
+TEST_F(Readers, GiveTheStoredBytes) {
+  const std::vector<std::string> frames = {"first", "", "third"};
+  for (const int version : {0, 2, 3, 4}) {  // 0: an img file
+    RtvFile rtv = rtvFile(frames, 8, 8);
+    rtv.version = version;
+    const auto reader = version == 0
+                            ? opened("a.img", handMadeImg({{frames[0]}, {""}, {frames[2]}}))
+                            : opened("a.rtv", rtv.bytes());
+    std::string data = "before ";
+    std::string expected = data;
+    for (unsigned int i = 0; i < 3; ++i) {
+      const unsigned int size = frames[i].size();
+      unsigned int told = 0;
+      std::string buffer(size + 2, '.');
+      EXPECT_EQ(reader->getRawImageSize(i, told, true), kSuccess);
+      EXPECT_EQ(told, size);
+      EXPECT_EQ(reader->getRawImage(i, size + 1, reinterpret_cast<unsigned char*>(buffer.data())),
+                kSuccess);
+      EXPECT_EQ(buffer, frames[i] + "..");
+      EXPECT_EQ(reader->getRawImage(i, data), kSuccess);
+      expected = version == 0 ? expected + frames[i] : frames[i];
+      EXPECT_EQ(data, expected);
+      if (size == 0) continue;
+      EXPECT_EQ(reader->getRawImage(i, size - 1, nullptr), kInvalid);
+      EXPECT_EQ(reader->getRawImage(i, size, nullptr), kNoBuffer);
     }
   }
 }
@@ -78,6 +154,51 @@ TEST_F(Readers, ReadTheFramesBesidesACutOne) {
     EXPECT_EQ(data, "");
     EXPECT_EQ(reader->getRawImage(1, data), kSuccess);
     EXPECT_EQ(data, "second");
+  }
+}
+
+// What TurboJPEG makes of the whole picture, with the kept rows cut out of it.
+std::vector<unsigned char> decodedDirectly(const std::string& jpeg, int width, int height,
+                                           tjscalingfactor factor, int pixelFormat, int top,
+                                           int bottom) {
+  const int w = TJSCALED(width, factor);
+  const int h = TJSCALED(height, factor);
+  const int pitch = w * tjPixelSize[pixelFormat];
+  std::vector<unsigned char> whole(static_cast<std::size_t>(pitch) * h);
+  tjhandle handle = tjInitDecompress();
+  EXPECT_EQ(tjDecompress2(handle, reinterpret_cast<const unsigned char*>(jpeg.data()), jpeg.size(),
+                          whole.data(), w, pitch, h, pixelFormat, 0),
+            0);
+  tjDestroy(handle);
+  return {whole.begin() + static_cast<long>(TJSCALED(top, factor)) * pitch,
+          whole.end() - static_cast<long>(TJSCALED(bottom, factor)) * pitch};
+}
+
+// Frame 0, which is `jpeg`, at every scale, format and cut.
+void expectExactPixels(Reader& reader, const std::string& jpeg, int width, int height) {
+  const tjscalingfactor factors[] = {{1, 1}, {7, 8}, {3, 4}, {5, 8}, {1, 2},
+                                     {3, 8}, {1, 4}, {1, 8}, {1, 1}};
+  const int pixelFormats[] = {TJPF_RGB, TJPF_BGR, TJPF_GRAY};
+  const unsigned short cuts[][2] = {{0, 0}, {33, 0}, {0, 17}, {100, 51}};
+  for (int scale = SCALE_FACTOR_1_1_E; scale <= SCALE_FACTOR_MAX_E; ++scale) {
+    for (int format = VELMAR_FORMAT_RGB_E; format <= VELMAR_FORMAT_GRAY_E; ++format) {
+      for (const auto& [top, bottom] : cuts) {
+        const auto s = static_cast<SCALE_FACTOR_E>(scale);
+        const auto f = static_cast<VELMAR_FORMAT_E>(format);
+        const auto expected = decodedDirectly(jpeg, width, height, factors[scale],
+                                              pixelFormats[format - 1], top, bottom);
+        unsigned int size = 0;
+        unsigned short w = 0;
+        unsigned short h = 0;
+        ASSERT_EQ(reader.getImageSizeInBytes(size, f, s, top, bottom, &w, &h), kSuccess);
+        ASSERT_EQ(size, expected.size());
+        EXPECT_EQ(w, TJSCALED(width, factors[scale]));
+        EXPECT_EQ(h * w * tjPixelSize[pixelFormats[format - 1]], static_cast<int>(size));
+        std::vector<unsigned char> pixels(size);
+        ASSERT_EQ(reader.getImage(0, size, pixels.data(), f, s, top, bottom), kSuccess);
+        ASSERT_TRUE(pixels == expected) << "scale " << scale << " format " << format;
+      }
+    }
   }
 }
 
@@ -163,7 +284,7 @@ TEST_F(Readers, RefusePicturesThatCannotBe) {
                 isTried && name == "a.rtv");
       if (size == 0) continue;
       EXPECT_EQ(decode(size + 1, nullptr), kInvalid);
-      EXPECT_EQ(decode(size, nullptr), VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E);
+      EXPECT_EQ(decode(size, nullptr), kNoBuffer);
     }
   }
 }

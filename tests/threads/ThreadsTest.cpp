@@ -93,11 +93,8 @@ class Threads : public testing::TestWithParam<int> {
   }
 
   std::string rtvBytes() const {
-    RtvFile file;
-    file.version = GetParam();
-    file.startTime = kStartTime;
-    file.width = kWidth;
-    file.height = kHeight;
+    RtvFile file{
+        .version = GetParam(), .startTime = kStartTime, .width = kWidth, .height = kHeight};
     for (unsigned i = 0; i < kFrames; ++i) {
       RtvFrame& frame = file.frames.emplace_back();
       frame.bytes = jpegs_[i];

@@ -12,10 +12,7 @@ class RtvByteOrder : public testing::TestWithParam<int> {
  protected:
   // The same recording, as written by either CPU.
   std::string recording(bool bigEndian) {
-    RtvFile file;
-    file.version = GetParam();
-    file.bigEndian = bigEndian;
-    file.startTime = 1000000;
+    RtvFile file{.version = GetParam(), .bigEndian = bigEndian, .startTime = 1000000};
     std::string can = RtvFrame().can;
     can.replace(0, 2, file.number(107, 2));
     can.replace(53, 4, file.number(0x41540000, 4));  // vehicle_speed 13.25
@@ -69,9 +66,7 @@ TEST_P(RtvByteOrder, IsThatOfTheFirstFile) {
 
 TEST(RtvByteOrderEdit, BigEndianFilesAreNotEdited) {
   const TempFolder folder;
-  RtvFile file;
-  file.bigEndian = true;
-  file.frames = {{"frame"}};
+  RtvFile file{.bigEndian = true, .frames = {{"frame"}}};
   writeFile(folder / "a.rtv", file.bytes());
   const auto invalid = VELMAR_ERROR_CODE_INVALID_PARAMETER_E;
   EXPECT_TRUE(inChildProcess([&] {

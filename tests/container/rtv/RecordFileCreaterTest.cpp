@@ -25,19 +25,18 @@ TEST(RtvCreater, WritesTheBytesOfEachVersion) {
   const TempFolder folder;
   for (const version_e version : kVersions) {
     SCOPED_TRACE(version);
-    RtvFile expected;
-    expected.version = version + 2;
-    expected.deviceId = std::string("\x01\x02", 2) + std::string(21, '\0') + "\xFF";
-    expected.startTime = 0x0102030405060708;
-    expected.lng = -2;
-    expected.lat = 0x11223344;
-    expected.alt = 12345;
-    expected.framesMax = 4;
-    expected.width = 1280;
-    expected.height = 800;
-    expected.format = RTV_FMT_RGB;
-    expected.codec = RTV_CODEC_H264;
-    expected.taggingFlags = version == RTV_VER_02 ? 0 : 0xA0B0C011;
+    RtvFile expected{.version = version + 2,
+                     .deviceId = std::string("\x01\x02", 2) + std::string(21, '\0') + "\xFF",
+                     .startTime = 0x0102030405060708,
+                     .lng = -2,
+                     .lat = 0x11223344,
+                     .alt = 12345,
+                     .framesMax = 4,
+                     .width = 1280,
+                     .height = 800,
+                     .format = RTV_FMT_RGB,
+                     .codec = RTV_CODEC_H264,
+                     .taggingFlags = version == RTV_VER_02 ? 0 : 0xA0B0C011};
     std::string can(109, '\x31');
     can.replace(2, 4, 4, '\xFF');
     expected.frames = {{"first frame", -5, 0x01234567, -1, 3, 0x89ABCDEF, 65535, 359, can},
@@ -114,10 +113,7 @@ TEST(RtvCreater, KilledLeavesFramesAndTags) {
     auto* creater = new RecordFileCreater(folder / "a.rtv", FramesMax{5}, RTV_VER_03, nullptr);
     return creater->addFrame(7, "abc", 0, 0, 0, 0, 0, 0, nullptr);
   }));
-  RtvFile expected;
-  expected.version = 3;
-  expected.framesMax = 5;
-  expected.frames = {{"abc", 7}};
+  RtvFile expected{.version = 3, .framesMax = 5, .frames = {{"abc", 7}}};
   EXPECT_EQ(readFile(folder / "a.rtv.tmp"), std::string(72, '\0') + expected.bytes().substr(72));
 }
 

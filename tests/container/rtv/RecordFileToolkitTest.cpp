@@ -12,14 +12,12 @@ namespace {
 using T = RecordFileToolkit;
 
 TEST(Toolkit, ConvertsNdsUnits) {
+  constexpr double kUnit = 90.0 / 1073741824;
   EXPECT_EQ(T::NDS2Degree(1073741824), 90.0);
   EXPECT_EQ(T::NDS2Degree(-2147483648), -180.0);
-  EXPECT_EQ(T::Degree2NDS(90.0), 1073741824);
-  EXPECT_EQ(T::Degree2NDS(-0.5 / 1073741824.0 * 90.0), 0);
-  EXPECT_EQ(T::Degree2NDS(-1.9 / 1073741824.0 * 90.0), -1);
-  EXPECT_EQ(T::Degree2NDS(-180.0), -2147483648);
-  EXPECT_EQ(T::Degree2NDS(180.0), 2147483647);
-  EXPECT_EQ(T::Degree2NDS(std::nan("")), 0);
+  const std::pair<double, int> rows[] = {{90, 1073741824},    {-0.5 * kUnit, 0}, {-1.9 * kUnit, -1},
+                                         {-180, -2147483648}, {180, 2147483647}, {std::nan(""), 0}};
+  for (const auto& [degrees, nds] : rows) EXPECT_EQ(T::Degree2NDS(degrees), nds) << degrees;
 }
 
 TEST(Toolkit, FixedCoefficientsGoThereAndBack) {
@@ -42,16 +40,17 @@ TEST(Toolkit, WrapsLongitudesWithItsOwnLimits) {
   const double degree = 6378137.0 * 0.0174532925199433;
   double x = 0;
   double y = 0;
-  for (const auto& [from, to, expected] :
-       {std::array{179.5, -179.5, degree}, std::array{-179.5, 179.5, -degree},
-        std::array{0.0, 179.9, 179.9 * degree}, std::array{0.0, 180.0, -180 * degree}}) {
+  for (const auto& [from, to, expected] : {std::array{179.5, -179.5, degree},
+                                           {-179.5, 179.5, -degree},
+                                           {0.0, 179.9, 179.9 * degree},
+                                           {0.0, 180.0, -180 * degree}}) {
     T::abs2Rel(from, 0, to, 0, x, y);
     EXPECT_NEAR(x, expected, 1e-4) << from;
   }
   double lon = 0;
   double lat = 0;
   for (const auto& [from, expected] :
-       {std::array{180.0, -180.0}, std::array{-180.0, 180.0}, std::array{200.0, -160.0}}) {
+       {std::array{180.0, -180.0}, {-180.0, 180.0}, {200.0, -160.0}}) {
     T::rel2Abs(from, 1, 0, 0, lon, lat);
     EXPECT_EQ(lon, expected);
     EXPECT_EQ(lat, 1);
@@ -61,12 +60,11 @@ TEST(Toolkit, WrapsLongitudesWithItsOwnLimits) {
 // An independent way round the ellipsoid: over the tangent plane of Earth-centred coordinates.
 TEST(Toolkit, EllipsoidAgreesWithEarthCentredCoordinates) {
   const auto centred = [](double lonDegrees, double latDegrees) {
-    const double a = 6378137.0;
     const double f = 1 / 298.257223563;
     const double e2 = f * (2 - f);
     const double lon = lonDegrees * M_PI / 180;
     const double lat = latDegrees * M_PI / 180;
-    const double n = a / std::sqrt(1 - e2 * std::sin(lat) * std::sin(lat));
+    const double n = 6378137.0 / std::sqrt(1 - e2 * std::sin(lat) * std::sin(lat));
     return std::array{n * std::cos(lat) * std::cos(lon), n * std::cos(lat) * std::sin(lon),
                       n * (1 - e2) * std::sin(lat)};
   };
@@ -76,7 +74,7 @@ TEST(Toolkit, EllipsoidAgreesWithEarthCentredCoordinates) {
   for (const double lat0 : {-35.0, 0.0, 48.137, 66.0}) {
     T::initRadius(lat0);
     const auto origin = centred(11.575, lat0);
-    for (const auto& [x, y] : {std::array{1000.0, 0.0}, std::array{0.0, 1000.0}}) {
+    for (const auto& [x, y] : {std::array{1000.0, 0.0}, {0.0, 1000.0}}) {
       double lon = 0;
       double lat = 0;
       T::rel2Abs(11.575, lat0, x, y, lon, lat);

@@ -11,14 +11,13 @@ namespace {
 constexpr auto kSuccess = VELMAR_ERROR_CODE_SUCCESS_E;
 
 RtvFile recording(int version) {
-  RtvFile file;
-  file.version = version;
-  file.deviceId = "0123456789abcdefghijklmn";
-  file.startTime = 1500000000000;
-  file.width = 1920;
-  file.height = 1080;
-  file.taggingFlags = 0x01;
-  file.frames = {{SampleScene(64, 48).jpeg(0), 1, 2, 3, 4, 5, 6, 7}, {"second", 9}};
+  RtvFile file{.version = version,
+               .deviceId = "0123456789abcdefghijklmn",
+               .startTime = 1500000000000,
+               .width = 1920,
+               .height = 1080,
+               .taggingFlags = 0x01,
+               .frames = {{SampleScene(64, 48).jpeg(0), 1, 2, 3, 4, 5, 6, 7}, {"second", 9}}};
   return file;
 }
 

@@ -15,19 +15,18 @@ constexpr int kSuccess = RTV_ERR_SUCCESS;
 using Parser = TaggedVideoParser;
 
 RtvFile threeFrames(int version) {
-  RtvFile file;
-  file.version = version;
-  file.deviceId = "0123456789abcdefghijklmn";
-  file.startTime = 1000000;
-  file.lng = 1073741824;
-  file.lat = -536870912;
-  file.alt = 12345;
-  file.framesMax = 9;
-  file.width = 1280;
-  file.height = 800;
-  file.format = RTV_FMT_GRAY;
-  file.codec = RTV_CODEC_H264;
-  file.taggingFlags = 0x11;
+  RtvFile file{.version = version,
+               .deviceId = "0123456789abcdefghijklmn",
+               .startTime = 1000000,
+               .lng = 1073741824,
+               .lat = -536870912,
+               .alt = 12345,
+               .framesMax = 9,
+               .width = 1280,
+               .height = 800,
+               .format = RTV_FMT_GRAY,
+               .codec = RTV_CODEC_H264,
+               .taggingFlags = 0x11};
   std::string can = RtvFrame().can;
   can.replace(53, 4, std::string("\x00\x00\x54\x41", 4));  // vehicle_speed 13.25
   can[105] = 1;                                            // abs_active
@@ -109,23 +108,6 @@ TEST_P(RtvParserVersions, AnswersWhatTheTagsSay) {
     EXPECT_EQ(tag.x / 100.0F, rows[i].b);
     EXPECT_EQ(tag.z / 100.0F, rows[i].c);
     EXPECT_EQ(tag.speed / 100.0F, rows[i].speed);
-  }
-}
-
-TEST_P(RtvParserVersions, GivesTheStoredBytes) {
-  const RtvFile file = threeFrames(GetParam());
-  ASSERT_EQ(init(file.bytes()), kSuccess);
-  std::string bytes = "replaced";
-  unsigned char buffer[6] = {};
-  unsigned int size = 0;
-  for (unsigned short i = 0; i < 3; ++i) {
-    EXPECT_EQ(parser_.getRawImageSize(i, size, true), kSuccess);
-    EXPECT_EQ(size, file.frames[i].bytes.size());
-    EXPECT_EQ(parser_.getRawImage(i, bytes), kSuccess);
-    EXPECT_EQ(bytes, file.frames[i].bytes);
-    EXPECT_EQ(parser_.getRawImage(i, size, buffer), kSuccess);
-    EXPECT_EQ(parser_.getRawImage(i, size - 1, buffer), RTV_ERR_INVALID_PARAMETER);
-    EXPECT_EQ(parser_.getRawImage(i, size, nullptr), RTV_ERR_BUFFER_NOT_ALLOCATED);
   }
 }
 
@@ -244,15 +226,11 @@ TEST_F(RtvParser, WalksThroughItsLife) {
   EXPECT_EQ(parser_.init(nullptr), RTV_ERR_NULL_POINTER);
   EXPECT_EQ(parser_.init(""), RTV_ERR_INVALID_FILE_NAME);
   EXPECT_EQ(parser_.beforeInitCheck(path_.c_str()), RTV_ERR_FILE_NOT_EXIST);
-  int flag = 0;
   unsigned int size = 0;
   unsigned long offset = 4711;
-  std::string bytes;
   can_data can;
   const auto answersAll = [&](int code) {
     EXPECT_EQ(parser_.loadAllFromFile(), code);
-    EXPECT_EQ(parser_.getTimeFlag(0, flag), code);
-    EXPECT_EQ(parser_.getRawImage(0, bytes), code);
     EXPECT_EQ(parser_.getCAN(0, can), code);
     EXPECT_EQ(parser_.getImageSizeInBytes(size, RTV_FMT_RGB, RTV_SCALE_1_1, 0, 0, nullptr, nullptr),
               code);
@@ -262,14 +240,12 @@ TEST_F(RtvParser, WalksThroughItsLife) {
   EXPECT_EQ(offset, 4711U);
   ASSERT_EQ(init(threeFrames(4).bytes()), kSuccess);
   answersAll(kSuccess);
-  EXPECT_EQ(parser_.getTimeFlag(3, flag), RTV_ERR_INVALID_PARAMETER);
   EXPECT_EQ(parser_.init(path_.c_str()), RTV_ERR_DUPLICATE_INIT);
   EXPECT_TRUE(log.has("3 TaggedVideoParser: TaggedVideoParser::init: Error: already inited by " +
                       path_ + "\n"));
   EXPECT_EQ(parser_.clear(), kSuccess);
   answersAll(RTV_ERR_NOT_INIT);
   EXPECT_EQ(parser_.getFileName(), "");
-  EXPECT_EQ(parser_.init(path_.c_str()), kSuccess);
 }
 
 }  // namespace
