@@ -43,6 +43,7 @@ unsigned long timeOf(unsigned char byte, std::size_t width) {
   return time;
 }
 
+using Reader = VelmarVideoFileReader;
 using Pixels = std::vector<unsigned char>;
 
 // At half size, with rows cut: through the decoder's scratch memory.
@@ -106,21 +107,16 @@ class Threads : public testing::TestWithParam<int> {
   }
 
   /// As the file has it.
-  unsigned long storedTime(VelmarVideoFileReader& reader, unsigned frame) const {
-    unsigned long start = 0;
-    unsigned long time = 0;
-    EXPECT_EQ(reader.getStartTime(start), kSuccess);
-    EXPECT_EQ(reader.getSensorTime(frame, time), kSuccess);
-    return isRtv_ ? (time - start) / 1000 : time;
+  unsigned long storedTime(Reader& reader, unsigned frame) const {
+    const unsigned long time = got(reader, &Reader::getSensorTime, frame);
+    return isRtv_ ? (time - got(reader, &Reader::getStartTime)) / 1000 : time;
   }
 
   void readFrames() const {
     const auto reader = makeVelmarVideoFileReader(path_);
     ASSERT_EQ(reader->open(), kSuccess);
-    unsigned count = 0;
-    EXPECT_EQ(reader->getFramesCount(count), kSuccess);
-    ASSERT_EQ(count, kFrames);
-    for (unsigned i = 0; i < count; ++i) {
+    ASSERT_EQ(got(*reader, &Reader::getFramesCount), kFrames);
+    for (unsigned i = 0; i < kFrames; ++i) {
       std::string jpeg;
       EXPECT_EQ(reader->getRawImage(i, jpeg), kSuccess);
       EXPECT_TRUE(jpeg == jpegs_[i]) << i;
@@ -142,13 +138,11 @@ class Threads : public testing::TestWithParam<int> {
     TaggedVideoParser parser;
     ASSERT_EQ(parser.init(path_.c_str()), RTV_ERR_SUCCESS);
     for (unsigned short i = 0; i < kFrames; ++i) {
-      can_data can;
-      can_data_io record;
       can_data_io expected = signalsOf(i);
       if (GetParam() != 4) can_data_io_purge(&expected);
-      EXPECT_EQ(parser.getCAN(i, can), RTV_ERR_SUCCESS);
-      EXPECT_EQ(can.can_data_length, expected.can_data_length);
-      EXPECT_EQ(parser.getCANRecord(i, record), RTV_ERR_SUCCESS);
+      const can_data_io record = got(parser, &TaggedVideoParser::getCANRecord, i);
+      EXPECT_EQ(got(parser, &TaggedVideoParser::getCAN, i).can_data_length,
+                expected.can_data_length);
       EXPECT_EQ(std::memcmp(&record, &expected, sizeof record), 0) << i;
     }
   }
@@ -216,14 +210,12 @@ TEST_P(Threads, ReadWhileTimesAndLogChange) {
   }
 }
 
-std::vector<TestFrame> framesOf(VelmarVideoFileReader& reader) {
-  unsigned count = 0;
-  EXPECT_EQ(reader.getFramesCount(count), kSuccess);
-  std::vector<TestFrame> frames(count);
-  for (unsigned i = 0; i < count; ++i) {
+std::vector<TestFrame> framesOf(Reader& reader) {
+  std::vector<TestFrame> frames(got(reader, &Reader::getFramesCount));
+  for (unsigned i = 0; i < frames.size(); ++i) {
     EXPECT_EQ(reader.getRawImage(i, frames[i].bytes), kSuccess);
-    EXPECT_EQ(reader.getSensorTime(i, frames[i].sensorTime), kSuccess);
-    EXPECT_EQ(reader.getArrivedTime(i, frames[i].arrivedTime), kSuccess);
+    frames[i].sensorTime = got(reader, &Reader::getSensorTime, i);
+    frames[i].arrivedTime = got(reader, &Reader::getArrivedTime, i);
   }
   return frames;
 }
@@ -231,7 +223,7 @@ std::vector<TestFrame> framesOf(VelmarVideoFileReader& reader) {
 // Opens the path until the recording there has changed so many times. The reader of before each
 // change stays open over it.
 void follow(const std::string& path, const std::vector<TestFrame> (&recordings)[2], int changes) {
-  std::shared_ptr<VelmarVideoFileReader> last;
+  std::shared_ptr<Reader> last;
   std::vector<TestFrame> before;
   while (changes > 0) {
     auto reader = makeVelmarVideoFileReader(path);

@@ -61,7 +61,7 @@ TEST(CanData, AlignsEveryFieldIntoItsSlot) {
   EXPECT_EQ(*block.pAbs_active, 105);
   EXPECT_EQ(block.pCan_data_length, &block.can_data_length);
   EXPECT_EQ(block.pTraction_control_active, &block.traction_control_active);
-  can_data source = aligned(bytes, true);
+  can_data source;
   std::memcpy(&source, bytes.data(), bytes.size());
   can_data copy;
   can_data_assign(copy, source);
