@@ -31,15 +31,12 @@ INSTANTIATE_TEST_SUITE_P(Versions, RtvByteOrder, testing::Values(3, 4));
 
 bool readsRight(TaggedVideoParser& parser, bool hasCan) {
   unsigned long time = 0;
-  float a = 0;
-  float b = 0;
-  float c = 0;
-  float speed = 0;
+  frametag03Ver_t tag;
   std::string bytes;
   can_data_io can;
   return parser.getTimeStamp(0, time) == RTV_ERR_SUCCESS && time == 1000500 &&
-         parser.getRelPosition(0, a, b, c) == RTV_ERR_SUCCESS && a == -2.5F && c == 3.75F &&
-         parser.getSpeed(0, speed) == RTV_ERR_SUCCESS && speed == 13.88F &&
+         parser.getTag(0, tag) == RTV_ERR_SUCCESS && tag.x == 150 && tag.y == -250 &&
+         tag.z == 375 && tag.relative_distance == 12345 && tag.speed == 1388 &&
          parser.getRawImage(1, bytes) == RTV_ERR_SUCCESS && bytes == "second" &&
          parser.getCANRecord(0, can) == RTV_ERR_SUCCESS &&
          (!hasCan || (can.vehicle_speed == 13.25F && can.wheel_tick_left_front == 77 &&

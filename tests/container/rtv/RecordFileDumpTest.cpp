@@ -13,29 +13,21 @@ TEST(RtvDump, ShowsEveryVersion) {
     int version;
     std::string name, position, tag, can = {};
   } rows[] = {
-      {2, "filename: ", "lng -1, lat 2",
-       "data_offset: 213, data_length: 3, relative_poistion: (x: -1, y: 8), relative_distance: -1"},
-      {3, "v03 filename: ", "lng -1, lat 2, alt -3",
-       "data_offset: 252, data_length: 3, relative_poistion: (x: -1, y: 8, z: 9), "
+      {2, "filename: ", "lng 1073741824, lat -536870912",
+       "data_offset: 329, data_length: 3, relative_poistion: (x: -1, y: 8), relative_distance: -1"},
+      {3, "v03 filename: ", "lng 1073741824, lat -536870912, alt 12345",
+       "data_offset: 396, data_length: 3, relative_poistion: (x: -1, y: 8, z: 9), "
        "relative_distance: 4294967295"},
-      {4, "filename: ", "lng -1, lat 2, alt -3",
-       "data_offset: 797, data_length: 3, relative_poistion: (x: -1, y: 8, z: 9), "
+      {4, "filename: ", "lng 1073741824, lat -536870912, alt 12345",
+       "data_offset: 1377, data_length: 3, relative_poistion: (x: -1, y: 8, z: 9), "
        "relative_distance: 4294967295",
        ", CAN: can_data_length: 6b, "},
   };
   for (const auto& [version, name, position, tag, can] : rows) {
     SCOPED_TRACE(version);
-    const RtvFile file{.version = version,
-                       .deviceId = "\x0A" + std::string(23, '\xFF'),
-                       .startTime = 77,
-                       .lng = -1,
-                       .lat = 2,
-                       .alt = -3,
-                       .framesMax = 5,
-                       .width = 64,
-                       .height = 48,
-                       .taggingFlags = 0x11,
-                       .frames = {{"abc", -5, -1, 8, 9, 0xFFFFFFFF, 11, 12}}};
+    RtvFile file = threeFrames(version);
+    file.deviceId = "\x0A" + std::string(23, '\xFF');
+    file.frames = {{"abc", -5, -1, 8, 9, 0xFFFFFFFF, 11, 12}};
     writeFile(path, file.bytes());
     TaggedVideoParser parser;
     ASSERT_EQ(parser.init(path.c_str()), RTV_ERR_SUCCESS);
@@ -47,9 +39,9 @@ TEST(RtvDump, ShowsEveryVersion) {
     expected.insert(expected.end(), {"version: 0." + std::to_string(version), "device_id: ", "0a"});
     expected.insert(expected.end(), 23, "ff");
     expected.insert(expected.end(),
-                    {"\n", "start_time: 77", "start_position: " + position, "frames_count: 1",
-                     "frames_max: 5", "video_resolution: width 64, height 48", "frame_format: 3",
-                     "frame_codec: 2", "taggging_flags: 0x00000011\n", "frame_tag[0]: ",
+                    {"\n", "start_time: 1000000", "start_position: " + position, "frames_count: 1",
+                     "frames_max: 9", "video_resolution: width 1280, height 800", "frame_format: 4",
+                     "frame_codec: 1", "taggging_flags: 0x00000011\n", "frame_tag[0]: ",
                      " time_flag: -5, " + tag + ", speed: 11, direction: 12" + can});
     auto lines = log.lines();
     if (version == 4) {

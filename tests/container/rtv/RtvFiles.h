@@ -35,4 +35,7 @@ struct RtvFile {
   std::string bytes() const;
 };
 
+/// With every field set, in the tag of the first frame too. There are slots for nine frames.
+RtvFile threeFrames(int version);
+
 #endif

@@ -14,28 +14,6 @@ constexpr int kSuccess = RTV_ERR_SUCCESS;
 
 using Parser = TaggedVideoParser;
 
-RtvFile threeFrames(int version) {
-  RtvFile file{.version = version,
-               .deviceId = "0123456789abcdefghijklmn",
-               .startTime = 1000000,
-               .lng = 1073741824,
-               .lat = -536870912,
-               .alt = 12345,
-               .framesMax = 9,
-               .width = 1280,
-               .height = 800,
-               .format = RTV_FMT_GRAY,
-               .codec = RTV_CODEC_H264,
-               .taggingFlags = 0x11};
-  std::string can = RtvFrame().can;
-  can.replace(53, 4, std::string("\x00\x00\x54\x41", 4));  // vehicle_speed 13.25
-  can[105] = 1;                                            // abs_active
-  file.frames = {{"first", -500, 150, -250, 375, 12345, 1388, 359, can},
-                 {"second", 500, -1, 8388607, 0, 0xFFFFFF, 0, 1},
-                 {"third", 700}};
-  return file;
-}
-
 class RtvParser : public testing::Test {
  protected:
   int init(const std::string& bytes) {
