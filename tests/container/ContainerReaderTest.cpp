@@ -22,9 +22,7 @@ class Readers : public testing::Test {
  protected:
   std::shared_ptr<Reader> opened(const std::string& name, const std::string& bytes) {
     writeFile(folder_ / name, bytes);
-    auto reader = makeVelmarVideoFileReader(folder_ / name);
-    EXPECT_EQ(reader->open(), kSuccess);
-    return reader;
+    return openedReader(folder_ / name);
   }
 
   TempFolder folder_;

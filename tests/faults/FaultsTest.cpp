@@ -33,25 +33,32 @@ const can_data_io kCan = [] {
   return can;
 }();
 
+// What a reader says without a fault, in its order: the first run of a scenario learns it.
+struct {
+  bool isLearning = false;
+  std::vector<std::string> values;
+} expected;
+
 // What the library has said while a fault was on its way, and what a reader reads without one.
 struct Answers {
   bool error = false;  // a code, a null pointer, a text that is missing
   bool wrong = false;  // no error, but not what is in the file either
+  std::size_t values = 0;
 
   void add(bool success, bool right = true) {
     error |= !success;
     wrong |= success && !right;
   }
   void code(VELMAR_ERROR_CODE_E code, bool right = true) { add(code == 0, right); }
-  void text(const std::string& text, const std::string& expected) {
-    add(!text.empty() && (text != "{}" || expected == "{}"), text == expected);
+  const std::string& next(const std::string& value) {
+    if (expected.isLearning) expected.values.push_back(value);
+    return expected.values[values++];
+  }
+  void text(const std::string& text) {
+    const std::string& right = next(text);
+    add(!text.empty() && (text != "{}" || right == "{}"), text == right);
   }
 };
-
-struct Expected {
-  std::string fileName, cameraParams, extendedInfo, metaInfo, noFrame, can;
-  std::vector<unsigned char> pixels;
-} expected;
 
 // Armed code: it allocates nothing itself.
 
@@ -95,28 +102,29 @@ constexpr auto recordRtv03 = recordRtv<RTV_VER_03>;
 constexpr auto recordRtv04 = recordRtv<RTV_VER_04>;
 
 void read(const std::string& path, Answers& answers) {
-  static std::vector<unsigned char> pixels(kWidth * kHeight * 3);
+  // Whole, and with rows cut, which takes scratch memory.
+  static std::string pictures[] = {std::string(kWidth * kHeight * 3, '\0'),
+                                   std::string(kWidth * (kHeight - 8) * 3, '\0')};
   const auto reader = makeVelmarVideoFileReader(path);
   answers.add(reader != nullptr);
   if (!reader) return;
   answers.code(reader->open());
   if (answers.error) return;
-  answers.text(reader->getFileName(), expected.fileName);
-  answers.text(reader->getCameraParams(), expected.cameraParams);
-  answers.text(reader->getExtendedInfo(), expected.extendedInfo);
-  answers.text(reader->getMetaInfo(), expected.metaInfo);
-  answers.text(errorCode2String(VELMAR_ERROR_CODE_OUT_RANGE_E), expected.noFrame);
+  answers.text(reader->getFileName());
+  answers.text(reader->getCameraParams());
+  answers.text(reader->getExtendedInfo());
+  answers.text(reader->getMetaInfo());
+  answers.text(errorCode2String(VELMAR_ERROR_CODE_OUT_RANGE_E));
   for (unsigned int i = 0; i < kFrames.size(); ++i) {
     std::string data;
     const auto code = reader->getRawImage(i, data);
     answers.code(code, data == kFrames[i]);
   }
-  // Whole, and with rows cut, which takes scratch memory.
-  for (const unsigned short cut : {0, 8}) {
-    const unsigned int size = kWidth * (kHeight - cut) * 3;
-    const auto code =
-        reader->getImage(2, size, pixels.data(), VELMAR_FORMAT_RGB_E, SCALE_FACTOR_1_1_E, 0, cut);
-    answers.code(code, std::equal(pixels.data(), pixels.data() + size, expected.pixels.begin()));
+  for (std::string& picture : pictures) {
+    auto* pixels = reinterpret_cast<unsigned char*>(picture.data());
+    const auto code = reader->getImage(2, picture.size(), pixels, VELMAR_FORMAT_RGB_E,
+                                       SCALE_FACTOR_1_1_E, 0, &picture == pictures ? 0 : 8);
+    answers.code(code, picture == answers.next(picture));
   }
   answers.code(reader->close());
 }
@@ -125,11 +133,11 @@ void parse(const std::string& path, Answers& answers) {
   TaggedVideoParser parser;
   answers.add(parser.init(path.c_str()) == RTV_ERR_SUCCESS);
   if (answers.error) return;
-  answers.text(parser.RecordFile::getFileName(), path);
+  answers.text(parser.RecordFile::getFileName());
   can_data_io can{};
   const bool isRead = parser.getCANRecord(1, can) == RTV_ERR_SUCCESS;
   answers.add(isRead, can.vehicle_speed == kCan.vehicle_speed);
-  answers.text(can_data_toString(&can, CAN_SIZE_IO), expected.can);
+  if (isRead) answers.text(can_data_toString(&can, CAN_SIZE_IO));
   parser.dump();
 }
 
@@ -154,9 +162,8 @@ void edit(const std::string& path, Answers& answers) {
 // Unarmed code.
 
 enum Traits {
-  kReads = 1,
-  kKeepsDescriptor = 2,  // where the file cannot be mapped: part of the contract
-  kTellsLogOnly = 4,
+  kKeepsDescriptor = 1,  // where the file cannot be mapped: part of the contract
+  kTellsLogOnly = 2,
 };
 
 struct Scenario {
@@ -209,9 +216,9 @@ constexpr Scenario kScenarios[] = {
     {"record rtv 03", "rtv", recordAll, recordOne},
     {"record rtv 03, dropped", "rtv", drop, nullptr, kTellsLogOnly},
     {"record rtv 04", "rtv", recordRtv04, recordRtv03},
-    {"read img", "img", read, recordAll, kReads},
-    {"read rtv 03", "rtv", read, recordRtv03, kReads | kKeepsDescriptor},
-    {"parse rtv 04", "rtv", parse, recordRtv04, kReads | kKeepsDescriptor},
+    {"read img", "img", read, recordAll},
+    {"read rtv 03", "rtv", read, recordRtv03, kKeepsDescriptor},
+    {"parse rtv 04", "rtv", parse, recordRtv04, kKeepsDescriptor},
     {"edit img, longer", "img", edit<kLongJson>, recordOne},
     {"edit img, shorter", "img", edit<kShortJson>, recordAll},
     {"edit rtv 03", "rtv", edit<kLongJson>, recordRtv03, kKeepsDescriptor},
@@ -279,20 +286,6 @@ class Faults : public testing::Test {
     if (scenario.prepare != nullptr) scenario.prepare(path_, answers_);
     ASSERT_FALSE(answers_.error);
     before_ = exists(path_) ? readFile(path_) : "";
-    if ((scenario.traits & kReads) == 0) return;
-    const auto reader = makeVelmarVideoFileReader(path_);
-    ASSERT_EQ(reader->open(), kSuccess);
-    can_data_io can = kCan;
-    expected = {reader->getFileName(),
-                reader->getCameraParams(),
-                reader->getExtendedInfo(),
-                reader->getMetaInfo(),
-                errorCode2String(VELMAR_ERROR_CODE_OUT_RANGE_E),
-                can_data_toString(&can, CAN_SIZE_IO),
-                std::vector<unsigned char>(kWidth * kHeight * 3)};
-    ASSERT_EQ(reader->getImage(2, kWidth * kHeight * 3, expected.pixels.data(), VELMAR_FORMAT_RGB_E,
-                               SCALE_FACTOR_1_1_E, 0, 0),
-              kSuccess);
   }
 
   // Runs the scenario on the file that was there before; how many calls have failed.
@@ -337,6 +330,8 @@ class Faults : public testing::Test {
     for (unsigned number = 0; result->total_part_count() == parts; ++number) {
       SCOPED_TRACE(std::string(scenario.name) + ", " + fault.name + " " + std::to_string(number));
       const Resources before(folder_ / "");
+      expected.isLearning = number == 0;
+      if (expected.isLearning) expected.values.clear();
       const unsigned failed = run(scenario, fault, number == 0 ? -1U : number);
       const Resources after(folder_ / "");
       const bool keeps =

@@ -6,9 +6,12 @@
 
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <string>
 #include <type_traits>
 #include <vector>
+
+#include "velmar_video/VelmarVideoFile.h"
 
 /// A folder of the test's own, deleted with the object.
 class TempFolder {
@@ -41,6 +44,8 @@ class LogCapture {
   std::vector<std::string> lines_;
 };
 
+/// A reader of the file, which is to open.
+std::shared_ptr<VelmarVideoFileReader> openedReader(const std::string& path);
 /// What a getter gives, which is to succeed.
 template <typename Class, typename Code, typename Value>
 Value got(Class& object, Code (Class::*getter)(Value&)) {

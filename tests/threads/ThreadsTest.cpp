@@ -101,8 +101,7 @@ class Threads : public testing::TestWithParam<int> {
   }
 
   void readFrames() const {
-    const auto reader = makeVelmarVideoFileReader(path_);
-    ASSERT_EQ(reader->open(), kSuccess);
+    const auto reader = openedReader(path_);
     ASSERT_EQ(got(*reader, &Reader::getFramesCount), kFrames);
     for (unsigned i = 0; i < kFrames; ++i) {
       std::string jpeg;
@@ -177,8 +176,7 @@ TEST_P(Threads, ReadWhileTimesAndLogChange) {
   velmar_logger::setLevel(2);
 
   EXPECT_GT(lines, 0U);
-  const auto reader = makeVelmarVideoFileReader(path_);
-  ASSERT_EQ(reader->open(), kSuccess);
+  const auto reader = openedReader(path_);
   for (unsigned i = 0; i < kFrames; ++i) {
     EXPECT_EQ(storedTime(*reader, i), timeOf(byte, timeWidth_)) << i;
   }
@@ -200,8 +198,7 @@ void follow(const std::string& path, const std::vector<TestFrame> (&recordings)[
   std::shared_ptr<Reader> last;
   std::vector<TestFrame> before;
   while (changes > 0) {
-    auto reader = makeVelmarVideoFileReader(path);
-    ASSERT_EQ(reader->open(), kSuccess);
+    auto reader = openedReader(path);
     auto now = framesOf(*reader);
     ASSERT_TRUE(now == recordings[0] || now == recordings[1]);
     if (last && now != before) {

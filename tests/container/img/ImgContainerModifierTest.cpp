@@ -24,12 +24,6 @@ class ImgModifier : public testing::Test {
     EXPECT_EQ(by(*modifier), kSuccess);
     return modifier->close();
   }
-  std::string metaInfo() {
-    const auto reader = makeVelmarVideoFileReader(path_);
-    EXPECT_EQ(reader->open(), kSuccess);
-    return reader->getMetaInfo();
-  }
-
   TempFolder folder_;
   const std::string path_ = folder_ / "a.img";
   const std::string jpeg_ = SampleScene(64, 48).jpeg(0);
@@ -71,7 +65,7 @@ TEST_F(ImgModifier, RewritesTheMetaDataShorterOrLonger) {
               kSuccess);
     const std::string file = readFile(path_);
     EXPECT_TRUE(file.substr(0, metaDataAt_) == original_.substr(0, metaDataAt_));
-    EXPECT_EQ(file.substr(metaDataAt_), metaInfo());
+    EXPECT_EQ(file.substr(metaDataAt_), openedReader(path_)->getMetaInfo());
     for (const char* text :
          {expected, "\"camera_id\" : \"abcdef\"", "\"new\" : 1", "\"undistorted\" : false"}) {
       EXPECT_NE(file.find(text, metaDataAt_), std::string::npos) << text;

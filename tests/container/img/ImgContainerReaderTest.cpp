@@ -23,14 +23,9 @@ using Reader = VelmarVideoFileReader;
 
 class ImgReader : public testing::Test {
  protected:
-  std::shared_ptr<Reader> reader(const std::string& bytes) {
-    writeFile(path_, bytes);
-    return makeVelmarVideoFileReader(path_);
-  }
   std::shared_ptr<Reader> opened(const std::string& bytes) {
-    auto made = reader(bytes);
-    EXPECT_EQ(made->open(), kSuccess);
-    return made;
+    writeFile(path_, bytes);
+    return openedReader(path_);
   }
 
   TempFolder folder_;
@@ -112,7 +107,8 @@ TEST_F(ImgReader, RefusesWhatIsNotAWholeFile) {
   for (const auto& row : rows) {
     SCOPED_TRACE(row.last + " " + std::to_string(&row - rows));
     const LogCapture log;
-    const auto reader = this->reader(row.bytes);
+    writeFile(path_, row.bytes);
+    const auto reader = makeVelmarVideoFileReader(path_);
     EXPECT_EQ(reader->open(), kNotComplete);
     EXPECT_TRUE(row.first.empty() || log.has("3 ImgContainerFormatAnalysis_Tag: " + row.first));
     EXPECT_TRUE(log.has("3 ImgContainerReader_TAG: " + row.last));

@@ -96,8 +96,7 @@ TEST_F(RtvReader, AnswersInMicrosecondsAndItsEnumerations) {
                        .taggingFlags = row.taggingFlags,
                        .frames = {{"abc", -7}, {"de", 3000000}}};
     writeFile(path_, file.bytes());
-    const auto reader = makeVelmarVideoFileReader(path_);
-    ASSERT_EQ(reader->open(), kSuccess);
+    const auto reader = openedReader(path_);
     EXPECT_EQ(got(*reader, &Reader::getVersion), row.facade);
     EXPECT_EQ(got(*reader, &Reader::getStartTime), row.start);
     EXPECT_EQ(got(*reader, &Reader::getColorFormat), VELMAR_FORMAT_BGR_E);
