@@ -232,8 +232,7 @@ std::string contentOf(const std::string& path) {
   const auto reader = makeVelmarVideoFileReader(path);
   if (reader->open() != kSuccess) return "";
   const unsigned int count = got(*reader, &VelmarVideoFileReader::getFramesCount);
-  unsigned short width = 0;
-  unsigned short height = 0;
+  unsigned short width = 0, height = 0;
   std::string id(kRtvDeviceIdSize, '\0');
   reader->getImageResolution(width, height);
   reader->getDeviceId(reinterpret_cast<unsigned char*>(id.data()), kRtvDeviceIdSize);
@@ -244,8 +243,7 @@ std::string contentOf(const std::string& path) {
   }
   for (unsigned int i = 0; i < count; ++i) {
     std::string frame;
-    unsigned long sensorTime = 0;
-    unsigned long arrivedTime = 0;
+    unsigned long sensorTime = 0, arrivedTime = 0;
     if (reader->getRawImage(i, frame) != 0 || reader->getSensorTime(i, sensorTime) != 0 ||
         reader->getArrivedTime(i, arrivedTime) != 0 ||
         std::find(kFrames.begin(), kFrames.end(), frame) == kFrames.end()) {
@@ -258,8 +256,7 @@ std::string contentOf(const std::string& path) {
 
 // Open descriptors, and maps of the folder's files or without access.
 struct Resources {
-  long descriptors = 0;
-  long maps = 0;
+  long descriptors = 0, maps = 0;
 
   explicit Resources(const std::string& folder) {
     const std::filesystem::directory_iterator entries("/proc/self/fd");

@@ -31,7 +31,7 @@ class ImgModifier : public testing::Test {
   const std::size_t metaDataAt_ = bigEndian(original_, 0, 8);
 };
 
-// close() is for metadata.
+// They do not wait for close(), as the metadata does.
 TEST_F(ImgModifier, ChangesTimesAndNothingElse) {
   {
     const auto modifier = makeVelmarVideoFileModifier(path_);

@@ -36,8 +36,7 @@ TEST_F(ImgReader, AnswersWhatTheFileSays) {
   auto frames = lettered({10, 0, 300});
   frames[1].arrivedTime = frames[0].arrivedTime - 1;
   const auto reader = opened(handMadeImg(frames));
-  unsigned short width = 0;
-  unsigned short height = 0;
+  unsigned short width = 0, height = 0;
   EXPECT_EQ(got(*reader, &Reader::getVersion), VELMAR_VERSION_1_0_E);
   EXPECT_EQ(got(*reader, &Reader::getFramesCount), 3U);
   EXPECT_EQ(got(*reader, &Reader::getFramesMax), 4294967295U);
@@ -60,11 +59,9 @@ TEST_F(ImgReader, AnswersWhatTheFileSays) {
 }
 
 TEST_F(ImgReader, FillsDeviceIdsWithZerosBehindTheText) {
-  const struct {
-    std::string text;
-    std::vector<unsigned char> bytes;
-  } rows[] = {{"0aff", {0x0A, 0xFF}}, {"0aff", {0x0A}}, {"0AF", {0x0A, 0x0F, 0, 0}},
-              {"", {0, 0}},           {"zz1", {0, 1}},  {"0aff", {}}};
+  const std::pair<std::string, std::vector<unsigned char>> rows[] = {
+      {"0aff", {0x0A, 0xFF}}, {"0aff", {0x0A}}, {"0AF", {0x0A, 0x0F, 0, 0}},
+      {"", {0, 0}},           {"zz1", {0, 1}},  {"0aff", {}}};
   for (const auto& [text, bytes] : rows) {
     const auto reader = opened(handMadeImg({}, R"({"camera_id":")" + text + "\"}"));
     std::vector<unsigned char> buffer(bytes.size() + 1, 0xEE);

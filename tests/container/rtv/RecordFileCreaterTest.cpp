@@ -91,21 +91,4 @@ TEST(RtvCreater, WarnsOfIdentifiersOfAnotherSize) {
   EXPECT_EQ(file.substr(14, 24), "SHORT" + std::string(19, 'i'));
 }
 
-TEST(RtvCreater, WithoutAFileNothingIsAddedOrFinished) {
-  const TempFolder folder;
-  const LogCapture log;
-  const std::string path = folder / "none/a.rtv";
-  RecordFileCreater creater(path, FramesMax{5}, RTV_VER_04, nullptr);
-  EXPECT_FALSE(creater.isOpen());
-  EXPECT_FALSE(creater.addFrame(0, "x", 0, 0, 0, 0, 0, 0, nullptr));
-  EXPECT_FALSE(creater.close());
-  EXPECT_EQ(log.errors().size(), 1U);
-
-  std::filesystem::create_directory(folder / "b.rtv");
-  RecordFileCreater blocked(folder / "b.rtv", FramesMax{5}, RTV_VER_04, nullptr);
-  EXPECT_TRUE(blocked.addFrame(0, "x", 0, 0, 0, 0, 0, 0, nullptr));
-  EXPECT_FALSE(blocked.close());
-  EXPECT_TRUE(exists(folder / "b.rtv.tmp"));
-}
-
 }  // namespace

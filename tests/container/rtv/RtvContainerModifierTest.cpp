@@ -33,8 +33,7 @@ const unsigned char* bytes(const std::string& text) {
 TEST_P(RtvModifier, ChangesItsFieldsAndNothingElse) {
   writeFile(path_, original_.bytes());
   const std::string longId = "NOPQRSTUVWXYZ<>()[]{}+-*/=%!";
-  unsigned long start = 1500000001000999;
-  unsigned long time = 1500000000123956;
+  unsigned long start = 1500000001000999, time = 1500000000123956;
   RtvContainerModifier modifier(path_);
   ASSERT_EQ(modifier.open(), kSuccess);
   EXPECT_EQ(modifier.modifyCameraID(bytes(longId), 28), kSuccess);

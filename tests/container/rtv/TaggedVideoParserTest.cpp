@@ -32,13 +32,10 @@ INSTANTIATE_TEST_SUITE_P(Versions, RtvParserVersions, testing::Values(2, 3, 4));
 TEST_P(RtvParserVersions, AnswersWhatTheHeaderSays) {
   const RtvFile file = threeFrames(GetParam());
   ASSERT_EQ(init(file.bytes()), kSuccess);
-  unsigned short width = 0;
-  unsigned short height = 0;
+  unsigned short width = 0, height = 0;
   std::string id(33, '.');
   auto* idBytes = reinterpret_cast<unsigned char*>(id.data());
-  double lat = 0;
-  double lng = 0;
-  double alt = 0;
+  double lat = 0, lng = 0, alt = 0;
   EXPECT_EQ(got(parser_, &Parser::getVersion) + 2, GetParam());
   EXPECT_EQ(got(parser_, &Parser::getFramesCount), 3);
   EXPECT_EQ(got(parser_, &Parser::getFramesMax), 9);
@@ -70,9 +67,7 @@ TEST_P(RtvParserVersions, AnswersWhatTheTagsSay) {
               {500, 83886.07F, -0.01F, 0, is02 ? -0.01F : 167772.15F, 0, 1},
               {700, 0, 0, 0, 0, 0, 0}};
   for (unsigned short i = 0; i < 3; ++i) {
-    float a = 0;
-    float b = 0;
-    float c = 0;
+    float a = 0, b = 0, c = 0;
     EXPECT_EQ(got(parser_, &Parser::getTimeFlag, i), rows[i].timeFlag);
     EXPECT_EQ(got(parser_, &Parser::getTimeStamp, i), start + std::abs(rows[i].timeFlag));
     EXPECT_EQ(parser_.getRelPosition(i, a, b, c), kSuccess);
