@@ -2,8 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <climits>
+#include <string>
+#include <vector>
 
 #include "velmar_video/TypeConversion.h"
 
@@ -17,38 +18,35 @@ Enum as(int value) {
 TEST(ErrorNames, AreTheMembersUpToTheLastError) {
   const std::string outside =
       "error must >= VELMAR_ERROR_CODE_SUCCESS_E && < VELMAR_ERROR_CODE_MAX_E ";
-  EXPECT_EQ(errorCode2String(VELMAR_ERROR_CODE_SUCCESS_E), "VELMAR_ERROR_CODE_SUCCESS_E");
-  EXPECT_EQ(errorCode2String(as<VELMAR_ERROR_CODE_E>(14)),
-            "VELMAR_ERROR_CODE_COLOR_FORMAT_NOT_SUPPROT_E");
-  EXPECT_EQ(errorCode2String(as<VELMAR_ERROR_CODE_E>(18)), "VELMAR_ERROR_CODE_OUT_RANGE_E");
-  for (const int code : {19, 20, -1, INT_MIN}) {
-    EXPECT_EQ(errorCode2String(as<VELMAR_ERROR_CODE_E>(code)), outside) << code;
+  const std::pair<int, std::string> rows[] = {{0, "VELMAR_ERROR_CODE_SUCCESS_E"},
+                                              {14, "VELMAR_ERROR_CODE_COLOR_FORMAT_NOT_SUPPROT_E"},
+                                              {18, "VELMAR_ERROR_CODE_OUT_RANGE_E"},
+                                              {19, outside},
+                                              {20, outside},
+                                              {-1, outside},
+                                              {INT_MIN, outside}};
+  for (const auto& [code, name] : rows) {
+    EXPECT_EQ(errorCode2String(as<VELMAR_ERROR_CODE_E>(code)), name);
   }
 }
 
+template <typename Enum>
+void expectNames(const std::vector<std::string>& names, std::string (*nameOf)(Enum),
+                 Enum (*valueOf)(std::string)) {
+  const int max = static_cast<int>(names.size());
+  for (int i = 0; i < max; ++i) {
+    EXPECT_EQ(nameOf(as<Enum>(i)), names[i]);
+    EXPECT_EQ(valueOf(names[i]), i);
+  }
+  for (const int value : {max, 255, -1}) EXPECT_EQ(nameOf(as<Enum>(value)), "");
+  for (const char* text : {"", "0.5", "gray", " JPG", "1.0 "})
+    EXPECT_EQ(valueOf(text), max) << text;
+}
+
 TEST(EnumerationNames, GoThereAndBackAndAreEmptyOutside) {
-  const std::array<std::string, 6> versions = {"0.1", "0.2", "0.3", "0.4", "1.0", ""};
-  for (int i = 0; i < 6; ++i) {
-    EXPECT_EQ(velmarVersion2String(as<VELMAR_VERSION_E>(i)), versions[i]);
-    EXPECT_EQ(string2VelmarVersion(versions[i]), i);
-  }
-  const std::array<std::string, 3> codecs = {"H264", "JPG", ""};
-  for (int i = 0; i < 3; ++i) {
-    EXPECT_EQ(velmarCodec2String(as<VELMAR_CODEC_E>(i)), codecs[i]);
-    EXPECT_EQ(string2VelmarCodec(codecs[i]), i);
-  }
-  const std::array<std::string, 5> formats = {"YUV420", "RGB", "BGR", "GRAY", ""};
-  for (int i = 0; i < 5; ++i) {
-    EXPECT_EQ(velmarFormat2String(as<VELMAR_FORMAT_E>(i)), formats[i]);
-    EXPECT_EQ(string2RvelmarFormat(formats[i]), i);
-  }
-  for (const std::string text : {"0.5", "gray", " JPG", "1.0 "}) {
-    EXPECT_EQ(string2VelmarVersion(text), VELMAR_VERSION_MAX_E) << text;
-    EXPECT_EQ(string2VelmarCodec(text), VELMAR_CODEC_MAX_E) << text;
-    EXPECT_EQ(string2RvelmarFormat(text), VELMAR_FORMAT_MAX_E) << text;
-  }
-  EXPECT_EQ(velmarVersion2String(as<VELMAR_VERSION_E>(-1)), "");
-  EXPECT_EQ(velmarFormat2String(as<VELMAR_FORMAT_E>(255)), "");
+  expectNames({"0.1", "0.2", "0.3", "0.4", "1.0"}, velmarVersion2String, string2VelmarVersion);
+  expectNames({"H264", "JPG"}, velmarCodec2String, string2VelmarCodec);
+  expectNames({"YUV420", "RGB", "BGR", "GRAY"}, velmarFormat2String, string2RvelmarFormat);
 }
 
 // Columns: the value, and what each conversion makes of it.

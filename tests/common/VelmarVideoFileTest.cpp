@@ -8,10 +8,7 @@
 namespace {
 
 TEST(Factories, ChooseByTheTextAfterTheLastDot) {
-  const struct {
-    std::string path;
-    bool known;
-  } rows[] = {
+  const std::pair<const char*, bool> rows[] = {
       {"/rec/clip.img", true},  {"a.b.img", true},     {"a.rtv.img", true}, {".img", true},
       {"/rec/clip.IMG", false}, {"clip.img ", false},  {"clip", false},     {"img", false},
       {"clip.", false},         {"/rec.1/img", false}, {"", false},         {"clip.avi", false},
@@ -21,14 +18,11 @@ TEST(Factories, ChooseByTheTextAfterTheLastDot) {
     EXPECT_EQ(makeVelmarVideoFileReader(path) != nullptr, known) << path;
     EXPECT_EQ(makeVelmarVideoFileModifier(path) != nullptr, known) << path;
   }
-}
-
-// A creater for "rtv" makes a file at once and is tested elsewhere.
-TEST(Factories, KnowRtv) {
-  EXPECT_NE(dynamic_cast<RtvContainerReader*>(makeVelmarVideoFileReader("a.img.rtv").get()),
-            nullptr);
-  EXPECT_NE(dynamic_cast<RtvContainerModifier*>(makeVelmarVideoFileModifier("a.rtv").get()),
-            nullptr);
+  // A creater for "rtv" makes a file at once and is tested elsewhere.
+  const auto reader = makeVelmarVideoFileReader("a.img.rtv");
+  const auto modifier = makeVelmarVideoFileModifier("a.rtv");
+  EXPECT_NE(dynamic_cast<RtvContainerReader*>(reader.get()), nullptr);
+  EXPECT_NE(dynamic_cast<RtvContainerModifier*>(modifier.get()), nullptr);
   EXPECT_EQ(makeVelmarVideoFileReader("a.RTV"), nullptr);
 }
 

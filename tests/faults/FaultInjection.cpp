@@ -20,12 +20,10 @@ namespace {
 struct {
   bool armed = false;
   Call call{};
-  unsigned first = 0;
-  unsigned last = 0;
+  unsigned first = 0, last = 0;
   Extent extent{};
   int error = 0;
-  unsigned calls = 0;
-  unsigned failed = 0;
+  unsigned calls = 0, failed = 0;
 } plan;
 
 bool fails(Call call) {

@@ -37,6 +37,12 @@ bool LogCapture::has(const std::string& line) const {
   return std::find(lines_.begin(), lines_.end(), line) != lines_.end();
 }
 
+std::shared_ptr<VelmarVideoFileReader> openedReader(const std::string& path) {
+  auto reader = makeVelmarVideoFileReader(path);
+  EXPECT_EQ(reader->open(), VELMAR_ERROR_CODE_SUCCESS_E);
+  return reader;
+}
+
 bool exists(const std::string& path) { return std::filesystem::exists(path); }
 
 std::string readFile(const std::string& path) {

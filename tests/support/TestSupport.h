@@ -2,10 +2,16 @@
 #ifndef VELMAR_TESTS_TEST_SUPPORT_H
 #define VELMAR_TESTS_TEST_SUPPORT_H
 
+#include <gtest/gtest.h>
+
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <string>
+#include <type_traits>
 #include <vector>
+
+#include "velmar_video/VelmarVideoFile.h"
 
 /// A folder of the test's own, deleted with the object.
 class TempFolder {
@@ -37,6 +43,22 @@ class LogCapture {
  private:
   std::vector<std::string> lines_;
 };
+
+/// A reader of the file, which is to open.
+std::shared_ptr<VelmarVideoFileReader> openedReader(const std::string& path);
+/// What a getter gives, which is to succeed.
+template <typename Class, typename Code, typename Value>
+Value got(Class& object, Code (Class::*getter)(Value&)) {
+  Value value{};
+  EXPECT_EQ((object.*getter)(value), Code{});
+  return value;
+}
+template <typename Class, typename Code, typename Index, typename Value>
+Value got(Class& object, Code (Class::*getter)(Index, Value&), std::type_identity_t<Index> index) {
+  Value value{};
+  EXPECT_EQ((object.*getter)(index, value), Code{});
+  return value;
+}
 
 bool exists(const std::string& path);
 std::string readFile(const std::string& path);

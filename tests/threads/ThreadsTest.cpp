@@ -43,6 +43,7 @@ unsigned long timeOf(unsigned char byte, std::size_t width) {
   return time;
 }
 
+using Reader = VelmarVideoFileReader;
 using Pixels = std::vector<unsigned char>;
 
 // At half size, with rows cut: through the decoder's scratch memory.
@@ -53,14 +54,6 @@ Pixels decoded(const std::string& jpeg) {
                                  geometry, TJPF_RGB, pixels.data()),
             kSuccess);
   return pixels;
-}
-
-can_data_io signalsOf(unsigned frame) {
-  can_data_io block;
-  can_data_io_purge(&block);
-  block.vehicle_speed = 0.25F * static_cast<float>(frame);
-  block.wheel_tick_left_rear = 1000 + frame;
-  return block;
 }
 
 // Looks up what is there once for all threads, and logs.
@@ -93,37 +86,24 @@ class Threads : public testing::TestWithParam<int> {
   }
 
   std::string rtvBytes() const {
-    RtvFile file;
-    file.version = GetParam();
-    file.startTime = kStartTime;
-    file.width = kWidth;
-    file.height = kHeight;
-    for (unsigned i = 0; i < kFrames; ++i) {
-      RtvFrame& frame = file.frames.emplace_back();
-      frame.bytes = jpegs_[i];
-      frame.timeFlag = timeOf(kOldByte, timeWidth_);
-      const can_data_io signals = signalsOf(i);
-      frame.can.assign(reinterpret_cast<const char*>(&signals), sizeof signals);
+    RtvFile file{
+        .version = GetParam(), .startTime = kStartTime, .width = kWidth, .height = kHeight};
+    for (const std::string& jpeg : jpegs_) {
+      file.frames.push_back({jpeg, static_cast<int>(timeOf(kOldByte, timeWidth_))});
     }
     return file.bytes();
   }
 
   /// As the file has it.
-  unsigned long storedTime(VelmarVideoFileReader& reader, unsigned frame) const {
-    unsigned long start = 0;
-    unsigned long time = 0;
-    EXPECT_EQ(reader.getStartTime(start), kSuccess);
-    EXPECT_EQ(reader.getSensorTime(frame, time), kSuccess);
-    return isRtv_ ? (time - start) / 1000 : time;
+  unsigned long storedTime(Reader& reader, unsigned frame) const {
+    const unsigned long time = got(reader, &Reader::getSensorTime, frame);
+    return isRtv_ ? (time - got(reader, &Reader::getStartTime)) / 1000 : time;
   }
 
   void readFrames() const {
-    const auto reader = makeVelmarVideoFileReader(path_);
-    ASSERT_EQ(reader->open(), kSuccess);
-    unsigned count = 0;
-    EXPECT_EQ(reader->getFramesCount(count), kSuccess);
-    ASSERT_EQ(count, kFrames);
-    for (unsigned i = 0; i < count; ++i) {
+    const auto reader = openedReader(path_);
+    ASSERT_EQ(got(*reader, &Reader::getFramesCount), kFrames);
+    for (unsigned i = 0; i < kFrames; ++i) {
       std::string jpeg;
       EXPECT_EQ(reader->getRawImage(i, jpeg), kSuccess);
       EXPECT_TRUE(jpeg == jpegs_[i]) << i;
@@ -139,21 +119,6 @@ class Threads : public testing::TestWithParam<int> {
       }
     }
     EXPECT_EQ(reader->close(), kSuccess);
-  }
-
-  void readSignals() const {
-    TaggedVideoParser parser;
-    ASSERT_EQ(parser.init(path_.c_str()), RTV_ERR_SUCCESS);
-    for (unsigned short i = 0; i < kFrames; ++i) {
-      can_data can;
-      can_data_io record;
-      can_data_io expected = signalsOf(i);
-      if (GetParam() != 4) can_data_io_purge(&expected);
-      EXPECT_EQ(parser.getCAN(i, can), RTV_ERR_SUCCESS);
-      EXPECT_EQ(can.can_data_length, expected.can_data_length);
-      EXPECT_EQ(parser.getCANRecord(i, record), RTV_ERR_SUCCESS);
-      EXPECT_EQ(std::memcmp(&record, &expected, sizeof record), 0) << i;
-    }
   }
 
   void changeTimes(unsigned char byte) const {
@@ -187,7 +152,6 @@ TEST_P(Threads, ReadWhileTimesAndLogChange) {
       start.arrive_and_wait();
       // Relaxed: the threads are not to be brought into an order in which they do not race.
       for (int k = 0; k < kRounds || changes.load(std::memory_order_relaxed) < kRounds; ++k) {
-        if (isRtv_) readSignals();
         readFrames();
         useTables(path_);
       }
@@ -212,21 +176,18 @@ TEST_P(Threads, ReadWhileTimesAndLogChange) {
   velmar_logger::setLevel(2);
 
   EXPECT_GT(lines, 0U);
-  const auto reader = makeVelmarVideoFileReader(path_);
-  ASSERT_EQ(reader->open(), kSuccess);
+  const auto reader = openedReader(path_);
   for (unsigned i = 0; i < kFrames; ++i) {
     EXPECT_EQ(storedTime(*reader, i), timeOf(byte, timeWidth_)) << i;
   }
 }
 
-std::vector<TestFrame> framesOf(VelmarVideoFileReader& reader) {
-  unsigned count = 0;
-  EXPECT_EQ(reader.getFramesCount(count), kSuccess);
-  std::vector<TestFrame> frames(count);
-  for (unsigned i = 0; i < count; ++i) {
+std::vector<TestFrame> framesOf(Reader& reader) {
+  std::vector<TestFrame> frames(got(reader, &Reader::getFramesCount));
+  for (unsigned i = 0; i < frames.size(); ++i) {
     EXPECT_EQ(reader.getRawImage(i, frames[i].bytes), kSuccess);
-    EXPECT_EQ(reader.getSensorTime(i, frames[i].sensorTime), kSuccess);
-    EXPECT_EQ(reader.getArrivedTime(i, frames[i].arrivedTime), kSuccess);
+    frames[i].sensorTime = got(reader, &Reader::getSensorTime, i);
+    frames[i].arrivedTime = got(reader, &Reader::getArrivedTime, i);
   }
   return frames;
 }
@@ -234,11 +195,10 @@ std::vector<TestFrame> framesOf(VelmarVideoFileReader& reader) {
 // Opens the path until the recording there has changed so many times. The reader of before each
 // change stays open over it.
 void follow(const std::string& path, const std::vector<TestFrame> (&recordings)[2], int changes) {
-  std::shared_ptr<VelmarVideoFileReader> last;
+  std::shared_ptr<Reader> last;
   std::vector<TestFrame> before;
   while (changes > 0) {
-    auto reader = makeVelmarVideoFileReader(path);
-    ASSERT_EQ(reader->open(), kSuccess);
+    auto reader = openedReader(path);
     auto now = framesOf(*reader);
     ASSERT_TRUE(now == recordings[0] || now == recordings[1]);
     if (last && now != before) {

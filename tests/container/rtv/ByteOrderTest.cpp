@@ -12,10 +12,7 @@ class RtvByteOrder : public testing::TestWithParam<int> {
  protected:
   // The same recording, as written by either CPU.
   std::string recording(bool bigEndian) {
-    RtvFile file;
-    file.version = GetParam();
-    file.bigEndian = bigEndian;
-    file.startTime = 1000000;
+    RtvFile file{.version = GetParam(), .bigEndian = bigEndian, .startTime = 1000000};
     std::string can = RtvFrame().can;
     can.replace(0, 2, file.number(107, 2));
     can.replace(53, 4, file.number(0x41540000, 4));  // vehicle_speed 13.25
@@ -34,15 +31,12 @@ INSTANTIATE_TEST_SUITE_P(Versions, RtvByteOrder, testing::Values(3, 4));
 
 bool readsRight(TaggedVideoParser& parser, bool hasCan) {
   unsigned long time = 0;
-  float a = 0;
-  float b = 0;
-  float c = 0;
-  float speed = 0;
+  frametag03Ver_t tag;
   std::string bytes;
   can_data_io can;
   return parser.getTimeStamp(0, time) == RTV_ERR_SUCCESS && time == 1000500 &&
-         parser.getRelPosition(0, a, b, c) == RTV_ERR_SUCCESS && a == -2.5F && c == 3.75F &&
-         parser.getSpeed(0, speed) == RTV_ERR_SUCCESS && speed == 13.88F &&
+         parser.getTag(0, tag) == RTV_ERR_SUCCESS && tag.x == 150 && tag.y == -250 &&
+         tag.z == 375 && tag.relative_distance == 12345 && tag.speed == 1388 &&
          parser.getRawImage(1, bytes) == RTV_ERR_SUCCESS && bytes == "second" &&
          parser.getCANRecord(0, can) == RTV_ERR_SUCCESS &&
          (!hasCan || (can.vehicle_speed == 13.25F && can.wheel_tick_left_front == 77 &&
@@ -69,9 +63,7 @@ TEST_P(RtvByteOrder, IsThatOfTheFirstFile) {
 
 TEST(RtvByteOrderEdit, BigEndianFilesAreNotEdited) {
   const TempFolder folder;
-  RtvFile file;
-  file.bigEndian = true;
-  file.frames = {{"frame"}};
+  RtvFile file{.bigEndian = true, .frames = {{"frame"}}};
   writeFile(folder / "a.rtv", file.bytes());
   const auto invalid = VELMAR_ERROR_CODE_INVALID_PARAMETER_E;
   EXPECT_TRUE(inChildProcess([&] {

@@ -52,16 +52,21 @@ TEST(CanData, FieldsLieWhereTheFormatHasThem) {
 TEST(CanData, AlignsEveryFieldIntoItsSlot) {
   const std::string bytes = counting();
   const can_data block = aligned(bytes, true);
-  for (std::size_t i = 0; i < canFields().size(); ++i) {
-    const CanField& field = canFields()[i];
-    const char* slot = reinterpret_cast<const char*>(&block) + 4 * i;
-    EXPECT_EQ(std::string(slot, field.size()), bytes.substr(field.offset, field.size()))
-        << field.name;
+  const auto* slot = reinterpret_cast<const char*>(&block);
+  for (const CanField& field : canFields()) {
+    EXPECT_EQ(std::string(slot, field.size()), bytes.substr(field.offset, field.size()));
+    slot += 4;
   }
   EXPECT_EQ(block.esp_active, 107);
   EXPECT_EQ(*block.pAbs_active, 105);
   EXPECT_EQ(block.pCan_data_length, &block.can_data_length);
   EXPECT_EQ(block.pTraction_control_active, &block.traction_control_active);
+  can_data source;
+  std::memcpy(&source, bytes.data(), bytes.size());
+  can_data copy;
+  can_data_assign(copy, source);
+  EXPECT_EQ(copy.is_reverse_gear, 36);
+  EXPECT_EQ(copy.pIs_reverse_gear, &copy.is_reverse_gear);
 }
 
 TEST(CanData, NullsPointersOfAbsentSignalsOnlyWhenAsked) {
@@ -73,12 +78,10 @@ TEST(CanData, NullsPointersOfAbsentSignalsOnlyWhenAsked) {
   for (const bool check : {true, false}) {
     const can_data block = aligned(bytes, check);
     EXPECT_NE(block.pCan_data_length, nullptr);
-    for (const void* pointer : {static_cast<const void*>(block.pSlip_angle),
-                                static_cast<const void*>(block.pTravelled_distance),
-                                static_cast<const void*>(block.pWheel_tick_left_front),
-                                static_cast<const void*>(block.pEsp_active)}) {
-      EXPECT_EQ(pointer == nullptr, check);
-    }
+    EXPECT_EQ(block.pSlip_angle == nullptr, check);
+    EXPECT_EQ(block.pTravelled_distance == nullptr, check);
+    EXPECT_EQ(block.pWheel_tick_left_front == nullptr, check);
+    EXPECT_EQ(block.pEsp_active == nullptr, check);
   }
   for (const CanField& field : canFields()) {
     EXPECT_EQ(canFieldIsAbsent(purged, field), field.offset > 0) << field.name;
@@ -86,40 +89,24 @@ TEST(CanData, NullsPointersOfAbsentSignalsOnlyWhenAsked) {
   }
 }
 
-TEST(CanData, AssignCopiesThePackedBytes) {
-  can_data source;
-  std::memset(&source, 0xEE, sizeof source);
-  std::memcpy(&source, counting().data(), 109);
-  can_data copy;
-  can_data_assign(copy, source);
-  EXPECT_EQ(copy.is_reverse_gear, 36);
-  EXPECT_EQ(copy.pIs_reverse_gear, &copy.is_reverse_gear);
-}
-
-TEST(CanData, TextNamesEveryField) {
+TEST(CanData, TextNamesEveryFieldAndThePointersOfAnAlignedBlock) {
   can_data_io block;
   can_data_io_purge(&block);
-  std::string text = can_data_toString(&block, CAN_SIZE_IO);
-  EXPECT_EQ(text.substr(0, 42), "can_data_length: 6b, acceleraion_x: -nan, ");
-  EXPECT_EQ(text.substr(text.size() - 29), "traction_control_active: ff, ");
-  EXPECT_NE(text.find("travelled_distance: ffff, is_reverse_gear: ff, slip_angle: -nan, "),
-            std::string::npos);
   block.vehicle_speed = 13.25F;
   block.wheel_tick_left_rear = 0xABC;
-  text = can_data_toString(&block, CAN_SIZE_IO);
-  EXPECT_NE(text.find("vehicle_speed: 13.25, "), std::string::npos);
-  EXPECT_NE(text.find("wheel_tick_left_rear: abc, "), std::string::npos);
-}
-
-TEST(CanData, TextOfAnAlignedBlockAddsThePointers) {
-  std::string bytes(109, '\xFF');
-  bytes.replace(0, 2, std::string("\x6B\0", 2));
-  bytes[108] = 'T';  // traction control, whose slot's other bytes are zero
-  can_data block = aligned(bytes, true);
-  const std::string text =
-      can_data_toString(reinterpret_cast<can_data_io*>(&block), CAN_SIZE_ALIGNED);
+  block.traction_control_active = 'T';
+  std::string text = can_data_toString(&block, CAN_SIZE_IO);
+  EXPECT_EQ(text.substr(0, 42), "can_data_length: 6b, acceleraion_x: -nan, ");
+  EXPECT_EQ(text.substr(text.size() - 29), "traction_control_active: 54, ");
+  for (const char* part : {"travelled_distance: ffff, is_reverse_gear: ff, slip_angle: -nan, ",
+                           "vehicle_speed: 13.25, ", "wheel_tick_left_rear: abc, "}) {
+    EXPECT_NE(text.find(part), std::string::npos) << part;
+  }
+  can_data alignedBlock = aligned(std::string(reinterpret_cast<char*>(&block), 109), true);
+  text = can_data_toString(reinterpret_cast<can_data_io*>(&alignedBlock), CAN_SIZE_ALIGNED);
   EXPECT_NE(text.find(", pAcceleraion_x: 0, "), std::string::npos);
   EXPECT_NE(text.find(", pAbs_active: , pBrake_active: , "), std::string::npos);
+  // The slot's other bytes are zero.
   EXPECT_EQ(text.substr(text.size() - 29), "pTraction_control_active: T, ");
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 
 #include "SampleScene.h"
@@ -10,29 +11,34 @@
 namespace {
 
 using T = RecordFileToolkit;
+using Pair = std::array<double, 2>;
+
+// The two outputs of a conversion.
+Pair both(void (*convert)(double, double, double, double, double&, double&), Pair origin,
+          Pair place) {
+  Pair result{};
+  convert(origin[0], origin[1], place[0], place[1], result[0], result[1]);
+  return result;
+}
+
+void expectNear(Pair found, Pair expected, double tolerance) {
+  EXPECT_NEAR(found[0], expected[0], tolerance);
+  EXPECT_NEAR(found[1], expected[1], tolerance);
+}
 
 TEST(Toolkit, ConvertsNdsUnits) {
+  constexpr double kUnit = 90.0 / 1073741824;
   EXPECT_EQ(T::NDS2Degree(1073741824), 90.0);
   EXPECT_EQ(T::NDS2Degree(-2147483648), -180.0);
-  EXPECT_EQ(T::Degree2NDS(90.0), 1073741824);
-  EXPECT_EQ(T::Degree2NDS(-0.5 / 1073741824.0 * 90.0), 0);
-  EXPECT_EQ(T::Degree2NDS(-1.9 / 1073741824.0 * 90.0), -1);
-  EXPECT_EQ(T::Degree2NDS(-180.0), -2147483648);
-  EXPECT_EQ(T::Degree2NDS(180.0), 2147483647);
-  EXPECT_EQ(T::Degree2NDS(std::nan("")), 0);
+  const std::pair<double, int> rows[] = {{90, 1073741824},    {-0.5 * kUnit, 0}, {-1.9 * kUnit, -1},
+                                         {-180, -2147483648}, {180, 2147483647}, {std::nan(""), 0}};
+  for (const auto& [degrees, nds] : rows) EXPECT_EQ(T::Degree2NDS(degrees), nds) << degrees;
 }
 
 TEST(Toolkit, FixedCoefficientsGoThereAndBack) {
-  double x = 0;
-  double y = 0;
-  T::toRelative(8.0, 60.0, 8.01, 59.99, x, y);
-  EXPECT_NEAR(x, 0.01 * (111413.0 * 0.5 + 94.0), 1e-6);
-  EXPECT_NEAR(y, -1113.2, 1e-6);
-  double lon = 0;
-  double lat = 0;
-  T::toGPS(8.0, 60.0, x, y, lon, lat);
-  EXPECT_NEAR(lon, 8.01, 1e-12);
-  EXPECT_NEAR(lat, 59.99, 1e-12);
+  const Pair metres = both(T::toRelative, {8.0, 60.0}, {8.01, 59.99});
+  expectNear(metres, {0.01 * (111413.0 * 0.5 + 94.0), -1113.2}, 1e-6);
+  expectNear(both(T::toGPS, {8.0, 60.0}, metres), {8.01, 59.99}, 1e-12);
 }
 
 TEST(Toolkit, WrapsLongitudesWithItsOwnLimits) {
@@ -40,53 +46,30 @@ TEST(Toolkit, WrapsLongitudesWithItsOwnLimits) {
   EXPECT_EQ(g_meridianRadius, 6335439.295341883);
   EXPECT_EQ(g_parallelRadius, 6378137.0);
   const double degree = 6378137.0 * 0.0174532925199433;
-  double x = 0;
-  double y = 0;
-  for (const auto& [from, to, expected] :
-       {std::array{179.5, -179.5, degree}, std::array{-179.5, 179.5, -degree},
-        std::array{0.0, 179.9, 179.9 * degree}, std::array{0.0, 180.0, -180 * degree}}) {
-    T::abs2Rel(from, 0, to, 0, x, y);
-    EXPECT_NEAR(x, expected, 1e-4) << from;
+  for (const auto& [from, to, degrees] : {std::array{179.5, -179.5, 1.0},
+                                          {-179.5, 179.5, -1.0},
+                                          {0.0, 179.9, 179.9},
+                                          {0.0, 180.0, -180.0}}) {
+    expectNear(both(T::abs2Rel, {from, 0}, {to, 0}), {degrees * degree, 0}, 1e-4);
   }
-  double lon = 0;
-  double lat = 0;
-  for (const auto& [from, expected] :
-       {std::array{180.0, -180.0}, std::array{-180.0, 180.0}, std::array{200.0, -160.0}}) {
-    T::rel2Abs(from, 1, 0, 0, lon, lat);
-    EXPECT_EQ(lon, expected);
-    EXPECT_EQ(lat, 1);
+  for (const auto& [from, to] : {Pair{180.0, -180.0}, {-180.0, 180.0}, {200.0, -160.0}}) {
+    EXPECT_EQ(both(T::rel2Abs, {from, 1}, {0, 0}), (Pair{to, 1}));
   }
 }
 
-// An independent way round the ellipsoid: over the tangent plane of Earth-centred coordinates.
-TEST(Toolkit, EllipsoidAgreesWithEarthCentredCoordinates) {
-  const auto centred = [](double lonDegrees, double latDegrees) {
-    const double a = 6378137.0;
-    const double f = 1 / 298.257223563;
-    const double e2 = f * (2 - f);
-    const double lon = lonDegrees * M_PI / 180;
-    const double lat = latDegrees * M_PI / 180;
-    const double n = a / std::sqrt(1 - e2 * std::sin(lat) * std::sin(lat));
-    return std::array{n * std::cos(lat) * std::cos(lon), n * std::cos(lat) * std::sin(lon),
-                      n * (1 - e2) * std::sin(lat)};
-  };
-  const auto distance = [](const auto& p, const auto& q) {
-    return std::hypot(p[0] - q[0], p[1] - q[1], p[2] - q[2]);
-  };
-  for (const double lat0 : {-35.0, 0.0, 48.137, 66.0}) {
-    T::initRadius(lat0);
-    const auto origin = centred(11.575, lat0);
-    for (const auto& [x, y] : {std::array{1000.0, 0.0}, std::array{0.0, 1000.0}}) {
-      double lon = 0;
-      double lat = 0;
-      T::rel2Abs(11.575, lat0, x, y, lon, lat);
-      EXPECT_NEAR(distance(origin, centred(lon, lat)), 1000.0, 0.001);
-      double xBack = 0;
-      double yBack = 0;
-      T::abs2Rel(11.575, lat0, lon, lat, xBack, yBack);
-      EXPECT_NEAR(xBack, x, 1e-6);
-      EXPECT_NEAR(yBack, y, 1e-6);
-    }
+// The radii are those of another computation, from distances between Earth-centred coordinates.
+TEST(Toolkit, EllipsoidGoesThereAndBack) {
+  const std::array<double, 3> rows[] = {{-35.0, 6356426.70, 5230426.84},
+                                        {48.137, 6370888.86, 4264385.11},
+                                        {66.0, 6388905.71, 2601499.37}};
+  for (const auto& [latitude, meridian, parallel] : rows) {
+    T::initRadius(latitude);
+    expectNear({g_meridianRadius, g_parallelRadius}, {meridian, parallel}, 0.05);
+    const Pair place = both(T::rel2Abs, {11.575, latitude}, {1000, 2000});
+    expectNear(place,
+               {11.575 + 1000 / parallel * 180 / M_PI, latitude + 2000 / meridian * 180 / M_PI},
+               1e-9);
+    expectNear(both(T::abs2Rel, {11.575, latitude}, place), {1000, 2000}, 1e-6);
   }
 }
 

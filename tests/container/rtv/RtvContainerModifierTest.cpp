@@ -11,14 +11,10 @@ namespace {
 constexpr auto kSuccess = VELMAR_ERROR_CODE_SUCCESS_E;
 
 RtvFile recording(int version) {
-  RtvFile file;
-  file.version = version;
-  file.deviceId = "0123456789abcdefghijklmn";
+  RtvFile file = threeFrames(version);
   file.startTime = 1500000000000;
-  file.width = 1920;
-  file.height = 1080;
   file.taggingFlags = 0x01;
-  file.frames = {{SampleScene(64, 48).jpeg(0), 1, 2, 3, 4, 5, 6, 7}, {"second", 9}};
+  file.frames[0].bytes = SampleScene(64, 48).jpeg(0);
   return file;
 }
 
@@ -35,81 +31,42 @@ const unsigned char* bytes(const std::string& text) {
 }
 
 TEST_P(RtvModifier, ChangesItsFieldsAndNothingElse) {
-  using Edit = std::function<VELMAR_ERROR_CODE_E(RtvContainerModifier&)>;
-  using Expect = std::function<void(RtvFile&)>;
-  const bool is02 = GetParam() == 2;
-  const std::string longId = "NOPQRSTUVWXYZ<>()[]{}+-*/=%!";
-  const struct {
-    Edit edit;
-    Expect expect;
-  } rows[] = {
-      {[](auto&) { return kSuccess; }, [](auto&) {}},
-      {[&](auto& m) { return m.modifyCameraID(bytes("ABCDEFGH"), 8); },
-       [](auto& f) { f.deviceId.replace(0, 8, "ABCDEFGH"); }},
-      {[&](auto& m) { return m.modifyCameraID(bytes(longId), 28); },
-       [&](auto& f) { f.deviceId = longId.substr(0, 24); }},
-      {[](auto& m) { return m.modifyUndistorted(true); },
-       [&](auto& f) { f.taggingFlags = is02 ? 0x01 : 0x11; }},
-      {[](auto& m) { return m.modifyUndistorted(false); }, [](auto&) {}},
-      {[](auto& m) {
-         m.setTaggingFlags(0xFF);
-         return kSuccess;
-       },
-       [&](auto& f) { f.taggingFlags = is02 ? 0x01 : 0xFF; }},
-      {[](auto& m) {
-         unsigned long start = 1600000000999999;
-         return m.modifyStartTime(start);
-       },
-       [](auto& f) { f.startTime = 1600000000999; }},
-      {[](auto& m) {
-         unsigned long start = 1500000001000000;
-         unsigned long time = 1500000000123456;
-         m.modifyStartTime(start);
-         return m.modifyTimestamp(1, time);
-       },
-       [](auto& f) {
-         f.startTime = 1500000001000;
-         f.frames[1].timeFlag = -877;
-       }},
-      {[](auto& m) { return m.correctVideoResolution(); },
-       [](auto& f) {
-         f.width = 64;
-         f.height = 48;
-       }},
-      {[](auto& m) {
-         unsigned long time = 1;
-         EXPECT_EQ(m.modifyCameraParams("x"), kSuccess);
-         EXPECT_EQ(m.modifyExtendedInfo("x"), kSuccess);
-         EXPECT_EQ(m.modifyFrameIndexDataChecksum("x"), kSuccess);
-         return m.modifyArrivalTime(0, time);
-       },
-       [](auto&) {}},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(&row - rows);
-    writeFile(path_, original_.bytes());
-    RtvFile expected = original_;
-    row.expect(expected);
-    RtvContainerModifier modifier(path_);
-    ASSERT_EQ(modifier.open(), kSuccess);
-    EXPECT_EQ(row.edit(modifier), kSuccess);
-    EXPECT_EQ(modifier.close(), kSuccess);
-    EXPECT_EQ(modifier.close(), kSuccess);
-    EXPECT_TRUE(readFile(path_) == expected.bytes());
-  }
-}
-
-TEST_P(RtvModifier, OnlyTimesReachTheFileWithoutClose) {
   writeFile(path_, original_.bytes());
-  {
-    const auto modifier = makeVelmarVideoFileModifier(path_);
-    ASSERT_EQ(modifier->open(), kSuccess);
-    unsigned long time = 1500000000123456;
-    EXPECT_EQ(modifier->modifyTimestamp(0, time), kSuccess);
-    EXPECT_EQ(modifier->modifyStartTime(time), kSuccess);
+  const std::string longId = "NOPQRSTUVWXYZ<>()[]{}+-*/=%!";
+  unsigned long start = 1500000001000999, time = 1500000000123956;
+  RtvContainerModifier modifier(path_);
+  ASSERT_EQ(modifier.open(), kSuccess);
+  EXPECT_EQ(modifier.modifyCameraID(bytes(longId), 28), kSuccess);
+  EXPECT_EQ(modifier.modifyCameraID(bytes("ABCDEFGH"), 8), kSuccess);
+  EXPECT_EQ(modifier.modifyTimestamp(0, time), kSuccess);
+  EXPECT_EQ(modifier.modifyStartTime(start), kSuccess);
+  EXPECT_EQ(modifier.modifyTimestamp(1, time), kSuccess);
+  EXPECT_EQ(modifier.modifyUndistorted(true), kSuccess);
+  EXPECT_EQ(modifier.correctVideoResolution(), kSuccess);
+  for (const auto code :
+       {modifier.modifyCameraParams("x"), modifier.modifyExtendedInfo("x"),
+        modifier.modifyFrameIndexDataChecksum("x"), modifier.modifyArrivalTime(0, time)}) {
+    EXPECT_EQ(code, kSuccess);
   }
   RtvFile expected = original_;
   expected.frames[0].timeFlag = 123;
+  expected.frames[1].timeFlag = -877;
+  EXPECT_TRUE(readFile(path_) == expected.bytes());  // the header waits for close()
+  EXPECT_EQ(modifier.close(), kSuccess);
+  EXPECT_EQ(modifier.close(), kSuccess);
+  expected.deviceId = "ABCDEFGH" + longId.substr(8, 16);
+  expected.startTime = 1500000001000;
+  expected.taggingFlags = GetParam() == 2 ? 0x01 : 0x11;
+  expected.width = 64;
+  expected.height = 48;
+  EXPECT_TRUE(readFile(path_) == expected.bytes());
+
+  RtvContainerModifier again(path_);
+  ASSERT_EQ(again.open(), kSuccess);
+  again.setTaggingFlags(0xFF);
+  EXPECT_EQ(again.modifyUndistorted(false), kSuccess);
+  EXPECT_EQ(again.close(), kSuccess);
+  expected.taggingFlags = GetParam() == 2 ? 0x01 : 0xEF;
   EXPECT_TRUE(readFile(path_) == expected.bytes());
 }
 
@@ -137,7 +94,7 @@ TEST_P(RtvModifier, RefusesWhatItCannotEdit) {
       log.has("3 RtvContainerModifier_TAG: TaggedVideoParser::init: Error: already inited by " +
               path_ + "\n"));
   EXPECT_EQ(modifier->modifyCameraID(nullptr, 24), VELMAR_ERROR_CODE_NULL_POINTER_E);
-  EXPECT_EQ(modifier->modifyTimestamp(2, time), VELMAR_ERROR_CODE_OUT_RANGE_E);
+  EXPECT_EQ(modifier->modifyTimestamp(3, time), VELMAR_ERROR_CODE_OUT_RANGE_E);
   EXPECT_EQ(modifier->correctVideoResolution(), VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
   EXPECT_EQ(modifier->close(), kSuccess);
   refuses(VELMAR_ERROR_CODE_NOT_INIT_E, VELMAR_ERROR_CODE_NOT_INIT_E);

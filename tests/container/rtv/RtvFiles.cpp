@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "velmar_video/VelmarVideoCommDef.h"
+
 std::string RtvFile::number(unsigned long value, unsigned bytes) const {
   std::string text;
   for (unsigned i = 0; i < bytes; ++i) text += static_cast<char>(value >> (8 * i) & 0xFF);
@@ -42,4 +44,26 @@ std::string RtvFile::bytes() const {
   }
   table.resize(slots * tagSize());
   return header() + table + data;
+}
+
+RtvFile threeFrames(int version) {
+  RtvFile file{.version = version,
+               .deviceId = "0123456789abcdefghijklmn",
+               .startTime = 1000000,
+               .lng = 1073741824,
+               .lat = -536870912,
+               .alt = 12345,
+               .framesMax = 9,
+               .width = 1280,
+               .height = 800,
+               .format = RTV_FMT_GRAY,
+               .codec = RTV_CODEC_H264,
+               .taggingFlags = 0x11};
+  std::string can = RtvFrame().can;
+  can.replace(53, 4, std::string("\x00\x00\x54\x41", 4));  // vehicle_speed 13.25
+  can[105] = 1;                                            // abs_active
+  file.frames = {{"first", -500, 150, -250, 375, 12345, 1388, 359, can},
+                 {"second", 500, -1, 8388607, 0, 0xFFFFFF, 0, 1},
+                 {"third", 700}};
+  return file;
 }

@@ -24,7 +24,7 @@ struct RtvFile {
   unsigned width = 0, height = 0;
   char format = 3, codec = 2;
   unsigned taggingFlags = 0;
-  std::vector<RtvFrame> frames;
+  std::vector<RtvFrame> frames = {};
 
   unsigned headerSize() const { return version == 2 ? 68 : 72; }
   unsigned tagSize() const { return version == 2 ? 29 : version == 3 ? 36 : 145; }
@@ -34,5 +34,8 @@ struct RtvFile {
   std::string tag(const RtvFrame& frame, unsigned long dataOffset) const;
   std::string bytes() const;
 };
+
+/// With every field set, in the tag of the first frame too. There are slots for nine frames.
+RtvFile threeFrames(int version);
 
 #endif
