@@ -37,7 +37,8 @@ double mapIndexAndCopyFirst(const std::string& path, std::vector<unsigned char>&
 double openAndCopyFirst(const std::string& path, std::vector<unsigned char>& buffer) {
   const CpuTimer timer;
   const auto reader = openReader(path);
-  reader->getRawImage(0, static_cast<unsigned int>(buffer.size()), buffer.data());
+  require(reader->getRawImage(0, static_cast<unsigned int>(buffer.size()), buffer.data()) ==
+          VELMAR_ERROR_CODE_SUCCESS_E);
   return timer.seconds();
 }
 

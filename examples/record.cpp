@@ -22,9 +22,11 @@ int main(int argc, char** argv) {
     std::cerr << "usage: record FILE.img|FILE.rtv WIDTH HEIGHT FRAME.jpg...\n";
     return 2;
   }
-  // Null for any other extension.
   const auto creater = makeVelmarVideoFileCreater(argv[1]);
-  if (!creater) return 2;
+  if (!creater) {
+    std::cerr << argv[1] << ": its name has to end in .img or .rtv\n";
+    return 2;
+  }
   if (const auto code = creater->open()) {
     std::cerr << argv[1] << ": " << errorCode2String(code) << '\n';
     return 1;
@@ -40,14 +42,17 @@ int main(int argc, char** argv) {
 
   unsigned long captured = 1700000000000000;  // microseconds since 1970
   creater->setStartTime(captured);            // rtv only, and before the first frame
-  for (int i = 4; i < argc; ++i) {
+  bool isWhole = true;
+  for (int i = 4; i < argc && isWhole; ++i) {
+    const std::string frame = readFile(argv[i]);
     const unsigned long arrived = captured + 40000;
-    if (!creater->addFrame(readFile(argv[i]), captured, arrived)) break;
+    isWhole = !frame.empty() && creater->addFrame(frame, captured, arrived);
+    if (!isWhole) std::cerr << argv[i] << ": cannot be recorded; the frames before it are\n";
     captured += 1000000 / 30;
   }
 
   // The recording has its name only if this succeeds.
   const auto code = creater->close();
   std::cout << argv[1] << ": " << errorCode2String(code) << '\n';
-  return code == VELMAR_ERROR_CODE_SUCCESS_E ? 0 : 1;
+  return isWhole && code == VELMAR_ERROR_CODE_SUCCESS_E ? 0 : 1;
 }

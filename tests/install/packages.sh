@@ -8,12 +8,12 @@ mkdir -p "$2"
 base=$(realpath "$2")
 here=$(cd "$(dirname "$0")" && pwd)
 
-skip() {
-  echo "Not checked in a fresh Debian: $1"
-  exit 0
+impossible() {
+  echo "Not checked in a fresh Debian: $1" >&2
+  exit 1
 }
-[ "$(id -u)" -eq 0 ] || skip "only root can make one"
-unshare --mount true 2>/dev/null || skip "nothing can be mounted here"
+[ "$(id -u)" -eq 0 ] || impossible "only root can make one"
+unshare --mount true 2>/dev/null || impossible "nothing can be mounted here"
 
 if [ ! -e "$base/complete" ]; then
   echo "Making a fresh Debian in $base" >&2
@@ -22,7 +22,7 @@ if [ ! -e "$base/complete" ]; then
   # What programs are built with, so that what the packages themselves need is seen.
   debootstrap --variant=minbase --include=g++,cmake,make,pkg-config bookworm "$base/root" \
     "${DEBIAN_MIRROR:-http://deb.debian.org/debian}" >"$base/log" 2>&1 ||
-    skip "debootstrap failed, see $base/log"
+    impossible "debootstrap failed, see $base/log"
   touch "$base/complete"
 fi
 
@@ -31,7 +31,7 @@ trap 'rm -rf "$work"' EXIT
 cp -a "$base/root" "$work/root"
 mkdir "$work/root/packages"
 cp "$packages"/*.deb "$work/root/packages"
-cp -r "$here/consumer" "$work/root/packages/consumer"
+cp -r "$here/consumer" "$here/../../examples" "$work/root/packages"
 cat >"$work/root/packages/check" <<'TEXT'
 set -eux
 cd /packages
@@ -59,6 +59,14 @@ g++ -std=c++17 consumer/main.cpp $(pkg-config --cflags --libs velmar_video) -o b
 for program in by-cmake/consumer ./by-pkg-config; do
   [ "$($program /tmp/used.img)" = "VELMAR_ERROR_CODE_SUCCESS_E 1" ]
 done
+
+# The examples.
+cmake -S examples -B examples/build
+cmake --build examples/build
+velmar-video --quiet extract /tmp/drive.img --output .
+examples/build/record /tmp/mine.rtv 1280 800 frame_*.jpg
+examples/build/browse /tmp/mine.rtv
+examples/build/decode_all /tmp/mine.rtv
 
 # Nothing is left of them, nor of what they needed.
 apt-get -qq purge --auto-remove velmar-video libvelmar-video1 libvelmar-video-dev
