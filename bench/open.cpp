@@ -37,8 +37,9 @@ double mapIndexAndCopyFirst(const std::string& path, std::vector<unsigned char>&
 double openAndCopyFirst(const std::string& path, std::vector<unsigned char>& buffer) {
   const CpuTimer timer;
   const auto reader = openReader(path);
-  require(reader->getRawImage(0, static_cast<unsigned int>(buffer.size()), buffer.data()) ==
-          VELMAR_ERROR_CODE_SUCCESS_E);
+  const auto size = static_cast<unsigned int>(buffer.size());
+  require(reader->getRawImage(0, size, buffer.data()) == VELMAR_ERROR_CODE_SUCCESS_E,
+          path + ": frame not copied");
   return timer.seconds();
 }
 
