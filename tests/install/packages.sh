@@ -65,7 +65,7 @@ cmake -S examples -B examples/build
 cmake --build examples/build
 velmar-video --quiet extract /tmp/drive.img --output .
 examples/build/record /tmp/mine.rtv 1280 800 frame_*.jpg
-examples/build/browse /tmp/mine.rtv
+examples/build/browse /tmp/mine.rtv 1 /tmp/one.ppm
 examples/build/decode_all /tmp/mine.rtv
 
 # Nothing is left of them, nor of what they needed.
