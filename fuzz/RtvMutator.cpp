@@ -22,8 +22,7 @@ version_e mendVersion(std::uint8_t* file) {
 }
 
 unsigned int mendCount(std::uint8_t* file, std::size_t size, const RtvLayout& layout) {
-  std::uint16_t count = 0;
-  std::memcpy(&count, file + layout.framesCountAt(), sizeof count);
+  auto count = get<std::uint16_t>(file + layout.framesCountAt());
   const std::size_t room = (size - layout.headerSize) / layout.tagSize;
   count = static_cast<std::uint16_t>(std::clamp<std::size_t>(count, 1, room));
   put(file + layout.framesCountAt(), count);
@@ -31,9 +30,7 @@ unsigned int mendCount(std::uint8_t* file, std::size_t size, const RtvLayout& la
 }
 
 void mendLastFrame(std::uint8_t* tag, std::size_t size) {
-  std::uint64_t offset = 0;
-  std::memcpy(&offset, tag + kOffsetInTag, sizeof offset);
-  offset %= size + 1;
+  const std::uint64_t offset = get<std::uint64_t>(tag + kOffsetInTag) % (size + 1);
   put(tag + kOffsetInTag, offset);
   put(tag + kLengthInTag, static_cast<std::uint32_t>(size - offset));
 }

@@ -7,11 +7,14 @@
 #include <iterator>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "SampleScene.h"
 #include "TagsCsv.h"
 #include "common/TjHandle.h"
+#include "container/img/FrameIndex.h"
+#include "container/rtv/RtvLayout.h"
 #include "velmar_video/VelmarVideoFile.h"
 #include "velmar_video/rtv/RecordFileCreater.h"
 
@@ -69,20 +72,20 @@ std::string progressive(const std::string& jpeg) {
   return result;
 }
 
-std::uint64_t bigEndian(const std::string& bytes, std::size_t at) {
-  std::uint64_t value = 0;
-  std::memcpy(&value, bytes.data() + at, sizeof value);
-  return ntohll(value);
+std::uint64_t metaDataOffset(const std::string& file) {
+  std::uint64_t offset = 0;
+  std::memcpy(&offset, file.data(), sizeof offset);
+  return ntohll(offset);
 }
 
 Edges imgEdges(const std::string& file, std::size_t frames) {
-  constexpr std::size_t kIndexAt = 8;
-  constexpr std::size_t kRecordSize = 28;
-  const std::size_t metaDataAt = bigEndian(file, 0);
-  Edges edges = {0, kIndexAt - 1, kIndexAt, metaDataAt, metaDataAt + 1, metaDataAt + 2};
+  const std::size_t metaDataAt = metaDataOffset(file);
+  Edges edges = {0,          kFrameIndexStart - 1, kFrameIndexStart,
+                 metaDataAt, metaDataAt + 1,       metaDataAt + 2};
   for (std::size_t i = 0; i < frames; ++i) {
-    const std::size_t record = kIndexAt + i * kRecordSize;
-    edges.insert({record + kRecordSize, std::size_t{bigEndian(file, record + 16)}});
+    const std::size_t record = kFrameIndexStart + i * sizeof(FrameIndex);
+    edges.insert({record + sizeof(FrameIndex),
+                  std::size_t{readFrameIndex(file.data() + record).frameOffset}});
   }
   for (const std::size_t edge : edgesBehind(file.substr(metaDataAt), ",{}")) {
     edges.insert(metaDataAt + edge);
@@ -107,28 +110,25 @@ void drawImg(const fs::path& folder, const std::string& name,
   creater->close();
   const std::string file = readFile(path);
   fs::remove(path);
-  const std::string metaData = file.substr(bigEndian(file, 0));
+  const std::string metaData = file.substr(metaDataOffset(file));
   save(folder / "img", name, file, imgEdges(file, frames.size()));
   save(folder / "meta", name, metaData, edgesBehind(metaData, ",:{}"));
 }
 
-struct RtvSizes {
-  version_e version;
-  std::size_t header, tag;
-};
-
-Edges rtvEdges(const RtvSizes& sizes, unsigned int slots, const std::vector<std::string>& frames) {
-  Edges edges = {0, 10, 11, 12, 13, 14, 38, 46, sizes.header - 14, sizes.header};
-  for (unsigned int i = 1; i <= slots; ++i) edges.insert(sizes.header + i * sizes.tag);
-  std::size_t at = sizes.header + slots * sizes.tag;
+Edges rtvEdges(const RtvLayout& layout, unsigned int slots,
+               const std::vector<std::string>& frames) {
+  Edges edges = {0,           10,           kFlagsAt, kVersionMajorAt,        kVersionMinorAt,
+                 kDeviceIdAt, kStartTimeAt, kLngAt,   layout.framesCountAt(), layout.headerSize};
+  for (unsigned int i = 1; i <= slots; ++i) edges.insert(layout.tagAt(i));
+  std::size_t at = layout.tagAt(slots);
   for (const std::string& frame : frames) edges.insert(at += frame.size());
   return edges;
 }
 
-void drawRtv(const fs::path& folder, const std::string& name, const RtvSizes& sizes,
+void drawRtv(const fs::path& folder, const std::string& name, version_e version,
              unsigned short slots, const std::vector<std::string>& frames) {
   const fs::path path = folder / "seed.rtv";
-  RecordFileCreater creater(path, slots, sizes.version, nullptr);
+  RecordFileCreater creater(path, slots, version, nullptr);
   creater.setVideoResolution(kWidth, kHeight);
   creater.setFrameFormat(RTV_FMT_BGR);
   creater.setFrameCodec(RTV_CODEC_JPG);
@@ -147,8 +147,8 @@ void drawRtv(const fs::path& folder, const std::string& name, const RtvSizes& si
   creater.close();
   std::string file = readFile(path);
   fs::remove(path);
-  save(folder / "rtv", name, file, rtvEdges(sizes, slots, frames));
-  if (sizes.version == RTV_VER_02) return;
+  save(folder / "rtv", name, file, rtvEdges(rtvLayout(version), slots, frames));
+  if (version == RTV_VER_02) return;
   file[11] = 1;
   save(folder / "rtv", name + "-big-endian", file, {});
 }
@@ -159,14 +159,11 @@ void drawRecordings(const fs::path& folder) {
   drawImg(folder, "three", frames, kWidth, R"({"f": [1.5, -2, 1e9], "name": "a \"b\" \u00e4"})");
   drawImg(folder, "progressive", {progressive(frames[1])}, kWidth, "{}");
   drawImg(folder, "other-size", {frames[0], "no picture"}, 2 * kWidth, "[null, true] // why");
-  const struct {
-    std::string name;
-    RtvSizes sizes;
-  } versions[] = {
-      {"02", {RTV_VER_02, 68, 29}}, {"03", {RTV_VER_03, 72, 36}}, {"04", {RTV_VER_04, 72, 145}}};
-  for (const auto& [name, sizes] : versions) {
-    drawRtv(folder, name + "-one", sizes, 1, {frames[0]});
-    drawRtv(folder, name + "-spare", sizes, 5, {frames[0], "no picture", frames[2]});
+  const std::pair<std::string, version_e> versions[] = {
+      {"02", RTV_VER_02}, {"03", RTV_VER_03}, {"04", RTV_VER_04}};
+  for (const auto& [name, version] : versions) {
+    drawRtv(folder, name + "-one", version, 1, {frames[0]});
+    drawRtv(folder, name + "-spare", version, 5, {frames[0], "no picture", frames[2]});
   }
 }
 

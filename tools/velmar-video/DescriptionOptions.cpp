@@ -80,6 +80,15 @@ std::uint64_t parseTimeOption(const std::string& option, const std::string& text
   throw UsageError(option + " is microseconds since 1970 or RFC 3339");
 }
 
+void addStartTimeOption(CLI::App& command, std::optional<std::uint64_t>& time,
+                        const std::string& help) {
+  command
+      .add_option_function<std::string>(
+          "--start-time",
+          [&time](const std::string& text) { time = parseTimeOption("--start-time", text); }, help)
+      ->type_name("TIME");
+}
+
 JpegSize parsePictureSize(std::string_view text) {
   const std::size_t cross = text.find('x');
   return {parseSide(text.substr(0, cross)),

@@ -20,6 +20,10 @@ std::string parseDeviceId(const std::string& text);
 /// A point in time for `option`, microseconds since 1970. Throws UsageError.
 std::uint64_t parseTimeOption(const std::string& option, const std::string& text);
 
+/// --start-time, which sets `time`; that has to outlive the parsing.
+void addStartTimeOption(CLI::App& command, std::optional<std::uint64_t>& time,
+                        const std::string& help);
+
 /// The pixels of --size, "1280x800". Throws UsageError.
 JpegSize parsePictureSize(std::string_view text);
 

@@ -182,15 +182,10 @@ void addFrameOptions(CLI::App& command, Options& options) {
       ->type_name("CSV");
   command.add_option("--fps", options.framesPerSecond, "Frames a second, instead of --times")
       ->type_name("N");
-  command
-      .add_option_function<std::string>(
-          "--start-time",
-          [&options](const std::string& text) {
-            options.startTime = parseTimeOption("--start-time", text);
-          },
-          "Capture time of the first frame for --fps, now if not given; with --times the start "
-          "of an rtv, its first frame if not given. Microseconds since 1970 or RFC 3339")
-      ->type_name("TIME");
+  addStartTimeOption(
+      command, options.startTime,
+      "Capture time of the first frame for --fps, now if not given; with --times the start "
+      "of an rtv, its first frame if not given. Microseconds since 1970 or RFC 3339");
   command
       .add_option(
           "--tags", options.tagsFile,

@@ -252,16 +252,9 @@ void addTimeOptions(CLI::App& command, Options& options) {
                   "img: the same as a table with the columns sensor_time_us and arrived_time_us, "
                   "a row for each frame of the recording")
       ->type_name("CSV");
-  command
-      .add_option_function<std::string>(
-          "--start-time",
-          [&options](const std::string& text) {
-            options.startTime = parseTimeOption("--start-time", text);
-          },
-          "When an rtv starts, or, with --fps, when an img's first frame was captured. "
-          "Microseconds "
-          "since 1970 or RFC 3339")
-      ->type_name("TIME");
+  addStartTimeOption(command, options.startTime,
+                     "When an rtv starts, or, with --fps, when an img's first frame was captured. "
+                     "Microseconds since 1970 or RFC 3339");
 }
 
 }  // namespace
