@@ -31,12 +31,16 @@ class VELMAR_VIDEO_API IVelmarVideoFile {
   IVelmarVideoFile& operator=(const IVelmarVideoFile&) = delete;
 
   virtual ~IVelmarVideoFile();
-  /// Call it once, and go on only after success. While the object is open, another call answers
-  /// VELMAR_ERROR_CODE_DUPLICATE_INIT_E and changes nothing; so does one after close(), except that
-  /// rtv readers and modifiers may be opened again.
+  /// Go on only after success. While the object is open, another call answers
+  /// VELMAR_ERROR_CODE_DUPLICATE_INIT_E and changes nothing. Readers and modifiers may be opened
+  /// again after a failed open(), which lets go of everything, and after close(): they read the
+  /// file anew. An img creater writes one file: open() after close() answers
+  /// VELMAR_ERROR_CODE_DUPLICATE_INIT_E. An rtv creater's open() does nothing and always answers
+  /// success, since its constructor has done it all; close() tells whether it could.
   virtual VELMAR_ERROR_CODE_E open() = 0;
   /// Success only if what there was to do is done. A second call, or one without open(), does
-  /// nothing and answers VELMAR_ERROR_CODE_NOT_INIT_E; rtv readers and modifiers answer success.
+  /// nothing and answers VELMAR_ERROR_CODE_NOT_INIT_E; rtv readers and modifiers answer success,
+  /// and an rtv creater needs no open() to be closed.
   virtual VELMAR_ERROR_CODE_E close() = 0;
   /// The path's part after its last "/"; empty if the path ends in "/".
   virtual std::string getFileName();
@@ -52,7 +56,8 @@ class VELMAR_VIDEO_API IVelmarVideoFile {
 /// power cut; a file that was there is replaced. Where close() cannot finish, the temporary file
 /// stays with all frames in it; where an rtv creater only had to refuse a frame, close() finishes
 /// the file with the others and answers an error all the same. The destructor closes what was
-/// opened, or was given frames, and not closed.
+/// opened, or was given frames, and not closed. An rtv creater on which nothing but setters was
+/// called leaves no file and replaces none when it is destroyed.
 ///
 /// The setters may be called before or after open(), any time before close(). One that has no
 /// memory for its value leaves the old one whole; close() then finishes the file with that and
@@ -114,9 +119,9 @@ class VELMAR_VIDEO_API VelmarVideoFileCreater : public IVelmarVideoFile {
 /// indexes to 16 bits first, so that 65536 is frame 0; this is intended). Per-frame operations
 /// answer an error before open(), after a failed one and after close().
 ///
-/// A reader object opens one file once. The file must not be shortened while it is open. If a
-/// creater finishes another recording under the path, open() finds the old one or the new one, each
-/// complete, and a reader that is open stays with the one that it opened.
+/// The file must not be shortened while it is open. If a creater finishes another recording under
+/// the path, open() finds the old one or the new one, each complete, and a reader that is open
+/// stays with the one that it opened.
 class VELMAR_VIDEO_API VelmarVideoFileReader : public IVelmarVideoFile {
  public:
   /// Without memory for the path open() answers VELMAR_ERROR_CODE_INVALID_FILE_NAME_E.
@@ -127,7 +132,7 @@ class VELMAR_VIDEO_API VelmarVideoFileReader : public IVelmarVideoFile {
   /// VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E: a file that is cut short or still being written.
   VELMAR_ERROR_CODE_E open() override = 0;
   /// Lets the file go. img keeps the map's address range reserved, with no memory behind it,
-  /// until the object is destroyed.
+  /// until the object is opened again or destroyed.
   VELMAR_ERROR_CODE_E close() override = 0;
 
   /// The version that the header names.
@@ -177,9 +182,9 @@ class VELMAR_VIDEO_API VelmarVideoFileReader : public IVelmarVideoFile {
   /// VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E: no JPEG, a damaged one, or one that no scale makes small
   /// enough; the buffer may then hold a part of the picture. A frame of another size than the
   /// header says is decoded at the largest scale that fits, and leaves the rest of the buffer as it
-  /// was, or zero where rows are cut.
-  /// Nothing is allocated per call: where rows are cut, the whole picture is decoded into scratch
-  /// memory that the reader keeps.
+  /// was, or zero where rows are cut. img looks at the frame count itself as an index only after
+  /// all other arguments; this is intended. Nothing is allocated per call: where rows are cut, the
+  /// whole picture is decoded into scratch memory that the reader keeps.
   virtual VELMAR_ERROR_CODE_E getImage(unsigned int index, unsigned int bufferSize,
                                        unsigned char* buffer, VELMAR_FORMAT_E format,
                                        SCALE_FACTOR_E scale, unsigned short cropTop,
@@ -224,7 +229,9 @@ class VELMAR_VIDEO_API VelmarVideoFileReader : public IVelmarVideoFile {
 ///
 /// Frame times are in the file at once, everything else when close() succeeds; a modifier that is
 /// destroyed without close() drops the latter. Operations answer an error before open() and after
-/// close(), unless they have nothing to do in the container. Nothing locks the file: two modifiers
+/// close(), unless they have nothing to do in the container, or only change the header in memory
+/// (rtv: modifyCameraID(), modifyUndistorted() and modifyStartTime() answer success and leave no
+/// trace; this is intended). Nothing locks the file: two modifiers
 /// at work on one file overwrite each other's changes.
 ///
 /// Readers take header and times when they open the file. One that does so in the very moment of a
@@ -240,6 +247,8 @@ class VELMAR_VIDEO_API VelmarVideoFileModifier : public IVelmarVideoFile {
   VELMAR_ERROR_CODE_E open() override = 0;
   /// Writes the changed header and lets the file go. Where another file has got the path meanwhile,
   /// that one is left alone: img answers VELMAR_ERROR_CODE_FILE_OPEN_FAIL_E, rtv edits the old one.
+  /// Where the system refuses to unmap the file, img answers VELMAR_ERROR_CODE_FILE_MMAP_FAIL_E and
+  /// rtv -1, which is no member of the enumeration; both have written everything.
   VELMAR_ERROR_CODE_E close() override = 0;
 
   /// Replaces the device identifier; lengths as in VelmarVideoFileCreater::setDeviceId().

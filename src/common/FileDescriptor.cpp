@@ -64,6 +64,8 @@ bool FileDescriptor::readAt(void* data, std::size_t size, unsigned long offset) 
   });
 }
 
+bool FileDescriptor::sync() const { return ::fdatasync(fd_) == 0; }
+
 bool FileDescriptor::reserve(unsigned long offset, unsigned long size) const {
   int result = 0;
   do {

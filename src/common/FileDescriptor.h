@@ -28,6 +28,9 @@ class FileDescriptor {
   /// pread(2) until all is read. False where the file ends before, with errno 0, and on a failure.
   bool readAt(void* data, std::size_t size, unsigned long offset) const;
 
+  /// fdatasync(2): what has been written is on the disk.
+  bool sync() const;
+
   /// Makes sure that the blocks of a part of the file are there, without changing its length, so
   /// that neither a write nor a store through a map can run into a full disk. True as well where
   /// the file system cannot do that.

@@ -16,14 +16,19 @@ JpegDecoder::JpegDecoder() : tjHandle_(tjInitDecompress()) {}
 VELMAR_ERROR_CODE_E JpegDecoder::decode(const unsigned char* jpeg, unsigned long jpegSize,
                                         const ImageGeometry& geometry, int pixelFormat,
                                         unsigned char* out) {
-  const JpegSize size = readSize(jpeg, jpegSize);
-  if (size.height <= 0 || !isPlausible(size, jpegSize)) {
-    return VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E;
-  }
+  const auto code = decodeFrame(jpeg, jpegSize, geometry, pixelFormat, out);
+  // The tables of a refused frame would serve the next one that has none of its own.
+  if (code != VELMAR_ERROR_CODE_SUCCESS_E) tjHandle_.reset(tjInitDecompress());
+  return code;
+}
+
+VELMAR_ERROR_CODE_E JpegDecoder::decodeFrame(const unsigned char* jpeg, unsigned long jpegSize,
+                                             const ImageGeometry& geometry, int pixelFormat,
+                                             unsigned char* out) {
+  JpegSize size{};
+  if (!readSize(jpeg, jpegSize, size)) return VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E;
   if (geometry.top + geometry.bottom == 0) {
-    return decompress(jpeg, jpegSize, geometry, pixelFormat, out)
-               ? VELMAR_ERROR_CODE_SUCCESS_E
-               : VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E;
+    return decompress(jpeg, jpegSize, geometry, pixelFormat, out);
   }
 
   // The header may speak of far more rows than the frame can reach.
@@ -39,28 +44,31 @@ VELMAR_ERROR_CODE_E JpegDecoder::decode(const unsigned char* jpeg, unsigned long
   if (size.width != geometry.sourceWidth || size.height != geometry.sourceHeight) {
     std::memset(whole + skippedBytes, 0, keptBytes);
   }
-  if (!decompress(jpeg, jpegSize, geometry, pixelFormat, whole)) {
-    return VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E;
-  }
+  if (const auto code = decompress(jpeg, jpegSize, geometry, pixelFormat, whole)) return code;
   std::memcpy(out, whole + skippedBytes, keptBytes);
   std::memset(out + keptBytes, 0, geometry.size() - keptBytes);
   return VELMAR_ERROR_CODE_SUCCESS_E;
 }
 
-bool JpegDecoder::decompress(const unsigned char* jpeg, unsigned long jpegSize,
-                             const ImageGeometry& geometry, int pixelFormat, unsigned char* out) {
-  const int result = tjDecompress2(
-      tjHandle_.get(), jpeg, jpegSize, out, static_cast<int>(geometry.width),
-      static_cast<int>(geometry.pitch()), static_cast<int>(geometry.fullHeight), pixelFormat, 0);
-  if (result == -1) tjHandle_.reset(tjInitDecompress());
-  return result != -1;
+VELMAR_ERROR_CODE_E JpegDecoder::decompress(const unsigned char* jpeg, unsigned long jpegSize,
+                                            const ImageGeometry& geometry, int pixelFormat,
+                                            unsigned char* out) {
+  if (tjDecompress2(tjHandle_.get(), jpeg, jpegSize, out, static_cast<int>(geometry.width),
+                    static_cast<int>(geometry.pitch()), static_cast<int>(geometry.fullHeight),
+                    pixelFormat, 0) == 0) {
+    return VELMAR_ERROR_CODE_SUCCESS_E;
+  }
+  cause_ = tjGetErrorStr();
+  return VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E;
 }
 
-JpegSize JpegDecoder::readSize(const unsigned char* jpeg, unsigned long jpegSize) {
-  const JpegSize size = readAnyJpegSize(tjHandle_.get(), jpeg, jpegSize);
-  // In mid-header the decompressor would find another fault than the frame has.
-  if (size.height <= 0) tjHandle_.reset(tjInitDecompress());
-  return size;
+bool JpegDecoder::readSize(const unsigned char* jpeg, unsigned long jpegSize, JpegSize& size) {
+  const auto found = readAnyJpegSize(tjHandle_.get(), jpeg, jpegSize, cause_);
+  if (!found) return false;
+  size = *found;
+  if (isPlausible(size, jpegSize)) return true;
+  cause_ = "JPEG data far too short for the picture's size";
+  return false;
 }
 
 // Rows that begin on a 32-byte boundary are written past the cache, and copying them out would

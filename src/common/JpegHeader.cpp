@@ -2,6 +2,7 @@
 
 namespace {
 
+// What TurboJPEG answers and, if it says so itself, leaves in `size`.
 int readHeader(tjhandle decompressor, const unsigned char* jpeg, unsigned long jpegSize,
                JpegSize& size) {
   int subsampling = -1;
@@ -16,20 +17,26 @@ int readHeader(tjhandle decompressor, const unsigned char* jpeg, unsigned long j
 std::optional<JpegSize> readJpegSize(tjhandle decompressor, const unsigned char* jpeg,
                                      unsigned long jpegSize) {
   JpegSize size{};
-  if (readHeader(decompressor, jpeg, jpegSize, size) != 0) return std::nullopt;
+  // A frame of tables alone is no error to TurboJPEG, which then tells no size.
+  if (readHeader(decompressor, jpeg, jpegSize, size) != 0 || size.height <= 0) return std::nullopt;
   return size;
 }
 
-JpegSize readAnyJpegSize(tjhandle decompressor, const unsigned char* jpeg, unsigned long jpegSize) {
+std::optional<JpegSize> readAnyJpegSize(tjhandle decompressor, const unsigned char* jpeg,
+                                        unsigned long jpegSize, const char*& cause) {
   JpegSize size{};
-  readHeader(decompressor, jpeg, jpegSize, size);
-  return size;
+  const int result = readHeader(decompressor, jpeg, jpegSize, size);
+  if (size.width > 0 && size.height > 0) return size;
+  cause = result == 0 ? "JPEG tables without a picture" : tjGetErrorStr();
+  return std::nullopt;
 }
 
 bool isPlausible(JpegSize size, unsigned long jpegSize) {
-  // Each 8 x 8 pixels take a bit at least; by far less with arithmetic coding.
+  // The decoder takes up to 8 bytes a pixel: what that comes to here, any frame may have.
+  constexpr unsigned long kPixelsForAny = 1UL << 24;
+  // Beyond that: each 8 x 8 pixels take a bit at least; by far less with arithmetic coding.
   constexpr unsigned long kPixelsPerByte = 1UL << 14;
-  return static_cast<unsigned long>(size.width) * static_cast<unsigned long>(size.height) /
-             kPixelsPerByte <=
-         jpegSize;
+  const auto pixels =
+      static_cast<unsigned long>(size.width) * static_cast<unsigned long>(size.height);
+  return pixels <= kPixelsForAny || pixels / kPixelsPerByte <= jpegSize;
 }

@@ -11,18 +11,21 @@ struct JpegSize {
   int height;
 };
 
-/// Reads a JPEG's size from its header; nothing if there is no usable one, with the cause in
-/// tjGetErrorStr(). `decompressor` is a TurboJPEG handle of the caller's, null one that failed to
-/// be made.
+/// Reads a JPEG's size from its header; nothing if there is no usable one, or if the JPEG has
+/// tables and no picture. `decompressor` is a TurboJPEG handle of the caller's, null one that
+/// failed to be made; it keeps the tables that it has read.
 std::optional<JpegSize> readJpegSize(tjhandle decompressor, const unsigned char* jpeg,
                                      unsigned long jpegSize);
 
 /// The same of any picture that can be decoded: also of one whose sampling has no name in
-/// TurboJPEG, which readJpegSize() refuses. 0 x 0 if there is no usable header.
-JpegSize readAnyJpegSize(tjhandle decompressor, const unsigned char* jpeg, unsigned long jpegSize);
+/// TurboJPEG, which readJpegSize() refuses. If there is nothing, `cause` says why, until TurboJPEG
+/// is called again in this thread.
+std::optional<JpegSize> readAnyJpegSize(tjhandle decompressor, const unsigned char* jpeg,
+                                        unsigned long jpegSize, const char*& cause);
 
-/// Whether so many bytes can hold all of such a picture. The decoder may take memory by the size
-/// that a header claims before it looks at the rest.
+/// Whether a picture of that size may be decoded from so few bytes. The decoder may take memory by
+/// the size that a header claims before it looks at the rest: only what would take absurdly much
+/// for its bytes is refused.
 bool isPlausible(JpegSize size, unsigned long jpegSize);
 
 #endif

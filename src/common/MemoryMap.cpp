@@ -7,6 +7,7 @@
 MemoryMap::~MemoryMap() { unmap(); }
 
 bool MemoryMap::map(int fd, unsigned long length, Access access) {
+  unmap();
   const int protection = access == Access::ReadWrite ? PROT_READ | PROT_WRITE : PROT_READ;
   void* address = ::mmap(nullptr, length, protection, MAP_SHARED, fd, 0);
   if (address == MAP_FAILED) return false;

@@ -11,20 +11,19 @@ class MemoryMap {
   MemoryMap& operator=(const MemoryMap&) = delete;
   ~MemoryMap();
 
-  /// Maps `length` bytes, all of them inside the file: ask the descriptor for its size, not the
-  /// path, which another file may have got meanwhile. The descriptor may be closed afterwards.
+  /// Maps `length` bytes instead of what was mapped, all of them inside the file: ask the
+  /// descriptor for its size, not the path, which another file may have got meanwhile. The
+  /// descriptor may be closed afterwards.
   bool map(int fd, unsigned long length, Access access);
   /// Starts writing what was stored to the disk.
   void flush() const;
   /// False if the system refuses; the map is given up all the same.
   bool unmap();
   /// Unmaps the file but keeps the address range reserved, inaccessible and without memory, until
-  /// this object is destroyed: no other map can come to lie there meanwhile.
+  /// the next map() or the end of this object: no other map can come to lie there meanwhile.
   void retire();
 
   bool isMapped() const { return address_ != nullptr && !retired_; }
-  /// Whether there ever was a map.
-  bool wasMapped() const { return length_ > 0; }
   /// Null unless mapped.
   unsigned char* data() const { return isMapped() ? address_ : nullptr; }
 

@@ -29,8 +29,9 @@ FileDescriptor openFolder(const std::string& path) {
 }  // namespace
 
 int syncFile(const std::string& path) {
-  const FileDescriptor file(path, O_RDONLY);
-  return file.isOpen() && ::fdatasync(file.get()) == 0 ? 0 : errno;
+  FileDescriptor file(path, O_RDONLY);
+  if (!file.isOpen()) file = FileDescriptor(path, O_WRONLY);  // either may be forbidden
+  return file.isOpen() && file.sync() ? 0 : errno;
 }
 
 void syncName(const std::string& path) {
@@ -38,11 +39,10 @@ void syncName(const std::string& path) {
   if (folder.isOpen()) ::fsync(folder.get());
 }
 
-int publishFile(const std::string& temporaryPath, const std::string& finalPath) {
-  if (const int cause = syncFile(temporaryPath)) return cause;
+bool renameFile(const std::string& temporaryPath, const std::string& finalPath) {
   // Opened first, since after the rename nothing may fail any more.
   const FileDescriptor folder = openFolder(finalPath);
-  if (std::rename(temporaryPath.c_str(), finalPath.c_str()) != 0) return errno;
+  if (std::rename(temporaryPath.c_str(), finalPath.c_str()) != 0) return false;
   if (folder.isOpen()) ::fsync(folder.get());
-  return 0;
+  return true;
 }

@@ -3,11 +3,11 @@
 
 #include <string>
 
-/// Gives a finished file its final name so that neither a crash nor a power cut can leave that
-/// name on an unfinished file: its data go to the disk before the rename, the rename itself
-/// after it, as far as the folder allows. A file that has the final name is replaced.
-/// \return 0 or the errno of the step that failed
-int publishFile(const std::string& temporaryPath, const std::string& finalPath);
+/// Gives a finished file its final name, and brings the rename to the disk as far as the folder
+/// allows. A file that has the final name is replaced. What is in the file is to be on the disk
+/// already (FileDescriptor::sync()): then neither a crash nor a power cut can leave the name on an
+/// unfinished file. False, with the cause in errno, if it keeps its old name.
+bool renameFile(const std::string& temporaryPath, const std::string& finalPath);
 
 /// Brings what is in the file to the disk.
 /// \return 0 or the errno of the step that failed

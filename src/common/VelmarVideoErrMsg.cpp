@@ -1,12 +1,14 @@
 #include "velmar_video/VelmarVideoErrMsg.h"
 
 #include <array>
+#include <string_view>
 
 #include "common/Guarded.h"
 
 namespace {
 
-const std::array<std::string, VELMAR_ERROR_CODE_MAX_E + 1> StringErrorCode = {
+// A constant of the compiler: there before any constructor runs and after every destructor.
+constexpr std::array<std::string_view, VELMAR_ERROR_CODE_MAX_E + 1> StringErrorCode = {
     "VELMAR_ERROR_CODE_SUCCESS_E",
     "VELMAR_ERROR_CODE_STATUS_FILE_CANNOT_READ_E",
     "VELMAR_ERROR_CODE_FILE_NOT_EXIST_E",
@@ -36,6 +38,6 @@ std::string errorCode2String(VELMAR_ERROR_CODE_E code) {
     if (static_cast<unsigned int>(code) >= VELMAR_ERROR_CODE_MAX_E) {
       return "error must >= VELMAR_ERROR_CODE_SUCCESS_E && < VELMAR_ERROR_CODE_MAX_E ";
     }
-    return StringErrorCode[code];
+    return std::string(StringErrorCode[code]);
   });
 }

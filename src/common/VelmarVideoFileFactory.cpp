@@ -1,6 +1,8 @@
 // The registries: the one place that knows every container.
-#include <functional>
-#include <map>
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <utility>
 
 #include "common/Guarded.h"
 #include "container/img/ImgContainerCreater.h"
@@ -13,9 +15,10 @@
 
 namespace {
 
+// Constants of the compiler: a program's objects may use them before and after every other.
 template <typename Interface>
 using Registry =
-    std::map<std::string, std::function<std::shared_ptr<Interface>(const std::string&)>>;
+    std::array<std::pair<std::string_view, std::shared_ptr<Interface> (*)(const std::string&)>, 2>;
 
 template <typename Container>
 std::shared_ptr<VelmarVideoFileCreater> makeVelmarVideoFileCreater_(const std::string& path) {
@@ -32,18 +35,15 @@ std::shared_ptr<VelmarVideoFileModifier> makeVelmarVideoFileModifier_(const std:
   return std::make_shared<Container>(path);
 }
 
-const Registry<VelmarVideoFileCreater> mapVelmarVideoFileCreater = {
-    {"img", makeVelmarVideoFileCreater_<ImgContainerCreater>},
-    {"rtv", makeVelmarVideoFileCreater_<RtvContainerCreater>},
-};
-const Registry<VelmarVideoFileReader> mapVelmarVideoFileReader = {
-    {"img", makeVelmarVideoFileReader_<ImgContainerReader>},
-    {"rtv", makeVelmarVideoFileReader_<RtvContainerReader>},
-};
-const Registry<VelmarVideoFileModifier> mapVelmarVideoFileModifier = {
-    {"img", makeVelmarVideoFileModifier_<ImgContainerModifier>},
-    {"rtv", makeVelmarVideoFileModifier_<RtvContainerModifier>},
-};
+constexpr Registry<VelmarVideoFileCreater> mapVelmarVideoFileCreater = {
+    {{"img", makeVelmarVideoFileCreater_<ImgContainerCreater>},
+     {"rtv", makeVelmarVideoFileCreater_<RtvContainerCreater>}}};
+constexpr Registry<VelmarVideoFileReader> mapVelmarVideoFileReader = {
+    {{"img", makeVelmarVideoFileReader_<ImgContainerReader>},
+     {"rtv", makeVelmarVideoFileReader_<RtvContainerReader>}}};
+constexpr Registry<VelmarVideoFileModifier> mapVelmarVideoFileModifier = {
+    {{"img", makeVelmarVideoFileModifier_<ImgContainerModifier>},
+     {"rtv", makeVelmarVideoFileModifier_<RtvContainerModifier>}}};
 
 template <typename Interface>
 std::shared_ptr<Interface> make(const Registry<Interface>& registry, const std::string& path) {
@@ -51,7 +51,8 @@ std::shared_ptr<Interface> make(const Registry<Interface>& registry, const std::
     // The last "." of the whole path, folders included. Without one, npos + 1 wraps to 0.
     const std::string extension = path.substr(path.rfind('.') + 1);
     if (extension.empty() || extension == path) return nullptr;
-    const auto maker = registry.find(extension);
+    const auto maker = std::find_if(registry.begin(), registry.end(),
+                                    [&](const auto& entry) { return entry.first == extension; });
     return maker == registry.end() ? nullptr : maker->second(path);
   };
   return guarded("VelmarVideoFileFactory", "make", std::shared_ptr<Interface>(), forExtension);

@@ -1,8 +1,13 @@
 #include "velmar_video/VelmarVideoFile.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
 
 #include "container/rtv/RtvContainerReader.h"
+#include "support/TestSupport.h"
 #include "velmar_video/rtv/RtvContainerModifier.h"
 
 namespace {
@@ -26,7 +31,79 @@ TEST(Factories, ChooseByTheTextAfterTheLastDot) {
   EXPECT_EQ(makeVelmarVideoFileReader("a.RTV"), nullptr);
 }
 
+// Constructed before anything that the library makes while it is used, and destroyed after it.
+std::shared_ptr<VelmarVideoFileCreater> leftOpen;
+std::string finished;
+
+void readWhileExiting() {
+  const auto reader = makeVelmarVideoFileReader(finished);
+  unsigned int count = 0;
+  const bool isRead = reader->open() == VELMAR_ERROR_CODE_SUCCESS_E &&
+                      reader->getFramesCount(count) == VELMAR_ERROR_CODE_SUCCESS_E &&
+                      !reader->getMetaInfo().empty();
+  if (!isRead || count != 1) std::_Exit(7);
+}
+
+TEST(Files, AreFinishedAndReadWhileTheProgramExits) {
+  const TempFolder folder;
+  for (const std::string name : {"a.img", "a.rtv"}) {
+    finished = folder / ("finished." + name);
+    const auto start = [&](const std::string& path) {
+      leftOpen = makeVelmarVideoFileCreater(path);
+      return leftOpen->open() == VELMAR_ERROR_CODE_SUCCESS_E &&
+             leftOpen->addFrame(std::string(100, 'x'), 1, 2);
+    };
+    ASSERT_TRUE(start(finished));
+    leftOpen.reset();
+    EXPECT_EXIT(
+        {
+          std::atexit(readWhileExiting);
+          readWhileExiting();
+          std::exit(start(folder / name) ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+    EXPECT_EQ(got(*openedReader(folder / name), &VelmarVideoFileReader::getFramesCount), 1U);
+  }
+}
+
+// What the recorder has open it needs not open again.
+TEST(Files, AreFinishedByARecorderThatMayNotReadThem) {
+  const TempFolder folder;
+  std::filesystem::permissions(folder / "", std::filesystem::perms::all);
+  for (const std::string name : {"a.img", "a.rtv"}) {
+    EXPECT_TRUE(inChildProcess([&] {
+      constexpr uid_t kNobody = 65534;
+      if (::geteuid() == 0 && ::seteuid(kNobody) != 0) return false;
+      ::umask(0400);
+      const auto creater = makeVelmarVideoFileCreater(folder / name);
+      return creater->open() == VELMAR_ERROR_CODE_SUCCESS_E &&
+             creater->addFrame(std::string(100, 'x'), 1, 2) &&
+             creater->close() == VELMAR_ERROR_CODE_SUCCESS_E;
+    })) << name;
+    EXPECT_TRUE(exists(folder / name)) << name;
+  }
+}
+
+TEST(Files, SayWhichStepOfFinishingFailed) {
+  const TempFolder folder;
+  for (const std::string name : {"a.img", "a.rtv"}) {
+    const std::string path = folder / name;
+    std::filesystem::create_directory(path);
+    const LogCapture log;
+    const auto creater = makeVelmarVideoFileCreater(path);
+    EXPECT_EQ(creater->open(), VELMAR_ERROR_CODE_SUCCESS_E);
+    creater->addFrame(std::string(100, 'x'), 1, 2);
+    EXPECT_EQ(creater->close(), VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
+    const std::string line =
+        name == "a.img"
+            ? "3 ImgContainerCreater_TAG: rename " + path + ".tmp to " + path + " error: "
+            : "3 RecordFileCreater: Error: rename fail " + path + ".tmp, ";
+    EXPECT_EQ(log.errors(), std::vector{line + "Is a directory"});
+  }
+}
+
 TEST(FileName, IsThePartAfterTheLastSlash) {
+  EXPECT_EQ(RtvContainerModifier("/x/y/clip.rtv").getFileName(), "clip.rtv");
   EXPECT_EQ(makeVelmarVideoFileReader("/x/y/clip.img")->getFileName(), "clip.img");
   EXPECT_EQ(makeVelmarVideoFileReader("clip.img")->getFileName(), "clip.img");
 }

@@ -78,10 +78,8 @@ void expectNoFrame(Reader& reader, unsigned int index, VELMAR_ERROR_CODE_E expec
 TEST_F(Readers, GiveNoFrameOutsideTheirLife) {
   const struct {
     std::string name;
-    VELMAR_ERROR_CODE_E closed, noFrame, reopened;
-  } rows[] = {
-      {"a.img", kNotInit, VELMAR_ERROR_CODE_OUT_RANGE_E, VELMAR_ERROR_CODE_DUPLICATE_INIT_E},
-      {"a.rtv", kSuccess, kInvalid, kSuccess}};
+    VELMAR_ERROR_CODE_E closed, noFrame;
+  } rows[] = {{"a.img", kNotInit, VELMAR_ERROR_CODE_OUT_RANGE_E}, {"a.rtv", kSuccess, kInvalid}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     writeFile(folder_ / row.name, twoFrames(row.name, 8, 8));
@@ -99,7 +97,36 @@ TEST_F(Readers, GiveNoFrameOutsideTheirLife) {
     EXPECT_EQ(reader->loadAllFromFile(), kSuccess);
     EXPECT_EQ(reader->close(), kSuccess);
     expectClosed();
-    EXPECT_EQ(reader->open(), row.reopened);
+    writeFile(folder_ / row.name, twoFrames(row.name, 40, 30));
+    EXPECT_EQ(reader->open(), kSuccess);
+    unsigned short width = 0, height = 0;
+    EXPECT_EQ(reader->getImageResolution(width, height), kSuccess);
+    EXPECT_EQ(width * 100 + height, 4030);
+    std::string data;
+    EXPECT_EQ(reader->getRawImage(1, data), kSuccess);
+    EXPECT_EQ(data, "second");
+  }
+}
+
+// img: the frame count itself is an index like any other until everything else is right.
+TEST_F(Readers, LookAtTheArgumentsOfAPictureInTheirOrder) {
+  const auto reader = opened("a.img", twoFrames("a.img", 8, 8));
+  unsigned char pixels[64];
+  const struct {
+    unsigned int index;
+    VELMAR_FORMAT_E format;
+    unsigned int size;
+    unsigned char* buffer;
+    VELMAR_ERROR_CODE_E code;
+  } rows[] = {{3, VELMAR_FORMAT_YUV420_E, 1, nullptr, VELMAR_ERROR_CODE_OUT_RANGE_E},
+              {2, VELMAR_FORMAT_YUV420_E, 1, nullptr, kNotSupported},
+              {2, VELMAR_FORMAT_GRAY_E, 1, nullptr, kInvalid},
+              {2, VELMAR_FORMAT_GRAY_E, 64, nullptr, kNoBuffer},
+              {2, VELMAR_FORMAT_GRAY_E, 64, pixels, VELMAR_ERROR_CODE_OUT_RANGE_E}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(
+        reader->getImage(row.index, row.size, row.buffer, row.format, SCALE_FACTOR_1_1_E, 0, 0),
+        row.code);
   }
 }
 

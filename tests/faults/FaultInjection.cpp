@@ -4,11 +4,8 @@
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
-#include <sys/uio.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -71,22 +68,13 @@ int open(const char* path, int flags, ...) {
   return fails(call) ? -1 : next<int>("open", path, flags, mode);
 }
 
-FILE* fopen64(const char* path, const char* mode) {
-  return fails(Call::Open) ? nullptr : next<FILE*>("fopen64", path, mode);
-}
-
 int close(int fd) {
   const int result = next<int>("close", fd);
   return fails(Call::Close) ? -1 : result;
 }
 
-int fclose(FILE* file) {
-  const int result = next<int>("fclose", file);
-  return fails(Call::Close) ? EOF : result;
-}
-
-ssize_t read(int fd, void* data, std::size_t size) {
-  return fails(Call::Read) ? -1 : next<ssize_t>("read", fd, data, size);
+ssize_t pread(int fd, void* data, std::size_t size, off_t offset) {
+  return fails(Call::Pread) ? -1 : next<ssize_t>("pread", fd, data, size, offset);
 }
 
 ssize_t write(int fd, const void* data, std::size_t size) {
@@ -94,22 +82,9 @@ ssize_t write(int fd, const void* data, std::size_t size) {
   return size > 0 ? next<ssize_t>("write", fd, data, size) : -1;
 }
 
-ssize_t writev(int fd, const iovec* parts, int count) {
-  if (!fails(Call::Write)) return next<ssize_t>("writev", fd, parts, count);
-  std::array<iovec, 4> left{};
-  std::copy_n(parts, count, left.begin());
-  iovec& last = left[static_cast<std::size_t>(count) - 1];
-  last.iov_len = part(last.iov_len);
-  return last.iov_len > 0 ? next<ssize_t>("writev", fd, left.data(), count) : -1;
-}
-
 ssize_t pwrite(int fd, const void* data, std::size_t size, off_t offset) {
   if (fails(Call::Pwrite)) size = part(size);
   return size > 0 ? next<ssize_t>("pwrite", fd, data, size, offset) : -1;
-}
-
-off64_t lseek64(int fd, off64_t offset, int whence) noexcept {
-  return fails(Call::Seek) ? -1 : next<off64_t>("lseek64", fd, offset, whence);
 }
 
 int ftruncate(int fd, off_t length) noexcept {

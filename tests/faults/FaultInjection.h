@@ -1,29 +1,28 @@
 /// Makes calls of the operating system or of the allocator fail, by their number.
 ///
 /// The functions are defined in the test program itself, where the shared libraries that it loads
-/// find them first as well: what a stream of the standard library writes is counted, too.
+/// find them first as well.
 #ifndef VELMAR_TESTS_FAULT_INJECTION_H
 #define VELMAR_TESTS_FAULT_INJECTION_H
 
 enum class Call {
   Allocate,  ///< malloc(); with AddressSanitizer, which has its own, operator new
-  Close,     ///< close() and fclose(), which close all the same
+  Close,     ///< closes all the same
   Fallocate,
   Ftruncate,
   Mmap,     ///< of a file
   Reserve,  ///< mmap() without a file
   Msync,
   Munmap,  ///< unmaps all the same: nothing could be done about a map that stays
-  Open,    ///< open() and fopen()
+  Open,
   OpenFolder,
+  Pread,
   Pwrite,
-  Read,
   Rename,
-  Seek,
   Stat,        ///< stat() and fstat()
   SyncData,    ///< fdatasync()
   SyncFolder,  ///< fsync()
-  Write,       ///< write() and writev()
+  Write,
 };
 
 enum class Extent {

@@ -7,4 +7,15 @@
 /// of that many bytes, which holds a start and an end marker as a thumbnail would.
 std::string numberedJpeg(unsigned int number, std::size_t commentSize = 40);
 
+enum class Coding { Optimized, Arithmetic };
+/// A grey JPEG of one shade, with Huffman tables made for it or arithmetic-coded.
+std::string uniformJpeg(int width, int height, Coding coding);
+
+/// The JPEG without its Huffman tables: decoders take the standard's.
+std::string withoutHuffmanTables(const std::string& jpeg);
+/// The JPEG's tables without its picture.
+std::string tablesOf(const std::string& jpeg);
+/// The JPEG with another size in its header.
+std::string claiming(unsigned int width, unsigned int height, std::string jpeg);
+
 #endif

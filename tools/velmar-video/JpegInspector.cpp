@@ -6,11 +6,17 @@
 #include "FrameInput.h"
 #include "InputFile.h"
 
+namespace {
+
+const unsigned char* bytesOf(const std::string& jpeg) {
+  return reinterpret_cast<const unsigned char*>(jpeg.data());
+}
+
+}  // namespace
+
 std::optional<JpegSize> JpegInspector::size(const std::string& jpeg) const {
-  const JpegSize found = readAnyJpegSize(
-      handle_.get(), reinterpret_cast<const unsigned char*>(jpeg.data()), jpeg.size());
-  if (found.width <= 0 || found.height <= 0) return std::nullopt;
-  return found;
+  const char* cause = nullptr;
+  return readAnyJpegSize(handle_.get(), bytesOf(jpeg), jpeg.size(), cause);
 }
 
 JpegSize JpegInspector::sizeOfFile(const std::string& path) const {
@@ -23,20 +29,23 @@ JpegSize JpegInspector::sizeOfFile(const std::string& path) const {
   throw Failure(path, "it is not a JPEG picture", VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
 }
 
-JpegInspector::DecodingProblem JpegInspector::decodingProblem(const std::string& jpeg) const {
+JpegInspector::DecodingProblem JpegInspector::decodingProblem(const std::string& jpeg) {
   constexpr tjscalingfactor kSmall{1, 8};
-  const auto picture = size(jpeg);
-  if (!picture) return {tjGetErrorStr2(handle_.get()), true};
+  // By itself: a decoder keeps tables for the next frame.
+  const TjHandle handle(tjInitDecompress());
+  const char* cause = nullptr;
+  const auto picture = readAnyJpegSize(handle.get(), bytesOf(jpeg), jpeg.size(), cause);
+  if (!picture) return {cause, true};
   if (!isPlausible(*picture, jpeg.size())) return {"far too short for its size", true};
   const int width = TJSCALED(picture->width, kSmall);
   const int height = TJSCALED(picture->height, kSmall);
   std::vector<unsigned char> pixels(static_cast<std::size_t>(width) *
                                     static_cast<std::size_t>(height));
-  if (tjDecompress2(handle_.get(), reinterpret_cast<const unsigned char*>(jpeg.data()), jpeg.size(),
-                    pixels.data(), width, width, height, TJPF_GRAY, 0) == 0) {
+  if (tjDecompress2(handle.get(), bytesOf(jpeg), jpeg.size(), pixels.data(), width, width, height,
+                    TJPF_GRAY, 0) == 0) {
     return {};
   }
-  return {tjGetErrorStr2(handle_.get()), tjGetErrorCode(handle_.get()) == TJERR_FATAL};
+  return {tjGetErrorStr2(handle.get()), tjGetErrorCode(handle.get()) == TJERR_FATAL};
 }
 
 std::string toText(JpegSize size) {

@@ -24,7 +24,7 @@ class JpegInspector {
     bool isFatal = false;
   };
   /// Decodes the picture, at a small size, which takes all of its data.
-  DecodingProblem decodingProblem(const std::string& jpeg) const;
+  static DecodingProblem decodingProblem(const std::string& jpeg);
 
  private:
   TjHandle handle_;

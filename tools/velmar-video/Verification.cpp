@@ -130,7 +130,7 @@ class Verifier {
   }
 
   void checkDecoding(unsigned int index, const std::string& jpeg) const {
-    const auto problem = inspector_.decodingProblem(jpeg);
+    const auto problem = JpegInspector::decodingProblem(jpeg);
     if (problem.text.empty()) return;
     reportFrame(
         problem.isFatal ? Severity::Error : Severity::Warning, index,

@@ -170,8 +170,8 @@ unsigned int writeFrames(const Options& options, const std::string& path, const 
 }
 
 void publish(const std::string& path, const std::string& output) {
-  const int cause = publishFile(path, output);
-  if (cause == 0) return;
+  if (renameFile(path, output)) return;
+  const int cause = errno;
   ::unlink(path.c_str());
   throw Failure::ofSystem(output, "cannot give it its name", cause);
 }

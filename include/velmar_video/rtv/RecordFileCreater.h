@@ -9,8 +9,6 @@
 
 #include "velmar_video/rtv/RecordFile.h"
 
-class FileDescriptor;
-
 /// Writes one RTV file of any version, with tags and CAN signals.
 ///
 /// The constructor creates the file name plus ".tmp" with the whole tag table; close() writes the
@@ -69,8 +67,9 @@ class VELMAR_VIDEO_API RecordFileCreater : public RecordFile {
   /// \param speed             hundredths of a metre a second
   /// \param direction         degrees
   /// \param can               version 04: copied; null for no signals
-  /// False, and nothing added, beyond framesMax, on a full disk and after close(). False with the
-  /// frame added only if its tag could not be mapped.
+  /// False, and nothing added: beyond framesMax, which is not logged; on a full disk, while no file
+  /// is open, and for data that is refused. False with the frame added only if its tag could not be
+  /// mapped.
   bool addFrame(int timeFlag, const char* data, unsigned int length, int x, int y, int z,
                 unsigned int relativeDistance, unsigned short speed, unsigned short direction,
                 const can_data_io* can);
@@ -87,18 +86,21 @@ class VELMAR_VIDEO_API RecordFileCreater : public RecordFile {
   void abandon();
 
  private:
+  struct File;
+
   bool makeTagTable();
   bool appendBytes(const char* data, unsigned int length);
   bool storeTag(const unsigned char* tag, unsigned int index);
   bool storeHeader();
+  bool publish();
   void encodeHeader(unsigned char* bytes) const;
   /// Changes the file through a map of all of it.
   bool changeMapped(const std::function<void(unsigned char*)>& change);
   header_t& headerWithAllFields();
 
   std::string temporaryPath_;
-  std::unique_ptr<FileDescriptor> file_;  ///< null when no file is open
-  unsigned long fileSize_ = 0;            ///< bytes
+  std::unique_ptr<File> file_;  ///< null when no file is open
+  unsigned long fileSize_ = 0;  ///< bytes
   unsigned short framesWritten_ = 0;
 };
 

@@ -20,17 +20,25 @@ class VELMAR_VIDEO_API RtvContainerModifier : public VelmarVideoFileModifier,
   /// Without memory for the path open() answers VELMAR_ERROR_CODE_INVALID_FILE_NAME_E.
   explicit RtvContainerModifier(const std::string& path);
 
+  /// The facade's, not RecordFile's, which gives the whole path of the open file.
+  using VelmarVideoFileModifier::getFileName;
+
   VELMAR_ERROR_CODE_E open() override;
+  /// Success as well where no file is open. -1, which is no member of the enumeration, where the
+  /// system refuses to unmap the file; the header has been written even so.
   VELMAR_ERROR_CODE_E close() override;
+  /// Changes the header in memory, which close() writes: works before open(), after close() and
+  /// after a failed open() as well, where it leaves no trace; this is intended.
   VELMAR_ERROR_CODE_E modifyCameraID(const unsigned char* id, unsigned int length) override;
-  /// Sets or clears the bit 0x10 of the tagging flags.
+  /// Sets or clears the bit 0x10 of the tagging flags. Works while no file is open, like
+  /// modifyCameraID().
   VELMAR_ERROR_CODE_E modifyUndistorted(bool undistorted) override;
   VELMAR_ERROR_CODE_E modifyCameraParams(const std::string& params) override;
   VELMAR_ERROR_CODE_E modifyFrameIndexDataChecksum(const std::string& checksum) override;
   /// The tags in memory keep the old time.
   VELMAR_ERROR_CODE_E modifyTimestamp(unsigned int index, unsigned long& timestamp) override;
   VELMAR_ERROR_CODE_E modifyArrivalTime(unsigned int index, unsigned long& time) override;
-  /// Works before open() as well, where it leaves no trace.
+  /// Works while no file is open, like modifyCameraID().
   VELMAR_ERROR_CODE_E modifyStartTime(unsigned long& startTime) override;
   VELMAR_ERROR_CODE_E modifyExtendedInfo(const std::string& info) override;
   VELMAR_ERROR_CODE_E correctVideoResolution() override;
@@ -43,6 +51,7 @@ class VELMAR_VIDEO_API RtvContainerModifier : public VelmarVideoFileModifier,
 
  private:
   VELMAR_ERROR_CODE_E checkEditable() const;
+  VELMAR_ERROR_CODE_E checkByteOrder() const;
   void writeHeader(unsigned char* file) const;
 };
 

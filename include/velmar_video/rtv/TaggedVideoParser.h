@@ -3,6 +3,9 @@
 #ifndef VELMAR_VIDEO_RTV_TAGGED_VIDEO_PARSER_H
 #define VELMAR_VIDEO_RTV_TAGGED_VIDEO_PARSER_H
 
+#include <turbojpeg.h>
+
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -27,12 +30,6 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
   static const std::string IDENTIFIER;
   static const std::string TAG;  ///< of the log
 
-  /// As handed to the JPEG decoder.
-  struct ScalingFactor {
-    int num;    ///< numerator
-    int denom;  ///< denominator
-  };
-
   /// Without memory init() answers RTV_ERR_BUFFER_NOT_ALLOCATED.
   TaggedVideoParser();
   ~TaggedVideoParser();
@@ -44,7 +41,8 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
   /// RTV_ERR_FILE_MMAP_FAIL, which leaves the file's descriptor open where the system refuses the
   /// map (this is intended);
   /// RTV_ERR_NOT_VELMAR_VIDEO_FORMAT: another version or no such file;
-  /// RTV_ERR_VIDEO_NOT_COMPLETE: the last frame does not end where the file ends, or there is none;
+  /// RTV_ERR_VIDEO_NOT_COMPLETE: the last frame does not end where the file ends, or there is none,
+  /// or the file is cut in its header or tags;
   /// RTV_ERR_BUFFER_NOT_ALLOCATED: no memory. It may be called again after a failure.
   ErrorCode_e init(const char* path);
   /// Lets the file go. Always succeeds.
@@ -125,8 +123,8 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
   /// The stored frame instead of what is in `out`. RTV_ERR_BUFFER_NOT_ALLOCATED: no memory.
   ErrorCode_e getRawImage(unsigned short index, std::string& out);
 
-  /// 1/1 for a value outside the enumeration.
-  static ScalingFactor getScalingFactor(ScaleFactor_e scale);
+  /// The fraction that is handed to TurboJPEG; 1/1 for a value outside the enumeration.
+  static tjscalingfactor getScalingFactor(ScaleFactor_e scale);
   /// TurboJPEG's number for RGB, BGR and GRAY; false, and nothing written, for any other format.
   static bool getPixelFormat(format_e format, int* pixelFormat);
   /// Bytes a pixel, likewise.
@@ -174,12 +172,14 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
   ErrorCode_e beforeInitCheck(const char* path, const InitMode& mode) const;
   ErrorCode_e open(const char* path, const InitMode& mode);
   ErrorCode_e load(const InitMode& mode);
-  bool readVersion(const InitMode& mode);
-  bool readIdentifier();
-  void readHeader();
-  ErrorCode_e readTags(const InitMode& mode);
+  void copyBytes(unsigned long offset, std::size_t size, unsigned char* bytes) const;
+  bool readVersion(const unsigned char* file, const InitMode& mode);
+  bool readIdentifier(const unsigned char* file);
+  void readHeader(const unsigned char* file);
+  bool hasTagTable() const;
+  ErrorCode_e readTags();
   ErrorCode_e readTagsVer04(unsigned int count);
-  ErrorCode_e checkComplete(const InitMode& mode);
+  ErrorCode_e checkComplete(const InitMode& mode) const;
   void release(const char* tag);
 
   ErrorCode_e checkInit() const;

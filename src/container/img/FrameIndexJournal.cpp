@@ -27,7 +27,7 @@ void FrameIndexJournal::replace(const std::vector<FrameIndex>& records) {
   if (!file_.isOpen()) return;
   file_ = FileDescriptor(newPath_, O_WRONLY | O_CREAT | O_TRUNC, 0644);
   if (!file_.isOpen() || !file_.write(records.data(), records.size() * sizeof(FrameIndex)) ||
-      ::fdatasync(file_.get()) != 0 || std::rename(newPath_.c_str(), path_.c_str()) != 0) {
+      !file_.sync() || std::rename(newPath_.c_str(), path_.c_str()) != 0) {
     giveUp();
     ::unlink(newPath_.c_str());
   }

@@ -1,6 +1,9 @@
 #include "container/img/ImgContainerCreater.h"
 
+#include <fcntl.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -15,39 +18,33 @@ namespace {
 
 constexpr char kTag[] = "ImgContainerCreater_TAG";
 
-const char* bytesOf(const std::uint64_t& value) { return reinterpret_cast<const char*>(&value); }
-
 }  // namespace
 
 ImgContainerCreater::ImgContainerCreater(const std::string& path)
     : VelmarVideoFileCreater(path),
       temporaryPath_(path + ".tmp"),
-      journal_(temporaryPath_ + ".index") {
-  stream_.rdbuf()->pubsetbuf(nullptr, 0);
-}
+      journal_(temporaryPath_ + ".index") {}
 
 ImgContainerCreater::~ImgContainerCreater() {
-  if (stream_.is_open()) ImgContainerCreater::close();
+  if (file_.isOpen()) ImgContainerCreater::close();
 }
 
 VELMAR_ERROR_CODE_E ImgContainerCreater::open() {
   // One object writes one file: what is written already must not be truncated.
-  if (stream_.is_open() || writtenBytes_ != 0) return VELMAR_ERROR_CODE_DUPLICATE_INIT_E;
+  if (file_.isOpen() || writtenBytes_ != 0) return VELMAR_ERROR_CODE_DUPLICATE_INIT_E;
   if (filePath_.empty()) {
     velmar_logger::e(kTag, "filePath_ is empty");
     return VELMAR_ERROR_CODE_INVALID_FILE_NAME_E;
   }
-  const bool isOpen = guarded(kTag, "open", false, [this] {
-    stream_.open(temporaryPath_, std::ios::out | std::ios::trunc | std::ios::binary);
-    return stream_.good();
-  });
-  if (!isOpen) {
-    stream_.close();  // without memory for its buffer it is open all the same
+  // For reading as well: close() moves frames, and may not be allowed to open the file once more.
+  file_ = FileDescriptor(temporaryPath_, O_RDWR | O_CREAT | O_TRUNC, 0666);
+  if (!file_.isOpen()) {
     velmar_logger::e(kTag, "open filePath_ = %s error", filePath_.c_str());
     return VELMAR_ERROR_CODE_FILE_OPEN_FAIL_E;
   }
+  writeFailed_ = false;
   const std::uint64_t placeholder = htonll(writtenBytes_);
-  if (!imgContainerCreaterWrite(bytesOf(placeholder), sizeof placeholder)) {
+  if (!imgContainerCreaterWrite(&placeholder, sizeof placeholder)) {
     return VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
   }
   journal_.open();
@@ -104,7 +101,7 @@ bool ImgContainerCreater::addFrame(const unsigned char* jpegData, unsigned int s
 bool ImgContainerCreater::addFrameBytes(const char* data, std::size_t size,
                                         unsigned long sensorTime, unsigned long arrivedTime) {
   // An empty write would succeed even so.
-  if (!stream_.is_open()) {
+  if (!file_.isOpen()) {
     velmar_logger::e(kTag, "imgContainerCreaterWrite error");
     return false;
   }
@@ -130,8 +127,9 @@ bool ImgContainerCreater::addFrameBytes(const char* data, std::size_t size,
   return true;
 }
 
-bool ImgContainerCreater::imgContainerCreaterWrite(const char* data, std::size_t length) {
-  if (!stream_.write(data, static_cast<std::streamsize>(length)).good()) return false;
+bool ImgContainerCreater::imgContainerCreaterWrite(const void* data, std::size_t length) {
+  writeFailed_ = writeFailed_ || !file_.writeAt(data, length, writtenBytes_);
+  if (writeFailed_) return false;
   writtenBytes_ += length;
   return true;
 }
@@ -144,14 +142,9 @@ bool ImgContainerCreater::adjustmentFrameAndIndex() {
   const std::uint64_t movedSize = relocateFirstFrames(indexSize);
   // The frames go to their new place, on the disk, and the journal says so, before the index covers
   // the old one: whenever the recorder is killed, the journal leads to every frame.
-  stream_.seekp(0, std::ios::end);
-  if (!appendFirstFrames(movedSize) || syncFile(temporaryPath_) != 0) return false;
+  if (!appendFirstFrames(movedSize) || !file_.sync()) return false;
   journal_.replace(frameIndex_);
-  stream_.seekp(kFrameIndexStart);
-  stream_.write(reinterpret_cast<const char*>(frameIndex_.data()),
-                static_cast<std::streamsize>(indexSize));
-  stream_.seekp(0, std::ios::end);
-  return stream_.good();
+  return file_.writeAt(frameIndex_.data(), indexSize, kFrameIndexStart);
 }
 
 /// Gives the first frames their new offsets behind the last one: as many as make room for the
@@ -171,28 +164,28 @@ std::uint64_t ImgContainerCreater::relocateFirstFrames(std::uint64_t indexSize) 
 bool ImgContainerCreater::appendFirstFrames(std::uint64_t size) {
   constexpr std::uint64_t kPieceSize = 1 << 16;
   std::vector<char> piece(std::min(size, kPieceSize));
-  std::ifstream input(temporaryPath_, std::ios::binary);
-  input.seekg(kFrameIndexStart);
-  while (size > 0) {
-    const std::uint64_t length = std::min<std::uint64_t>(size, piece.size());
-    input.read(piece.data(), static_cast<std::streamsize>(length));
-    if (!input.good() || !imgContainerCreaterWrite(piece.data(), length)) return false;
-    size -= length;
+  for (std::uint64_t done = 0; done < size;) {
+    const std::uint64_t length = std::min<std::uint64_t>(size - done, piece.size());
+    if (!file_.readAt(piece.data(), length, kFrameIndexStart + done) ||
+        !imgContainerCreaterWrite(piece.data(), length)) {
+      return false;
+    }
+    done += length;
   }
   return true;
 }
 
 VELMAR_ERROR_CODE_E ImgContainerCreater::close() {
-  if (!stream_.is_open()) return VELMAR_ERROR_CODE_NOT_INIT_E;
+  if (!file_.isOpen()) return VELMAR_ERROR_CODE_NOT_INIT_E;
   VELMAR_ERROR_CODE_E result = VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
   try {
-    if (stream_.flush().good()) result = finish();
+    if (!writeFailed_) result = finish();
   } catch (...) {
     velmar_logger::e(kTag, "build json throw error");
   }
-  stream_.close();
-  journal_.close();
   if (result == VELMAR_ERROR_CODE_SUCCESS_E) result = publish();
+  file_.close();
+  journal_.close();
   if (result == VELMAR_ERROR_CODE_SUCCESS_E || frameIndex_.empty()) journal_.remove();
   if (result == VELMAR_ERROR_CODE_SUCCESS_E && textLost_) {
     result = VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E;
@@ -212,19 +205,23 @@ VELMAR_ERROR_CODE_E ImgContainerCreater::finish() {
     return VELMAR_ERROR_CODE_INVALID_PARAMETER_E;
   }
   // Not counted: writtenBytes_ stays the offset at which the text begins.
-  stream_ << text;
   const std::uint64_t metaDataOffset = htonll(writtenBytes_);
-  stream_.seekp(0);
-  imgContainerCreaterWrite(bytesOf(metaDataOffset), sizeof metaDataOffset);
-  if (stream_.flush().good()) return VELMAR_ERROR_CODE_SUCCESS_E;
+  if (file_.writeAt(text.data(), text.size(), writtenBytes_) &&
+      file_.writeAt(&metaDataOffset, sizeof metaDataOffset, 0)) {
+    return VELMAR_ERROR_CODE_SUCCESS_E;
+  }
   velmar_logger::e(kTag, "metadata of %s not written", temporaryPath_.c_str());
   return VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
 }
 
 VELMAR_ERROR_CODE_E ImgContainerCreater::publish() {
-  const int cause = publishFile(temporaryPath_, filePath_);
-  if (cause == 0) return VELMAR_ERROR_CODE_SUCCESS_E;
-  velmar_logger::e(kTag, "rename %s to %s error: %s", temporaryPath_.c_str(), filePath_.c_str(),
-                   std::strerror(cause));
+  if (!file_.sync()) {
+    velmar_logger::e(kTag, "fdatasync %s error: %s", temporaryPath_.c_str(), std::strerror(errno));
+  } else if (!renameFile(temporaryPath_, filePath_)) {
+    velmar_logger::e(kTag, "rename %s to %s error: %s", temporaryPath_.c_str(), filePath_.c_str(),
+                     std::strerror(errno));
+  } else {
+    return VELMAR_ERROR_CODE_SUCCESS_E;
+  }
   return VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
 }

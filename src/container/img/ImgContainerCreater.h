@@ -2,10 +2,10 @@
 #define VELMAR_IMG_IMG_CONTAINER_CREATER_H
 
 #include <cstdint>
-#include <fstream>
 #include <string>
 #include <vector>
 
+#include "common/FileDescriptor.h"
 #include "container/img/FrameIndex.h"
 #include "container/img/FrameIndexJournal.h"
 #include "container/img/ImgMetaData.h"
@@ -37,8 +37,8 @@ class ImgContainerCreater final : public VelmarVideoFileCreater {
   void setText(const char* operation, std::string& field, MakeText makeText);
   bool addFrameBytes(const char* data, std::size_t size, unsigned long sensorTime,
                      unsigned long arrivedTime);
-  /// Writes and counts. False once the stream has failed.
-  bool imgContainerCreaterWrite(const char* data, std::size_t length);
+  /// Appends and counts. False once a write has failed.
+  bool imgContainerCreaterWrite(const void* data, std::size_t length);
   /// Moves the first frames behind the last and writes the index over them.
   bool adjustmentFrameAndIndex();
   std::uint64_t relocateFirstFrames(std::uint64_t indexSize);
@@ -48,7 +48,8 @@ class ImgContainerCreater final : public VelmarVideoFileCreater {
 
   std::vector<FrameIndex> frameIndex_;  ///< in file byte order
   std::uint64_t writtenBytes_ = 0;      ///< also the next write position
-  std::ofstream stream_;                ///< unbuffered, so a written frame is with the system
+  FileDescriptor file_;                 ///< the temporary file while the object is open
+  bool writeFailed_ = false;            ///< nothing is written any more
   ImgMetaData metaData_;
   bool textLost_ = false;  ///< a setter has found no memory
   const std::string temporaryPath_;

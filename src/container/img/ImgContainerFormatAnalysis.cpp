@@ -100,7 +100,8 @@ VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::mapFile(const std::string& path,
 
 VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::openFile(
     const std::string& path, const char* tag, const std::function<VELMAR_ERROR_CODE_E()>& map) {
-  if (mapAddr_.wasMapped()) return VELMAR_ERROR_CODE_DUPLICATE_INIT_E;
+  if (analysed_) return VELMAR_ERROR_CODE_DUPLICATE_INIT_E;
+  forget();  // what an earlier file has left
   if (const auto code = checkFileAccess(path)) {
     velmar_logger::e(tag, "checkFileAccess error");
     return code;
@@ -109,7 +110,17 @@ VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::openFile(
     velmar_logger::e(tag, "openMap error");
     return code;
   }
-  return analyse(tag);
+  const auto code = analyse(tag);
+  if (code != VELMAR_ERROR_CODE_SUCCESS_E) forget();
+  return code;
+}
+
+void ImgContainerFormatAnalysis::forget() {
+  mapAddr_.unmap();
+  frameIndex_ = {};
+  metaDataOffset_ = 0;
+  fileLength_ = 0;
+  metaData_ = {};
 }
 
 VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::analyse(const char* tag) {

@@ -36,8 +36,9 @@ class ImgContainerFormatAnalysis {
   virtual VELMAR_ERROR_CODE_E openMap(const std::string& path);
 
  protected:
-  /// What open() does: checks the path, maps the file by `map` and analyses it. Logs the step that
-  /// fails with `tag`. VELMAR_ERROR_CODE_DUPLICATE_INIT_E once a file has been mapped.
+  /// What open() does: checks the path, maps the file by `map` and analyses it, anew after close().
+  /// Logs the step that fails with `tag`, and then lets go of everything.
+  /// VELMAR_ERROR_CODE_DUPLICATE_INIT_E while a file is open.
   VELMAR_ERROR_CODE_E openFile(const std::string& path, const char* tag,
                                const std::function<VELMAR_ERROR_CODE_E()>& map);
   /// openMap() for either access.
@@ -57,6 +58,8 @@ class ImgContainerFormatAnalysis {
 
   /// The steps that follow the map: metadata offset, metadata, index.
   VELMAR_ERROR_CODE_E analyse(const char* tag);
+  /// Back to what a new object has.
+  void forget();
 
   std::vector<FrameIndex, LeaveUninitialized<FrameIndex>> frameIndex_;  ///< host byte order
   unsigned long metaDataOffset_ = 0;

@@ -42,8 +42,8 @@ VELMAR_ERROR_CODE_E ImgContainerReader::open() {
   return openFile(filePath_, kTag, [this] { return openMap(filePath_); });
 }
 
-// The map's range stays reserved: the destructor's second unmapping must not hit a map that
-// another object has made since.
+// The map's range stays reserved: the unmapping that follows with the destructor must not hit a map
+// that another object has made since.
 VELMAR_ERROR_CODE_E ImgContainerReader::close() {
   if (!mapAddr_.isMapped()) return VELMAR_ERROR_CODE_NOT_INIT_E;
   analysed_ = false;
@@ -153,7 +153,8 @@ VELMAR_ERROR_CODE_E ImgContainerReader::getImage(unsigned int index, unsigned in
                                                  unsigned char* buffer, VELMAR_FORMAT_E format,
                                                  SCALE_FACTOR_E scale, unsigned short cropTop,
                                                  unsigned short cropBottom) {
-  if (const auto code = checkFrame(index)) return code;
+  if (!checkIndex(index)) return VELMAR_ERROR_CODE_OUT_RANGE_E;
+  if (!analysed_) return VELMAR_ERROR_CODE_NOT_INIT_E;
   unsigned short width = 0;
   unsigned short height = 0;
   getImageResolution(width, height);
@@ -167,6 +168,7 @@ VELMAR_ERROR_CODE_E ImgContainerReader::getImage(unsigned int index, unsigned in
                                pixelSize);
   if (!geometry.isDecodableTo(bufferSize)) return VELMAR_ERROR_CODE_INVALID_PARAMETER_E;
   if (buffer == nullptr) return VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E;
+  if (const auto code = checkFrame(index)) return code;  // one past the last got here
   const FrameIndex& record = frameIndex_[index];
   if (const auto code = checkFrameBytes(record)) return code;
   return decoder_.decode(frameBytes(record), record.frameSize, geometry, pixelFormat, buffer);

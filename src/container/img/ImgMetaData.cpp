@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <string_view>
 #include <utility>
 
 #include "container/img/JsonText.h"
@@ -32,6 +33,22 @@ bool isPlain(const std::string& text) {
   return text.find('/') == text.npos && text.find('\0') == text.npos &&
          std::count_if(text.begin(), text.end(), opens) < kDeep;
 }
+
+// The members of an object, null for those that it does not have. (For them, jsoncpp's own operator
+// gives a static object of its own, which an exit handler may come too late for.)
+class Members {
+ public:
+  explicit Members(const Json::Value& object) : object_(object) {}
+
+  const Json::Value& operator[](std::string_view key) const {
+    const Json::Value* found = object_.find(key.data(), key.data() + key.size());
+    return found != nullptr ? *found : absent_;
+  }
+
+ private:
+  const Json::Value& object_;
+  const Json::Value absent_;
+};
 
 }  // namespace
 
@@ -69,25 +86,25 @@ bool ImgMetaData::toText(std::string& text) const {
 
 bool ImgMetaData::jsonTo(const char* text) {
   try {
-    Json::Value parsed;
-    if (!parseJson(text, parsed)) {
+    Json::Value root;
+    if (!parseJson(text, root)) {
       velmar_logger::e(kTag, "cMetaData = %s", text);
       return false;
     }
-    // Reading by the const operator keeps absent keys absent. It takes null for an empty object.
-    const Json::Value& root = parsed;
-    if (!root.isObject()) throw Json::LogicError("not an object");
-    version = string2VelmarVersion(root["version"].asString());
-    cameraId = root["camera_id"].asString();
-    framesCount = root["frames_count"].asUInt();
-    width = static_cast<std::uint16_t>(root["width"].asUInt());
-    height = static_cast<std::uint16_t>(root["height"].asUInt());
-    format = string2RvelmarFormat(root["frame_format"].asString());
-    codec = string2VelmarCodec(root["frame_codec"].asString());
-    undistorted = root["undistorted"].asBool();
-    cameraParams = styledText(root["camera_params"]);
-    frameIndexDataChecksum = root["frame_index_data_checksum"].asString();
-    if (root.isMember("extendedInfo")) extendedInfo = styledText(root["extendedInfo"]);
+    // null is an object without keys.
+    if (!root.isObject() && !root.isNull()) throw Json::LogicError("not an object");
+    const Members members(root);
+    version = string2VelmarVersion(members["version"].asString());
+    cameraId = members["camera_id"].asString();
+    framesCount = members["frames_count"].asUInt();
+    width = static_cast<std::uint16_t>(members["width"].asUInt());
+    height = static_cast<std::uint16_t>(members["height"].asUInt());
+    format = string2RvelmarFormat(members["frame_format"].asString());
+    codec = string2VelmarCodec(members["frame_codec"].asString());
+    undistorted = members["undistorted"].asBool();
+    cameraParams = styledText(members["camera_params"]);
+    frameIndexDataChecksum = members["frame_index_data_checksum"].asString();
+    if (root.isMember("extendedInfo")) extendedInfo = styledText(members["extendedInfo"]);
     return true;
   } catch (...) {
     velmar_logger::e(kTag, "readMetaData throw error");

@@ -2,31 +2,128 @@
 
 #include <json/reader.h>
 #include <json/writer.h>
+#include <locale.h>
 
-#include <memory>
+#include <cstddef>
+#include <locale>
+#include <map>
+#include <new>
 #include <sstream>
+#include <string_view>
 
-// Json::Reader is the dialect that the format was written with: its successor reads another one
-// (trailing commas, a byte order mark). Both are deprecated in jsoncpp, neither is going away.
+namespace {
+
+// By where they begin in their text.
+using RealNumbers = std::map<std::ptrdiff_t, double>;
+
+std::size_t skipDigits(std::string_view text, std::size_t at) {
+  at = text.find_first_not_of("0123456789", at);
+  return at == text.npos ? text.size() : at;
+}
+
+bool isOneOf(std::string_view text, std::size_t at, std::string_view characters) {
+  return at < text.size() && characters.find(text[at]) != characters.npos;
+}
+
+// Where the number ends that begins there, as Json::Reader sees it.
+std::size_t numberEnd(std::string_view text, std::size_t at) {
+  at = skipDigits(text, at + 1);
+  if (isOneOf(text, at, ".")) at = skipDigits(text, at + 1);
+  if (!isOneOf(text, at, "eE")) return at;
+  ++at;
+  return skipDigits(text, isOneOf(text, at, "+-") ? at + 1 : at);
+}
+
+// Behind the string or comment that begins there.
+std::size_t skipText(std::string_view text, std::size_t at) {
+  std::size_t end = at + 1;
+  if (text[at] == '"') {
+    while (end < text.size() && text[end] != '"') end += text[end] == '\\' ? 2 : 1;
+    return end + 1;
+  }
+  if (isOneOf(text, end, "*")) {
+    end = text.find("*/", end + 1);
+    return end == text.npos ? end : end + 2;
+  }
+  return isOneOf(text, end, "/") ? text.find_first_of("\r\n", end) : end;
+}
+
+// Takes the real numbers out of a JSON text and writes zeros over them. What is no number stays.
+RealNumbers takeRealNumbers(std::string& text) {
+  RealNumbers numbers;
+  for (std::size_t at = 0; at < text.size();) {
+    if (isOneOf(text, at, "\"/")) {
+      at = skipText(text, at);
+      continue;
+    }
+    if (!isOneOf(text, at, "-0123456789")) {
+      ++at;
+      continue;
+    }
+    const std::size_t end = numberEnd(text, at);
+    const std::string token = text.substr(at, end - at);
+    std::istringstream stream(token);
+    stream.imbue(std::locale::classic());
+    double value = 0;
+    if (token.find_first_of(".eE") != token.npos && stream >> value) {
+      numbers.emplace(at, value);
+      text.replace(at, token.size(), token.size(), '0');
+    }
+    at = end;
+  }
+  return numbers;
+}
+
+void putBack(const RealNumbers& numbers, Json::Value& value) {
+  const auto number = numbers.find(value.getOffsetStart());
+  if (number != numbers.end() && value.isInt()) {
+    Json::Value real(number->second);
+    value.swapPayload(real);  // the comments stay
+  }
+  for (Json::Value& element : value) putBack(numbers, element);
+}
+
+/// While it lives, this thread prints numbers as C does, whatever locale the process has.
+class PlainNumbers {
+ public:
+  PlainNumbers() : plain_(::newlocale(LC_ALL_MASK, "C", nullptr)) {
+    if (plain_ == nullptr) throw std::bad_alloc();
+    before_ = ::uselocale(plain_);
+  }
+  ~PlainNumbers() {
+    ::uselocale(before_);
+    ::freelocale(plain_);
+  }
+  PlainNumbers(const PlainNumbers&) = delete;
+  PlainNumbers& operator=(const PlainNumbers&) = delete;
+
+ private:
+  locale_t plain_;
+  locale_t before_ = nullptr;
+};
+
+}  // namespace
+
+// Json::Reader and Json::StyledWriter are the dialect and the shape that the format was written
+// with; their successors have others (trailing commas and a byte order mark are read, an object
+// begins on a line of its own). Both are deprecated in jsoncpp, neither is going away.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+
+// The reader takes real numbers by the process's global locale, where a decimal comma ends them at
+// their point and grouping refuses them. So it does not get to see them there.
 bool parseJson(const std::string& text, Json::Value& value) {
-  return Json::Reader().parse(text, value, true);
+  if (std::locale() == std::locale::classic()) return Json::Reader().parse(text, value, true);
+  std::string integers = text;
+  const RealNumbers numbers = takeRealNumbers(integers);
+  if (!Json::Reader().parse(integers, value, true)) return false;
+  putBack(numbers, value);
+  return true;
 }
-#pragma GCC diagnostic pop
 
 std::string styledText(const Json::Value& value) {
-  // Made once: it is a JSON value itself, and takes longer to make than most texts to write.
-  static const Json::StreamWriterBuilder builder = [] {
-    Json::StreamWriterBuilder made;
-    made["indentation"] = "   ";
-    return made;
-  }();
-  std::ostringstream text;
-  text.exceptions(std::ios::badbit);  // else a want of memory would only cut the text short
-  if (value.hasComment(Json::commentBefore)) text << '\n';
-  const std::unique_ptr<Json::StreamWriter> writer(builder.newStreamWriter());
-  writer->write(value, &text);
-  text << '\n';
-  return text.str();
+  const PlainNumbers plain;
+  return Json::StyledWriter().write(value);
 }
+
+#pragma GCC diagnostic pop

@@ -1,4 +1,5 @@
-/// JSON text to values and back, as the metadata of "img" files has it.
+/// JSON text to values and back, as the metadata of "img" files has it, whatever locale the process
+/// has.
 #ifndef VELMAR_IMG_JSON_TEXT_H
 #define VELMAR_IMG_JSON_TEXT_H
 
@@ -10,8 +11,9 @@
 /// nesting beyond its limit among others.
 bool parseJson(const std::string& text, Json::Value& value);
 
-/// jsoncpp's styled text: three spaces of indentation, a final newline. Value::toStyledString()
-/// indents with tabs in some versions of jsoncpp. Throws without memory.
+/// The text of jsoncpp's StyledWriter: three spaces of indentation, an object's brace behind its
+/// key, short arrays on one line, a final newline. (Value::toStyledString() gave that once, and
+/// gives another in later versions of jsoncpp.) Throws without memory.
 std::string styledText(const Json::Value& value);
 
 #endif

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <locale>
 #include <sstream>
 #include <utility>
 
@@ -153,6 +154,7 @@ void printPointer(std::ostream& text, const can_data_io* block, std::size_t fiel
 std::string textOf(const can_data_io* block, CAN_SIZE size) {
   std::ostringstream text;
   text.exceptions(std::ios::badbit);  // else a want of memory would only cut the text short
+  text.imbue(std::locale::classic());
   text << std::hex;
   for (const CanField& field : kFields) {
     text << field.name << ": ";

@@ -22,7 +22,6 @@ namespace {
 
 constexpr char kTag[] = "RecordFileCreater";
 constexpr unsigned int kFrameRate = 60;
-constexpr unsigned int kHeaderSizeMax = 72;
 constexpr unsigned int kTagSizeMax = 145;
 
 unsigned short slotsFor(unsigned int duration) {
@@ -59,6 +58,10 @@ void placeTag(unsigned char* slot, const unsigned char* tag, unsigned int size) 
 
 }  // namespace
 
+struct RecordFileCreater::File : FileDescriptor {
+  using FileDescriptor::FileDescriptor;
+};
+
 RecordFileCreater::RecordFileCreater(const std::string& fileName, unsigned short framesMax,
                                      version_e version, unsigned int* fileSizeOut)
     : RecordFile() {
@@ -83,7 +86,7 @@ RecordFileCreater::RecordFileCreater(std::string fileName, unsigned int duration
 RecordFileCreater::~RecordFileCreater() { close(); }
 
 bool RecordFileCreater::makeTagTable() {
-  file_ = std::make_unique<FileDescriptor>(temporaryPath_, O_RDWR | O_CREAT | O_TRUNC, 0644);
+  file_ = std::make_unique<File>(temporaryPath_, O_RDWR | O_CREAT | O_TRUNC, 0644);
   if (!file_->isOpen()) {
     file_.reset();  // what is there is not this writer's
     velmar_logger::e(kTag, "Error: open fail %s, %s", temporaryPath_.c_str(), std::strerror(errno));
@@ -160,8 +163,11 @@ bool RecordFileCreater::addFrame(int timeFlag, const std::string& data, int x, i
 bool RecordFileCreater::addFrame(int timeFlag, const char* data, unsigned int length, int x, int y,
                                  int z, unsigned int relativeDistance, unsigned short speed,
                                  unsigned short direction, const can_data_io* can) {
-  if (!isOpen() || framesWritten_ >= headerOf(version_).frames_max) return false;
-  if (data == nullptr && length > 0) return false;
+  if (framesWritten_ >= headerOf(version_).frames_max) return false;
+  if (data == nullptr && length > 0) {
+    velmar_logger::e(kTag, "frame data is null");
+    return false;
+  }
   const unsigned long offset = fileSize_;
   if (!appendBytes(data, length)) return false;
   const unsigned short index = framesWritten_++;
@@ -181,8 +187,9 @@ bool RecordFileCreater::addFrame(int timeFlag, const char* data, unsigned int le
 }
 
 bool RecordFileCreater::appendBytes(const char* data, unsigned int length) {
-  const auto resize = [this](unsigned long size) {
-    return ::ftruncate(file_->get(), static_cast<off_t>(size)) == 0;
+  const int file = isOpen() ? file_->get() : -1;  // which the system refuses
+  const auto resize = [file](unsigned long size) {
+    return ::ftruncate(file, static_cast<off_t>(size)) == 0;
   };
   if (resize(fileSize_ + length)) {
     if (file_->writeAt(data, length, fileSize_)) {
@@ -216,19 +223,27 @@ bool RecordFileCreater::storeTag(const unsigned char* tag, unsigned int index) {
 bool RecordFileCreater::close() {
   if (!isOpen()) return false;
   headerOf(version_).frames_count = framesWritten_;
-  const bool stored = storeHeader();
+  const bool published = storeHeader() && publish();
   file_.reset();
-  if (!stored) return false;
-  const int cause = publishFile(temporaryPath_, fileName_);
-  if (cause != 0) {
-    velmar_logger::e(kTag, "Error: rename fail %s, %s", temporaryPath_.c_str(),
-                     std::strerror(cause));
+  return published;
+}
+
+bool RecordFileCreater::publish() {
+  if (!file_->sync()) {
+    velmar_logger::e(kTag, "Error: fdatasync fail %s, %s", temporaryPath_.c_str(),
+                     std::strerror(errno));
+    return false;
   }
-  return cause == 0;
+  if (!renameFile(temporaryPath_, fileName_)) {
+    velmar_logger::e(kTag, "Error: rename fail %s, %s", temporaryPath_.c_str(),
+                     std::strerror(errno));
+    return false;
+  }
+  return true;
 }
 
 bool RecordFileCreater::storeHeader() {
-  unsigned char bytes[kHeaderSizeMax] = {};
+  unsigned char bytes[kRtvHeaderSizeMax] = {};
   encodeHeader(bytes);
   // The magic comes last: the header of a recorder that is killed in between has none.
   const auto place = [this, &bytes](unsigned char* file) {

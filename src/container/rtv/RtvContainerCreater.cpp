@@ -16,19 +16,18 @@ RtvContainerCreater::RtvContainerCreater(const std::string& path)
 
 RtvContainerCreater::~RtvContainerCreater() {
   // One that was only made must not replace a recording by an empty one.
-  if (!opened_ && !used_) writer_->abandon();
+  if (!used_) writer_->abandon();
   RtvContainerCreater::close();
 }
 
 // The writer's constructor has done it all. Whether it could is for close() to tell.
 VELMAR_ERROR_CODE_E RtvContainerCreater::open() {
-  if (opened_) return VELMAR_ERROR_CODE_DUPLICATE_INIT_E;
-  opened_ = true;
+  used_ = true;
   return VELMAR_ERROR_CODE_SUCCESS_E;
 }
 
 VELMAR_ERROR_CODE_E RtvContainerCreater::close() {
-  if (!opened_ || closed_) return VELMAR_ERROR_CODE_NOT_INIT_E;
+  if (closed_) return VELMAR_ERROR_CODE_NOT_INIT_E;
   closed_ = true;
   const bool finished = writer_->close();
   return finished && !refused_ ? VELMAR_ERROR_CODE_SUCCESS_E

@@ -37,9 +37,8 @@ class RtvContainerCreater : public VelmarVideoFileCreater {
 
   std::shared_ptr<RecordFileCreater> writer_;
   unsigned long startTime_ = 0;  ///< microseconds
-  bool opened_ = false;
   bool closed_ = false;
-  bool used_ = false;     ///< a frame has been given
+  bool used_ = false;     ///< opened, or a frame has been given
   bool refused_ = false;  ///< a frame is missing
 };
 

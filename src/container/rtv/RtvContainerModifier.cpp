@@ -47,17 +47,21 @@ void RtvContainerModifier::writeHeader(unsigned char* file) const {
   put(file + layout.heightAt(), header.height);
 }
 
-// Edits are written in host order, which would break a file of the other order.
 VELMAR_ERROR_CODE_E RtvContainerModifier::checkEditable() const {
-  if (!isInitialised()) return VELMAR_ERROR_CODE_NOT_INIT_E;
+  return isInitialised() ? checkByteOrder() : VELMAR_ERROR_CODE_NOT_INIT_E;
+}
+
+// Edits are written in host order, which would break a file of the other order.
+VELMAR_ERROR_CODE_E RtvContainerModifier::checkByteOrder() const {
   const bool fileIsBigEndian = (headerOf(version_).flags & 1) != 0;
-  return fileIsBigEndian == isCPUBigEndian() ? VELMAR_ERROR_CODE_SUCCESS_E
-                                             : VELMAR_ERROR_CODE_INVALID_PARAMETER_E;
+  return isInitialised() && fileIsBigEndian != isCPUBigEndian()
+             ? VELMAR_ERROR_CODE_INVALID_PARAMETER_E
+             : VELMAR_ERROR_CODE_SUCCESS_E;
 }
 
 VELMAR_ERROR_CODE_E RtvContainerModifier::modifyCameraID(const unsigned char* id,
                                                          unsigned int length) {
-  if (const auto code = checkEditable()) return code;
+  if (const auto code = checkByteOrder()) return code;
   if (id == nullptr && length > 0) return VELMAR_ERROR_CODE_NULL_POINTER_E;
   if (length != kRtvDeviceIdSize) {
     velmar_logger::w(kTag, "Device id array size is %u, should be %u", length, kRtvDeviceIdSize);
@@ -67,7 +71,7 @@ VELMAR_ERROR_CODE_E RtvContainerModifier::modifyCameraID(const unsigned char* id
 }
 
 VELMAR_ERROR_CODE_E RtvContainerModifier::modifyUndistorted(bool undistorted) {
-  if (const auto code = checkEditable()) return code;
+  if (const auto code = checkByteOrder()) return code;
   unsigned int flags = 0;
   getTaggingFlags(flags);
   if (undistorted) {
@@ -86,9 +90,7 @@ void RtvContainerModifier::setTaggingFlags(unsigned int flags) {
 }
 
 VELMAR_ERROR_CODE_E RtvContainerModifier::modifyStartTime(unsigned long& startTime) {
-  if (checkEditable() == VELMAR_ERROR_CODE_INVALID_PARAMETER_E) {
-    return VELMAR_ERROR_CODE_INVALID_PARAMETER_E;
-  }
+  if (const auto code = checkByteOrder()) return code;
   headerOf(version_).start_time = startTime / kMicroseconds;
   return VELMAR_ERROR_CODE_SUCCESS_E;
 }

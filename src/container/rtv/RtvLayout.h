@@ -39,6 +39,8 @@ struct RtvLayout {
   }
 };
 
+constexpr unsigned int kRtvHeaderSizeMax = 72;  ///< bytes, of any version
+
 /// Every value but RTV_VER_02 and RTV_VER_03 stands for version 04.
 constexpr RtvLayout rtvLayout(version_e version) {
   switch (version) {

@@ -5,6 +5,7 @@
 #include <turbojpeg.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
@@ -22,6 +23,8 @@
 
 namespace {
 
+constexpr char kTag[] = "TaggedVideoParser";
+constexpr char kIdentifier[] = "velmar";
 constexpr float kHundredths = 100.0F;
 
 template <typename T>
@@ -37,20 +40,17 @@ unsigned int magnitude(int value) {
   return value < 0 ? 0U - bits : bits;
 }
 
-tjscalingfactor forTurboJpeg(TaggedVideoParser::ScalingFactor factor) {
-  return {factor.num, factor.denom};
-}
-
 }  // namespace
 
-const std::string TaggedVideoParser::IDENTIFIER = "velmar";
-const std::string TaggedVideoParser::TAG = "TaggedVideoParser";
+// For callers: a parser may outlive them.
+const std::string TaggedVideoParser::IDENTIFIER = kIdentifier;
+const std::string TaggedVideoParser::TAG = kTag;
 
 TaggedVideoParser::TaggedVideoParser() : state_(new (std::nothrow) State) {}
 
 TaggedVideoParser::~TaggedVideoParser() { clear(); }
 
-ErrorCode_e TaggedVideoParser::init(const char* path) { return init(path, {false, TAG.c_str()}); }
+ErrorCode_e TaggedVideoParser::init(const char* path) { return init(path, {false, kTag}); }
 
 ErrorCode_e TaggedVideoParser::init(const char* path, const InitMode& mode) {
   if (state_ == nullptr) return RTV_ERR_BUFFER_NOT_ALLOCATED;
@@ -69,7 +69,7 @@ ErrorCode_e TaggedVideoParser::init(const char* path, const InitMode& mode) {
 ErrorCode_e TaggedVideoParser::clear() {
   if (state_ == nullptr) return RTV_ERR_SUCCESS;
   const std::lock_guard lock(state_->mMutex);
-  release(TAG.c_str());
+  release(kTag);
   fileName_.clear();
   RecordFile::clear();
   return RTV_ERR_SUCCESS;
@@ -84,7 +84,7 @@ void TaggedVideoParser::release(const char* tag) {
 }
 
 ErrorCode_e TaggedVideoParser::beforeInitCheck(const char* path) {
-  return beforeInitCheck(path, {false, TAG.c_str()});
+  return beforeInitCheck(path, {false, kTag});
 }
 
 ErrorCode_e TaggedVideoParser::beforeInitCheck(const char* path, const InitMode& mode) const {
@@ -124,17 +124,26 @@ ErrorCode_e TaggedVideoParser::open(const char* path, const InitMode& mode) {
 }
 
 ErrorCode_e TaggedVideoParser::load(const InitMode& mode) {
-  if (!readVersion(mode) || !readIdentifier()) return RTV_ERR_NOT_VELMAR_VIDEO_FORMAT;
-  readHeader();
-  if (const auto code = readTags(mode)) return code;
+  unsigned char header[kRtvHeaderSizeMax];
+  copyBytes(0, sizeof header, header);
+  if (!readVersion(header, mode) || !readIdentifier(header)) return RTV_ERR_NOT_VELMAR_VIDEO_FORMAT;
+  readHeader(header);
+  if (const auto code = readTags()) return code;
   return checkComplete(mode);
 }
 
-bool TaggedVideoParser::readVersion(const InitMode& mode) {
-  const unsigned char* file = state_->mMapAddr.data();
-  const bool isThere = state_->mFileSize > kVersionMinorAt;
-  const unsigned int major = isThere ? file[kVersionMajorAt] : 0;
-  const unsigned int minor = isThere ? file[kVersionMinorAt] : 0;
+// What a file that is cut short has lost reads as zeros.
+void TaggedVideoParser::copyBytes(unsigned long offset, std::size_t size,
+                                  unsigned char* bytes) const {
+  const unsigned long fileSize = state_->mFileSize;
+  const std::size_t there = offset < fileSize ? std::min<std::size_t>(size, fileSize - offset) : 0;
+  if (there > 0) std::memcpy(bytes, state_->mMapAddr.data() + offset, there);
+  std::memset(bytes + there, 0, size - there);
+}
+
+bool TaggedVideoParser::readVersion(const unsigned char* file, const InitMode& mode) {
+  const unsigned int major = file[kVersionMajorAt];
+  const unsigned int minor = file[kVersionMinorAt];
   if (major != 0 || minor < 1 || minor > 4) {
     velmar_logger::e(mode.tag, "version unknown: %u.%u\n", major, minor);
     return false;
@@ -143,22 +152,16 @@ bool TaggedVideoParser::readVersion(const InitMode& mode) {
   return true;
 }
 
-bool TaggedVideoParser::readIdentifier() {
-  const RtvLayout layout = rtvLayout(version_);
-  const auto* file = reinterpret_cast<const char*>(state_->mMapAddr.data());
+bool TaggedVideoParser::readIdentifier(const unsigned char* file) {
   auto& magic = headerOf(version_).magic_code;
   std::memset(magic, 0, sizeof magic);
-  if (state_->mFileSize < layout.headerSize ||
-      std::strncmp(file, IDENTIFIER.c_str(), IDENTIFIER.size()) != 0) {
-    return false;
-  }
-  std::memcpy(magic, file + kMagicCodeAt, layout.magicSize);
+  if (std::memcmp(file, kIdentifier, std::strlen(kIdentifier)) != 0) return false;
+  std::memcpy(magic, file + kMagicCodeAt, rtvLayout(version_).magicSize);
   return true;
 }
 
-void TaggedVideoParser::readHeader() {
+void TaggedVideoParser::readHeader(const unsigned char* file) {
   const RtvLayout layout = rtvLayout(version_);
-  const unsigned char* file = state_->mMapAddr.data();
   header_t& header = headerOf(version_);
   // Version 02 is never swapped.
   const auto read = [&]<typename T>(T& field, unsigned int at) {
@@ -182,18 +185,17 @@ void TaggedVideoParser::readHeader() {
   read(header.tagging_flags, layout.taggingFlagsAt());
 }
 
-ErrorCode_e TaggedVideoParser::readTags(const InitMode& mode) {
-  const RtvLayout layout = rtvLayout(version_);
-  const unsigned int count = headerOf(version_).frames_count;
+bool TaggedVideoParser::hasTagTable() const {
+  return rtvLayout(version_).tagAt(headerOf(version_).frames_count) <= state_->mFileSize;
+}
+
+ErrorCode_e TaggedVideoParser::readTags() {
   if (version_ == RTV_VER_02) tagsVer02_.clear();
   if (version_ == RTV_VER_03) tagsVer03_.clear();
   if (version_ == RTV_VER_04) tags_.clear();
-  if (count == 0 || layout.tagAt(count) > state_->mFileSize) {
-    velmar_logger::e(mode.tag, "tag table of %u frames: mFileSize: %lu\n", count,
-                     state_->mFileSize);
-    return RTV_ERR_VIDEO_NOT_COMPLETE;
-  }
-  const unsigned char* table = state_->mMapAddr.data() + layout.headerSize;
+  if (!hasTagTable()) return RTV_ERR_SUCCESS;  // and not complete, as is found next
+  const unsigned int count = headerOf(version_).frames_count;
+  const unsigned char* table = state_->mMapAddr.data() + rtvLayout(version_).headerSize;
   if (version_ == RTV_VER_02) {
     const auto* tags = reinterpret_cast<const frametag_02ver_t*>(table);
     tagsVer02_.assign(tags, tags + count);
@@ -225,13 +227,20 @@ ErrorCode_e TaggedVideoParser::readTagsVer04(unsigned int count) {
   return RTV_ERR_SUCCESS;
 }
 
-ErrorCode_e TaggedVideoParser::checkComplete(const InitMode& mode) {
-  const auto last = static_cast<unsigned short>(headerOf(version_).frames_count - 1);
-  unsigned long offset = 0;
-  unsigned int length = 0;
-  getRawImageRange(last, offset, length, false, nullptr);
+ErrorCode_e TaggedVideoParser::checkComplete(const InitMode& mode) const {
+  const unsigned int count = headerOf(version_).frames_count;
+  frametag03Ver_t last{};  // without frames: all zeros
+  if (count > 0) {
+    // Where the frame lies stands at the same place of the tag in every version.
+    unsigned char bytes[sizeof last];
+    copyBytes(rtvLayout(version_).tagAt(count - 1), sizeof bytes, bytes);
+    last = valueAt<frametag03Ver_t>(bytes);
+    if (version_ != RTV_VER_02 && mustSwapTag()) swauto(last);
+  }
+  const unsigned long offset = last.data_offset;
+  const unsigned int length = last.data_length;
   const unsigned long fileSize = state_->mFileSize;
-  if (offset <= fileSize && length == fileSize - offset) return RTV_ERR_SUCCESS;
+  if (hasTagTable() && offset <= fileSize && length == fileSize - offset) return RTV_ERR_SUCCESS;
   const bool isShorter = offset > fileSize || length > fileSize - offset;
   velmar_logger::e(mode.tag, "mFileSize: %lu %s (lastFrmOffset: %lu + lastFrmDatLen: %u)\n",
                    fileSize, isShorter ? "<" : ">", offset, length);
@@ -311,7 +320,7 @@ ErrorCode_e TaggedVideoParser::getStdPosition(double& lat, double& lng, double& 
   lat = NDS2Degree(header.lat);
   lng = NDS2Degree(header.lng);
   alt = version_ == RTV_VER_02 ? 0.0 : version_ == RTV_VER_03 ? header.alt : header.alt / 100.0;
-  velmar_logger::i(TAG.c_str(), "getStdPosition: lat = %f, lng = %f, alt = %f", lat, lng, alt);
+  velmar_logger::i(kTag, "getStdPosition: lat = %f, lng = %f, alt = %f", lat, lng, alt);
   return RTV_ERR_SUCCESS;
 }
 
@@ -484,14 +493,14 @@ ErrorCode_e TaggedVideoParser::getRawImage(unsigned short index, std::string& ou
   getRawImageRange(index, offset, length, true, nullptr);
   const unsigned char* bytes = nullptr;
   if (const auto code = findBytes(offset, length, bytes)) return code;
-  return guarded(TAG.c_str(), "getRawImage", RTV_ERR_BUFFER_NOT_ALLOCATED, [&] {
+  return guarded(kTag, "getRawImage", RTV_ERR_BUFFER_NOT_ALLOCATED, [&] {
     out.assign(reinterpret_cast<const char*>(bytes), length);
     return RTV_ERR_SUCCESS;
   });
 }
 
-TaggedVideoParser::ScalingFactor TaggedVideoParser::getScalingFactor(ScaleFactor_e scale) {
-  static constexpr std::array<ScalingFactor, 8> kFactors = {
+tjscalingfactor TaggedVideoParser::getScalingFactor(ScaleFactor_e scale) {
+  static constexpr std::array<tjscalingfactor, 8> kFactors = {
       {{1, 1}, {7, 8}, {3, 4}, {5, 8}, {1, 2}, {3, 8}, {1, 4}, {1, 8}}};
   const auto index = static_cast<std::size_t>(scale);
   return index < kFactors.size() ? kFactors[index] : kFactors[RTV_SCALE_1_1];
@@ -530,8 +539,8 @@ ErrorCode_e TaggedVideoParser::getImageSizeInBytes(unsigned int& size, format_e 
   if (const auto code = getImageResolution(width, height)) return code;
   int pixelSize = 0;
   if (!getPixelSize(format, &pixelSize)) return RTV_ERR_COLOR_FORMAT_NOT_SUPPROT;
-  const ImageGeometry geometry(width, height, forTurboJpeg(getScalingFactor(scale)), cropTop,
-                               cropBottom, pixelSize);
+  const ImageGeometry geometry(width, height, getScalingFactor(scale), cropTop, cropBottom,
+                               pixelSize);
   if (!geometry.isValid()) return RTV_ERR_INVALID_PARAMETER;
   size = static_cast<unsigned int>(geometry.size());
   if (outWidth != nullptr) *outWidth = static_cast<unsigned short>(geometry.width);
@@ -543,7 +552,7 @@ ErrorCode_e TaggedVideoParser::getImage(unsigned short index, unsigned int size,
                                         format_e format, ScaleFactor_e scale,
                                         unsigned short cropTop, unsigned short cropBottom) {
   if (const auto code = checkIndex(index)) {
-    velmar_logger::e(TAG.c_str(), "checkIndex fail: index: %u:, ret: %d", index, code);
+    velmar_logger::e(kTag, "checkIndex fail: index: %u:, ret: %d", index, code);
     return code;
   }
   unsigned short width = 0;
@@ -554,8 +563,8 @@ ErrorCode_e TaggedVideoParser::getImage(unsigned short index, unsigned int size,
   if (!getPixelFormat(format, &pixelFormat) || !getPixelSize(format, &pixelSize)) {
     return RTV_ERR_COLOR_FORMAT_NOT_SUPPROT;
   }
-  const ImageGeometry geometry(width, height, forTurboJpeg(getScalingFactor(scale)), cropTop,
-                               cropBottom, pixelSize);
+  const ImageGeometry geometry(width, height, getScalingFactor(scale), cropTop, cropBottom,
+                               pixelSize);
   if (!geometry.isDecodableTo(size)) return RTV_ERR_INVALID_PARAMETER;
   if (buf == nullptr) return RTV_ERR_BUFFER_NOT_ALLOCATED;
 
@@ -567,8 +576,8 @@ ErrorCode_e TaggedVideoParser::getImage(unsigned short index, unsigned int size,
   if (const auto code = findBytes(offset, length, jpeg)) return code;
   const auto code = state_->decoder.decode(jpeg, length, geometry, pixelFormat, buf);
   if (code == VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E) {
-    velmar_logger::e(TAG.c_str(), "tjDecompress2 error: %s, index: %u, r_index: %u\n",
-                     tjGetErrorStr(), index, rIndex);
+    velmar_logger::e(kTag, "tjDecompress2 error: %s, index: %u, r_index: %u\n",
+                     state_->decoder.cause(), index, rIndex);
   }
   return velmarErrorCode2RTVErrorCode(code);
 }

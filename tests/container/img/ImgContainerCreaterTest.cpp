@@ -80,8 +80,8 @@ TEST(ImgCreater, WritesWhatTheSettersSay) {
   ASSERT_EQ(creater.close(), kSuccess);
   const std::string file = readFile(folder / "a.img");
   EXPECT_EQ(file.substr(bigEndian(file, 0, 8)),
-            "{\n   \"camera_id\" : \"0aff00\",\n   \"camera_params\" : \n   {\n      \"k\" : \n"
-            "      [\n         1,\n         2.5\n      ]\n   },\n"
+            "{\n   \"camera_id\" : \"0aff00\",\n   \"camera_params\" : {\n"
+            "      \"k\" : [ 1, 2.5 ]\n   },\n"
             "   \"extendedInfo\" : \"text\",\n   \"frame_codec\" : \"H264\",\n"
             "   \"frame_format\" : \"GRAY\",\n   \"frames_count\" : 1,\n   \"height\" : 1,\n"
             "   \"undistorted\" : true,\n   \"version\" : \"1.0\",\n   \"width\" : 65535\n}\n");

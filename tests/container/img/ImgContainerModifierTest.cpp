@@ -4,6 +4,7 @@
 
 #include "SampleScene.h"
 #include "container/img/ImgFiles.h"
+#include "support/Pictures.h"
 #include "support/TestSupport.h"
 
 namespace {
@@ -89,6 +90,7 @@ TEST_F(ImgModifier, CorrectsTheResolutionOnlyIfItDiffers) {
   const std::pair<std::string, VELMAR_ERROR_CODE_E> rows[] = {
       {handMadeImg({}), VELMAR_ERROR_CODE_OUT_RANGE_E},
       {handMadeImg({{"no JPEG"}}), VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E},
+      {handMadeImg({{tablesOf(jpeg_)}}), VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E},
       {patched(fitting, 8 + 24, "\xFF\xFF\xFF\xFF"), VELMAR_ERROR_CODE_STATUS_FILE_CANNOT_READ_E},
   };
   for (const auto& [file, code] : rows) {
@@ -163,8 +165,14 @@ TEST_F(ImgModifier, AnswersAnErrorOutsideItsLife) {
   EXPECT_TRUE(readFile(path_) == original_);
   EXPECT_TRUE(log.has("1 ImgContainerModifier_Tag:  modifyTimestamp usec = 1"));
   writeFile(path_, original_.substr(0, 50));
-  EXPECT_EQ(ImgContainerModifier(path_).open(), VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
+  EXPECT_EQ(modifier.open(), VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
   EXPECT_TRUE(log.has(kTag + "readMetaDataOffset error"));
+  refuses();
+  writeFile(path_, original_);
+  ASSERT_EQ(modifier.open(), kSuccess);
+  EXPECT_EQ(modifier.modifyUndistorted(false), kSuccess);
+  EXPECT_EQ(modifier.close(), kSuccess);
+  EXPECT_EQ(got(*openedReader(path_), &VelmarVideoFileReader::getUndistortFlags), 0U);
 }
 
 }  // namespace

@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <locale>
+
 #include "container/img/JsonText.h"
 #include "support/TestSupport.h"
+#include "velmar_video/rtv/CanData.h"
 
 namespace {
 
@@ -33,12 +36,69 @@ TEST(ImgMetaData, ReadsWhatItHasWrittenAndDropsTheChecksum) {
   EXPECT_EQ(again.frameIndexDataChecksum, "");
   EXPECT_EQ(textOf(again), textOf(read));
 
-  ImgMetaData absent;
-  ASSERT_TRUE(absent.jsonTo("{}"));
-  EXPECT_EQ(absent.version, VELMAR_VERSION_MAX_E);
-  EXPECT_EQ(absent.framesCount, 0U);
-  EXPECT_EQ(absent.cameraParams, "null\n");
-  EXPECT_EQ(absent.extendedInfo, "{}");
+  for (const char* text : {"{}", "null"}) {
+    ImgMetaData absent;
+    ASSERT_TRUE(absent.jsonTo(text));
+    EXPECT_EQ(absent.version, VELMAR_VERSION_MAX_E);
+    EXPECT_EQ(absent.framesCount, 0U);
+    EXPECT_EQ(absent.cameraParams, "null\n");
+    EXPECT_EQ(absent.extendedInfo, "{}");
+  }
+}
+
+// As Json::StyledWriter has it; files with braces on lines of their own read the same.
+TEST(ImgMetaData, HasOneShape) {
+  const std::string embedded =
+      "{\n   \"a\" : [ 1, 2, 3 ],\n   \"b\" : {\n      \"c\" : {}\n   }\n}\n";
+  for (const char* text :
+       {R"({"camera_params":{"a":[1,2,3],"b":{"c":{}}}})",
+        "{\n   \"camera_params\" : \n   {\n      \"a\" : \n      [\n         1,\n         2,\n"
+        "         3\n      ],\n      \"b\" : \n      {\n         \"c\" : {}\n      }\n   }\n}\n"}) {
+    ImgMetaData metaData;
+    ASSERT_TRUE(metaData.jsonTo(text));
+    EXPECT_EQ(metaData.cameraParams, embedded);
+    const std::string whole = textOf(metaData);
+    EXPECT_NE(
+        whole.find("\n   \"camera_params\" : {\n      \"a\" : [ 1, 2, 3 ],\n      \"b\" : {\n"),
+        std::string::npos)
+        << whole;
+  }
+}
+
+struct CommaAndGroups : std::numpunct<char> {
+  char do_decimal_point() const override { return ','; }
+  char do_thousands_sep() const override { return '.'; }
+  std::string do_grouping() const override { return "\3"; }
+};
+
+TEST(ImgMetaData, KeepsNumbersInEveryLocale) {
+  const std::string text =
+      "{\"camera_params\":{\"f\":1234.5678,\"g\":[-0.25,1e-7,12345678.5E-3,1.5e300],"
+      "\"i\":-1234567,\"huge\":123456789012345678901,/* 1.5 \" */\"s\":\"1.5\\\"2.5\" // 3.5\n}}";
+  const std::string broken[] = {"{\"camera_params\":1.5.2}", "{\"camera_params\":1.5e}",
+                                "{\"camera_params\":\"1.5"};
+  ImgMetaData expected;
+  ASSERT_TRUE(expected.jsonTo(text.c_str()));
+  const std::string expectedText = textOf(expected);
+  EXPECT_NE(expectedText.find("1234.5678"), std::string::npos);
+
+  const std::locale before =
+      std::locale::global(std::locale(std::locale::classic(), new CommaAndGroups));
+  ImgMetaData read;
+  EXPECT_TRUE(read.jsonTo(text.c_str()));
+  const std::string written = textOf(read);
+  bool refusesBroken = true;
+  for (const std::string& each : broken) refusesBroken &= !ImgMetaData().jsonTo(each.c_str());
+  can_data_io can;
+  can_data_io_purge(&can);
+  can.vehicle_speed = 1234.5F;
+  const std::string canText = can_data_toString(&can, CAN_SIZE_IO);
+  std::locale::global(before);
+
+  EXPECT_EQ(read.cameraParams, expected.cameraParams);
+  EXPECT_EQ(written, expectedText);
+  EXPECT_TRUE(refusesBroken);
+  EXPECT_NE(canText.find("vehicle_speed: 1234.5, "), std::string::npos);
 }
 
 TEST(ImgMetaData, RefusesWhatItCannotUse) {
@@ -50,9 +110,8 @@ TEST(ImgMetaData, RefusesWhatItCannotUse) {
       {deep, throws},
       {"{\"camera_params\":" + deep, throws},
   };
-  for (const char* text :
-       {"null", "[1]", "7", R"({"frames_count":-1})", R"({"frames_count":"many"})",
-        R"({"width":[]})", R"({"version":{}})", R"({"undistorted":"yes"})"}) {
+  for (const char* text : {"[1]", "7", R"({"frames_count":-1})", R"({"frames_count":"many"})",
+                           R"({"width":[]})", R"({"version":{}})", R"({"undistorted":"yes"})"}) {
     rows.emplace_back(text, throws);
   }
   for (const auto& [text, line] : rows) {

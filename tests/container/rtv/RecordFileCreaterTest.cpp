@@ -59,10 +59,19 @@ TEST(RtvCreater, RefusesFramesBeyondItsCapacityAndNull) {
   EXPECT_TRUE(creater.addFrame(0, "abc", 0, 0, 0, 0, 0, 0, nullptr));
   EXPECT_FALSE(creater.addFrame(0, "beyond", 0, 0, 0, 0, 0, 0, nullptr));
   ASSERT_TRUE(creater.close());
-  EXPECT_FALSE(creater.addFrame(0, "too late", 0, 0, 0, 0, 0, 0, nullptr));
   const std::string file = readFile(folder / "a.rtv");
   EXPECT_EQ(file.size(), 72U + 2 * 145 + 3);
   EXPECT_EQ(file.substr(72 + 36, 109), RtvFrame().can);  // no signals
+}
+
+TEST(RtvCreater, LogsFramesThatComeTooLate) {
+  const TempFolder folder;
+  RecordFileCreater creater(folder / "a.rtv", FramesMax{2}, RTV_VER_04, nullptr);
+  ASSERT_TRUE(creater.close());
+  const LogCapture log;
+  EXPECT_FALSE(creater.addFrame(0, "too late", 0, 0, 0, 0, 0, 0, nullptr));
+  EXPECT_TRUE(log.has("3 RecordFileCreater: Error: ftruncate fail " + folder / "a.rtv.tmp" +
+                      ", Bad file descriptor"));
 }
 
 TEST(RtvCreater, TurnsADurationIntoSlots) {

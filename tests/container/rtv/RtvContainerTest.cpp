@@ -17,7 +17,7 @@ TEST(RtvContainer, WritesVersion03InMilliseconds) {
   const TempFolder folder;
   RtvContainerCreater creater(folder / "a.rtv");
   ASSERT_EQ(creater.open(), kSuccess);
-  EXPECT_EQ(creater.open(), VELMAR_ERROR_CODE_DUPLICATE_INIT_E);
+  EXPECT_EQ(creater.open(), kSuccess);
   creater.setTaggingFlags(1);
   creater.setUndistortFlags();
   creater.setDeviceId(reinterpret_cast<const unsigned char*>("camera"), 6);
@@ -32,7 +32,7 @@ TEST(RtvContainer, WritesVersion03InMilliseconds) {
   EXPECT_TRUE(creater.addFrame(data, 4, 1500000000000000, 99));
   ASSERT_EQ(creater.close(), kSuccess);
   EXPECT_EQ(creater.close(), kNotInit);
-  EXPECT_EQ(creater.open(), VELMAR_ERROR_CODE_DUPLICATE_INIT_E);
+  EXPECT_EQ(creater.open(), kSuccess);
 
   RtvFile expected{.version = 3, .framesMax = 65535};
   expected.deviceId.replace(0, 6, "camera");
@@ -47,24 +47,31 @@ TEST(RtvContainer, WritesVersion03InMilliseconds) {
 
 TEST(RtvContainer, TellsRefusedFramesAndFailuresAtClose) {
   const TempFolder folder;
-  const LogCapture log;
   const auto creater = makeVelmarVideoFileCreater(folder / "a.rtv");
-  EXPECT_EQ(creater->close(), kNotInit);
-  ASSERT_EQ(creater->open(), kSuccess);
   EXPECT_TRUE(creater->addFrame("abc", 0, 0));
   EXPECT_TRUE(creater->addFrame(nullptr, 1, 0, 0));
   EXPECT_EQ(creater->close(), VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
-  EXPECT_TRUE(exists(folder / "a.rtv"));
+  EXPECT_EQ(got(*openedReader(folder / "a.rtv"), &Reader::getFramesCount), 1U);
+
+  const LogCapture log;
+  const auto nowhere = makeVelmarVideoFileCreater(folder / "none/a.rtv");
+  EXPECT_EQ(nowhere->open(), kSuccess);
+  EXPECT_TRUE(nowhere->addFrame("abc", 0, 0));
+  EXPECT_EQ(nowhere->close(), VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
+  EXPECT_TRUE(log.has("3 RecordFileCreater: Error: ftruncate fail " + folder / "none/a.rtv.tmp" +
+                      ", Bad file descriptor"));
 }
 
 TEST(RtvContainer, DroppedItFinishesAndOnlyMadeItReplacesNothing) {
   const TempFolder folder;
   writeFile(folder / "a.rtv", "an old recording");
-  makeVelmarVideoFileCreater(folder / "a.rtv");
+  makeVelmarVideoFileCreater(folder / "a.rtv")->setUndistortFlags();
   EXPECT_EQ(readFile(folder / "a.rtv"), "an old recording");
   EXPECT_FALSE(exists(folder / "a.rtv.tmp"));
   makeVelmarVideoFileCreater(folder / "a.rtv")->addFrame("abc", 0, 0);
   EXPECT_EQ(readFile(folder / "a.rtv").size(), 72U + 65535 * 36 + 3);
+  EXPECT_EQ(makeVelmarVideoFileCreater(folder / "a.rtv")->close(), kSuccess);
+  EXPECT_EQ(readFile(folder / "a.rtv").size(), 72U + 65535 * 36);
 }
 
 TEST(RtvReader, AnswersInMicrosecondsAndItsEnumerations) {

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "container/rtv/RtvFiles.h"
+#include "support/Pictures.h"
 #include "support/TestSupport.h"
 #include "velmar_video/rtv/RecordFile.h"
 
@@ -152,28 +153,35 @@ TEST_F(RtvParser, RefusesWhatIsNotAWholeFile) {
   const auto range = [&](unsigned long offset, unsigned long length) {
     return with(lastTag + 4, none.number(offset, 8) + none.number(length, 4));
   };
-  const auto ends = [&](std::size_t fileSize, const std::string& relation) {
+  // Behind the end of the file there are zeros, in the last tag as well.
+  const auto ends = [&](std::size_t fileSize, const std::string& relation, std::size_t offset,
+                        int length) {
     return "mFileSize: " + std::to_string(fileSize) + relation +
-           "(lastFrmOffset: " + std::to_string(size - 5) + " + lastFrmDatLen: 5)\n";
+           "(lastFrmOffset: " + std::to_string(offset) +
+           " + lastFrmDatLen: " + std::to_string(length) + ")\n";
   };
+  const auto cut = [&](std::size_t fileSize) { return good.substr(0, fileSize); };
   const struct {
     std::string bytes;
     int code;
     std::string line = {};
   } rows[] = {
       {"v", RTV_ERR_NOT_VELMAR_VIDEO_FORMAT},
-      {good.substr(0, 13), RTV_ERR_NOT_VELMAR_VIDEO_FORMAT},
-      {good.substr(0, 71), RTV_ERR_NOT_VELMAR_VIDEO_FORMAT},
+      {cut(13), RTV_ERR_NOT_VELMAR_VIDEO_FORMAT, "version unknown: 0.0\n"},
+      {cut(14), RTV_ERR_VIDEO_NOT_COMPLETE, ends(14, " > ", 0, 0)},
+      {cut(59), RTV_ERR_VIDEO_NOT_COMPLETE, ends(59, " > ", 0, 0)},
+      {cut(71), RTV_ERR_VIDEO_NOT_COMPLETE, ends(71, " > ", 0, 0)},
+      {cut(lastTag + 12), RTV_ERR_VIDEO_NOT_COMPLETE, ends(lastTag + 12, " < ", size - 5, 0)},
       {with(12, "\x01"), RTV_ERR_NOT_VELMAR_VIDEO_FORMAT, "version unknown: 1.3\n"},
       {with(13, "\x05"), RTV_ERR_NOT_VELMAR_VIDEO_FORMAT, "version unknown: 0.5\n"},
       {with(13, std::string(1, '\0')), RTV_ERR_NOT_VELMAR_VIDEO_FORMAT},
       {with(5, "R"), RTV_ERR_NOT_VELMAR_VIDEO_FORMAT},
       {with(6, "-any"), kSuccess},
-      {good.substr(0, 72 + 3 * 36 - 1), RTV_ERR_VIDEO_NOT_COMPLETE},
-      {none.bytes(), RTV_ERR_VIDEO_NOT_COMPLETE},
+      {cut(72 + 3 * 36 - 1), RTV_ERR_VIDEO_NOT_COMPLETE, ends(72 + 3 * 36 - 1, " < ", size - 5, 5)},
+      {none.bytes(), RTV_ERR_VIDEO_NOT_COMPLETE, ends(none.bytes().size(), " > ", 0, 0)},
       {with(58, "\xFF\xFF"), RTV_ERR_VIDEO_NOT_COMPLETE},
-      {good + "x", RTV_ERR_VIDEO_NOT_COMPLETE, ends(size + 1, " > ")},
-      {good.substr(0, size - 1), RTV_ERR_VIDEO_NOT_COMPLETE, ends(size - 1, " < ")},
+      {good + "x", RTV_ERR_VIDEO_NOT_COMPLETE, ends(size + 1, " > ", size - 5, 5)},
+      {cut(size - 1), RTV_ERR_VIDEO_NOT_COMPLETE, ends(size - 1, " < ", size - 5, 5)},
       // offset + length wraps around to the size of the file
       {range(size - 5 + (1UL << 63), 5), RTV_ERR_VIDEO_NOT_COMPLETE},
       {range(size - 0xFFFFFFFF, 0xFFFFFFFF), RTV_ERR_VIDEO_NOT_COMPLETE},
@@ -186,6 +194,29 @@ TEST_F(RtvParser, RefusesWhatIsNotAWholeFile) {
     unsigned short count = 0;
     EXPECT_EQ(parser_.getFramesCount(count), row.code == kSuccess ? kSuccess : RTV_ERR_NOT_INIT);
     parser_.clear();
+  }
+}
+
+TEST_F(RtvParser, LogsTheCauseOfEachRefusedFrame) {
+  const std::string jpeg = uniformJpeg(16, 8, Coding::Optimized);
+  const std::pair<std::string, std::string> rows[] = {
+      {"no JPEG", "Not a JPEG file: starts with 0x6e 0x6f"},
+      {claiming(65500, 65500, jpeg), "JPEG data far too short for the picture's size"},
+      {jpeg.substr(0, jpeg.size() - 3), "Premature end of JPEG file"},
+      {tablesOf(jpeg), "JPEG tables without a picture"},
+  };
+  RtvFile file{.width = 16, .height = 8};
+  for (const auto& row : rows) file.frames.push_back({row.first});
+  ASSERT_EQ(init(file.bytes()), kSuccess);
+  unsigned char pixels[16 * 8];
+  for (unsigned short i = 0; i < std::size(rows); ++i) {
+    const LogCapture log;
+    EXPECT_EQ(parser_.getImage(i, sizeof pixels, pixels, RTV_FMT_GRAY, RTV_SCALE_1_1, 0, 0),
+              RTV_ERR_DECOMPRESS_ERROR);
+    const std::string index = std::to_string(i);
+    EXPECT_EQ(log.errors(),
+              std::vector{"3 TaggedVideoParser: tjDecompress2 error: " + rows[i].second +
+                          ", index: " + index + ", r_index: " + index + "\n"});
   }
 }
 

@@ -3,8 +3,14 @@
 
 #include <cstdio>
 
+// A name that is the program's own to give.
+using FileDescriptor = int;
+
 int main(int argc, char** argv) {
   if (argc != 2) return 2;
+  const tjscalingfactor half = TaggedVideoParser::getScalingFactor(RTV_SCALE_1_2);
+  const FileDescriptor none = -1;
+  if (none >= 0 || half.num * 2 != half.denom) return 1;
   const auto creater = makeVelmarVideoFileCreater(argv[1]);
   if (!creater || creater->open() != VELMAR_ERROR_CODE_SUCCESS_E) return 1;
   if (!creater->addFrame(std::string(100, 'x'), 1, 2)) return 1;
