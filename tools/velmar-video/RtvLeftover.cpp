@@ -44,34 +44,22 @@ struct Table {
   }
 };
 
-template <typename Tag>
-void takeNumbers(const Tag& stored, Slot& slot) {
+Slot decodeSlot(const char* bytes, version_e version) {
+  const auto stored =
+      version == RTV_VER_02 ? widened(get<frametag_02ver_t>(bytes)) : get<frametag03Ver_t>(bytes);
+  Slot slot;
+  slot.isEmpty = std::all_of(bytes, bytes + rtvLayout(version).tagSize,
+                             [](char byte) { return byte == '\0'; });
   slot.frame.offset = stored.data_offset;
   slot.frame.size = stored.data_length;
   slot.tag.timeFlag = stored.time_flag;
-  slot.tag.speed = stored.speed;
-  slot.tag.direction = stored.direction;
-}
-
-Slot decodeSlot(const char* bytes, version_e version) {
-  Slot slot;
-  const char* const end = bytes + rtvLayout(version).tagSize;
-  slot.isEmpty = std::all_of(bytes, end, [](char byte) { return byte == '\0'; });
-  if (version == RTV_VER_02) {
-    const auto stored = get<frametag_02ver_t>(bytes);
-    takeNumbers(stored, slot);
-    slot.tag.x = signed24(stored.x);
-    slot.tag.y = signed24(stored.y);
-    slot.tag.relativeDistance = static_cast<unsigned int>(signed24(stored.relative_distance));
-    return slot;
-  }
-  const auto stored = get<frametag03Ver_t>(bytes);
-  takeNumbers(stored, slot);
   slot.tag.x = stored.x;
   slot.tag.y = stored.y;
   slot.tag.z = stored.z;
   slot.tag.relativeDistance = stored.relative_distance;
-  if (version == RTV_VER_04) slot.tag.can = get<can_data_io>(bytes + sizeof stored);
+  slot.tag.speed = stored.speed;
+  slot.tag.direction = stored.direction;
+  if (version == RTV_VER_04) slot.tag.can = get<can_data_io>(bytes + kCanAt);
   return slot;
 }
 

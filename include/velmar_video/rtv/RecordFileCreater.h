@@ -93,7 +93,7 @@ class VELMAR_VIDEO_API RecordFileCreater : public RecordFile {
   bool storeTag(const unsigned char* tag, unsigned int index);
   bool storeHeader();
   bool publish();
-  void encodeHeader(unsigned char* bytes) const;
+  void encodeHeader(unsigned char* bytes);
   /// Changes the file through a map of all of it.
   bool changeMapped(const std::function<void(unsigned char*)>& change);
   header_t& headerWithAllFields();

@@ -5,9 +5,9 @@
 #include <unistd.h>
 
 #include <cstring>
-#include <exception>
 
 #include "common/FileDescriptor.h"
+#include "common/Guarded.h"
 #include "velmar_logger/velmar_logger.h"
 
 namespace {
@@ -34,7 +34,11 @@ bool ImgContainerFormatAnalysis::readFrameIndex() {
     return false;
   }
   const auto* records = reinterpret_cast<const FrameIndex*>(mapAddr_.data() + kFrameIndexStart);
-  frameIndex_.resize(count);
+  const bool hasRoom = guarded(kTag, "readFrameIndex", false, [&] {
+    frameIndex_.resize(count);
+    return true;
+  });
+  if (!hasRoom) return false;
   for (std::size_t i = 0; i < count; ++i) {
     FrameIndex& record = frameIndex_[i];
     record = records[i].swapped();
@@ -66,9 +70,12 @@ bool ImgContainerFormatAnalysis::readMetaData() {
     return false;
   }
   velmar_logger::d(kTag, kLengths, forLog(fileLength_), forLog(metaDataOffset_), forLog(length));
-  const std::string text(reinterpret_cast<const char*>(mapAddr_.data()) + metaDataOffset_, length);
-  velmar_logger::d(kTag, "cMetaData = %s", text.c_str());
-  return metaData_.jsonTo(text.c_str());
+  return guarded(kTag, "readMetaData", false, [&] {
+    const std::string text(reinterpret_cast<const char*>(mapAddr_.data()) + metaDataOffset_,
+                           length);
+    velmar_logger::d(kTag, "cMetaData = %s", text.c_str());
+    return metaData_.jsonTo(text.c_str());
+  });
 }
 
 bool ImgContainerFormatAnalysis::checkIndex(unsigned int index) {
@@ -98,21 +105,32 @@ VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::mapFile(const std::string& path,
                                                        : VELMAR_ERROR_CODE_FILE_MMAP_FAIL_E;
 }
 
-VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::openFile(
-    const std::string& path, const char* tag, const std::function<VELMAR_ERROR_CODE_E()>& map) {
+VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::checkOpening(const std::string& path,
+                                                             const char* tag) {
   if (analysed_) return VELMAR_ERROR_CODE_DUPLICATE_INIT_E;
   forget();  // what an earlier file has left
-  if (const auto code = checkFileAccess(path)) {
-    velmar_logger::e(tag, "checkFileAccess error");
-    return code;
-  }
-  if (const auto code = map()) {
-    velmar_logger::e(tag, "openMap error");
-    return code;
-  }
-  const auto code = analyse(tag);
-  if (code != VELMAR_ERROR_CODE_SUCCESS_E) forget();
+  const auto code = checkFileAccess(path);
+  if (code != VELMAR_ERROR_CODE_SUCCESS_E) velmar_logger::e(tag, "checkFileAccess error");
   return code;
+}
+
+VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::analyse(VELMAR_ERROR_CODE_E mapped,
+                                                        const char* tag) {
+  if (mapped != VELMAR_ERROR_CODE_SUCCESS_E) {
+    velmar_logger::e(tag, "openMap error");
+    return mapped;
+  }
+  const char* failed = !readMetaDataOffset() ? "readMetaDataOffset error"
+                       : !readMetaData()     ? "readMetaData error"
+                       : !readFrameIndex()   ? "readFrameIndex error"
+                                             : nullptr;
+  if (failed != nullptr) {
+    velmar_logger::e(tag, "%s", failed);
+    forget();
+    return VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
+  }
+  analysed_ = true;
+  return VELMAR_ERROR_CODE_SUCCESS_E;
 }
 
 void ImgContainerFormatAnalysis::forget() {
@@ -121,31 +139,6 @@ void ImgContainerFormatAnalysis::forget() {
   metaDataOffset_ = 0;
   fileLength_ = 0;
   metaData_ = {};
-}
-
-VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::analyse(const char* tag) {
-  const struct {
-    bool (ImgContainerFormatAnalysis::*step)();
-    const char* message;
-  } steps[] = {
-      {&ImgContainerFormatAnalysis::readMetaDataOffset, "readMetaDataOffset error"},
-      {&ImgContainerFormatAnalysis::readMetaData, "readMetaData error"},
-      {&ImgContainerFormatAnalysis::readFrameIndex, "readFrameIndex error"},
-  };
-  for (const auto& [step, message] : steps) {
-    bool done = false;
-    try {
-      done = (this->*step)();
-    } catch (const std::exception&) {
-      // No memory: the step has not been done.
-    }
-    if (!done) {
-      velmar_logger::e(tag, "%s", message);
-      return VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
-    }
-  }
-  analysed_ = true;
-  return VELMAR_ERROR_CODE_SUCCESS_E;
 }
 
 VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::checkFrame(unsigned int index) {

@@ -3,7 +3,6 @@
 
 #include <sys/stat.h>
 
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -36,11 +35,13 @@ class ImgContainerFormatAnalysis {
   virtual VELMAR_ERROR_CODE_E openMap(const std::string& path);
 
  protected:
-  /// What open() does: checks the path, maps the file by `map` and analyses it, anew after close().
-  /// Logs the step that fails with `tag`, and then lets go of everything.
-  /// VELMAR_ERROR_CODE_DUPLICATE_INIT_E while a file is open.
-  VELMAR_ERROR_CODE_E openFile(const std::string& path, const char* tag,
-                               const std::function<VELMAR_ERROR_CODE_E()>& map);
+  /// What open() begins with: forgets an earlier file and checks the path, where it logs with
+  /// `tag`. VELMAR_ERROR_CODE_DUPLICATE_INIT_E while a file is open.
+  VELMAR_ERROR_CODE_E checkOpening(const std::string& path, const char* tag);
+  /// What open() ends with: reads metadata and index of the mapped file. Logs the step that fails
+  /// with `tag`, and then lets go of everything.
+  /// \param mapped  what the mapping answered
+  VELMAR_ERROR_CODE_E analyse(VELMAR_ERROR_CODE_E mapped, const char* tag);
   /// openMap() for either access.
   VELMAR_ERROR_CODE_E mapFile(const std::string& path, MemoryMap::Access access);
   /// Whether there is such a frame: VELMAR_ERROR_CODE_OUT_RANGE_E, VELMAR_ERROR_CODE_NOT_INIT_E.
@@ -56,8 +57,6 @@ class ImgContainerFormatAnalysis {
   /// VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E for none.
   VELMAR_ERROR_CODE_E copyFrame(unsigned int index, unsigned int size, unsigned char* buffer);
 
-  /// The steps that follow the map: metadata offset, metadata, index.
-  VELMAR_ERROR_CODE_E analyse(const char* tag);
   /// Back to what a new object has.
   void forget();
 

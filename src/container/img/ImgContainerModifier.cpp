@@ -25,7 +25,8 @@ ImgContainerModifier::ImgContainerModifier(const std::string& path)
     : VelmarVideoFileModifier(path) {}
 
 VELMAR_ERROR_CODE_E ImgContainerModifier::open() {
-  return openFile(filePath_, kTag, [this] { return openMap(); });
+  if (const auto code = checkOpening(filePath_, kTag)) return code;
+  return analyse(openMap(), kTag);
 }
 
 VELMAR_ERROR_CODE_E ImgContainerModifier::openMap() {

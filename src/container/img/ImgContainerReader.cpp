@@ -39,7 +39,8 @@ ImgContainerReader::~ImgContainerReader() {
 }
 
 VELMAR_ERROR_CODE_E ImgContainerReader::open() {
-  return openFile(filePath_, kTag, [this] { return openMap(filePath_); });
+  if (const auto code = checkOpening(filePath_, kTag)) return code;
+  return analyse(openMap(filePath_), kTag);
 }
 
 // The map's range stays reserved: the unmapping that follows with the destructor must not hit a map

@@ -28,22 +28,6 @@ unsigned short slotsFor(unsigned int duration) {
   return duration == 0 ? kRtvFramesMax : static_cast<unsigned short>(duration * kFrameRate);
 }
 
-// The low three bytes, least significant first.
-void put24(unsigned char (&at)[3], unsigned int value) { std::memcpy(at, &value, sizeof at); }
-
-frametag_02ver_t version02Tag(const frametag03Ver_t& tag) {
-  frametag_02ver_t old{};
-  old.time_flag = tag.time_flag;
-  old.data_offset = tag.data_offset;
-  old.data_length = tag.data_length;
-  put24(old.x, static_cast<unsigned int>(tag.x));
-  put24(old.y, static_cast<unsigned int>(tag.y));
-  put24(old.relative_distance, tag.relative_distance);
-  old.speed = tag.speed;
-  old.direction = tag.direction;
-  return old;
-}
-
 // The length comes last: the tag of a recorder that is killed in between has none yet, so that it
 // cannot be taken for a whole one.
 void placeTag(unsigned char* slot, const unsigned char* tag, unsigned int size) {
@@ -176,12 +160,12 @@ bool RecordFileCreater::addFrame(int timeFlag, const char* data, unsigned int le
                                z,        relativeDistance, speed,  direction};
   unsigned char bytes[kTagSizeMax];
   if (version_ == RTV_VER_02) {
-    put(bytes, version02Tag(tag));
+    put(bytes, narrowed(tag));
   } else {
     put(bytes, tag);
     can_data_io block;
     can_data_io_purge(&block);
-    put(bytes + sizeof tag, can != nullptr ? *can : block);
+    put(bytes + kCanAt, can != nullptr ? *can : block);
   }
   return storeTag(bytes, index);
 }
@@ -256,33 +240,18 @@ bool RecordFileCreater::storeHeader() {
   return changeMapped(place) || file_->writeAt(bytes, rtvLayout(version_).headerSize, 0);
 }
 
-void RecordFileCreater::encodeHeader(unsigned char* bytes) const {
-  const RtvLayout layout = rtvLayout(version_);
-  const header_t& header = headerOf(version_);
-  const auto* version = version_ == RTV_VER_02   ? VERSION_V02
-                        : version_ == RTV_VER_03 ? VERSION_V03
-                                                 : VERSION;
-  const auto* magic = version_ == RTV_VER_02   ? MAGIC_CODE_V02
-                      : version_ == RTV_VER_03 ? MAGIC_CODE_V03
-                                               : MAGIC_CODE;
-  std::memcpy(bytes + kMagicCodeAt, magic, layout.magicSize);
-  put(bytes + kVersionMajorAt, version[0]);
-  put(bytes + kVersionMinorAt, version[1]);
-  put(bytes + kDeviceIdAt, header.device_id);
-  put(bytes + kStartTimeAt, header.start_time);
-  put(bytes + kLngAt, header.lng);
-  put(bytes + kLatAt, header.lat);
-  if (layout.hasFlagsAndAltitude) {
-    put(bytes + kFlagsAt, header.flags);
-    put(bytes + kAltAt, header.alt);
-  }
-  put(bytes + layout.framesCountAt(), header.frames_count);
-  put(bytes + layout.framesMaxAt(), header.frames_max);
-  put(bytes + layout.widthAt(), header.width);
-  put(bytes + layout.heightAt(), header.height);
-  put(bytes + layout.frameFormatAt(), header.frame_format);
-  put(bytes + layout.frameCodecAt(), header.frame_codec);
-  put(bytes + layout.taggingFlagsAt(), header.tagging_flags);
+void RecordFileCreater::encodeHeader(unsigned char* bytes) {
+  const bool is02 = version_ == RTV_VER_02;
+  const bool is03 = version_ == RTV_VER_03;
+  const char* magic = is02 ? MAGIC_CODE_V02 : is03 ? MAGIC_CODE_V03 : MAGIC_CODE;
+  const unsigned char* version = is02 ? VERSION_V02 : is03 ? VERSION_V03 : VERSION;
+  header_t& header = headerOf(version_);
+  header.version_major = version[0];
+  header.version_minor = version[1];
+  std::memcpy(bytes + kMagicCodeAt, magic, rtvLayout(version_).magicSize);
+  visitRtvHeader(version_, header, [bytes](unsigned int at, const auto& field, Edited /*edited*/) {
+    put(bytes + at, field);
+  });
 }
 
 bool RecordFileCreater::changeMapped(const std::function<void(unsigned char*)>& change) {

@@ -38,13 +38,10 @@ VELMAR_ERROR_CODE_E RtvContainerModifier::close() {
 }
 
 void RtvContainerModifier::writeHeader(unsigned char* file) const {
-  const RtvLayout layout = rtvLayout(version_);
-  const header_t& header = headerOf(version_);
-  put(file + kDeviceIdAt, header.device_id);
-  put(file + kStartTimeAt, header.start_time);
-  put(file + layout.taggingFlagsAt(), header.tagging_flags);
-  put(file + layout.widthAt(), header.width);
-  put(file + layout.heightAt(), header.height);
+  visitRtvHeader(version_, headerOf(version_),
+                 [file](unsigned int at, const auto& field, Edited edited) {
+                   if (edited == Edited::Yes) put(file + at, field);
+                 });
 }
 
 VELMAR_ERROR_CODE_E RtvContainerModifier::checkEditable() const {

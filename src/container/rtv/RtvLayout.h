@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-#include "velmar_video/VelmarVideoCommDef.h"
+#include "velmar_video/rtv/RecordFile.h"
 
 // Offsets in the header that all versions share, bytes.
 constexpr unsigned int kMagicCodeAt = 0;
@@ -53,11 +53,71 @@ constexpr RtvLayout rtvLayout(version_e version) {
   }
 }
 
-/// A 24-bit field of a version 02 tag.
+/// Whether the field is one that modifiers write.
+enum class Edited { No, Yes };
+
+/// Calls `visit(offset, member, Edited)` for each field of the version's header but the magic code.
+/// The flags come first: they say in which byte order the others are.
+/// \param header  a RecordFile::header_t
+template <typename Header, typename Visit>
+void visitRtvHeader(version_e version, Header& header, Visit visit) {
+  const RtvLayout layout = rtvLayout(version);
+  if (layout.hasFlagsAndAltitude) visit(kFlagsAt, header.flags, Edited::No);
+  visit(kVersionMajorAt, header.version_major, Edited::No);
+  visit(kVersionMinorAt, header.version_minor, Edited::No);
+  visit(kDeviceIdAt, header.device_id, Edited::Yes);
+  visit(kStartTimeAt, header.start_time, Edited::Yes);
+  visit(kLngAt, header.lng, Edited::No);
+  visit(kLatAt, header.lat, Edited::No);
+  if (layout.hasFlagsAndAltitude) visit(kAltAt, header.alt, Edited::No);
+  visit(layout.framesCountAt(), header.frames_count, Edited::No);
+  visit(layout.framesMaxAt(), header.frames_max, Edited::No);
+  visit(layout.widthAt(), header.width, Edited::Yes);
+  visit(layout.heightAt(), header.height, Edited::Yes);
+  visit(layout.frameFormatAt(), header.frame_format, Edited::No);
+  visit(layout.frameCodecAt(), header.frame_codec, Edited::No);
+  visit(layout.taggingFlagsAt(), header.tagging_flags, Edited::Yes);
+}
+
+/// Where the CAN block stands in a tag of version 04: behind what is a tag of version 03.
+constexpr unsigned int kCanAt = sizeof(frametag03Ver_t);
+
+/// A 24-bit field of a version 02 tag: the low three bytes, least significant first.
+inline void put24(unsigned char (&at)[3], unsigned int value) {
+  std::memcpy(at, &value, sizeof at);
+}
+/// The same, read as signed.
 inline int signed24(const unsigned char (&bytes)[3]) {
   // Into the upper three bytes and down again, which extends the sign.
   const unsigned int value = bytes[0] | bytes[1] << 8 | static_cast<unsigned int>(bytes[2]) << 16;
   return static_cast<int>(value << 8) >> 8;
+}
+
+/// The numbers of a version 02 tag in the fields of later versions; z is 0.
+inline frametag03Ver_t widened(const frametag_02ver_t& tag) {
+  return {tag.time_flag,
+          tag.data_offset,
+          tag.data_length,
+          signed24(tag.x),
+          signed24(tag.y),
+          0,
+          static_cast<unsigned int>(signed24(tag.relative_distance)),
+          tag.speed,
+          tag.direction};
+}
+
+/// What version 02 keeps: the low 24 bits of x, y and the distance, and no z.
+inline frametag_02ver_t narrowed(const frametag03Ver_t& tag) {
+  frametag_02ver_t narrow{};
+  narrow.time_flag = tag.time_flag;
+  narrow.data_offset = tag.data_offset;
+  narrow.data_length = tag.data_length;
+  put24(narrow.x, static_cast<unsigned int>(tag.x));
+  put24(narrow.y, static_cast<unsigned int>(tag.y));
+  put24(narrow.relative_distance, tag.relative_distance);
+  narrow.speed = tag.speed;
+  narrow.direction = tag.direction;
+  return narrow;
 }
 
 /// The value whose bytes stand there.

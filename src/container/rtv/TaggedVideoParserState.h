@@ -8,6 +8,8 @@
 #include "common/MemoryMap.h"
 #include "velmar_video/rtv/TaggedVideoParser.h"
 
+constexpr char kTaggedVideoParserTag[] = "TaggedVideoParser";  ///< of the log
+
 /// What the public class keeps out of its header.
 struct TaggedVideoParser::State {
   FileDescriptor mFileFd;
