@@ -32,9 +32,9 @@ class VELMAR_VIDEO_API IVelmarVideoFile {
 
   virtual ~IVelmarVideoFile();
   /// Go on only after success. While the object is open, another call answers
-  /// VELMAR_ERROR_CODE_DUPLICATE_INIT_E and changes nothing. Readers and modifiers may be opened
-  /// again after a failed open(), which lets go of everything, and after close(): they read the
-  /// file anew. An img creater writes one file: open() after close() answers
+  /// VELMAR_ERROR_CODE_DUPLICATE_INIT_E and changes nothing. A failed open() lets go of everything
+  /// and may be tried again. After close(), readers and modifiers may be opened again and read the
+  /// file anew; an img creater, which writes one file, answers
   /// VELMAR_ERROR_CODE_DUPLICATE_INIT_E. An rtv creater's open() does nothing and always answers
   /// success, since its constructor has done it all; close() tells whether it could.
   virtual VELMAR_ERROR_CODE_E open() = 0;
@@ -68,8 +68,8 @@ class VELMAR_VIDEO_API VelmarVideoFileCreater : public IVelmarVideoFile {
   explicit VelmarVideoFileCreater(std::string path);
   ~VelmarVideoFileCreater() override;
 
-  /// Creates the temporary file. It replaces one that an interrupted recording left behind: save
-  /// that first.
+  /// Creates the temporary file; of an rtv makeVelmarVideoFileCreater() has done so already. It
+  /// replaces one that an interrupted recording left behind: save that first.
   VELMAR_ERROR_CODE_E open() override = 0;
   /// Finishes the recording: success means that it is complete, on the disk and under its name.
   /// img refuses a recording whose frames together are not larger than its index (28 bytes a
@@ -179,12 +179,13 @@ class VELMAR_VIDEO_API VelmarVideoFileReader : public IVelmarVideoFile {
   /// The other errors of getImageSizeInBytes(), and VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E: null
   /// buffer, or no memory; VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E: the frame reaches past the end
   /// of the file; VELMAR_ERROR_CODE_INVALID_PARAMETER_E: the header says width or height 0;
-  /// VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E: no JPEG, a damaged one, or one that no scale makes small
-  /// enough; the buffer may then hold a part of the picture. A frame of another size than the
-  /// header says is decoded at the largest scale that fits, and leaves the rest of the buffer as it
-  /// was, or zero where rows are cut. img looks at the frame count itself as an index only after
-  /// all other arguments; this is intended. Nothing is allocated per call: where rows are cut, the
-  /// whole picture is decoded into scratch memory that the reader keeps.
+  /// VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E: no JPEG, a damaged one, one that no scale makes small
+  /// enough, or one that would take absurdly much memory for its few bytes; the buffer may then
+  /// hold a part of the picture. A frame of another size than the header says is decoded at the
+  /// largest scale that fits, and leaves the rest of the buffer as it was, or zero where rows are
+  /// cut. img looks at the frame count itself as an index only after all other arguments; this is
+  /// intended. Nothing is allocated per call: where rows are cut, the whole picture is decoded into
+  /// scratch memory that the reader keeps.
   virtual VELMAR_ERROR_CODE_E getImage(unsigned int index, unsigned int bufferSize,
                                        unsigned char* buffer, VELMAR_FORMAT_E format,
                                        SCALE_FACTOR_E scale, unsigned short cropTop,

@@ -31,8 +31,27 @@ std::optional<JpegSize> readAnyJpegSize(tjhandle decompressor, const unsigned ch
   return std::nullopt;
 }
 
+bool isKeptWhole(const unsigned char* jpeg, unsigned long jpegSize) {
+  unsigned int components = 0;
+  // Segments: a marker of two bytes, a length that counts itself, the rest.
+  for (unsigned long at = 2; at + 9 < jpegSize;) {
+    const unsigned int marker = jpeg[at + 1];
+    if (jpeg[at] != 0xFF) break;
+    if (marker == 0xFF) {  // a fill byte
+      ++at;
+      continue;
+    }
+    const bool isFrame = marker >= 0xC0 && marker <= 0xCF && (marker % 4 != 0 || marker == 0xC0);
+    if (isFrame && marker % 4 == 2) return true;  // progressive
+    if (isFrame) components = jpeg[at + 9];
+    if (marker == 0xDA) return jpeg[at + 4] < components;
+    at += 2UL + jpeg[at + 2] * 256UL + jpeg[at + 3];
+  }
+  return true;
+}
+
 bool isPlausible(JpegSize size, unsigned long jpegSize) {
-  // The decoder takes up to 8 bytes a pixel: what that comes to here, any frame may have.
+  // Kept whole it takes up to 8 bytes a pixel: what that comes to here, any frame may have.
   constexpr unsigned long kPixelsForAny = 1UL << 24;
   // Beyond that: each 8 x 8 pixels take a bit at least; by far less with arithmetic coding.
   constexpr unsigned long kPixelsPerByte = 1UL << 14;

@@ -23,9 +23,11 @@ std::optional<JpegSize> readJpegSize(tjhandle decompressor, const unsigned char*
 std::optional<JpegSize> readAnyJpegSize(tjhandle decompressor, const unsigned char* jpeg,
                                         unsigned long jpegSize, const char*& cause);
 
-/// Whether a picture of that size may be decoded from so few bytes. The decoder may take memory by
-/// the size that a header claims before it looks at the rest: only what would take absurdly much
-/// for its bytes is refused.
+/// Whether decoders keep the whole picture in memory: by the size that its header claims, before
+/// they look at the rest. They do where a scan has not all of it.
+bool isKeptWhole(const unsigned char* jpeg, unsigned long jpegSize);
+
+/// Whether that size is nothing unusual for so many bytes, or small enough for any.
 bool isPlausible(JpegSize size, unsigned long jpegSize);
 
 #endif

@@ -43,7 +43,9 @@ std::string numberedJpeg(unsigned int number, std::size_t commentSize) {
 
 std::string uniformJpeg(int width, int height, Coding coding) {
   // The compressor takes these from the environment only.
-  const char* variable = coding == Coding::Optimized ? "TJ_OPTIMIZE" : "TJ_ARITHMETIC";
+  const char* variable = coding == Coding::Optimized    ? "TJ_OPTIMIZE"
+                         : coding == Coding::Arithmetic ? "TJ_ARITHMETIC"
+                                                        : "TJ_PROGRESSIVE";
   ::setenv(variable, "1", 1);
   const std::vector<unsigned char> pixels(static_cast<std::size_t>(width) * height, 128);
   unsigned char* jpeg = nullptr;

@@ -7,8 +7,8 @@
 /// of that many bytes, which holds a start and an end marker as a thumbnail would.
 std::string numberedJpeg(unsigned int number, std::size_t commentSize = 40);
 
-enum class Coding { Optimized, Arithmetic };
-/// A grey JPEG of one shade, with Huffman tables made for it or arithmetic-coded.
+enum class Coding { Optimized, Arithmetic, Progressive };
+/// A grey JPEG of one shade; Huffman tables are made for it.
 std::string uniformJpeg(int width, int height, Coding coding);
 
 /// The JPEG without its Huffman tables: decoders take the standard's.

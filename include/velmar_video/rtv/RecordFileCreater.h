@@ -92,6 +92,8 @@ class VELMAR_VIDEO_API RecordFileCreater : public RecordFile {
   bool appendBytes(const char* data, unsigned int length);
   bool storeTag(const unsigned char* tag, unsigned int index);
   bool storeHeader();
+  /// Logs the system call that failed; false.
+  bool logged(const char* step) const;
   bool publish();
   void encodeHeader(unsigned char* bytes);
   /// Changes the file through a map of all of it.

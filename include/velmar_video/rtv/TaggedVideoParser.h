@@ -42,7 +42,7 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
   /// map (this is intended);
   /// RTV_ERR_NOT_VELMAR_VIDEO_FORMAT: another version or no such file;
   /// RTV_ERR_VIDEO_NOT_COMPLETE: the last frame does not end where the file ends, or there is none,
-  /// or the file is cut in its header or tags;
+  /// or the file is cut behind its version, in the header or the tags;
   /// RTV_ERR_BUFFER_NOT_ALLOCATED: no memory. It may be called again after a failure.
   ErrorCode_e init(const char* path);
   /// Lets the file go. Always succeeds.

@@ -1,6 +1,7 @@
 #include "container/img/ImgContainerCreater.h"
 
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -45,6 +46,8 @@ VELMAR_ERROR_CODE_E ImgContainerCreater::open() {
   writeFailed_ = false;
   const std::uint64_t placeholder = htonll(writtenBytes_);
   if (!imgContainerCreaterWrite(&placeholder, sizeof placeholder)) {
+    file_.close();
+    ::unlink(temporaryPath_.c_str());
     return VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
   }
   journal_.open();

@@ -8,6 +8,7 @@
 #include <locale>
 #include <map>
 #include <new>
+#include <optional>
 #include <sstream>
 #include <string_view>
 
@@ -48,8 +49,9 @@ std::size_t skipText(std::string_view text, std::size_t at) {
   return isOneOf(text, end, "/") ? text.find_first_of("\r\n", end) : end;
 }
 
-// Takes the real numbers out of a JSON text and writes zeros over them. What is no number stays.
-RealNumbers takeRealNumbers(std::string& text) {
+// Takes the real numbers out of a JSON text and writes zeros over them. Nothing if one is
+// malformed.
+std::optional<RealNumbers> takeRealNumbers(std::string& text) {
   RealNumbers numbers;
   for (std::size_t at = 0; at < text.size();) {
     if (isOneOf(text, at, "\"/")) {
@@ -62,10 +64,12 @@ RealNumbers takeRealNumbers(std::string& text) {
     }
     const std::size_t end = numberEnd(text, at);
     const std::string token = text.substr(at, end - at);
-    std::istringstream stream(token);
-    stream.imbue(std::locale::classic());
-    double value = 0;
-    if (token.find_first_of(".eE") != token.npos && stream >> value) {
+    if (token.find_first_of(".eE") != token.npos) {
+      std::istringstream stream(token);
+      stream.imbue(std::locale::classic());
+      double value = 0;
+      // What follows would make another number with the zeros.
+      if (!(stream >> value) || !stream.eof() || isOneOf(text, end, ".eE")) return std::nullopt;
       numbers.emplace(at, value);
       text.replace(at, token.size(), token.size(), '0');
     }
@@ -76,7 +80,7 @@ RealNumbers takeRealNumbers(std::string& text) {
 
 void putBack(const RealNumbers& numbers, Json::Value& value) {
   const auto number = numbers.find(value.getOffsetStart());
-  if (number != numbers.end() && value.isInt()) {
+  if (number != numbers.end() && value.type() == Json::intValue) {
     Json::Value real(number->second);
     value.swapPayload(real);  // the comments stay
   }
@@ -115,9 +119,9 @@ class PlainNumbers {
 bool parseJson(const std::string& text, Json::Value& value) {
   if (std::locale() == std::locale::classic()) return Json::Reader().parse(text, value, true);
   std::string integers = text;
-  const RealNumbers numbers = takeRealNumbers(integers);
-  if (!Json::Reader().parse(integers, value, true)) return false;
-  putBack(numbers, value);
+  const auto numbers = takeRealNumbers(integers);
+  if (!numbers || !Json::Reader().parse(integers, value, true)) return false;
+  putBack(*numbers, value);
   return true;
 }
 

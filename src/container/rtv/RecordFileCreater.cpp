@@ -76,12 +76,8 @@ bool RecordFileCreater::makeTagTable() {
     velmar_logger::e(kTag, "Error: open fail %s, %s", temporaryPath_.c_str(), std::strerror(errno));
     return false;
   }
-  if (::ftruncate(file_->get(), static_cast<off_t>(fileSize_)) != 0 ||
-      !file_->reserve(0, fileSize_)) {
-    velmar_logger::e(kTag, "Error: ftruncate fail %s, %s", temporaryPath_.c_str(),
-                     std::strerror(errno));
-    return false;
-  }
+  if (::ftruncate(file_->get(), static_cast<off_t>(fileSize_)) != 0) return logged("ftruncate");
+  if (!file_->reserve(0, fileSize_)) return logged("fallocate");
   return changeMapped([this](unsigned char* file) { std::memset(file, 0, fileSize_); });
 }
 
@@ -139,7 +135,10 @@ RecordFile::header_t& RecordFileCreater::headerWithAllFields() {
 bool RecordFileCreater::addFrame(int timeFlag, const std::string& data, int x, int y, int z,
                                  unsigned int relativeDistance, unsigned short speed,
                                  unsigned short direction, const can_data_io* can) {
-  if (data.size() > UINT32_MAX) return false;
+  if (data.size() > UINT32_MAX) {
+    velmar_logger::e(kTag, "frame of %zu bytes is too large", data.size());
+    return false;
+  }
   return addFrame(timeFlag, data.data(), static_cast<unsigned int>(data.size()), x, y, z,
                   relativeDistance, speed, direction, can);
 }
@@ -175,16 +174,18 @@ bool RecordFileCreater::appendBytes(const char* data, unsigned int length) {
   const auto resize = [file](unsigned long size) {
     return ::ftruncate(file, static_cast<off_t>(size)) == 0;
   };
-  if (resize(fileSize_ + length)) {
-    if (file_->writeAt(data, length, fileSize_)) {
-      fileSize_ += length;
-      return true;
-    }
-    const int cause = errno;
+  if (!resize(fileSize_ + length)) return logged("ftruncate");
+  if (!file_->writeAt(data, length, fileSize_)) {
+    logged("pwrite");
     resize(fileSize_);
-    errno = cause;
+    return false;
   }
-  velmar_logger::e(kTag, "Error: ftruncate fail %s, %s", temporaryPath_.c_str(),
+  fileSize_ += length;
+  return true;
+}
+
+bool RecordFileCreater::logged(const char* step) const {
+  velmar_logger::e(kTag, "Error: %s fail %s, %s", step, temporaryPath_.c_str(),
                    std::strerror(errno));
   return false;
 }
@@ -213,17 +214,8 @@ bool RecordFileCreater::close() {
 }
 
 bool RecordFileCreater::publish() {
-  if (!file_->sync()) {
-    velmar_logger::e(kTag, "Error: fdatasync fail %s, %s", temporaryPath_.c_str(),
-                     std::strerror(errno));
-    return false;
-  }
-  if (!renameFile(temporaryPath_, fileName_)) {
-    velmar_logger::e(kTag, "Error: rename fail %s, %s", temporaryPath_.c_str(),
-                     std::strerror(errno));
-    return false;
-  }
-  return true;
+  if (!file_->sync()) return logged("fdatasync");
+  return renameFile(temporaryPath_, fileName_) || logged("rename");
 }
 
 bool RecordFileCreater::storeHeader() {

@@ -207,9 +207,9 @@ ErrorCode_e TaggedVideoParser::checkComplete(const InitMode& mode) const {
   const unsigned int length = last.data_length;
   const unsigned long fileSize = state_->mFileSize;
   if (hasTagTable() && offset <= fileSize && length == fileSize - offset) return RTV_ERR_SUCCESS;
-  const bool isShorter = offset > fileSize || length > fileSize - offset;
+  const bool isLonger = offset <= fileSize && length < fileSize - offset;
   velmar_logger::e(mode.tag, "mFileSize: %lu %s (lastFrmOffset: %lu + lastFrmDatLen: %u)\n",
-                   fileSize, isShorter ? "<" : ">", offset, length);
+                   fileSize, isLonger ? ">" : "<", offset, length);
   return RTV_ERR_VIDEO_NOT_COMPLETE;
 }
 

@@ -65,40 +65,48 @@ TEST(ImgMetaData, HasOneShape) {
   }
 }
 
-struct CommaAndGroups : std::numpunct<char> {
-  char do_decimal_point() const override { return ','; }
-  char do_thousands_sep() const override { return '.'; }
-  std::string do_grouping() const override { return "\3"; }
+struct Punctuation : std::numpunct<char> {
+  Punctuation(char point, char separator, std::string grouping)
+      : point_(point), separator_(separator), grouping_(std::move(grouping)) {}
+  char do_decimal_point() const override { return point_; }
+  char do_thousands_sep() const override { return separator_; }
+  std::string do_grouping() const override { return grouping_; }
+
+  char point_, separator_;
+  std::string grouping_;
 };
 
 TEST(ImgMetaData, KeepsNumbersInEveryLocale) {
   const std::string text =
       "{\"camera_params\":{\"f\":1234.5678,\"g\":[-0.25,1e-7,12345678.5E-3,1.5e300],"
       "\"i\":-1234567,\"huge\":123456789012345678901,/* 1.5 \" */\"s\":\"1.5\\\"2.5\" // 3.5\n}}";
-  const std::string broken[] = {"{\"camera_params\":1.5.2}", "{\"camera_params\":1.5e}",
-                                "{\"camera_params\":\"1.5"};
   ImgMetaData expected;
   ASSERT_TRUE(expected.jsonTo(text.c_str()));
   const std::string expectedText = textOf(expected);
   EXPECT_NE(expectedText.find("1234.5678"), std::string::npos);
-
-  const std::locale before =
-      std::locale::global(std::locale(std::locale::classic(), new CommaAndGroups));
-  ImgMetaData read;
-  EXPECT_TRUE(read.jsonTo(text.c_str()));
-  const std::string written = textOf(read);
-  bool refusesBroken = true;
-  for (const std::string& each : broken) refusesBroken &= !ImgMetaData().jsonTo(each.c_str());
   can_data_io can;
   can_data_io_purge(&can);
   can.vehicle_speed = 1234.5F;
-  const std::string canText = can_data_toString(&can, CAN_SIZE_IO);
-  std::locale::global(before);
 
-  EXPECT_EQ(read.cameraParams, expected.cameraParams);
-  EXPECT_EQ(written, expectedText);
-  EXPECT_TRUE(refusesBroken);
-  EXPECT_NE(canText.find("vehicle_speed: 1234.5, "), std::string::npos);
+  const std::pair<char, std::pair<char, const char*>> locales[] = {
+      {'.', {',', ""}}, {',', {'.', ""}}, {',', {'.', "\3"}}, {'.', {',', "\3"}}};
+  for (const auto& [point, groups] : locales) {
+    SCOPED_TRACE(std::string() + point + groups.first + groups.second);
+    const std::locale before = std::locale::global(
+        std::locale(std::locale::classic(), new Punctuation(point, groups.first, groups.second)));
+    ImgMetaData read;
+    EXPECT_TRUE(read.jsonTo(text.c_str()));
+    const std::string written = textOf(read);
+    for (const char* broken : {"1.5.2", "1.5e", "1.5e400", "1.e", "1e5e6", "[1.5", "\"1.5"}) {
+      EXPECT_FALSE(ImgMetaData().jsonTo((std::string("{\"k\":") + broken + "}").c_str())) << broken;
+    }
+    const std::string canText = can_data_toString(&can, CAN_SIZE_IO);
+    std::locale::global(before);
+
+    EXPECT_EQ(read.cameraParams, expected.cameraParams);
+    EXPECT_EQ(written, expectedText);
+    EXPECT_NE(canText.find("vehicle_speed: 1234.5, "), std::string::npos);
+  }
 }
 
 TEST(ImgMetaData, RefusesWhatItCannotUse) {

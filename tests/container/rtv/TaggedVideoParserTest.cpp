@@ -201,7 +201,8 @@ TEST_F(RtvParser, LogsTheCauseOfEachRefusedFrame) {
   const std::string jpeg = uniformJpeg(16, 8, Coding::Optimized);
   const std::pair<std::string, std::string> rows[] = {
       {"no JPEG", "Not a JPEG file: starts with 0x6e 0x6f"},
-      {claiming(65500, 65500, jpeg), "JPEG data far too short for the picture's size"},
+      {claiming(65500, 65500, uniformJpeg(16, 8, Coding::Progressive)),
+       "JPEG data far too short for the picture's size"},
       {jpeg.substr(0, jpeg.size() - 3), "Premature end of JPEG file"},
       {tablesOf(jpeg), "JPEG tables without a picture"},
   };
