@@ -9,6 +9,12 @@
 #include <string>
 #include <vector>
 
+/// Turns this into a quick run: every row once, on short recordings. It shows that all of them
+/// work, and its figures mean nothing.
+void runQuickly();
+/// How many frames to take where a full run takes `full` of them.
+unsigned int frameCount(unsigned int full);
+
 /// Runs a piece of work once and answers what it took: seconds, or bytes where the row says so.
 /// What is only preparation is for the side to leave out.
 using Side = std::function<double()>;
@@ -83,7 +89,7 @@ struct Result {
   Measured ours;
   std::vector<Measured> peers;
 
-  /// Nothing if the row has no figure to reach.
+  /// Nothing if the row has no figure to reach, or the run was a quick one.
   std::optional<bool> isReached() const;
 };
 

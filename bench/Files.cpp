@@ -105,8 +105,10 @@ std::string recording(Container container, const Frames& frames, const std::stri
   return path;
 }
 
+unsigned int cameraFrames() { return frameCount(1500); }
+
 std::string cameraRecording(Container container) {
-  return recording(container, Frames::camera(), "camera", kCameraFrames);
+  return recording(container, Frames::camera(), "camera", cameraFrames());
 }
 
 OpenFile::OpenFile(const std::string& path, int flags)

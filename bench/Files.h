@@ -41,7 +41,7 @@ std::string recording(Container container, const Frames& frames, const std::stri
                       unsigned int count);
 
 /// The recording that a camera leaves in 50 seconds, 260 MB.
-constexpr unsigned int kCameraFrames = 1500;
+unsigned int cameraFrames();
 std::string cameraRecording(Container container);
 
 /// A file that is open; the program ends if it cannot be.

@@ -87,7 +87,7 @@ Row decodeRow(Container container, const Output& output, double reach) {
 std::vector<unsigned int> randomFrames() {
   std::mt19937 random(1);
   std::vector<unsigned int> frames(kDecodes);
-  for (unsigned int& frame : frames) frame = static_cast<unsigned int>(random() % kCameraFrames);
+  for (unsigned int& frame : frames) frame = static_cast<unsigned int>(random() % cameraFrames());
   return frames;
 }
 

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr unsigned int kFrame = 777;
+unsigned int changedFrame() { return frameCount(777); }
 
 std::shared_ptr<VelmarVideoFileModifier> openModifier(const std::string& path) {
   auto modifier = makeVelmarVideoFileModifier(path);
@@ -20,20 +20,20 @@ std::shared_ptr<VelmarVideoFileModifier> openModifier(const std::string& path) {
 }
 
 double changeTime(const std::string& path) {
-  unsigned long time = timeOf(kFrame);
+  unsigned long time = timeOf(changedFrame());
   const CpuTimer timer;
   const auto modifier = openModifier(path);
-  require(modifier->modifyTimestamp(kFrame, time) == VELMAR_ERROR_CODE_SUCCESS_E &&
+  require(modifier->modifyTimestamp(changedFrame(), time) == VELMAR_ERROR_CODE_SUCCESS_E &&
               modifier->close() == VELMAR_ERROR_CODE_SUCCESS_E,
           "time not changed");
   return timer.seconds();
 }
 
 void storeTimeInImg(const std::string& path) {
-  const std::uint64_t time = __builtin_bswap64(timeOf(kFrame));
+  const std::uint64_t time = __builtin_bswap64(timeOf(changedFrame()));
   const Mapped file(path, true);
-  const auto index = swappedIndex(file, kCameraFrames);
-  std::memcpy(file.data() + sizeof time + kFrame * sizeof(IndexRecord), &time, sizeof time);
+  const auto index = swappedIndex(file, cameraFrames());
+  std::memcpy(file.data() + sizeof time + changedFrame() * sizeof(IndexRecord), &time, sizeof time);
 }
 
 /// The figure is twice the mechanics and the JSON once, so half of it goes to the limit.
@@ -48,12 +48,12 @@ double storeTimeAndHalfTheJson(const std::string& path, const std::string& metaD
 void storeTimeInRtv(const std::string& path) {
   const unsigned int tagSize = rtvTagSize(Container::Rtv03);
   const std::size_t tableAt = rtvHeaderSize(Container::Rtv03);
-  const auto time = static_cast<int>((timeOf(kFrame) - timeOf(0)) / 1000);
+  const auto time = static_cast<int>((timeOf(changedFrame()) - timeOf(0)) / 1000);
   const Mapped file(path, true);
   const std::vector<unsigned char> table(file.data() + tableAt,
-                                         file.data() + tableAt + kCameraFrames * tagSize);
+                                         file.data() + tableAt + cameraFrames() * tagSize);
   benchmark::DoNotOptimize(table.data());
-  std::memcpy(file.data() + tableAt + kFrame * tagSize, &time, sizeof time);
+  std::memcpy(file.data() + tableAt + changedFrame() * tagSize, &time, sizeof time);
 }
 
 Row imgTimeRow() {

@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr unsigned int kRandomFrames = 256;
-
 using Buffer = std::shared_ptr<std::vector<unsigned char>>;
 
 Buffer frameBuffer() {
@@ -20,7 +18,7 @@ Buffer frameBuffer() {
 
 /// The same every time.
 std::vector<unsigned int> randomOrder(unsigned int count) {
-  std::vector<unsigned int> order(kCameraFrames);
+  std::vector<unsigned int> order(cameraFrames());
   std::iota(order.begin(), order.end(), 0U);
   std::shuffle(order.begin(), order.end(), std::mt19937(1));
   order.resize(count);
@@ -28,7 +26,7 @@ std::vector<unsigned int> randomOrder(unsigned int count) {
 }
 
 std::vector<unsigned int> filesOrder() {
-  std::vector<unsigned int> order(kCameraFrames);
+  std::vector<unsigned int> order(cameraFrames());
   std::iota(order.begin(), order.end(), 0U);
   return order;
 }
@@ -57,7 +55,7 @@ Row randomFrames(Container container) {
   const std::string path = cameraRecording(container);
   const auto places = framePlaces(path);
   const auto buffer = frameBuffer();
-  const auto order = randomOrder(kRandomFrames);
+  const auto order = randomOrder(frameCount(256));
   const auto file = std::make_shared<Mapped>(path);
   const std::shared_ptr<VelmarVideoFileReader> reader = openReader(path);
   copyBare(*file, places, filesOrder(), *buffer);
@@ -68,7 +66,7 @@ Row randomFrames(Container container) {
           .reach = 1.1,
           .reachExtra = {},
           .peers = seekingPeers(order),
-          .operations = kRandomFrames};
+          .operations = static_cast<unsigned int>(order.size())};
 }
 
 double copyFromFreshMap(const std::string& path, const std::vector<Place>& places,
@@ -91,8 +89,8 @@ Row framesInOrder(Container container, bool secondPass, double reach) {
               },
           .reach = reach,
           .reachExtra = {},
-          .peers = secondPass ? std::vector<Contender>() : readingPeers(kCameraFrames),
-          .operations = kCameraFrames};
+          .peers = secondPass ? std::vector<Contender>() : readingPeers(cameraFrames()),
+          .operations = cameraFrames()};
 }
 
 }  // namespace

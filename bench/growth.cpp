@@ -14,10 +14,11 @@ void addGrowthRows() {
   }
   for (const unsigned int frame : {1000U, 10000U, 30000U}) {
     addRow("add a camera frame to an rtv, at frame " + std::to_string(frame),
-           [=] { return addingRow(Container::Rtv03, Frames::camera(), frame, {}); });
+           [=] { return addingRow(Container::Rtv03, Frames::camera(), frameCount(frame), {}); });
   }
-  for (const unsigned int count : {1000U, 10000U, 50000U}) {
-    const std::string frames = ", " + std::to_string(count) + " frames";
+  for (const unsigned int full : {1000U, 10000U, 50000U}) {
+    const unsigned int count = frameCount(full);
+    const std::string frames = ", " + std::to_string(full) + " frames";
     addRow("open img" + frames, [=] { return openImgRow(count, {}); });
     addRow("open rtv 03" + frames, [=] { return openRtvRow(Container::Rtv03, count, {}); });
     addRow("open rtv 04" + frames, [=] { return openRtvRow(Container::Rtv04, count, {}); });

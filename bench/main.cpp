@@ -1,5 +1,6 @@
-// velmar-bench OUT TEMPLATE DOCS [Google Benchmark's options]: measures everything and writes
-// OUT/report.md, OUT/report.svg, and the document DOCS with its picture from the template.
+// velmar-bench [--quick] OUT TEMPLATE DOCS [Google Benchmark's options]: measures everything and
+// writes OUT/report.md, OUT/report.svg, and the document DOCS with its picture from the template.
+// --quick: to see that all of it works; the figures mean nothing.
 
 #include <benchmark/benchmark.h>
 
@@ -7,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <string_view>
 
 #include "Bench.h"
 #include "Files.h"
@@ -29,10 +31,19 @@ void writeText(const fs::path& path, const std::string& text) {
   require(file.good(), path.string() + ": not written");
 }
 
-void replace(std::string& text, const std::string& mark, const std::string& by) {
-  const std::size_t at = text.find(mark);
+void replaceLine(std::string& text, const std::string& mark, const std::string& by) {
+  const std::size_t at = text.find(mark + '\n');
   require(at != std::string::npos, "the template has no " + mark);
-  text.replace(at, mark.size(), by);
+  text.replace(at, mark.size() + 1, by);
+}
+
+/// The template with what has been measured so far.
+std::string filled(std::string text, const std::string& folder) {
+  replaceLine(text, "{{machine}}", machineList(folder));
+  replaceLine(text, "{{figures}}", figuresTable(results()));
+  replaceLine(text, "{{growth}}", growthTable(results()));
+  require(text.find("{{") == std::string::npos, "the template has a mark too many");
+  return text;
 }
 
 void addAllRows() {
@@ -53,12 +64,7 @@ void writeReport(const fs::path& folder) {
   writeText(folder / "report.svg", plot(results()));
 }
 
-void writeDocument(const std::string& templatePath, const fs::path& document,
-                   const std::string& folder) {
-  std::string text = readText(templatePath);
-  replace(text, "{{machine}}\n", machineList(folder));
-  replace(text, "{{figures}}\n", figuresTable(results()));
-  replace(text, "{{growth}}\n", growthTable(results()));
+void writeDocument(const fs::path& document, const std::string& text) {
   fs::create_directories(document.parent_path());
   writeText(document, text);
   writeText(fs::path(document).replace_extension(".svg"), plot(results()));
@@ -68,13 +74,21 @@ void writeDocument(const std::string& templatePath, const fs::path& document,
 
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
-  require(argc == 4, "usage: velmar-bench OUT TEMPLATE DOCS [Google Benchmark's options]");
+  if (argc > 1 && std::string_view(argv[1]) == "--quick") {
+    runQuickly();
+    --argc;
+    ++argv;
+  }
+  require(argc == 4,
+          "usage: velmar-bench [--quick] OUT TEMPLATE DOCS [Google Benchmark's options]");
   const std::string folder = argv[1];
   fs::create_directories(folder);
+  const std::string page = readText(argv[2]);
+  (void)filled(page, folder);  // a template that does not fit is better found before than after
   const Workspace workspace(folder + "/files");
   addAllRows();
   benchmark::RunSpecifiedBenchmarks();
   writeReport(folder);
-  writeDocument(argv[2], argv[3], folder);
+  writeDocument(argv[3], filled(page, folder));
   return EXIT_SUCCESS;
 }

@@ -10,11 +10,12 @@ namespace {
 
 constexpr unsigned int kFrameSize = 155000;  // 65,535 of them are 10 GB
 
+unsigned int frames() { return frameCount(kRtvFramesMax); }
+
 /// What a process of its own says that it needed.
 double probe(const std::string& work, const std::string& path) {
   const std::string command = std::string(VELMAR_BENCH_MEMORY_PROBE) + " " + work + " '" + path +
-                              "' " + std::to_string(kRtvFramesMax) + " " +
-                              std::to_string(kFrameSize);
+                              "' " + std::to_string(frames()) + " " + std::to_string(kFrameSize);
   FILE* output = ::popen(command.c_str(), "r");
   require(output != nullptr, "no memory probe");
   double bytes = 0;
@@ -27,7 +28,7 @@ double probe(const std::string& work, const std::string& path) {
 double tableSize(Container container) {
   const unsigned int recordSize =
       container == Container::Img ? sizeof(IndexRecord) : rtvTagSize(container);
-  return static_cast<double>(kRtvFramesMax) * recordSize;
+  return static_cast<double>(frames()) * recordSize;
 }
 
 Row memoryRow(Container container, const std::string& work) {

@@ -29,7 +29,7 @@ double mapIndexAndCopyFirst(const std::string& path, std::vector<unsigned char>&
   const CpuTimer timer;
   const Mapped file(path);
   parseJson(metaDataText(file));
-  const auto index = swappedIndex(file, kCameraFrames);
+  const auto index = swappedIndex(file, cameraFrames());
   std::memcpy(buffer.data(), file.data() + index[0].offset, index[0].size);
   return timer.seconds();
 }
@@ -51,7 +51,7 @@ Row openToFirstFrame() {
           .ours = [=] { return openAndCopyFirst(path, *buffer); },
           .reach = 1.5,
           .reachExtra = {},
-          .peers = openingPeers(Frames::camera(), "camera", kCameraFrames)};
+          .peers = openingPeers(Frames::camera(), "camera", cameraFrames())};
 }
 
 std::unique_ptr<unsigned char[]> copiedTable(const Mapped& file, Container container,
@@ -115,14 +115,14 @@ Row openRtvRow(Container container, unsigned int count, std::optional<double> re
 
 void addOpenRows() {
   addRow("open img, 100,000 frames", [] {
-    constexpr unsigned int kFrames = 100000;
-    Row row = openImgRow(kFrames, 1.5);
-    row.peers = openingPeers(Frames::small(), "small", kFrames);
+    const unsigned int frames = frameCount(100000);
+    Row row = openImgRow(frames, 1.5);
+    row.peers = openingPeers(Frames::small(), "small", frames);
     return row;
   });
   addRow("open img, 1,500 camera frames, first frame copied", openToFirstFrame);
-  addRow("open rtv 02, 65,535 tags", [] { return openRtvRow(Container::Rtv02, kRtvFramesMax, 2); });
-  addRow("open rtv 03, 65,535 tags", [] { return openRtvRow(Container::Rtv03, kRtvFramesMax, 2); });
-  addRow("open rtv 04, 65,535 tags",
-         [] { return openRtvRow(Container::Rtv04, kRtvFramesMax, 1.3); });
+  const unsigned int tags = frameCount(kRtvFramesMax);
+  addRow("open rtv 02, 65,535 tags", [=] { return openRtvRow(Container::Rtv02, tags, 2); });
+  addRow("open rtv 03, 65,535 tags", [=] { return openRtvRow(Container::Rtv03, tags, 2); });
+  addRow("open rtv 04, 65,535 tags", [=] { return openRtvRow(Container::Rtv04, tags, 1.3); });
 }

@@ -16,8 +16,9 @@ double run(const std::string& command) {
 }
 
 Row listRow(Container container) {
-  const std::string path = recording(container, Frames::small(), "small", kRtvFramesMax);
-  const std::string other = listablePeerFile(kRtvFramesMax);
+  const unsigned int frames = frameCount(kRtvFramesMax);
+  const std::string path = recording(container, Frames::small(), "small", frames);
+  const std::string other = listablePeerFile(frames);
   const std::string tool = std::string(VELMAR_TOOL) + " frames --json '" + path + "' >/dev/null";
   Row row = {.limitName = "ffprobe, the packets of an MKV of as many",
              .limit = {},

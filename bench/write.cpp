@@ -80,7 +80,7 @@ void addWriteRows() {
   for (const unsigned int frame : {100U, 60000U}) {
     addRow(
         "add a camera frame to an rtv 03, at frame " + std::to_string(frame),
-        [=] { return addingRow(Container::Rtv03, Frames::camera(), frame, 1.45); },
+        [=] { return addingRow(Container::Rtv03, Frames::camera(), frameCount(frame), 1.45); },
         kShortRepetitions);
   }
 }

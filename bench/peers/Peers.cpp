@@ -25,7 +25,7 @@ std::string libavFile(const LibavContainer& container, const Frames& frames,
 }
 
 std::string cameraFile(const LibavContainer& container) {
-  return libavFile(container, Frames::camera(), "camera", kCameraFrames);
+  return libavFile(container, Frames::camera(), "camera", cameraFrames());
 }
 
 double writeOnce(const LibavContainer& container, const Frames& frames, unsigned int count) {

@@ -10,6 +10,8 @@ trap 'rm -rf "$work"' EXIT
 prefix=$work/prefix
 
 cmake --install "$build" --prefix "$prefix" >/dev/null
+tool=$prefix/bin/velmar-video
+"$tool" --version >/dev/null
 
 check() {  # check PROGRAM: it records, reads and says what it found
   local said
@@ -17,7 +19,7 @@ check() {  # check PROGRAM: it records, reads and says what it found
   [ "$said" = "VELMAR_ERROR_CODE_SUCCESS_E 1" ] || { echo "$1 said: $said"; exit 1; }
 }
 
-cmake -G Ninja -S "$here/consumer" -B "$work/by-cmake" -DCMAKE_PREFIX_PATH="$prefix" \
+cmake -S "$here/consumer" -B "$work/by-cmake" -DCMAKE_PREFIX_PATH="$prefix" \
   -DCMAKE_CXX_COMPILER="$compiler" >/dev/null
 cmake --build "$work/by-cmake" >/dev/null
 check "$work/by-cmake/consumer"
@@ -32,11 +34,8 @@ library_folder=$(dirname "$(find "$prefix" -name libvelmar_video.so)")
 export LD_LIBRARY_PATH=$library_folder
 check "$work/by-pkg-config"
 
-tool=$prefix/bin/velmar-video
-"$tool" --version >/dev/null
-
 # The examples do what they say.
-cmake -G Ninja -S "$here/../../examples" -B "$work/examples" -DCMAKE_PREFIX_PATH="$prefix" \
+cmake -S "$here/../../examples" -B "$work/examples" -DCMAKE_PREFIX_PATH="$prefix" \
   -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="-Wall -Wextra -Wpedantic -Werror" >/dev/null
 cmake --build "$work/examples" >/dev/null
 cd "$work"
