@@ -5,6 +5,7 @@
 #include "Failure.h"
 #include "FrameInput.h"
 #include "InputFile.h"
+#include "JpegStreamSplitter.h"
 
 std::optional<JpegSize> JpegInspector::size(const std::string& jpeg) const {
   const JpegSize found = readAnyJpegSize(
@@ -53,4 +54,11 @@ bool endsAsJpeg(std::string_view bytes) {
   using namespace std::string_view_literals;
   const auto last = bytes.find_last_not_of("\0\xFF"sv);
   return last != bytes.npos && bytes.substr(0, last + 1).ends_with("\xFF\xD9");
+}
+
+bool isWholeJpeg(const std::string& jpeg) {
+  if (endsAsJpeg(jpeg)) return true;
+  JpegStreamSplitter splitter(jpeg.size());
+  splitter.feed(jpeg);
+  return splitter.next() && splitter.frameOffset() == 0;
 }

@@ -41,6 +41,9 @@ bool beginsAsJpeg(std::string_view bytes);
 /// some cameras fill frames up with.
 bool endsAsJpeg(std::string_view bytes);
 
+/// Whether the JPEG has its end marker, whatever follows that.
+bool isWholeJpeg(const std::string& jpeg);
+
 /// "1280x800"
 std::string toText(JpegSize size);
 
