@@ -182,6 +182,7 @@ expect 1 "full.img: it is already there" recover full.img.tmp full.img
 expect 2 "no --fps or --times" recover full.img.tmp full.rtv --fps 5
 expect 0 "" verify full.img kept.img --decode
 grep -qx "kept.img: 12 frames, 0 errors, 0 warnings" out || fail "verify: $(cat out)"
+[ "$(tail -1 out)" = "2 files checked, 0 with errors" ] || fail "verify: $(cat out)"
 head -c 5000 kept.img >cut.img
 expect 1 "" verify kept.img cut.img --json
 grep -q '^{"file":"cut.img","frames":0,"errors":1,"warnings":0,"findings":\[{"severity":"error","text":"does not open' out ||

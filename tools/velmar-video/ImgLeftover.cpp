@@ -193,12 +193,9 @@ std::string whyUndescribed(const FileBytes& file, bool hasJournal) {
     const bool isUnfinished = hasJournal || beginsAsJpeg(file.read(kFrameIndexStart, 2));
     return isUnfinished ? "it was not finished" : "it was not finished, or its start is destroyed";
   }
-  if (stored < file.size()) {
-    const bool isCut = file.read(stored, 1) == "{" && file.read(file.size() - 2, 2) != "}\n";
-    return isCut ? "it is cut short inside its metadata" : "its metadata are destroyed";
-  }
-  return "it is cut short: " + std::to_string(file.size()) + " bytes are there, its metadata " +
-         "were behind byte " + std::to_string(stored);
+  if (stored >= file.size()) return cutWords(file);
+  const bool isCut = file.read(stored, 1) == "{" && file.read(file.size() - 2, 2) != "}\n";
+  return isCut ? "it is cut short inside its metadata" : "its metadata are destroyed";
 }
 
 void checkTimesAreKnown(const FileBytes& file, const std::vector<LeftoverFrame>& frames,
