@@ -1,8 +1,10 @@
 #include "JpegInspector.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "Failure.h"
+#include "FileBytes.h"
 #include "FrameInput.h"
 #include "InputFile.h"
 #include "JpegStreamSplitter.h"
@@ -61,4 +63,12 @@ bool isWholeJpeg(const std::string& jpeg) {
   JpegStreamSplitter splitter(jpeg.size());
   splitter.feed(jpeg);
   return splitter.next() && splitter.frameOffset() == 0;
+}
+
+bool isWholeJpegFile(const std::string& path) {
+  constexpr std::uint64_t kEnd = 256;
+  const FileBytes file(path);
+  const std::uint64_t size = std::min(file.size(), kEnd);
+  return endsAsJpeg(file.read(file.size() - size, size)) ||
+         isWholeJpeg(file.read(0, kMaxFrameSize));
 }

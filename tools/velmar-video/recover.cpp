@@ -36,36 +36,6 @@ struct Options {
   bool quiet = false;
 };
 
-/// Says which frames are lost, neighbours with the same flaw on one line.
-class FlawReport {
- public:
-  FlawReport(const std::string& file, Losses& losses) : file_(file), losses_(losses) {}
-  FlawReport(const FlawReport&) = delete;
-  FlawReport& operator=(const FlawReport&) = delete;
-
-  void add(std::uint64_t first, std::uint64_t last, const std::string& flaw) {
-    if (flaw != flaw_ || first != last_ + 1) finish();
-    if (flaw_.empty()) first_ = first;
-    flaw_ = flaw;
-    last_ = last;
-  }
-  void finish() {
-    if (flaw_.empty()) return;
-    const std::string frames = first_ == last_ ? "frame " + std::to_string(first_) + " is"
-                                               : "frames " + std::to_string(first_) + " to " +
-                                                     std::to_string(last_) + " are";
-    losses_.add(file_, frames + " lost: " + flaw_);
-    flaw_.clear();
-  }
-
- private:
-  const std::string& file_;
-  Losses& losses_;
-  std::string flaw_;
-  std::uint64_t first_ = 0;
-  std::uint64_t last_ = 0;
-};
-
 /// Takes the frames over one by one.
 class Rescue {
  public:
@@ -159,13 +129,14 @@ unsigned int writeFrames(const Options& options, const std::string& path, const 
   const std::size_t count = leftover.frames.size();
   RecordingWriter writer(path, description, leftover.framesMax,
                          RecordingWriter::OnFailure::RemoveFrames);
-  FlawReport flaws(options.input, losses);
+  FrameRanges ranges(options.input, losses);
   Progress progress(options.output, count, options.quiet);
   std::string jpeg;
   std::size_t done = 0;
   std::uint64_t number = 0;
   const auto passMissing = [&](std::uint64_t next) {
-    if (next > number) flaws.add(number, next - 1, "neither its record nor its picture is left");
+    if (next > number)
+      ranges.add(number, next - 1, "lost: neither its record nor its picture is left");
     number = next + 1;
   };
   for (; done < count && !stop.requested(); ++done) {
@@ -176,12 +147,12 @@ unsigned int writeFrames(const Options& options, const std::string& path, const 
       writer.add(jpeg, frame.times.value_or(FrameTimes()),
                  leftover.tags.empty() ? FrameTag() : leftover.tags[done]);
     } else {
-      flaws.add(frame.number, frame.number, flaw);
+      ranges.add(frame.number, frame.number, "lost: " + flaw);
     }
     progress.update(done + 1);
   }
   if (done == count) passMissing(leftover.framesCount);
-  flaws.finish();
+  ranges.finish();
   writer.finish();
   if (done < count) losses.addStopped(options.output, done, count);
   return writer.frames();
