@@ -26,7 +26,7 @@ class RecordScan {
     const bool continues = before_.number + 1 == number && before_.end() == frame.offset;
     const bool isBeforeKept = !frames_.empty() && frames_.back().number == before_.number;
     if (continues && !isBeforeKept) frames_.push_back(before_);
-    if (continues || frame.flaw == nullptr) frames_.push_back(frame);
+    if (continues || frame.flaw == nullptr || frame.end() == end_) frames_.push_back(frame);
     if (frame.flaw == nullptr) lowest_ = std::min(lowest_, frame.offset);
     before_ = frame;
   }

@@ -6,8 +6,9 @@
 
 #include "Leftover.h"
 
-// A record counts if a JPEG begins where it leads, or if its frame and that of a neighbour lie side
-// by side. So nothing else is taken for one: neither zeros nor what lies behind the index.
+// A record counts if a JPEG begins where it leads, if its frame and that of a neighbour lie side by
+// side, or if it is that of the frame before the metadata. So nothing else is taken for one:
+// neither zeros nor what lies behind the index.
 
 /// From the index journal beside the file; none if that cannot be read.
 std::vector<LeftoverFrame> readJournal(const FileBytes& file);

@@ -234,7 +234,7 @@ void checkUsage(const Options& options) {
 void addTimeOptions(CLI::App& command, Options& options) {
   command
       .add_option("--fps", options.framesPerSecond,
-                  "img: frames a second, for frames that the index journal does not have")
+                  "img: frames a second, for frames without a record in index or index journal")
       ->type_name("N");
   command
       .add_option("--times", options.timesFile,
@@ -249,14 +249,15 @@ void addTimeOptions(CLI::App& command, Options& options) {
 }  // namespace
 
 void addRecoverCommand(Tool& tool) {
-  CLI::App* command = tool.addCommand(
-      "recover", "Make a recording of what an interrupted one left in its temporary file.",
-      "recover drive.img.tmp drive.img --device-id 0aff");
+  CLI::App* command =
+      tool.addCommand("recover", "Make a recording of what an interrupted or damaged one left.",
+                      "recover drive.img.tmp drive.img --device-id 0aff");
   const auto options = std::make_shared<Options>();
   command
-      ->add_option("input", options->input,
-                   "The temporary file, which stays as it is; an img has an index journal, "
-                   "INPUT.index, beside it")
+      ->add_option(
+          "input", options->input,
+          "The temporary file, or a damaged recording, which stays as it is; an interrupted "
+          "img has an index journal, INPUT.index, beside it")
       ->required();
   command->add_option("output", options->output, "The recording to make, OUTPUT.img or OUTPUT.rtv")
       ->required();
