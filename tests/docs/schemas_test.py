@@ -64,11 +64,13 @@ class Json(unittest.TestCase):
     def test_verify(self):
         whole = Path("drive.img").read_bytes()
         Path("zeros.img").write_bytes(whole[:400] + bytes(3000) + whole[3400:])
+        tall = whole.replace(b'"height" : 64', b'"height" : 65')
+        Path("tall.img").write_bytes(tall)
         Path("cut.img").write_bytes(whole[:2000])
-        found = objects("verify", *self.files, "zeros.img", "cut.img", "--decode")
+        found = objects("verify", *self.files, "zeros.img", "tall.img", "cut.img", "--decode")
         self.check("verify", found)
         kinds = {frozenset(finding) for report in found for finding in report["findings"]}
-        self.assertEqual(len(kinds), 2, kinds)  # of a frame, of the file
+        self.assertEqual(len(kinds), 3, kinds)  # of a frame, of several, of the file
 
 
 if __name__ == "__main__":

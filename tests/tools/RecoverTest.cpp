@@ -201,9 +201,10 @@ struct Case {
 constexpr bool kUnfinished = false;
 constexpr bool kFinished = true;
 
-Case whole(const Kind& kind, bool isFinished, Damage damage, Options options) {
-  return {kind, isFinished,      std::move(damage), std::move(options), ExitStatus::Done,
-          "",   numbersTo(kLeft)};
+Case whole(const Kind& kind, bool isFinished, Damage damage, Options options,
+           const char* words = "") {
+  return {kind,  isFinished,      std::move(damage), std::move(options), ExitStatus::Done,
+          words, numbersTo(kLeft)};
 }
 
 Case lossy(const Kind& kind, bool isFinished, Damage damage, Options options, const char* words,
@@ -278,7 +279,10 @@ std::vector<Case> casesOfImg() {
       whole(kImg, kUnfinished, repeatFront, kId),
       whole(kImg, kFinished, nothing, {}),
       whole(kImg, kFinished, zero(0, 8), {}),
-      whole(kImg, kFinished, cut(50), kId),
+      whole(kImg, kFinished, cut(50), kId, "it is cut short inside"),
+      whole(kImg, kFinished, zeroTag(kImg, 2, 0, 2 * 28), kRate),
+      whole(kImg, kFinished, zeroTag(kImg, 2, 27, 1 + 12), kRate),
+      whole(kImg, kFinished, zero(0, 8 + kLeft * 28), kRateFromStart),
       lossy(kImg, kUnfinished, nothing, {}, "the device id is not known", numbersTo(kLeft)),
       lossy(kImg, kUnfinished, cutJournal, kId, "frames 2 to 4 are lost: the index", {0, 1}),
       lossy(kImg, kUnfinished, cut(3), kId, "frame 4 is lost: the picture is cut", {0, 1, 2, 3}),
@@ -288,8 +292,12 @@ std::vector<Case> casesOfImg() {
             "frame 2 is lost: the picture is cut", {0, 1, 3, 4}),
       lossy(kImg, kFinished, zero(placeOf(3, kImg), 9), {}, "frame 3 is lost: its bytes are no",
             {0, 1, 2, 4}),
-      lossy(kImg, kUnfinished, emptyRecord, kId, "frame 4 is lost: its bytes are no", {0, 1, 2, 3}),
-      lossy(kImg, kFinished, cut(1200), kId, "frame 0 is lost: ", {1, 2, 3, 4}),
+      lossy(kImg, kUnfinished, emptyRecord, kId, "frame 4 is lost: the index has no", {0, 1, 2, 3}),
+      lossy(kImg, kFinished, zeroTag(kImg, 2, 0, 2 * 28), {},
+            "frames 2 to 3 are lost: the index has", {0, 1, 4}),
+      lossy(kImg, kFinished, zero(placeOf(3, kImg) + 950, 512), {},
+            "frame 3 is lost: the picture has", {0, 1, 2, 4}),
+      lossy(kImg, kFinished, cut(1200), kId, "it is cut short: ", {1, 2, 3, 4}),
       hopeless(kImg, removeJournal, kId, "there is no index journal"),
   };
 }
@@ -337,6 +345,22 @@ TEST_P(RecoverDamaged, KeepsWhatIsWholeAndSaysWhatIsNot) {
 
 INSTANTIATE_TEST_SUITE_P(Img, RecoverDamaged, testing::ValuesIn(casesOfImg()));
 INSTANTIATE_TEST_SUITE_P(Rtv, RecoverDamaged, testing::ValuesIn(casesOfRtv()));
+
+// However large the hole is, the frames behind it are found.
+TEST(Recover, FindsTheFramesBehindAHole) {
+  constexpr unsigned int kFrames = 9000;
+  const TempFolder folder;
+  const std::string path = folder / "a.img";
+  leave(kImg, path, kFinished, kSlots, kFrames);
+  zero(placeOf(1000, kImg), placeOf(8500, kImg) - placeOf(1000, kImg))(path + ".tmp");
+  const ToolRun run = runTool(addRecoverCommand, {"recover", path + ".tmp", path});
+  std::vector<int> left = numbersTo(kFrames);
+  left.erase(left.begin() + 1000, left.begin() + 8500);
+  EXPECT_EQ(framesIn(path), left);
+  EXPECT_EQ(run.diagnostics, "velmar-video: " + path +
+                                 ".tmp: frames 1000 to 8499 are lost: its bytes are no JPEG "
+                                 "picture\n");
+}
 
 TEST(Recover, KeepsCutPicturesIfAsked) {
   const TempFolder folder;

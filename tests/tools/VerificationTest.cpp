@@ -42,7 +42,8 @@ void record(const std::string& path, version_e version = RTV_VER_04) {
 std::vector<std::string> findingsOf(const std::string& path) {
   std::vector<std::string> found;
   verify(path, true, [&](const Finding& finding) {
-    const std::string frame = finding.frame ? std::to_string(*finding.frame) + " " : "";
+    std::string frame = finding.frame ? std::to_string(*finding.frame) + " " : "";
+    if (finding.lastFrame) frame += "to " + std::to_string(*finding.lastFrame) + " ";
     found.push_back((finding.severity == Finding::Severity::Error ? "E " : "w ") + frame +
                     finding.text);
   });
@@ -78,8 +79,9 @@ TEST(Verification, NamesWhatIsWrong) {
       {"img",
        0,
        "\xFF",
-       {"E does not open: it is cut short, damaged or unfinished "
-        "(VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E)"}},
+       {"E does not open: it is cut short: it has " + std::to_string(text.size()) +
+        " bytes, but its metadata were at byte " + std::to_string((0xFFULL << 56) + metaData) +
+        " (VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E)"}},
       {"img",
        record(1, 24),
        "\x10",
@@ -98,11 +100,11 @@ TEST(Verification, NamesWhatIsWrong) {
        img.frames[3].end() - 60,
        std::string(30, '\xFF') + "\xD9",
        {"w 3 decodes with a warning: Corrupt JPEG data: premature end of data segment"}},
+      {"img", in("16"), "17", {"w 0 to 3 is 32x16, but the header says 32x17"}},
       {"img",
-       in("16"),
-       "17",
-       {"w 0 is 32x16, but the header says 32x17", "w 1 is 32x16, but the header says 32x17",
-        "w 2 is 32x16, but the header says 32x17", "w 3 is 32x16, but the header says 32x17"}},
+       img.frames[1].offset,
+       std::string(img.frames[3].offset - img.frames[1].offset - 1, '\0') + "?\xFE",
+       {"E 1 to 3 does not begin as a JPEG"}},
       {"img",
        in("frames_count"),
        "frames_found",

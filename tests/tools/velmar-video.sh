@@ -116,12 +116,37 @@ head -c 100 /dev/zero >zeros
 expect 0 "" create two.img in/0.jpg in/1.jpg --fps 5
 offset=$(grep -abo "$(printf 'JFIF')" two.img | tail -1 | cut -d: -f1)
 dd if=/dev/zero of=two.img bs=1 seek="$((offset - 6))" count=400 conv=notrunc status=none
-expect 3 "two.img: frame 0 skipped: the picture does not decode (VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E)" \
+expect 3 "two.img: frame 0 is skipped: the picture does not decode (VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E)" \
   extract two.img --output some --as png
 absent some/frame_000000.png
 [ -s some/frame_000001.png ] || fail "the good frame is missing"
 expect 1 "two.img: " extract two.img --output none/at/all --as png --range 0:1
 absent none
+
+# Stored bytes that are no picture are left out as well, but not of recordings.
+for command in "extract two.img --output stored" "cat two.img"; do
+  expect 3 "two.img: frame 0 is skipped: its bytes are no JPEG picture" $command
+done
+absent stored/frame_000000.jpg
+cmp stored/frame_000001.jpg in/1.jpg
+cmp out in/1.jpg
+printf '\377' | dd of=two.img bs=1 seek=60 conv=notrunc status=none
+for command in "cut two.img copy.img" "convert two.img copy.img" "concat copy.img two.img"; do
+  expect 3 "two.img: frame 0 is copied unchanged: its bytes are no JPEG picture" $command
+  grep -q "two.img: frame 1 is left out: its bytes reach past the end of the file" err || fail "$command"
+  [ "$(frames_in copy.img)" -eq 1 ] || fail "frames of $command"
+  rm copy.img
+done
+
+# A picture ends at its end marker, whatever follows.
+head -c -2 in/1.jpg >cut.jpg
+cat in/1.jpg bad.json zeros >trailer.jpg
+expect 1 "cut.jpg: the picture has no end marker; --allow-truncated takes it" create ends.img cut.jpg --fps 5
+expect 2 "--allow-truncated is for files" create ends.img - --fps 5 --allow-truncated
+expect 0 "" create ends.img trailer.jpg --fps 5
+expect 0 "" create ends.img trailer.jpg cut.jpg --fps 5 --allow-truncated --force
+expect 0 "" verify ends.img
+[ "$(grep -c "frame 1 .*no end marker" out)" -eq 1 ] || fail "verify: $(cat out)"
 
 # Streams: what ends inside a frame or holds something else is recorded as far as it goes.
 expect 0 "" create stream.img - --fps 25 <stream
@@ -182,6 +207,7 @@ expect 1 "full.img: it is already there" recover full.img.tmp full.img
 expect 2 "no --fps or --times" recover full.img.tmp full.rtv --fps 5
 expect 0 "" verify full.img kept.img --decode
 grep -qx "kept.img: 12 frames, 0 errors, 0 warnings" out || fail "verify: $(cat out)"
+[ "$(tail -1 out)" = "2 files checked, 0 with errors" ] || fail "verify: $(cat out)"
 head -c 5000 kept.img >cut.img
 expect 1 "" verify kept.img cut.img --json
 grep -q '^{"file":"cut.img","frames":0,"errors":1,"warnings":0,"findings":\[{"severity":"error","text":"does not open' out ||

@@ -7,6 +7,7 @@
 #include "Progress.h"
 #include "RecordingWriter.h"
 #include "StopSignal.h"
+#include "StoredFrame.h"
 
 namespace {
 
@@ -31,19 +32,18 @@ bool sharesStart(const Recording& recording, const RecordingDescription& descrip
          recording.description().startTime == description.startTime;
 }
 
-/// Copies one frame or says why not.
+/// Copies one frame or says why not. What is no picture is copied as well: nothing of a recording
+/// is lost that can be had.
 void copyFrame(const Recording& recording, unsigned int index, bool keepsTimeFlag,
-               RecordingWriter& writer, Losses& losses) {
+               RecordingWriter& writer, FrameRanges& ranges) {
   std::string jpeg;
-  const VELMAR_ERROR_CODE_E code = recording.reader().getRawImage(index, jpeg);
-  if (code == VELMAR_ERROR_CODE_SUCCESS_E) {
-    FrameTag tag = recording.tag(index);
-    if (keepsTimeFlag) tag.timeFlag = recording.timeFlag(index);
-    writer.add(jpeg, recording.times(index), tag);
-  } else {
-    losses.add(recording.path(),
-               "frame " + std::to_string(index) + " is left out: " + plainWords(code));
-  }
+  const FrameFlaw flaw = readStoredFrame(recording, index, jpeg);
+  if (flaw)
+    ranges.add(index, index, (flaw.hasBytes ? "copied unchanged: " : "left out: ") + flaw.words);
+  if (flaw && !flaw.hasBytes) return;
+  FrameTag tag = recording.tag(index);
+  if (keepsTimeFlag) tag.timeFlag = recording.timeFlag(index);
+  writer.add(jpeg, recording.times(index), tag);
 }
 
 }  // namespace
@@ -80,11 +80,13 @@ void copyFrames(const std::vector<FrameRange>& ranges, const std::string& output
   std::size_t done = 0;
   for (const FrameRange& range : ranges) {
     const bool keepsTimeFlag = sharesStart(*range.recording, description);
+    FrameRanges flaws(range.recording->path(), losses);
     for (const unsigned int index : range.frames) {
       if (stop.requested()) break;
-      copyFrame(*range.recording, index, keepsTimeFlag, writer, losses);
+      copyFrame(*range.recording, index, keepsTimeFlag, writer, flaws);
       progress.update(++done);
     }
+    flaws.finish();
   }
   writer.finish();
   if (done < count) {

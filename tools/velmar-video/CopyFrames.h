@@ -22,8 +22,9 @@ std::uint64_t earliestSensorTime(const Recording& recording);
 /// Says if the recording's device id cannot be written as it is.
 void checkDeviceId(const Recording& recording, Losses& losses);
 
-/// Writes `output`. Times are checked before anything is written; frames whose bytes the file does
-/// not have are left out and named in `losses`, as is the rest after a signal. Throws Failure.
+/// Writes `output`. Times are checked before anything is written. Frames whose bytes the file does
+/// not have are left out; named in `losses` are they, frames that are no pictures, and the rest
+/// after a signal. Throws Failure.
 void copyFrames(const std::vector<FrameRange>& ranges, const std::string& output,
                 const RecordingDescription& description, bool quiet, Losses& losses);
 

@@ -34,6 +34,13 @@ std::uint64_t imgMetaDataOffset(const FileBytes& file) {
   return ntohll(stored);
 }
 
+std::string cutWords(const FileBytes& file) {
+  const std::uint64_t metaData = imgMetaDataOffset(file);
+  if (metaData < file.size() || metaData == 0) return "";
+  return "it is cut short: it has " + std::to_string(file.size()) +
+         " bytes, but its metadata were at byte " + std::to_string(metaData);
+}
+
 FramePlaces::FramePlaces(const Recording& recording, const FileBytes& file) {
   const unsigned int count = recording.framesCount();
   std::uint64_t start = kFrameIndexStart + count * sizeof(FrameIndex);

@@ -2,6 +2,7 @@
 #define VELMAR_TOOL_FRAME_PLACES_H
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "FileBytes.h"
@@ -29,5 +30,8 @@ struct FramePlaces {
 
 /// Where the metadata of an img begins; 0 in one that is not finished.
 std::uint64_t imgMetaDataOffset(const FileBytes& file);
+
+/// How an img that was finished is cut short; empty if its metadata are there, at least in part.
+std::string cutWords(const FileBytes& file);
 
 #endif

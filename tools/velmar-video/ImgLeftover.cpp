@@ -1,83 +1,31 @@
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 #include "Failure.h"
 #include "FrameInput.h"
 #include "FramePlaces.h"
-#include "InputFile.h"
+#include "ImgRecords.h"
 #include "JpegInspector.h"
-#include "JpegStreamSplitter.h"
 #include "JsonText.h"
 #include "Leftover.h"
+#include "UnrecordedFrames.h"
 #include "container/img/FrameIndex.h"
 
 namespace {
 
 constexpr std::uint64_t kPiece = std::uint64_t{1} << 20;
 
-LeftoverFrame frameOf(const FrameIndex& record, const FileBytes& file) {
-  LeftoverFrame frame{record.frameOffset, record.frameSize};
-  frame.times = {record.sensorTime, record.arrivedTime};
-  clip(frame, file);
-  if (frame.offset >= file.size()) {
-    frame.flaw = "the file ends before it";
-  } else if (frame.offset < kFrameIndexStart || !beginsAsJpeg(startOf(frame, file))) {
-    frame.flaw = "its bytes are no JPEG picture";
-  }
-  return frame;
-}
-
 std::size_t wholeFrames(const std::vector<LeftoverFrame>& frames) {
   return static_cast<std::size_t>(
       std::count_if(frames.begin(), frames.end(), [](auto& frame) { return !frame.flaw; }));
 }
 
-/// What the recorder kept beside the file. The last record may be cut short.
-std::vector<LeftoverFrame> readJournal(const FileBytes& file) {
-  std::vector<LeftoverFrame> frames;
-  std::string bytes;
-  try {
-    bytes = readFile(file.path() + ".index");
-  } catch (const Failure&) {
-    return frames;  // it is a help, not a condition
-  }
-  for (std::size_t at = 0; at + sizeof(FrameIndex) <= bytes.size(); at += sizeof(FrameIndex)) {
-    frames.push_back(frameOf(readFrameIndex(bytes.data() + at), file));
-  }
-  return frames;
-}
-
-/// The index that the recorder writes over the first frames at the end. It reaches to the first
-/// frame at most; behind its last record lies what is left of a frame, which leads nowhere.
-std::vector<LeftoverFrame> readFrontIndex(const FileBytes& file) {
-  constexpr std::size_t kRecordsAtOnce = 4096;
-  const std::uint64_t end = std::max(file.size(), imgMetaDataOffset(file));
-  std::vector<LeftoverFrame> frames;
-  std::uint64_t lowest = file.size();
-  std::uint64_t at = kFrameIndexStart;
-  for (bool goesOn = true; goesOn;) {
-    const std::string bytes = file.read(at, kRecordsAtOnce * sizeof(FrameIndex));
-    goesOn = false;
-    for (std::size_t i = 0; i + sizeof(FrameIndex) <= bytes.size(); i += sizeof(FrameIndex)) {
-      at += sizeof(FrameIndex);
-      if (at > lowest) return frames;
-      const FrameIndex record = readFrameIndex(bytes.data() + i);
-      if (record.frameOffset < at || record.frameOffset >= end ||
-          record.frameSize > end - record.frameOffset) {
-        continue;
-      }
-      frames.push_back(frameOf(record, file));
-      if (frames.back().flaw != nullptr) continue;
-      goesOn = true;
-      lowest = std::min(lowest, frames.back().offset);
-    }
-  }
-  return frames;
-}
-
-bool readMetaData(const std::string& text, RecordingDescription& description) {
+/// The number of frames, if the text is that of the metadata.
+std::optional<std::uint64_t> readMetaData(const std::string& text,
+                                          RecordingDescription& description) {
   const Json::Value root = parseJson(text);
-  if (!root.isObject() || !root["frames_count"].isUInt()) return false;
+  if (!root.isObject() || !root["frames_count"].isUInt()) return std::nullopt;
   try {
     description.deviceId = bytesOfHex(root["camera_id"].asString());
     description.width = static_cast<unsigned short>(root["width"].asUInt());
@@ -87,9 +35,9 @@ bool readMetaData(const std::string& text, RecordingDescription& description) {
     description.undistorted = root["undistorted"].asBool();
     description.cameraParams = toJsonText(root["camera_params"]);
     description.extendedInfo = toJsonText(root["extendedInfo"]);
-    return true;
+    return root["frames_count"].asUInt();
   } catch (const Json::Exception&) {
-    return false;
+    return std::nullopt;
   }
 }
 
@@ -145,72 +93,160 @@ void markRepetition(const FileBytes& file, std::vector<LeftoverFrame>& frames) {
   }
 }
 
-/// Finds frames from `start` on, without times. The bytes that belong to none.
-std::uint64_t findFrames(const FileBytes& file, std::uint64_t start,
-                         std::vector<LeftoverFrame>& frames) {
-  JpegStreamSplitter splitter(kMaxFrameSize);
-  std::uint64_t strayBytes = file.size() - start;
-  for (std::uint64_t at = start; at < file.size(); at += kPiece) {
-    splitter.feed(file.read(at, kPiece));
-    while (const auto jpeg = splitter.next()) {
-      frames.push_back({start + splitter.frameOffset(), jpeg->size()});
-      strayBytes -= jpeg->size();
-    }
+/// The times of a frame that has no record, if frames come at an even rate.
+/// \param before  the last frame before it that has one
+/// \param first   the first frame of all that has one
+FrameTimes evenTimes(std::uint64_t number, const LeftoverFrame* before, const LeftoverFrame* first,
+                     const LeftoverTimes& known) {
+  const auto after = [&known](std::uint64_t start, std::uint64_t frames) {
+    return FrameClock(start, *known.framesPerSecond).at(frames);
+  };
+  if (before != nullptr) {
+    const std::uint64_t frames = number - before->number;
+    return {after(before->times->sensor, frames), after(before->times->arrived, frames)};
   }
-  return strayBytes;
+  if (first == nullptr || known.startTime != 0) {
+    return {after(known.startTime, number), after(known.startTime, number)};
+  }
+  const std::uint64_t elapsed = after(0, first->number - number);
+  const auto early = [elapsed](std::uint64_t time) { return time - std::min(time, elapsed); };
+  return {early(first->times->sensor), early(first->times->arrived)};
 }
 
-/// Gives the frames from `first` on their times.
-void setTimes(std::vector<LeftoverFrame>& frames, std::size_t first, const LeftoverTimes& known) {
-  FrameTimes start{known.startTime, known.startTime};
-  std::uint64_t number = 0;
-  if (first > 0) {
-    start = frames[first - 1].times;
-    number = 1;
-  }
-  for (std::size_t i = first; i < frames.size(); ++i, ++number) {
-    if (known.framesPerSecond) {
-      frames[i].times = {FrameClock(start.sensor, *known.framesPerSecond).at(number),
-                         FrameClock(start.arrived, *known.framesPerSecond).at(number)};
-    } else if (i < known.times.size()) {
-      frames[i].times = known.times[i];
-    } else {
-      frames[i].flaw = known.times.empty()
-                           ? "the index journal has no time (--fps or --times can give one)"
-                           : "--times has no row for it";
+/// Gives frames without a record their times.
+void setTimes(std::vector<LeftoverFrame>& frames, const LeftoverTimes& known) {
+  const LeftoverFrame* before = nullptr;
+  const auto found =
+      std::find_if(frames.begin(), frames.end(), [](auto& frame) { return frame.times; });
+  const LeftoverFrame* const first = found == frames.end() ? nullptr : &*found;
+  for (LeftoverFrame& frame : frames) {
+    if (frame.times) {
+      before = &frame;
+    } else if (known.framesPerSecond) {
+      frame.times = evenTimes(frame.number, before, first, known);
+    } else if (frame.number < known.times.size()) {
+      frame.times = known.times[frame.number];
+    } else if (frame.flaw == nullptr) {
+      frame.flaw = known.times.empty() ? "the index has no time (--fps or --times can give one)"
+                                       : "--times has no row for it";
     }
   }
+}
+
+/// Where the last of the frames that have a place in the file ends.
+std::uint64_t endOf(const std::vector<LeftoverFrame>& frames, const FileBytes& file) {
+  std::uint64_t end = kFrameIndexStart;
+  for (const LeftoverFrame& frame : frames) {
+    end = std::max(end, std::min(frame.end(), file.size()));
+  }
+  return end;
+}
+
+/// Whether an index of so many records ends before the frames and has a place for each of them. The
+/// metadata that say the number may be damaged, too.
+bool isPlausible(std::uint64_t count, const std::vector<LeftoverFrame>& frames) {
+  const std::uint64_t end = kFrameIndexStart + count * sizeof(FrameIndex);
+  return !frames.empty() && count > frames.back().number &&
+         std::all_of(frames.begin(), frames.end(),
+                     [end](auto& frame) { return frame.flaw != nullptr || frame.offset >= end; });
+}
+
+/// Where in the file frames end, and what the metadata behind them say.
+struct Foot {
+  std::uint64_t offset = 0;
+  bool hasMetaData = false;
+  std::optional<std::uint64_t> framesCount;  ///< if it can be
+};
+
+Foot readFoot(const FileBytes& file, const std::vector<LeftoverFrame>& frames,
+              RecordingDescription& description) {
+  const std::uint64_t stored = imgMetaDataOffset(file);
+  const std::uint64_t end = endOf(frames, file);
+  for (const std::uint64_t offset : {stored, end}) {
+    if (offset < kFrameIndexStart || file.read(offset, 1) != "{") continue;
+    const auto count = readMetaData(file.read(offset, kMaxFrameSize), description);
+    if (count) return {offset, true, isPlausible(*count, frames) ? count : std::nullopt};
+  }
+  return {stored >= end && stored < file.size() ? stored : file.size(), false, std::nullopt};
+}
+
+/// Numbers frames of which none has a record, `count` of them once. In a finished file those that
+/// made room for the index lie at the end.
+void numberPictures(std::vector<LeftoverFrame>& frames, std::optional<std::uint64_t> count) {
+  std::size_t moved = 0;
+  std::uint64_t bytes = 0;
+  while (count && moved < frames.size() && bytes < *count * sizeof(FrameIndex)) {
+    bytes += frames[frames.size() - ++moved].size;
+  }
+  // What damaged the index may have reached into the frames behind it.
+  const bool isWhole = !frames.empty() && frames.front().offset == kFrameIndexStart + bytes;
+  const std::uint64_t total = std::max<std::uint64_t>(count.value_or(0), frames.size());
+  const std::uint64_t missing = isWhole ? 0 : total - frames.size();
+  std::rotate(frames.begin(), frames.end() - static_cast<std::ptrdiff_t>(moved), frames.end());
+  for (std::size_t i = 0; i < frames.size(); ++i) frames[i].number = i < moved ? i : i + missing;
+}
+
+/// Why there are no metadata.
+std::string whyUndescribed(const FileBytes& file, bool hasJournal) {
+  const std::uint64_t stored = imgMetaDataOffset(file);
+  if (stored == 0) {
+    const bool isUnfinished = hasJournal || beginsAsJpeg(file.read(kFrameIndexStart, 2));
+    return isUnfinished ? "it was not finished" : "it was not finished, or its start is destroyed";
+  }
+  if (stored >= file.size()) return cutWords(file);
+  const bool isCut = file.read(stored, 1) == "{" && file.read(file.size() - 2, 2) != "}\n";
+  return isCut ? "it is cut short inside its metadata" : "its metadata are destroyed";
+}
+
+void checkTimesAreKnown(const FileBytes& file, const std::vector<LeftoverFrame>& frames,
+                        const LeftoverTimes& times) {
+  if (frames.empty() || times.framesPerSecond || !times.times.empty()) return;
+  const bool isFinished = imgMetaDataOffset(file) != 0;
+  throw Failure(
+      file.path(),
+      std::string(isFinished ? "its index is destroyed" : "there is no index journal beside it") +
+          "; --fps or --times is needed",
+      VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+}
+
+/// That belong to none of the frames.
+std::uint64_t strayBytes(const FileBytes& file, const std::vector<LeftoverFrame>& frames) {
+  return std::accumulate(frames.begin(), frames.end(),
+                         file.size() - std::min(file.size(), kFrameIndexStart),
+                         [](std::uint64_t left, auto& frame) { return left - frame.size; });
 }
 
 }  // namespace
 
 Leftover findImgLeftover(const FileBytes& file, const LeftoverTimes& times) {
   Leftover leftover;
-  leftover.frames = readJournal(file);
+  std::vector<LeftoverFrame>& frames = leftover.frames;
+  frames = readJournal(file);
+  const bool hasJournal = !frames.empty();
   std::vector<LeftoverFrame> front = readFrontIndex(file);
-  if (wholeFrames(front) > wholeFrames(leftover.frames)) leftover.frames = std::move(front);
+  const bool isFrontBetter = wholeFrames(front) > wholeFrames(frames);
+  if (isFrontBetter) frames = std::move(front);
+  const bool isRecorded = !frames.empty();
+  if (!isRecorded) frames = findPictures(file, kFrameIndexStart, file.size());
 
-  std::uint64_t end = kFrameIndexStart;
-  for (const LeftoverFrame& frame : leftover.frames) {
-    if (frame.flaw == nullptr) end = std::max(end, frame.offset + frame.size);
+  Foot foot = readFoot(file, frames, leftover.description);
+  if (!foot.hasMetaData) leftover.undescribed = whyUndescribed(file, hasJournal);
+  if (!isRecorded) {
+    numberPictures(frames, foot.framesCount);
+    checkTimesAreKnown(file, frames, times);
+    if (!foot.hasMetaData) markRepetition(file, frames);
+    leftover.strayBytes = foot.hasMetaData ? 0 : strayBytes(file, frames);
+    leftover.framesCount = std::max<std::uint64_t>(foot.framesCount.value_or(0), frames.size());
+  } else {
+    const std::uint64_t end = endOf(frames, file);
+    if (repeatsTheFront(file, end, frames)) foot.offset = end;
+    UnrecordedFrames unrecorded(file, foot.offset, isFrontBetter,
+                                foot.framesCount.value_or(frames.back().number + 1),
+                                !foot.framesCount);
+    unrecorded.addTo(frames);
+    leftover.framesCount = unrecorded.count();
+    leftover.strayBytes = unrecorded.strayBytes();
   }
-  // A power cut may leave the end of the journal empty.
-  while (!leftover.frames.empty() && leftover.frames.back().offset < kFrameIndexStart) {
-    leftover.frames.pop_back();
-  }
-  const std::size_t recorded = leftover.frames.size();
-  if (file.read(end, 1) == "{") {
-    leftover.isDescribed = readMetaData(file.read(end, kMaxFrameSize), leftover.description);
-    return leftover;
-  }
-  if (end == file.size() || repeatsTheFront(file, end, leftover.frames)) return leftover;
-
-  leftover.strayBytes = findFrames(file, end, leftover.frames);
-  if (recorded == 0 && !leftover.frames.empty() && !times.framesPerSecond && times.times.empty()) {
-    throw Failure(file.path(), "there is no index journal beside it; --fps or --times is needed",
-                  VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
-  }
-  setTimes(leftover.frames, recorded, times);
-  if (recorded == 0) markRepetition(file, leftover.frames);
+  setTimes(frames, times);
   return leftover;
 }

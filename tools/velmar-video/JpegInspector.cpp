@@ -1,10 +1,13 @@
 #include "JpegInspector.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "Failure.h"
+#include "FileBytes.h"
 #include "FrameInput.h"
 #include "InputFile.h"
+#include "JpegStreamSplitter.h"
 
 namespace {
 
@@ -62,4 +65,19 @@ bool endsAsJpeg(std::string_view bytes) {
   using namespace std::string_view_literals;
   const auto last = bytes.find_last_not_of("\0\xFF"sv);
   return last != bytes.npos && bytes.substr(0, last + 1).ends_with("\xFF\xD9");
+}
+
+bool isWholeJpeg(const std::string& jpeg) {
+  if (endsAsJpeg(jpeg)) return true;
+  JpegStreamSplitter splitter(jpeg.size());
+  splitter.feed(jpeg);
+  return splitter.next() && splitter.frameOffset() == 0;
+}
+
+bool isWholeJpegFile(const std::string& path) {
+  constexpr std::uint64_t kEnd = 256;
+  const FileBytes file(path);
+  const std::uint64_t size = std::min(file.size(), kEnd);
+  return endsAsJpeg(file.read(file.size() - size, size)) ||
+         isWholeJpeg(file.read(0, kMaxFrameSize));
 }

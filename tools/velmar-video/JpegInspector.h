@@ -41,6 +41,11 @@ bool beginsAsJpeg(std::string_view bytes);
 /// some cameras fill frames up with.
 bool endsAsJpeg(std::string_view bytes);
 
+/// Whether the JPEG has its end marker, whatever follows that.
+bool isWholeJpeg(const std::string& jpeg);
+/// The same of a file. Throws Failure if it cannot be read.
+bool isWholeJpegFile(const std::string& path);
+
 /// "1280x800"
 std::string toText(JpegSize size);
 

@@ -2,14 +2,6 @@
 
 #include "Diagnostics.h"
 
-namespace {
-
-std::string frameWords(unsigned int index, VELMAR_ERROR_CODE_E code) {
-  return "frame " + std::to_string(index) + " skipped: " + plainWords(code);
-}
-
-}  // namespace
-
 void Losses::add(const std::string& what, const std::string& words) {
   any_ = true;
   say(what + ": " + words);
@@ -20,19 +12,46 @@ void Losses::addStopped(const std::string& what, std::size_t done, std::size_t w
                 " frames");
 }
 
-void FrameLosses::add(unsigned int index, VELMAR_ERROR_CODE_E code) {
+void FrameRanges::add(std::uint64_t first, std::uint64_t last, const std::string& words) {
+  if (words != words_ || first != last_ + 1) finish();
+  if (words_.empty()) first_ = first;
+  words_ = words;
+  last_ = last;
+}
+
+void FrameRanges::finish() {
+  if (words_.empty()) return;
+  const std::string first = std::to_string(first_);
+  losses_.add(file_,
+              (first_ == last_ ? "frame " + first + " is "
+                               : "frames " + first + " to " + std::to_string(last_) + " are ") +
+                  words_);
+  words_.clear();
+}
+
+FrameFlaw::FrameFlaw(VELMAR_ERROR_CODE_E cause)
+    : code(cause),
+      words(cause == VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E
+                ? "its bytes reach past the end of the file"
+                : plainWords(cause)) {}
+
+std::string FrameFlaw::text() const { return words + " (" + errorCode2String(code) + ")"; }
+
+void FrameLosses::add(unsigned int index, const FrameFlaw& flaw) {
   const std::lock_guard lock(mutex_);
-  codes_.emplace(index, code);
+  flaws_.emplace(index, flaw);
 }
 
 ExitStatus FrameLosses::report(const std::string& file, std::size_t wanted) const {
-  if (codes_.empty()) return ExitStatus::Done;
-  if (codes_.size() == wanted) {
-    const auto [index, code] = *codes_.begin();
-    throw Failure(file, "no frame can be had; " + frameWords(index, code), code);
+  if (!flaws_.empty() && flaws_.size() == wanted) {
+    const auto& [index, flaw] = *flaws_.begin();
+    throw Failure(
+        file, "no frame can be had; frame " + std::to_string(index) + " is skipped: " + flaw.words,
+        flaw.code);
   }
-  for (const auto& [index, code] : codes_) {
-    say(Failure(file, frameWords(index, code), code).what());
-  }
-  return ExitStatus::Loss;
+  Losses losses;
+  FrameRanges ranges(file, losses);
+  for (const auto& [index, flaw] : flaws_) ranges.add(index, index, "skipped: " + flaw.text());
+  ranges.finish();
+  return losses.status();
 }

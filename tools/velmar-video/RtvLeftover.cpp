@@ -144,10 +144,14 @@ Leftover findRtvLeftover(const FileBytes& file, std::optional<version_e> version
 
   Leftover leftover;
   leftover.description.version = table.version;
-  leftover.isDescribed = readHeader(front, table.version, leftover.description);
+  if (!readHeader(front, table.version, leftover.description)) {
+    const bool isEmpty = front.find_first_not_of('\0') >= rtvLayout(table.version).headerSize;
+    leftover.undescribed = isEmpty ? "it was not finished" : "its header is destroyed";
+  }
   leftover.framesMax = table.framesMax();
   for (const Slot& slot : table.slots) {
     leftover.frames.push_back(slot.frame);
+    leftover.frames.back().number = leftover.framesCount++;
     leftover.tags.push_back(slot.tag);
   }
   if (table.wholeFrames > 0) leftover.strayBytes = file.size() - table.dataEnd;

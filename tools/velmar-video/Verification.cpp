@@ -6,6 +6,7 @@
 
 #include "Failure.h"
 #include "FileBytes.h"
+#include "FindingRanges.h"
 #include "FrameInput.h"
 #include "FramePlaces.h"
 #include "JpegInspector.h"
@@ -20,13 +21,13 @@ using Severity = Finding::Severity;
 /// Checks a recording that opens.
 class Verifier {
  public:
-  Verifier(const std::string& path, bool decode, const std::function<void(const Finding&)>& report)
+  Verifier(const std::string& path, bool decode, FindingRanges& findings)
       : recording_(path),
         file_(path),
         places_(recording_, file_),
         description_(recording_.description()),
         decode_(decode),
-        report_(report) {}
+        findings_(findings) {}
 
   unsigned int run() {
     checkPlaces();
@@ -52,14 +53,15 @@ class Verifier {
   }
 
   void reportFrame(Severity severity, unsigned int index, const std::string& text) const {
-    report_({severity, index, places_.frames[index].offset, text});
+    findings_.add({severity, index, places_.frames[index].offset, text});
   }
   void reportBytes(std::uint64_t from, std::uint64_t to) const {
-    report_({Severity::Warning, {}, from, std::to_string(to - from) + " bytes belong to no frame"});
+    findings_.add(
+        {Severity::Warning, {}, from, std::to_string(to - from) + " bytes belong to no frame"});
   }
 
   void checkPlaces() const {
-    if (count() == 0) report_({Severity::Error, {}, {}, "there is no frame"});
+    if (count() == 0) findings_.add({Severity::Error, {}, {}, "there is no frame"});
     for (unsigned int i = 0; i < count(); ++i) {
       const FilePlace& place = places_.frames[i];
       if (!isInside(place)) {
@@ -118,7 +120,7 @@ class Verifier {
                   "is " + toText(*size) + ", but the header says " +
                       toText({description_.width, description_.height}));
     }
-    if (!endsAsJpeg(jpegEnd(place, kEnd)) && !endsAsJpeg(jpegEnd(place, place.size))) {
+    if (!endsAsJpeg(jpegEnd(place, kEnd)) && !isWholeJpeg(jpegEnd(place, place.size))) {
       reportFrame(Severity::Warning, index, "has no end marker");
     }
     if (decode_) checkDecoding(index, jpeg);
@@ -152,7 +154,7 @@ class Verifier {
   void checkMetaData() const {
     const std::uint64_t offset = places_.room.end();
     const auto warn = [&](const std::string& text) {
-      report_({Severity::Warning, {}, offset, "metadata: " + text});
+      findings_.add({Severity::Warning, {}, offset, "metadata: " + text});
     };
     const Json::Value stored = parseJson(file_.read(offset, file_.size() - offset));
     if (!stored.isObject()) return warn("it is not strict JSON");
@@ -174,7 +176,7 @@ class Verifier {
 
   void checkRtv() const {
     const auto warn = [this](std::uint64_t offset, const std::string& text) {
-      report_({Severity::Warning, {}, offset, text});
+      findings_.add({Severity::Warning, {}, offset, text});
     };
     const RtvLayout layout = rtvLayout(description_.version);
     if (file_.read(kMagicCodeAt, 10) != "velmar.rtv") warn(kMagicCodeAt, "the magic code differs");
@@ -193,7 +195,7 @@ class Verifier {
     unsigned short slots = 0;
     recording_.parser()->getFramesMax(slots);  // does not fail on an open parser
     if (slots < count()) {
-      report_({Severity::Error, {}, layout.framesMaxAt(), "there are more frames than tags"});
+      findings_.add({Severity::Error, {}, layout.framesMaxAt(), "there are more frames than tags"});
       return;
     }
     const std::uint64_t unused = layout.tagAt(count());
@@ -209,7 +211,7 @@ class Verifier {
   const FramePlaces places_;
   const RecordingDescription description_;
   const bool decode_;
-  const std::function<void(const Finding&)>& report_;
+  FindingRanges& findings_;
   const JpegInspector inspector_;
 };
 
@@ -228,11 +230,22 @@ unsigned int verify(const std::string& path, bool decode,
   }
   const VELMAR_ERROR_CODE_E code = reader->open();
   if (code != VELMAR_ERROR_CODE_SUCCESS_E) {
-    report({Severity::Error,
-            {},
-            {},
-            "does not open: " + plainWords(code) + " (" + errorCode2String(code) + ")"});
+    std::string words = plainWords(code);
+    if (code == VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E && !isRtv(path)) {
+      const std::string cut = cutWords(FileBytes(path));
+      if (!cut.empty()) words = cut;
+    }
+    report(
+        {Severity::Error, {}, {}, "does not open: " + words + " (" + errorCode2String(code) + ")"});
     return 0;
   }
-  return Verifier(path, decode, report).run();
+  FindingRanges findings(report);
+  try {
+    const unsigned int count = Verifier(path, decode, findings).run();
+    findings.finish();
+    return count;
+  } catch (const Failure&) {
+    findings.finish();
+    throw;
+  }
 }

@@ -7,6 +7,7 @@
 #include "OutputGuard.h"
 #include "Recording.h"
 #include "StandardOutput.h"
+#include "StoredFrame.h"
 #include "Tool.h"
 
 namespace {
@@ -27,12 +28,10 @@ ExitStatus writeFrames(const Options& options) {
   FrameLosses losses;
   std::string frame;
   for (const unsigned int index : selected) {
-    frame.clear();
-    const VELMAR_ERROR_CODE_E code = recording.reader().getRawImage(index, frame);
-    if (code == VELMAR_ERROR_CODE_SUCCESS_E) {
-      output.write(frame);
+    if (const FrameFlaw flaw = readStoredFrame(recording, index, frame)) {
+      losses.add(index, flaw);
     } else {
-      losses.add(index, code);
+      output.write(frame);
     }
   }
   output.flush();

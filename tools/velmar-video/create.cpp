@@ -32,6 +32,7 @@ struct Options {
   std::optional<std::uint64_t> startTime;
   DescriptionOptions description;
   unsigned int syncInterval = 0;
+  bool allowTruncated = false;
   bool force = false;
   bool quiet = false;
 
@@ -61,12 +62,17 @@ std::vector<FrameTag> tagsOf(const Options& options, const std::vector<std::stri
 }
 
 /// The size that all files have.
-JpegSize commonSize(const std::vector<std::string>& files, const JpegInspector& inspector) {
+JpegSize commonSize(const std::vector<std::string>& files, const JpegInspector& inspector,
+                    bool allowTruncated) {
   const JpegSize first = inspector.sizeOfFile(files.front());
   for (const std::string& file : files) {
     const JpegSize size = inspector.sizeOfFile(file);
     if (!(size == first)) {
       throw Failure(file, differenceText(size, first), VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+    }
+    if (!allowTruncated && !isWholeJpegFile(file)) {
+      throw Failure(file, "the picture has no end marker; --allow-truncated takes it as it is",
+                    VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
     }
   }
   return first;
@@ -113,7 +119,7 @@ ExitStatus recordFiles(const Options& options) {
   const std::vector<FrameTimes> times = timesOf(options, files);
   const std::vector<FrameTag> tags = tagsOf(options, files, description.version);
   const JpegInspector inspector;
-  const JpegSize size = commonSize(files, inspector);
+  const JpegSize size = commonSize(files, inspector, options.allowTruncated);
   description.setSize(size);
   setStartTime(description, options, times);
 
@@ -162,6 +168,9 @@ void checkUsage(const Options& options) {
   }
   if (options.readsStream() && !(options.timesFile.empty() && options.tagsFile.empty())) {
     throw UsageError("create: --times and --tags name files; they cannot be used with a stream");
+  }
+  if (options.readsStream() && options.allowTruncated) {
+    throw UsageError("create: --allow-truncated is for files; a stream is cut at the end markers");
   }
   std::vector<std::string> read = options.description.inputs();
   read.insert(read.end(), {options.timesFile, options.tagsFile});
@@ -221,6 +230,8 @@ void addCreateCommand(Tool& tool) {
           "no more than the frames since. Slower")
       ->type_name("N")
       ->check(CLI::Range(1U, 1000000U).description(""));
+  command->add_flag("--allow-truncated", options->allowTruncated,
+                    "Take picture files without an end marker, too, which are cut short as a rule");
   command->add_flag("--force", options->force, "Replace an existing output");
   command->callback([&tool, options] {
     checkUsage(*options);

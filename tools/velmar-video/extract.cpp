@@ -19,6 +19,7 @@
 #include "Progress.h"
 #include "Recording.h"
 #include "StopSignal.h"
+#include "StoredFrame.h"
 #include "Tool.h"
 
 namespace {
@@ -84,18 +85,18 @@ class FrameSource {
 
   const Recording& recording() const { return recording_; }
 
-  VELMAR_ERROR_CODE_E read(unsigned int index, std::string& bytes) {
-    bytes.clear();
-    if (!options_.decodes()) return recording_.reader().getRawImage(index, bytes);
+  /// What is wrong with the frame; if nothing is, `bytes` has it.
+  FrameFlaw read(unsigned int index, std::string& bytes) {
+    if (!options_.decodes()) return readStoredFrame(recording_, index, bytes);
     // A frame that is smaller than the recording says must not show the one before.
     std::fill(picture_.pixels.begin(), picture_.pixels.end(), std::uint8_t{0});
     const VELMAR_ERROR_CODE_E code = recording_.reader().getImage(
         index, static_cast<unsigned int>(picture_.pixels.size()), picture_.pixels.data(),
         kFormats.at(options_.format), kScales.at(options_.scale), options_.cropTop,
         options_.cropBottom);
-    if (code != VELMAR_ERROR_CODE_SUCCESS_E) return code;
+    if (code != VELMAR_ERROR_CODE_SUCCESS_E) return FrameFlaw(code);
     bytes = options_.kind == "png" ? encodePng(picture_) : encodePnm(picture_);
-    return code;
+    return {};
   }
 
  private:
@@ -198,12 +199,11 @@ class Extraction {
     const std::size_t at = next_++;
     if (at >= frames_.size()) return false;
     std::string bytes;
-    const VELMAR_ERROR_CODE_E code = source.read(frames_[at], bytes);
-    if (code == VELMAR_ERROR_CODE_SUCCESS_E) {
+    if (const FrameFlaw flaw = source.read(frames_[at], bytes)) {
+      losses_.add(frames_[at], flaw);
+    } else {
       writeFile(pathOf(frames_[at]), bytes);
       written_[at] = 1;
-    } else {
-      losses_.add(frames_[at], code);
     }
     return true;
   }

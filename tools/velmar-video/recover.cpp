@@ -36,43 +36,6 @@ struct Options {
   bool quiet = false;
 };
 
-/// Says which frames are lost, neighbours with the same flaw on one line.
-class FlawReport {
- public:
-  FlawReport(const std::string& file, Losses& losses) : file_(file), losses_(losses) {}
-  FlawReport(const FlawReport&) = delete;
-  FlawReport& operator=(const FlawReport&) = delete;
-
-  void add(std::size_t frame, const std::string& flaw) {
-    if (flaw != flaw_ || frame != last_ + 1) finish();
-    if (flaw_.empty()) first_ = frame;
-    flaw_ = flaw;
-    last_ = frame;
-    ++count_;
-  }
-  void finish() {
-    if (flaw_.empty()) return;
-    const std::string frames = first_ == last_ ? "frame " + std::to_string(first_) + " is"
-                                               : "frames " + std::to_string(first_) + " to " +
-                                                     std::to_string(last_) + " are";
-    losses_.add(file_, frames + " lost: " + flaw_);
-    flaw_.clear();
-  }
-  std::size_t count() const { return count_; }
-
- private:
-  const std::string& file_;
-  Losses& losses_;
-  std::string flaw_;
-  std::size_t first_ = 0;
-  std::size_t last_ = 0;
-  std::size_t count_ = 0;
-};
-
-/// What was not on the disk when the power failed is zeros now. Other pictures without an end
-/// marker were recorded like that.
-bool endsInZeros(const std::string& jpeg) { return jpeg.ends_with('\0') && !endsAsJpeg(jpeg); }
-
 /// Takes the frames over one by one.
 class Rescue {
  public:
@@ -85,9 +48,11 @@ class Rescue {
     if (frame.flaw != nullptr) return frame.flaw;
     if (frame.size > kMaxFrameSize) return "too large for a picture";
     jpeg = file_.read(frame.offset, frame.size);
+    if (options_.keepDamaged) return "";
     if (frame.isCut || endsInZeros(jpeg)) {
-      if (!options_.keepDamaged) return "the picture is cut short (--keep-damaged keeps such)";
+      return "the picture is cut short (--keep-damaged keeps such)";
     }
+    if (hasHole(jpeg)) return "the picture has a hole (--keep-damaged keeps such)";
     return "";
   }
 
@@ -102,6 +67,19 @@ class Rescue {
   }
 
  private:
+  /// What was not on the disk when the power failed is zeros now, as is a sector that was lost.
+  /// Other pictures without an end marker were recorded like that.
+  static bool endsInZeros(const std::string& jpeg) {
+    return jpeg.ends_with('\0') && !isWholeJpeg(jpeg);
+  }
+  /// Zeros inside, which a picture of one colour may have as well.
+  bool hasHole(const std::string& jpeg) const {
+    constexpr std::size_t kSector = 512;
+    const std::size_t end = jpeg.rfind("\xFF\xD9");
+    return end != jpeg.npos && jpeg.find(std::string(kSector, '\0')) < end &&
+           !inspector_.decodingProblem(jpeg).text.empty();
+  }
+
   const FileBytes& file_;
   const Leftover& leftover_;
   const Options& options_;
@@ -129,9 +107,11 @@ RecordingDescription describe(const Options& options, const Leftover& leftover, 
   RecordingDescription description = leftover.description;
   options.description.change(description, options.output);
   if (options.startTime) description.startTime = *options.startTime;
-  if (!leftover.isDescribed || options.size) description.setSize(options.size.value_or(firstSize));
-  if (leftover.isDescribed) return description;
-  say(options.input + ": its header was not written yet and is made of what the options give");
+  const bool isDescribed = leftover.undescribed.empty();
+  if (!isDescribed || options.size) description.setSize(options.size.value_or(firstSize));
+  if (isDescribed) return description;
+  say(options.input + ": " + leftover.undescribed +
+      "; a new header is made of what the options give");
   if (isRtv(options.output) && !options.startTime) {
     losses.add(options.input, "the start time is not known; edit --start-time sets it");
   }
@@ -149,21 +129,30 @@ unsigned int writeFrames(const Options& options, const std::string& path, const 
   const std::size_t count = leftover.frames.size();
   RecordingWriter writer(path, description, leftover.framesMax,
                          RecordingWriter::OnFailure::RemoveFrames);
-  FlawReport flaws(options.input, losses);
+  FrameRanges ranges(options.input, losses);
   Progress progress(options.output, count, options.quiet);
   std::string jpeg;
   std::size_t done = 0;
+  std::uint64_t number = 0;
+  const auto passMissing = [&](std::uint64_t next) {
+    if (next > number)
+      ranges.add(number, next - 1, "lost: neither its record nor its picture is left");
+    number = next + 1;
+  };
   for (; done < count && !stop.requested(); ++done) {
+    const LeftoverFrame& frame = leftover.frames[done];
+    passMissing(frame.number);
     const std::string flaw = rescue.take(done, jpeg);
     if (flaw.empty()) {
-      writer.add(jpeg, leftover.frames[done].times,
+      writer.add(jpeg, frame.times.value_or(FrameTimes()),
                  leftover.tags.empty() ? FrameTag() : leftover.tags[done]);
     } else {
-      flaws.add(done, flaw);
+      ranges.add(frame.number, frame.number, "lost: " + flaw);
     }
     progress.update(done + 1);
   }
-  flaws.finish();
+  if (done == count) passMissing(leftover.framesCount);
+  ranges.finish();
   writer.finish();
   if (done < count) losses.addStopped(options.output, done, count);
   return writer.frames();
@@ -179,7 +168,7 @@ void publish(const std::string& path, const std::string& output) {
 void showResult(const Options& options, unsigned int kept, const Leftover& leftover) {
   StandardOutput output;
   output.write(options.output + ": " + std::to_string(kept) + " of " +
-               std::to_string(leftover.frames.size()) + " frames recovered\n");
+               std::to_string(leftover.framesCount) + " frames recovered\n");
   output.flush();
 }
 
@@ -245,7 +234,7 @@ void checkUsage(const Options& options) {
 void addTimeOptions(CLI::App& command, Options& options) {
   command
       .add_option("--fps", options.framesPerSecond,
-                  "img: frames a second, for frames that the index journal does not have")
+                  "img: frames a second, for frames without a record in index or index journal")
       ->type_name("N");
   command
       .add_option("--times", options.timesFile,
@@ -260,14 +249,15 @@ void addTimeOptions(CLI::App& command, Options& options) {
 }  // namespace
 
 void addRecoverCommand(Tool& tool) {
-  CLI::App* command = tool.addCommand(
-      "recover", "Make a recording of what an interrupted one left in its temporary file.",
-      "recover drive.img.tmp drive.img --device-id 0aff");
+  CLI::App* command =
+      tool.addCommand("recover", "Make a recording of what an interrupted or damaged one left.",
+                      "recover drive.img.tmp drive.img --device-id 0aff");
   const auto options = std::make_shared<Options>();
   command
-      ->add_option("input", options->input,
-                   "The temporary file, which stays as it is; an img has an index journal, "
-                   "INPUT.index, beside it")
+      ->add_option(
+          "input", options->input,
+          "The temporary file, or a damaged recording, which stays as it is; an interrupted "
+          "img has an index journal, INPUT.index, beside it")
       ->required();
   command->add_option("output", options->output, "The recording to make, OUTPUT.img or OUTPUT.rtv")
       ->required();

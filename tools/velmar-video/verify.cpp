@@ -28,16 +28,20 @@ const char* nameOf(Finding::Severity severity) {
 
 std::string textOf(const std::string& file, const Finding& finding) {
   std::string text = printable(file) + ": " + nameOf(finding.severity) + ": ";
-  if (finding.frame) text += "frame " + std::to_string(*finding.frame);
-  if (finding.offset) {
-    text += (finding.frame ? " at byte " : "at byte ") + std::to_string(*finding.offset) + ": ";
+  if (finding.lastFrame) {
+    text += "frames " + std::to_string(*finding.frame) + " to " +
+            std::to_string(*finding.lastFrame) + ", the first ";
+  } else if (finding.frame) {
+    text += "frame " + std::to_string(*finding.frame) + " ";
   }
+  if (finding.offset) text += "at byte " + std::to_string(*finding.offset) + ": ";
   return text + printable(finding.text) + "\n";
 }
 
 std::string jsonOf(const Finding& finding) {
   std::string text = std::string("{\"severity\":\"") + nameOf(finding.severity) + "\"";
   if (finding.frame) text += ",\"frame\":" + std::to_string(*finding.frame);
+  if (finding.lastFrame) text += ",\"last_frame\":" + std::to_string(*finding.lastFrame);
   if (finding.offset) text += ",\"offset\":" + std::to_string(*finding.offset);
   return text + ",\"text\":" + toJsonText(finding.text) + "}";
 }
@@ -51,7 +55,8 @@ Report verifyFile(const std::string& file, const Options& options, StandardOutpu
   Report report;
   std::string json;
   report.frames = verify(file, options.decode, [&](const Finding& finding) {
-    ++(finding.severity == Finding::Severity::Error ? report.errors : report.warnings);
+    (finding.severity == Finding::Severity::Error ? report.errors : report.warnings) +=
+        finding.count();
     if (!options.json) return output.write(textOf(file, finding));
     if (!json.empty()) json += ',';
     json += jsonOf(finding);
@@ -71,16 +76,21 @@ Report verifyFile(const std::string& file, const Options& options, StandardOutpu
 
 ExitStatus verifyFiles(const Options& options) {
   StandardOutput output;
-  ExitStatus status = ExitStatus::Done;
+  std::size_t bad = 0;
   for (const std::string& file : options.files) {
     try {
-      if (verifyFile(file, options, output).errors > 0) status = ExitStatus::Failed;
+      if (verifyFile(file, options, output).errors > 0) ++bad;
     } catch (const Failure& failure) {
       say(failure.what());
-      status = ExitStatus::Failed;
+      ++bad;
     }
   }
-  return status;
+  if (!options.json) {
+    output.write(counted(options.files.size(), "file") + " checked, " + std::to_string(bad) +
+                 " with errors\n");
+    output.flush();
+  }
+  return bad > 0 ? ExitStatus::Failed : ExitStatus::Done;
 }
 
 }  // namespace
