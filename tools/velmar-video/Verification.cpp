@@ -10,6 +10,7 @@
 #include "FramePlaces.h"
 #include "JpegInspector.h"
 #include "JsonText.h"
+#include "OpenFailure.h"
 #include "Recording.h"
 #include "container/rtv/RtvLayout.h"
 
@@ -228,10 +229,7 @@ unsigned int verify(const std::string& path, bool decode,
   }
   const VELMAR_ERROR_CODE_E code = reader->open();
   if (code != VELMAR_ERROR_CODE_SUCCESS_E) {
-    report({Severity::Error,
-            {},
-            {},
-            "does not open: " + plainWords(code) + " (" + errorCode2String(code) + ")"});
+    report({Severity::Error, {}, {}, "does not open: " + openFailure(path, code).words()});
     return 0;
   }
   return Verifier(path, decode, report).run();

@@ -148,7 +148,7 @@ unsigned int writeFrames(const Options& options, const std::string& path, const 
   StopSignal stop;
   const std::size_t count = leftover.frames.size();
   RecordingWriter writer(path, description, leftover.framesMax,
-                         RecordingWriter::OnFailure::RemoveFrames);
+                         RecordingWriter::OnFailure::RemoveFrames, options.output);
   FlawReport flaws(options.input, losses);
   Progress progress(options.output, count, options.quiet);
   std::string jpeg;
