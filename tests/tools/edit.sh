@@ -128,10 +128,10 @@ expect 1 "a.img: only rtv recordings can be dumped" dump a.img
 expect 0 "" sample t.rtv --frames 3 --size 64x64
 expect 0 "" frames t.rtv --gpx t.gpx --geojson t.json
 [ ! -s out ] || fail "a list beside the track"
-grep -q '^<trkpt lat="48.137404954" lon="11.575507636"><ele>519.00</ele><time>2023-11-14T22:13:20.033000Z</time></trkpt>$' t.gpx || fail "gpx: $(cat t.gpx)"
-grep -q '"type":"LineString","coordinates":\[\[11.575499978,48.137399917,519.00\],\[11.575507636,48.137404954,519.00\]' t.json || fail "geojson: $(cat t.json)"
+grep -q '^<trkpt lat="48.137405038" lon="11.575507636"><ele>519.00</ele><time>2023-11-14T22:13:20.033000Z</time></trkpt>$' t.gpx || fail "gpx: $(cat t.gpx)"
+grep -q '"type":"LineString","coordinates":\[\[11.575499978,48.137400001,519.00\],\[11.575507636,48.137405038,519.00\]' t.json || fail "geojson: $(cat t.json)"
 expect 0 "" frames t.rtv --json --range 1:2
-grep -q '"lng_deg":11.575507636,"lat_deg":48.137404954,"distance_m":0.80,"speed_m_s":24.00' out || fail "degrees: $(cat out)"
+grep -q '"lng_deg":11.575507636,"lat_deg":48.137405038,"distance_m":0.80,"speed_m_s":24.00' out || fail "degrees: $(cat out)"
 expect 1 "t.gpx: it is already there" frames t.rtv --gpx t.gpx
 expect 1 "a.img: an img holds no positions" frames a.img --gpx x.gpx
 expect 2 "need a file each" frames t.rtv --gpx x.gpx --geojson x.gpx
