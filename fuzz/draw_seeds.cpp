@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "FrameColumns.h"
 #include "SampleScene.h"
-#include "TagsCsv.h"
 #include "common/TjHandle.h"
 #include "container/img/FrameIndex.h"
 #include "container/rtv/RtvLayout.h"
@@ -183,11 +183,9 @@ void drawStreams(const fs::path& folder) {
   }
 }
 
-/// A table for three files with a value of each column that the version has.
-std::string tagsTable(version_e version) {
-  std::string header = "file,";
-  for (const char character : knownTagColumns(version))
-    header += character == ' ' ? ',' : character;
+/// A table for three files with a value in each column.
+std::string frameTable(bool ofRtv, bool hasCan) {
+  const std::string header = "file" + frameColumns(ofRtv, hasCan).substr(std::strlen("index"));
   std::string values;
   for (const char character : header) {
     if (character == ',') values += values.empty() ? ",12" : ",7";
@@ -200,9 +198,9 @@ void drawTables(const fs::path& folder) {
       "file,sensor_time_us,arrived_time_us\n1.jpg,1,2\n\"in/2.jpg\",3,4\r\na/2.jpg,5,6\n",
       "\xEF\xBB\xBFindex,x,y,speed\n0,1,-2,\n1,,,3\n\n\"2\",\"8\"\"\",1,2\n",
       "index,x,y,speed\n0,1,-2,\n1,,,3\n2,-8388608,8388607,65535\n",
-      tagsTable(RTV_VER_02),
-      tagsTable(RTV_VER_03),
-      tagsTable(RTV_VER_04),
+      frameTable(false, false),
+      frameTable(true, false),
+      frameTable(true, true),
   };
   for (std::size_t i = 0; i < std::size(tables); ++i) {
     save(folder / "csv", "table" + std::to_string(i), tables[i], edgesBehind(tables[i], ",\n\""));

@@ -39,6 +39,16 @@ TEST(TagsCsv, FillsTagsByColumnName) {
   EXPECT_EQ(read("file,x\n2.jpg,1\nin/1.jpg,2\n", RTV_VER_02)[0].x, 2);
 }
 
+TEST(TagsCsv, TellsWhatTheVersionHasNoFieldFor) {
+  const auto full =
+      read("index,z,abs_active,relative_distance\n0,0,,4294967295\n1,1,0,0\n", RTV_VER_02);
+  EXPECT_EQ(static_cast<int>(full[0].relativeDistance), -1);
+  EXPECT_EQ(lostFromTags(full, RTV_VER_02), "heights, CAN signals");
+  EXPECT_EQ(lostFromTags(full, RTV_VER_03), "CAN signals");
+  EXPECT_EQ(lostFromTags(full, RTV_VER_04), "");
+  EXPECT_EQ(lostFromTags(read("index,z,abs_active\n0,0,\n1,,\n"), RTV_VER_02), "");
+}
+
 TEST(TagsCsv, NamesWhatDoesNotFit) {
   const struct {
     std::string text;
@@ -50,13 +60,13 @@ TEST(TagsCsv, NamesWhatDoesNotFit) {
       {"index,speed\n0,65536\n1,1\n", RTV_VER_03, "line 2: speed cannot be 65536"},
       {"index,abs_active\n0,255\n1,\n", RTV_VER_04, "line 2: abs_active cannot be 255"},
       {"index,slip_angle\n0,nan\n1,\n", RTV_VER_04, "line 2: slip_angle cannot be nan"},
-      {"index,abs_active\n", RTV_VER_03,
-       "line 1: unknown column abs_active; known are file or index, x y z relative_distance speed "
-       "direction"},
-      {"index,z\n", RTV_VER_02,
-       "line 1: unknown column z; known are file or index, x y relative_distance speed direction"},
-      {"x\n1\n", RTV_VER_03,
-       "line 1: a column file or a column index has to say which frame a row is for"},
+      {"index,relative_distance\n0,4286578687\n1,0\n", RTV_VER_02,
+       "line 2: relative_distance cannot be 4286578687"},
+      {"index,speed_m_s\n", RTV_VER_03,
+       "line 1: there is no column x, y, z, relative_distance, speed, direction or of a CAN "
+       "signal; "
+       "there are index, speed_m_s"},
+      {"x\n1\n", RTV_VER_03, "line 1: there is no column file or index; there are x"},
       {"index,x,x\n", RTV_VER_03, "line 1: the column x is there twice"},
       {"index,x\n0,1\n2,1\n", RTV_VER_03, "line 3: there is no frame 2"},
       {"index,x\n0,1\n", RTV_VER_03, "it has no row for in/2.jpg"},

@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "DescriptionOptions.h"
 #include "Failure.h"
 #include "FrameTimes.h"
 
@@ -84,6 +85,10 @@ TEST(FrameClock, RoundsEachTimeByItself) {
   EXPECT_EQ(clock.at(2), 1000U + 66667);
   EXPECT_EQ(clock.at(3000000), 1000U + 100000000000);
   EXPECT_EQ(FrameClock(0, 29.97).at(2997), 100000000U);
+  EXPECT_EQ(FrameClock(0, parseFrameRate("30000/1001")).at(30000000), 1001000000000U);
+  for (const char* wrong : {"", "x", "30/", "/1", "30/1/1", "30 "}) {
+    EXPECT_THROW(parseFrameRate(wrong), UsageError) << wrong;
+  }
   for (const double wrong : {0.0, -1.0, 1e7, 1e-4, double(INFINITY), double(NAN)}) {
     EXPECT_THROW(FrameClock(0, wrong), UsageError) << wrong;
   }

@@ -29,6 +29,10 @@ TEST(TimesCsv, GivesEachFileItsTimes) {
   EXPECT_EQ(match(kHeader + "a/1.jpg,1,2\nb/1.jpg,3,4\n", {"b/1.jpg", "a/1.jpg"}), "3/4 1/2 ");
   EXPECT_EQ(match(kHeader + "1.jpg,1,2\na/1.jpg,3,4\n", {"1.jpg", "a/1.jpg"}), "1/2 3/4 ");
   EXPECT_EQ(match(kHeader + "\"a \"\"b\"\", c.jpg\",1,2\n", {"a \"b\", c.jpg"}), "1/2 ");
+  // Of a spreadsheet, with columns that nobody asked for and a row that was cleared.
+  EXPECT_EQ(match("\xEF\xBB\xBF Size,Arrived_Time_US,,\"INDEX\" ,sensor_time_us,\r\n"
+                  "9, 21,,1,20 ,\r\n9,11,,0, 10,\r\n,,,,,\r"),
+            "10/11 20/21 ");
   EXPECT_EQ(match(kHeader + "x.jpg,1,18446744073709551615\n", {"x.jpg"}),
             "1/18446744073709551615 ");
 }
@@ -38,7 +42,14 @@ TEST(TimesCsv, NamesTheLineThatDoesNotFit) {
     std::string text;
     std::string failure;
   } cases[] = {
-      {"1.jpg,10,11\n", "line 1: the header has to be file,sensor_time_us,arrived_time_us"},
+      {"1.jpg,10,11\n", "line 1: there is no column sensor_time_us; there are 1.jpg, 10, 11"},
+      {"file,sensor_time_us\n",
+       "line 1: there is no column arrived_time_us; there are file, sensor_time_us"},
+      {"sensor_time_us,arrived_time_us\n",
+       "line 1: there is no column file or index; there are sensor_time_us, arrived_time_us"},
+      {"index," + kHeader,
+       "line 1: both columns, file and index, say which frame a row is for; leave one out"},
+      {"FILE ," + kHeader, "line 1: the column file is there twice"},
       {kHeader + "1.jpg,10\n", "line 2: it has 2 fields, the header 3"},
       {kHeader + "\n1.jpg,-1,11\n2.jpg,1,1\n", "line 3: its times are not microseconds"},
       {kHeader + "2.jpg,1,1\n1.jpg,1.5,11\n", "line 3: its times are not microseconds"},
@@ -47,7 +58,7 @@ TEST(TimesCsv, NamesTheLineThatDoesNotFit) {
       {kHeader + "1.jpg,1,2\n2.jpg,1,2\n3.jpg,1,2\n", "line 4: there is no frame 3.jpg"},
       {kHeader + "1.jpg,1,2\nin/1.jpg,1,2\n", "line 3: its frame has a row already, line 2"},
       {kHeader + "1.jpg,1,2\n", "it has no row for in/2.jpg"},
-      {"", "line 1: the header has to be file,sensor_time_us,arrived_time_us"},
+      {"", "line 1: there is no column sensor_time_us; the table is empty"},
       {kHeader + "\"1.jpg,1,2\n", "line 2: a quotation mark is not closed"},
   };
   for (const auto& [text, failure] : cases) EXPECT_EQ(match(text), "t.csv: " + failure);

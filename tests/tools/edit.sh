@@ -117,6 +117,29 @@ expect 3 "a.img: its size is 96x64, that of big.img is 160x64" concat x.img a.im
 expect 1 "03.rtv: its version is another one than that of 02.rtv" concat x.rtv 02.rtv 03.rtv
 expect 2 "names none of the inputs" concat x.img a.img --force=b.img
 
+# Positions are counted from one start; the frames stay where they were, within half a centimetre.
+expect 0 "" extract a.img --output pics
+printf 'index,x,y,z\n0,0,0,0\n1,123456,-654321,5\n2,-500000,400000,-7\n' >tags.csv
+places() { "$tool" frames "$1" --json | sed 's/.*"z":\([-0-9]*\).*"lng_deg":\([^,]*\),"lat_deg":\([^,]*\).*/\2 \3 \1/'; }
+for version in 02 03 04; do
+  heights=,519 rise=8100 status=0 said=
+  [ $version != 02 ] || heights= rise=0 status=3 said="does not hold heights"
+  expect $status "$said" create p.rtv pics --fps 3 --rtv-version $version --tags tags.csv --start-position 179.99,48.1374$heights --force
+  expect $status "$said" create q.rtv pics --fps 3 --rtv-version $version --tags tags.csv --start-position -179.98,48.5${heights:+,600} --force
+  expect 0 "" concat pq.rtv p.rtv q.rtv --force
+  paste -d' ' <(places p.rtv; places q.rtv) <(places pq.rtv) | awk -v rise="$rise" '
+    function off(a, b) { return a > b ? a - b : b - a }
+    { far += off($1, $4) > 7e-8 || off($2, $5) > 5e-8 || $6 - $3 != (NR > 3 ? rise : 0) }
+    END { exit far > 0 || NR != 6 }' || fail "places of version $version: $(places pq.rtv)"
+done
+expect 0 "" create n.rtv pics --fps 3 --rtv-version 02
+expect 0 "" create far.rtv pics --fps 3 --rtv-version 02 --start-position 8,47
+expect 3 "does not hold heights" create p.rtv pics --fps 3 --rtv-version 02 --tags tags.csv --start-position 10,47 --force
+expect 1 "far.rtv: frame 0 lies more than 83 km from the start position" concat no.rtv p.rtv far.rtv
+expect 1 "n.rtv: its start position is not known, that of p.rtv is known; --force=INPUT" concat no.rtv p.rtv n.rtv
+absent no.rtv no.rtv.tmp
+expect 3 "n.rtv: its start position is not known" concat no.rtv p.rtv n.rtv --force=p.rtv
+
 # The dump, a log call a line.
 expect 0 "" dump 03.rtv
 sed -n 5p out | grep -qx "device_id: $id" || fail "dump: $(sed -n 5p out)"
@@ -128,10 +151,10 @@ expect 1 "a.img: only rtv recordings can be dumped" dump a.img
 expect 0 "" sample t.rtv --frames 3 --size 64x64
 expect 0 "" frames t.rtv --gpx t.gpx --geojson t.json
 [ ! -s out ] || fail "a list beside the track"
-grep -q '^<trkpt lat="48.137404954" lon="11.575507636"><ele>519.00</ele><time>2023-11-14T22:13:20.033000Z</time></trkpt>$' t.gpx || fail "gpx: $(cat t.gpx)"
-grep -q '"type":"LineString","coordinates":\[\[11.575499978,48.137399917,519.00\],\[11.575507636,48.137404954,519.00\]' t.json || fail "geojson: $(cat t.json)"
+grep -q '^<trkpt lat="48.137405038" lon="11.575507636"><ele>519.00</ele><time>2023-11-14T22:13:20.033000Z</time></trkpt>$' t.gpx || fail "gpx: $(cat t.gpx)"
+grep -q '"type":"LineString","coordinates":\[\[11.575499978,48.137400001,519.00\],\[11.575507636,48.137405038,519.00\]' t.json || fail "geojson: $(cat t.json)"
 expect 0 "" frames t.rtv --json --range 1:2
-grep -q '"lng_deg":11.575507636,"lat_deg":48.137404954,"distance_m":0.80,"speed_m_s":24.00' out || fail "degrees: $(cat out)"
+grep -q '"lng_deg":11.575507636,"lat_deg":48.137405038,"distance_m":0.80,"speed_m_s":24.00' out || fail "degrees: $(cat out)"
 expect 1 "t.gpx: it is already there" frames t.rtv --gpx t.gpx
 expect 1 "a.img: an img holds no positions" frames a.img --gpx x.gpx
 expect 2 "need a file each" frames t.rtv --gpx x.gpx --geojson x.gpx

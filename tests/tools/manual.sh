@@ -114,7 +114,7 @@ run_example() {  # run_example COMMAND LINE
 examples() { "$tool" "$@" --help | sed -n '/^Example:\|For a start:$/,/^$/s/^  //p'; }
 for command in "" $commands; do
   [ -n "$(examples $command)" ] || fail "$command has no example"
-  while read -r line; do
+  while read line; do  # a backslash at its end joins the next one
     case $line in
       *ffmpeg*) command -v ffmpeg >/dev/null || continue ;;
     esac

@@ -26,6 +26,12 @@ for version in 02 03 04; do
   expect 0 "" frames $version.rtv --json
   grep -q "^{\"index\":1,\"sensor_time_us\":1700000000040000,\"arrived_time_us\":1700000000040000,\"size\":[0-9]*,\"time_flag_ms\":1040,\"x\":-56,\"y\":8388607,\"z\":0,\"relative_distance\":56,\"speed\":1388,\"direction\":0" out || fail "frames: $(cat out)"
 
+  # The table of the frames is one to record by.
+  "$tool" frames $version.rtv --csv >table.csv
+  expect 0 "" create copy.rtv in --times table.csv --tags table.csv --rtv-version $version \
+    --start-time 2023-11-14T22:13:19Z --force
+  "$tool" frames copy.rtv --csv | cmp - table.csv
+
   # What an img cannot hold is said; what it can comes out as it went in.
   expect 3 "back.img: it does not hold positions, distances, speeds and headings" convert $version.rtv back.img --force
   expect 1 "strict.img: it could not hold positions" convert $version.rtv strict.img --strict
@@ -71,11 +77,24 @@ expect 3 "slow.rtv: an rtv holds 65535 frames and 24 days at the most; the rest 
 expect 1 "x.rtv: version 02 of rtv holds no start before 2015" create x.rtv in --fps 5 --start-time 0 --rtv-version 02
 expect 1 "x.rtv: frame 0 was captured before the start" create x.rtv in --times times.csv --start-time 2023-11-14T22:13:21Z
 expect 1 "x.rtv: an rtv holds 65535 frames at the most, not 65536" create x.rtv $(yes in/frame_000000.jpg | head -65536) --fps 5
-expect 1 "tags04.csv: line 1: unknown column vehicle_speed; known are file or index, x y z" create x.rtv in --fps 5 --tags tags04.csv
+expect 3 "less.rtv: it does not hold CAN signals" create less.rtv in --fps 5 --tags tags04.csv
+sed 's/^/odd,/' tags.csv >odd.csv
+expect 0 "odd.csv: columns that are not read: odd" create odd.rtv in --fps 5 --tags odd.csv
 expect 2 "--rtv-version needs an .rtv" create x.img in --fps 5 --rtv-version 03
 expect 2 "--camera-params: an rtv holds none" create x.rtv in --fps 5 --camera-params params.json
 expect 2 "--undistorted: version 02 of rtv cannot say so" create x.rtv in --fps 5 --rtv-version 02 --undistorted
 absent x.rtv x.rtv.tmp x.img
+
+# What info says of a start position makes the same again; what does not fit exactly is said.
+place() { "$tool" info "$1" --json | sed 's/.*"lng_deg":\([^,]*\),"lat_deg":\([^,]*\),"alt_m":\(.*\)}}/\1,\2,\3/'; }
+located() { expect "$1" "$2" create "$3" in --fps 5 --start-time 0 --rtv-version "$4" --start-position "$5" --force; }
+for position in 11.5755,48.1374,519.37 180,-89.99999,-3.5 -0.00000012,0.00000021,0; do
+  located 0 "" one.rtv 04 "$position"
+  located 0 "" two.rtv 04 "$(place one.rtv)"
+  cmp one.rtv two.rtv
+done
+located 3 "one.rtv: its start position is 520 m high, the nearest to 519.63 that its version holds" one.rtv 03 8,47,519.63
+[ "$(place one.rtv)" = 8.000000026,46.999999965,520.00 ] || fail "start position: $(place one.rtv)"
 
 # A full disk: what was recorded of a stream is complete, files can be read again.
 limited() (

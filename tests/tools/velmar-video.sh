@@ -56,7 +56,11 @@ first_pixel() { tail -c +14 "$1" | head -c 3 | od -An -tu1 | tr -s ' '; }
 
 # Wrong usage, and what cannot be: nothing is written.
 expect 2 "a command is missing"
-expect 2 "bogus" bogus
+expect 2 "there is no command inof; did you mean info?" inof drive.img
+expect 2 "there is no command bogus (" bogus
+expect 2 "frames: there is no option --rnage; did you mean --range?" frames drive.img --rnage=1:2
+expect 2 "extract: there is no option --ouput; did you mean --output?" extract drive.img --ouput x
+expect 2 "cut: c.img is one argument too many" cut drive.img b.img c.img --range 0:1
 expect 2 "--times or from --fps" create x.img in
 expect 2 "cannot be used with a stream" create x.img - --times times.csv
 expect 2 "has to be the only input" create x.img - in --fps 5
@@ -76,7 +80,8 @@ expect 1 "params.json: it is not a JPEG picture" create x.img in params.json --f
 expect 0 "" sample other.img --frames 1 --size 64x64
 "$tool" cat other.img >other.jpg
 expect 1 "other.jpg: the picture is 64x64, but the first one is 96x64" create x.img in other.jpg --fps 5
-expect 1 "no/x.img: cannot create it" create no/x.img in --fps 5
+expect 1 "no/x.img: cannot create it: there is no folder no" create no/x.img in --fps 5
+expect 1 "drive.img/x.img: cannot create it: Not a directory" create drive.img/x.img in --fps 5
 expect 1 "in/none: cannot open it" create x.img in/none --fps 5
 absent x.img x.img.tmp x.img.tmp.index
 
@@ -103,10 +108,36 @@ cp kept.img drive.img
 # Recordings that are no recordings; the good one is shown all the same.
 head -c 3000 kept.img >cut.img
 : >empty.img
-expect 1 "cut.img: it is cut short, damaged or unfinished (VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E)" frames cut.img
+expect 1 "cut.img: it is cut short: it has 3000 bytes, but its metadata were at byte" frames cut.img
 expect 1 "empty.img: the file is empty (VELMAR_ERROR_CODE_FILE_SIZE_IS_ZERO_E)" info empty.img kept.img --json
 grep -q '"file":"kept.img"' out || fail "info stops at a bad file"
 expect 1 "none.img: there is no such file (VELMAR_ERROR_CODE_FILE_NOT_EXIST_E)" cat none.img
+cp kept.img really.rtv
+"$tool" sample really.rtv.rtv --frames 1 --size 64x64
+mv really.rtv.rtv really.img
+head -c 50 really.img >half.rtv
+mkdir folder.img
+mkfifo pipe.img
+ln -s loop.img loop.img
+echo "some words, and not few of them" >words.img
+while IFS=: read -r file words; do
+  expect 1 "$file: $words" info "$file"
+done <<'TEXT'
+really.rtv:it is an img, but its name ends in .rtv; rename it to .img
+really.img:it is an rtv, but its name ends in .img; rename it to .rtv
+half.rtv:it is cut short, damaged or unfinished
+words.img:it is not a recording
+folder.img:it is a folder, not a recording
+in:it is a folder, not a recording
+pipe.img:it is a pipe, not a recording
+/dev/null:it is a device, not a recording
+loop.img:cannot open it: Too many levels of symbolic links
+kept.img.tmp:there is no such file
+TEXT
+expect 1 "folder.img: it is already there and is a folder, not a file" create folder.img in --fps 5 --force
+expect 1 "pipe.img: it is a pipe, not a file" recover pipe.img x.img
+expect 1 "" verify really.img
+grep -q "does not open: it is an rtv, but its name ends in .img" out || fail "verify: $(cat out)"
 got=0
 "$tool" --verbose info cut.img 2>err || got=$?
 [ "$got" -eq 1 ] && [ "$(wc -l <err)" -gt 1 ] || fail "--verbose"
@@ -232,6 +263,29 @@ got=0
   "$tool" cat wide.img | head -c 1 >/dev/null
   [ "${PIPESTATUS[0]}" -eq 141 ]
 ) || fail "a pipe that nobody reads does not end it"
+
+# Somebody who may only read.
+chmod 755 .
+cp kept.img readable.img
+chmod 444 readable.img
+as_reader=()
+[ "$(id -u)" -ne 0 ] || as_reader=(setpriv --reuid 65534 --regid 65534 --clear-groups)
+printf '#!/bin/sh\nexec %s "%s" "$@"\n' "${as_reader[*]}" "$tool" >reader
+chmod 755 reader
+if ./reader --version >/dev/null 2>&1; then
+  [ "$(id -u)" -eq 0 ] || chmod 555 .
+  (
+    tool=./reader
+    expect 0 "" edit readable.img --device-id 01 --dry-run
+    expect 1 "readable.img: cannot change it: Permission denied" edit readable.img --device-id 01
+    for output in new.img new.rtv; do
+      expect 1 "$output: cannot create it: Permission denied" create $output in --fps 5
+    done
+    ! ./reader recover full.img.tmp new.img --device-id 01 2>err
+    grep -q ": new.img: cannot create it: Permission denied" err || fail "the name of the output"
+  )
+  chmod 755 .
+fi
 
 # All that was only read is as it was.
 cmp drive.img kept.img

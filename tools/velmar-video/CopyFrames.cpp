@@ -26,6 +26,20 @@ void checkTimes(const std::vector<FrameRange>& ranges, const std::string& output
   checkRtvTimes(output, description, times);
 }
 
+void checkPositions(const std::vector<FrameRange>& ranges, version_e version) {
+  const std::string limit = version == RTV_VER_02 ? "83 km" : "21474 km";
+  for (const FrameRange& range : ranges) {
+    if (range.rebase.changesNothing()) continue;
+    for (const unsigned int index : range.frames) {
+      if (range.rebase.apply(range.recording->tag(index))) continue;
+      throw Failure(range.recording->path(),
+                    "frame " + std::to_string(index) + " lies more than " + limit +
+                        " from the start position of the output; its version holds no more",
+                    VELMAR_ERROR_CODE_OUT_RANGE_E);
+    }
+  }
+}
+
 /// Whether times relative to the start mean the same in both.
 bool sharesStart(const Recording& recording, const RecordingDescription& description) {
   return recording.parser() != nullptr &&
@@ -34,14 +48,16 @@ bool sharesStart(const Recording& recording, const RecordingDescription& descrip
 
 /// Copies one frame or says why not. What is no picture is copied as well: nothing of a recording
 /// is lost that can be had.
-void copyFrame(const Recording& recording, unsigned int index, bool keepsTimeFlag,
+void copyFrame(const FrameRange& range, unsigned int index, bool keepsTimeFlag,
                RecordingWriter& writer, FrameRanges& ranges) {
+  const Recording& recording = *range.recording;
   std::string jpeg;
   const FrameFlaw flaw = readStoredFrame(recording, index, jpeg);
-  if (flaw)
+  if (flaw) {
     ranges.add(index, index, (flaw.hasBytes ? "copied unchanged: " : "left out: ") + flaw.words);
+  }
   if (flaw && !flaw.hasBytes) return;
-  FrameTag tag = recording.tag(index);
+  FrameTag tag = range.rebase.apply(recording.tag(index)).value();
   if (keepsTimeFlag) tag.timeFlag = recording.timeFlag(index);
   writer.add(jpeg, recording.times(index), tag);
 }
@@ -73,6 +89,7 @@ void copyFrames(const std::vector<FrameRange>& ranges, const std::string& output
   const std::size_t count = countOf(ranges);
   checkFramesCount(output, count);
   checkTimes(ranges, output, description);
+  checkPositions(ranges, description.version);
   StopSignal stop;
   RecordingWriter writer(output, description, static_cast<unsigned int>(count),
                          RecordingWriter::OnFailure::RemoveFrames);
@@ -83,7 +100,7 @@ void copyFrames(const std::vector<FrameRange>& ranges, const std::string& output
     FrameRanges flaws(range.recording->path(), losses);
     for (const unsigned int index : range.frames) {
       if (stop.requested()) break;
-      copyFrame(*range.recording, index, keepsTimeFlag, writer, flaws);
+      copyFrame(range, index, keepsTimeFlag, writer, flaws);
       progress.update(++done);
     }
     flaws.finish();

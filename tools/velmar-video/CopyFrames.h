@@ -6,12 +6,14 @@
 #include <vector>
 
 #include "Losses.h"
+#include "Rebase.h"
 #include "Recording.h"
 
 /// Frames of a recording, in the order in which they are to be copied.
 struct FrameRange {
   const Recording* recording;
   std::vector<unsigned int> frames;
+  Rebase rebase = {};  ///< to the output's start position
 };
 
 std::vector<unsigned int> allFrames(const Recording& recording);
@@ -22,9 +24,9 @@ std::uint64_t earliestSensorTime(const Recording& recording);
 /// Says if the recording's device id cannot be written as it is.
 void checkDeviceId(const Recording& recording, Losses& losses);
 
-/// Writes `output`. Times are checked before anything is written. Frames whose bytes the file does
-/// not have are left out; named in `losses` are they, frames that are no pictures, and the rest
-/// after a signal. Throws Failure.
+/// Writes `output`. Times and positions are checked before anything is written. Frames whose bytes
+/// the file does not have are left out; named in `losses` are they, frames that are no pictures, and
+/// the rest after a signal. Throws Failure.
 void copyFrames(const std::vector<FrameRange>& ranges, const std::string& output,
                 const RecordingDescription& description, bool quiet, Losses& losses);
 

@@ -34,7 +34,7 @@ class CsvScanner {
         fields.emplace_back();
       } else if (character == '\n' && !quoted) {
         break;
-      } else if (quoted || character != '\r' || !rest_.starts_with('\n')) {
+      } else if (quoted || character != '\r' || !(rest_.empty() || rest_.starts_with('\n'))) {
         fields.back() += character;
       }
     }
@@ -54,8 +54,19 @@ class CsvScanner {
   std::size_t line_ = 1;
 };
 
+/// A line of commas, which spreadsheets write for rows that were cleared, is empty as well.
 bool isEmpty(const std::vector<std::string>& fields) {
-  return fields.size() == 1 && fields[0].empty();
+  return std::all_of(fields.begin(), fields.end(), [](auto& field) { return field.empty(); });
+}
+
+/// What two names of the same column have in common.
+std::string plainName(const std::string& name) {
+  std::string plain;
+  for (const char character : name) {
+    if (character == ' ' || character == '\t') continue;
+    plain += character >= 'A' && character <= 'Z' ? static_cast<char>(character | 0x20) : character;
+  }
+  return plain;
 }
 
 /// Which file a name stands for.
@@ -85,14 +96,15 @@ class FrameFinder {
         count_(files.size()),
         file_(table.column("file")),
         index_(table.column("index")) {
-    if (file_.has_value() == index_.has_value()) {
-      table.fail(1, "a column file or a column index has to say which frame a row is for");
+    if (!file_ && !index_) table.failWithout("file or index");
+    if (file_ && index_) {
+      table.fail(1, "both columns, file and index, say which frame a row is for; leave one out");
     }
   }
 
   std::size_t frameOf(const CsvTable::Row& row) const {
     if (index_) {
-      const auto index = parseNumber(row.fields[*index_]);
+      const auto index = parseNumber(trimmed(row.fields[*index_]));
       if (!index || *index >= count_) {
         table_.fail(row.line, "there is no frame " + row.fields[*index_]);
       }
@@ -134,22 +146,54 @@ CsvTable::CsvTable(std::string name, const std::string& text) : name_(std::move(
                      std::to_string(columns_.size()));
     }
   }
-  for (const std::string& column : columns_) {
-    if (std::count(columns_.begin(), columns_.end(), column) > 1) {
-      fail(1, "the column " + column + " is there twice");
-    }
-  }
 }
 
 std::optional<std::size_t> CsvTable::column(const std::string& name) const {
-  const auto found = std::find(columns_.begin(), columns_.end(), name);
+  const auto isIt = [&name](const std::string& column) { return plainName(column) == name; };
+  const auto found = std::find_if(columns_.begin(), columns_.end(), isIt);
   if (found == columns_.end()) return std::nullopt;
+  if (std::any_of(found + 1, columns_.end(), isIt)) {
+    fail(1, "the column " + name + " is there twice");
+  }
   return static_cast<std::size_t>(found - columns_.begin());
+}
+
+std::size_t CsvTable::requiredColumn(const std::string& name) const {
+  const auto found = column(name);
+  if (!found) failWithout(name);
+  return *found;
+}
+
+std::vector<std::string> CsvTable::columnsBeside(const std::vector<std::string>& known) const {
+  std::vector<std::string> others;
+  for (const std::string& name : columns_) {
+    const std::string plain = plainName(name);
+    if (plain.empty() || std::find(known.begin(), known.end(), plain) != known.end()) continue;
+    others.push_back(name);
+  }
+  return others;
+}
+
+void CsvTable::failWithout(const std::string& columns) const {
+  fail(1, "there is no column " + columns +
+              (columns_.empty() ? "; the table is empty" : "; there are " + joined(columns_)));
 }
 
 void CsvTable::fail(std::size_t line, const std::string& words) const {
   throw Failure(name_, "line " + std::to_string(line) + ": " + words,
                 VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+}
+
+std::string_view trimmed(std::string_view text) {
+  constexpr std::string_view kBlanks = " \t";
+  const std::size_t begin = std::min(text.find_first_not_of(kBlanks), text.size());
+  return text.substr(begin, text.find_last_not_of(kBlanks) + 1 - begin);
+}
+
+std::string joined(const std::vector<std::string>& names) {
+  std::string list;
+  for (const std::string& name : names) list += (list.empty() ? "" : ", ") + name;
+  return list;
 }
 
 std::vector<const CsvTable::Row*> rowsOfFrames(const CsvTable& table,

@@ -7,13 +7,16 @@
 
 #include "Failure.h"
 #include "JsonText.h"
+#include "NumberText.h"
 #include "TimeText.h"
-#include "velmar_video/rtv/RecordFileToolkit.h"
 
 namespace {
 
 const std::map<std::string, version_e> kVersions = {
     {"02", RTV_VER_02}, {"03", RTV_VER_03}, {"04", RTV_VER_04}};
+
+constexpr int kQuarterCircle = 1 << 30;  // NDS units
+constexpr double kRoundingError = 1e-6;  // of a product of decimal numbers
 
 /// "LNG,LAT" or "LNG,LAT,ALT".
 std::vector<double> parsePosition(const std::string& text) {
@@ -30,30 +33,39 @@ std::vector<double> parsePosition(const std::string& text) {
     next = result.ptr + 1;
   }
   const bool isPlace = (numbers.size() == 2 || numbers.size() == 3) &&
-                       std::abs(numbers[0]) <= 180 && std::abs(numbers[1]) < 90;
+                       std::abs(numbers[0]) <= 180 && std::abs(numbers[1]) < 90 &&
+                       std::abs(nearestNds(numbers[1])) < kQuarterCircle;
   return isPlace ? numbers : std::vector<double>();
 }
 
-/// Versions 03 and 04 are read with different units of the altitude.
-int storedAltitude(double metres, version_e version) {
-  const double stored = version == RTV_VER_04 ? metres * 100 : metres;
-  if (std::abs(stored) > 2e9) throw UsageError("--start-position: that is not an altitude");
-  return static_cast<int>(std::lround(stored));
+/// Says if the version has no unit as small as the altitude needs.
+int storedAltitude(double metres, version_e version, const std::string& output, Losses& losses) {
+  const double unitsPerMetre = version == RTV_VER_04 ? 100 : 1;
+  const double units = metres * unitsPerMetre;
+  if (std::abs(units) > 2e9) throw UsageError("--start-position: that is not an altitude");
+  const double stored = std::round(units);
+  if (std::abs(stored - units) > kRoundingError) {
+    losses.add(output, "its start position is " + numberText(stored / unitsPerMetre) +
+                           " m high, the nearest to " + numberText(metres) +
+                           " that its version holds");
+  }
+  return static_cast<int>(stored);
 }
 
-void setStartPosition(RecordingDescription& description, const std::string& text) {
+void setStartPosition(RecordingDescription& description, const std::string& text,
+                      const std::string& output, Losses& losses) {
   if (text.empty()) return;
   const std::vector<double> numbers = parsePosition(text);
   if (numbers.empty()) {
     throw UsageError("--start-position is LNG,LAT or LNG,LAT,ALT in degrees and metres");
   }
-  description.lng = RecordFileToolkit::Degree2NDS(numbers[0]);
-  description.lat = RecordFileToolkit::Degree2NDS(numbers[1]);
+  description.lng = nearestNds(numbers[0]);
+  description.lat = nearestNds(numbers[1]);
   if (numbers.size() < 3) return;
   if (description.version == RTV_VER_02) {
     throw UsageError("--start-position: version 02 of rtv holds no altitude");
   }
-  description.alt = storedAltitude(numbers[2], description.version);
+  description.alt = storedAltitude(numbers[2], description.version, output, losses);
 }
 
 int parseSide(std::string_view text) {
@@ -87,6 +99,23 @@ void addStartTimeOption(CLI::App& command, std::optional<std::uint64_t>& time,
           "--start-time",
           [&time](const std::string& text) { time = parseTimeOption("--start-time", text); }, help)
       ->type_name("TIME");
+}
+
+double parseFrameRate(std::string_view text) {
+  const std::size_t slash = text.find('/');
+  const auto frames = numberOf<double>(text.substr(0, slash));
+  const auto seconds =
+      slash == text.npos ? std::optional(1.0) : numberOf<double>(text.substr(slash + 1));
+  if (frames && seconds) return *frames / *seconds;
+  throw UsageError("--fps is a number of frames a second, such as 25 or 30000/1001");
+}
+
+void addFrameRateOption(CLI::App& command, const std::function<void(double)>& take,
+                        const std::string& help) {
+  command
+      .add_option_function<std::string>(
+          "--fps", [take](const std::string& text) { take(parseFrameRate(text)); }, help)
+      ->type_name("RATE");
 }
 
 JpegSize parsePictureSize(std::string_view text) {
@@ -143,22 +172,23 @@ void DescriptionOptions::refuseWhatIsNotHeld(const std::string& output, version_
   }
 }
 
-RecordingDescription DescriptionOptions::description(const std::string& output) const {
+RecordingDescription DescriptionOptions::description(const std::string& output,
+                                                     Losses& losses) const {
   RecordingDescription description;
   description.version = rtvVersion.version(output).value_or(RTV_VER_03);
-  change(description, output);
+  change(description, output, losses);
   return description;
 }
 
-void DescriptionOptions::change(RecordingDescription& description,
-                                const std::string& output) const {
+void DescriptionOptions::change(RecordingDescription& description, const std::string& output,
+                                Losses& losses) const {
   refuseWhatIsNotHeld(output, description.version);
   if (!frameFormat.empty()) description.format = string2RvelmarFormat(frameFormat);
   if (!deviceId.empty()) description.deviceId = deviceId;
   if (undistorted) description.undistorted = true;
   if (!cameraParamsFile.empty()) description.cameraParams = readJsonFile(cameraParamsFile);
   if (!extendedInfoFile.empty()) description.extendedInfo = readJsonFile(extendedInfoFile);
-  setStartPosition(description, startPosition);
+  setStartPosition(description, startPosition, output, losses);
 }
 
 std::vector<std::string> DescriptionOptions::inputs() const {

@@ -2,11 +2,13 @@
 #define VELMAR_TOOL_DESCRIPTION_OPTIONS_H
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "Losses.h"
 #include "RecordingDescription.h"
 #include "common/JpegHeader.h"
 
@@ -22,6 +24,13 @@ std::uint64_t parseTimeOption(const std::string& option, const std::string& text
 
 /// --start-time, which sets `time`; that has to outlive the parsing.
 void addStartTimeOption(CLI::App& command, std::optional<std::uint64_t>& time,
+                        const std::string& help);
+
+/// Frames a second, a number or a fraction such as "30000/1001". Throws UsageError.
+double parseFrameRate(std::string_view text);
+
+/// --fps, whose value `take` gets.
+void addFrameRateOption(CLI::App& command, const std::function<void(double)>& take,
                         const std::string& help);
 
 /// The pixels of --size, "1280x800". Throws UsageError.
@@ -41,9 +50,10 @@ struct DescriptionOptions {
   void addTo(CLI::App& command);
   /// What they say of the recording `output`, files read and checked; the size and the start time
   /// are still to be set. Throws Failure, and UsageError for what the container does not hold.
-  RecordingDescription description(const std::string& output) const;
+  /// What the container holds only nearly is a loss.
+  RecordingDescription description(const std::string& output, Losses& losses) const;
   /// The same for a recording of which something is known; what is given goes before that.
-  void change(RecordingDescription& description, const std::string& output) const;
+  void change(RecordingDescription& description, const std::string& output, Losses& losses) const;
   /// The files that they read.
   std::vector<std::string> inputs() const;
 

@@ -1,13 +1,19 @@
 #include "EditPlan.h"
 
+#include <fcntl.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <set>
 
 #include "Failure.h"
+#include "FileBytes.h"
 #include "JpegInspector.h"
 #include "JsonText.h"
 #include "TimeText.h"
+#include "common/FileDescriptor.h"
 #include "common/HexText.h"
+#include "container/rtv/RtvLayout.h"
 #include "velmar_video/rtv/RtvContainerModifier.h"
 
 namespace {
@@ -47,19 +53,15 @@ EditPlan::EditPlan(const Recording& recording, const EditRequest& request)
   if (request.shift) planShift(*request.shift);
   planFrameTimes(request);
   if (request.allTimes) planAllTimes("--times", *request.allTimes);
-  if (!isEmpty()) checkChangeable();
+  if (!isEmpty()) checkByteOrder();
 }
 
-// By a modifier that is dropped without close(), which writes nothing of its header.
-void EditPlan::checkChangeable() const {
-  const auto modifier = makeVelmarVideoFileModifier(recording_.path());
-  if (const auto code = modifier->open()) {
-    throw Failure(recording_.path(), "it cannot be opened for writing", code);
-  }
-  if (const auto code = modifier->modifyUndistorted(description_.undistorted)) {
-    throw Failure(recording_.path(), "a big-endian machine wrote it; such files are not edited",
-                  code);
-  }
+// Version 02 does not say.
+void EditPlan::checkByteOrder() const {
+  if (recording_.parser() == nullptr || description_.version == RTV_VER_02) return;
+  if ((FileBytes(recording_.path()).read(kFlagsAt, 1).at(0) & 1) == 0) return;
+  throw Failure(recording_.path(), "a big-endian machine wrote it; such files are not edited",
+                VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
 }
 
 void EditPlan::refuse(const std::string& option, const std::string& words) const {
@@ -251,6 +253,8 @@ void EditPlan::apply() const {
   const auto check = [this](VELMAR_ERROR_CODE_E code, const std::string& words) {
     if (code != VELMAR_ERROR_CODE_SUCCESS_E) throw Failure(recording_.path(), words, code);
   };
+  const FileDescriptor file(recording_.path(), O_RDWR);
+  if (!file.isOpen()) throw Failure::ofSystem(recording_.path(), "cannot change it", errno);
   const auto modifier = makeVelmarVideoFileModifier(recording_.path());
   check(modifier->open(), "it cannot be opened for writing");
   for (const Change& change : changes_) {

@@ -32,8 +32,8 @@ struct EditRequest {
 /// The changes that a request makes to a recording, checked, ready to be made.
 class EditPlan {
  public:
-  /// Throws Failure, which names the option, for what the container cannot hold, and if the file
-  /// cannot be changed at all. Nothing is written.
+  /// Throws Failure, which names the option, for what the container cannot hold, and for a file
+  /// that is not edited at all. Nothing is written.
   EditPlan(const Recording& recording, const EditRequest& request);
 
   bool isEmpty() const { return changes_.empty(); }
@@ -50,7 +50,7 @@ class EditPlan {
     Write write;
   };
 
-  void checkChangeable() const;
+  void checkByteOrder() const;
   [[noreturn]] void refuse(const std::string& option, const std::string& words) const;
   void add(std::string what, std::string before, std::string after, Write write);
   void planDeviceId(const std::string& id);

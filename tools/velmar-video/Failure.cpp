@@ -25,13 +25,21 @@ VELMAR_ERROR_CODE_E codeOfCause(int cause) {
 }  // namespace
 
 Failure::Failure(const std::string& file, const std::string& words, VELMAR_ERROR_CODE_E code)
-    : std::runtime_error(file + ": " + words + " (" + errorCode2String(code) + ")") {}
+    : std::runtime_error(file + ": " + words + " (" + errorCode2String(code) + ")"),
+      wordsAt_(file.size() + 2) {}
 
 Failure::Failure(const std::string& file, VELMAR_ERROR_CODE_E code)
     : Failure(file, plainWords(code), code) {}
 
 Failure Failure::ofSystem(const std::string& file, const std::string& words, int cause) {
   return {file, words + ": " + std::strerror(cause), codeOfCause(cause)};
+}
+
+Failure Failure::ofCreation(const std::string& file, int cause) {
+  const auto slash = file.rfind('/');
+  if (cause != ENOENT || slash == file.npos) return ofSystem(file, "cannot create it", cause);
+  return {file, "cannot create it: there is no folder " + file.substr(0, slash),
+          codeOfCause(cause)};
 }
 
 std::string plainWords(VELMAR_ERROR_CODE_E code) {

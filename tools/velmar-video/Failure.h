@@ -2,6 +2,7 @@
 #ifndef VELMAR_TOOL_FAILURE_H
 #define VELMAR_TOOL_FAILURE_H
 
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 
@@ -24,6 +25,14 @@ class Failure : public std::runtime_error {
   /// For a system call that failed with `cause`, a value of errno. `words` says what could not be
   /// done.
   static Failure ofSystem(const std::string& file, const std::string& words, int cause);
+  /// The same for a file that could not be created.
+  static Failure ofCreation(const std::string& file, int cause);
+
+  /// what() without the file.
+  std::string words() const { return what() + wordsAt_; }
+
+ private:
+  std::size_t wordsAt_;
 };
 
 /// The command line asks for something that cannot be, whatever the files hold. Ends the command

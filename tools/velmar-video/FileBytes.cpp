@@ -7,14 +7,18 @@
 #include <utility>
 
 #include "Failure.h"
+#include "FileKind.h"
 
-FileBytes::FileBytes(std::string path) : path_(std::move(path)), file_(path_, O_RDONLY) {
+// Without O_NONBLOCK a pipe that nobody writes to would not open.
+FileBytes::FileBytes(std::string path)
+    : path_(std::move(path)), file_(path_, O_RDONLY | O_NONBLOCK) {
   struct stat status {};
   if (!file_.isOpen() || fstat(file_.get(), &status) != 0) {
     throw Failure::ofSystem(path_, "cannot open it", errno);
   }
   if (!S_ISREG(status.st_mode)) {
-    throw Failure(path_, "it is not a file", VELMAR_ERROR_CODE_NOT_VELMAR_VIDEO_FORMAT_E);
+    throw Failure(path_, "it is " + kindOf(status.st_mode) + ", not a file",
+                  VELMAR_ERROR_CODE_NOT_VELMAR_VIDEO_FORMAT_E);
   }
   size_ = static_cast<std::uint64_t>(status.st_size);
 }

@@ -4,14 +4,11 @@
 #include <cstring>
 #include <string_view>
 
+#include "FrameColumns.h"
 #include "NumberText.h"
 #include "TimeText.h"
 
 namespace {
-
-constexpr char kColumns[] = "index,sensor_time_us,arrived_time_us,size";
-constexpr char kTagColumns[] =
-    ",time_flag_ms,x,y,z,relative_distance,speed,direction,lng_deg,lat_deg,distance_m,speed_m_s";
 
 template <typename T>
 T valueAt(const can_data_io& can, const CanField& field) {
@@ -36,12 +33,10 @@ std::string signalText(const can_data_io& can, const CanField& field) {
   }
 }
 
-bool isSignal(const CanField& field) { return field.offset > 0; }
-
 std::string canJson(const can_data_io& can) {
   std::string text;
-  for (const CanField& field : canFields()) {
-    if (!isSignal(field) || canFieldIsAbsent(can, field)) continue;
+  for (const CanField& field : canSignals()) {
+    if (canFieldIsAbsent(can, field)) continue;
     const std::string value = signalText(can, field);
     text.append(text.empty() ? "\"" : ",\"").append(field.name).append("\":");
     text += value.empty() ? "null" : value;
@@ -51,8 +46,7 @@ std::string canJson(const can_data_io& can) {
 
 std::string canCsv(const can_data_io& can) {
   std::string text;
-  for (const CanField& field : canFields()) {
-    if (!isSignal(field)) continue;
+  for (const CanField& field : canSignals()) {
     text += ",";
     if (!canFieldIsAbsent(can, field)) text += signalText(can, field);
   }
@@ -105,8 +99,8 @@ FrameLine::FrameLine(const Recording& recording) : recording_(recording) {
 }
 
 std::string FrameLine::values(unsigned int index, const FrameTag& tag, bool named) const {
-  static const std::string allColumns = std::string(kColumns) + kTagColumns;
-  LineBuilder line(allColumns, named);
+  static const std::string columns = frameColumns(true, false);
+  LineBuilder line(columns, named);
   const FrameTimes times = recording_.times(index);
   line << index << times.sensor << times.arrived << recording_.frameSize(index);
   if (track_) {
@@ -137,14 +131,7 @@ std::string FrameLine::csv(unsigned int index) const {
 }
 
 std::string FrameLine::csvHeader() const {
-  std::string header = kColumns;
-  if (track_) header += kTagColumns;
-  if (hasCan_) {
-    for (const CanField& field : canFields()) {
-      if (isSignal(field)) header.append(",").append(field.name);
-    }
-  }
-  return header + "\n";
+  return frameColumns(track_.has_value(), hasCan_) + "\n";
 }
 
 std::string FrameLine::text(unsigned int index) const {

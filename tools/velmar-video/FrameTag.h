@@ -5,6 +5,10 @@
 
 #include "velmar_video/rtv/CanData.h"
 
+/// What the fields of 24 bits that version 02 of rtv has for position and distance hold.
+constexpr int kLowest24Bits = -(1 << 23);
+constexpr int kHighest24Bits = (1 << 23) - 1;
+
 /// What an rtv recording knows of a frame beside its picture and its time, as stored.
 struct FrameTag {
   FrameTag() { can_data_io_purge(&can); }

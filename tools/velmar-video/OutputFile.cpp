@@ -14,7 +14,7 @@ void writeFile(const std::string& path, const std::string& bytes) {
   // perhaps, must not be written to.
   const std::string temporary = path + "." + std::to_string(::getpid()) + ".tmp";
   FileDescriptor file(temporary, O_WRONLY | O_CREAT | O_EXCL, 0666);
-  if (!file.isOpen()) throw Failure::ofSystem(path, "cannot create it", errno);
+  if (!file.isOpen()) throw Failure::ofCreation(path, errno);
   const bool written = file.write(bytes.data(), bytes.size());
   file.close();
   if (written && std::rename(temporary.c_str(), path.c_str()) == 0) return;

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "Failure.h"
+#include "FileKind.h"
 
 namespace {
 
@@ -46,7 +47,9 @@ void refuseInput(const std::string& path, const std::vector<std::string>& inputs
 void checkOutput(const std::string& path, const std::vector<std::string>& inputs, bool force) {
   refuseInput(path, inputs);
   const auto status = statusOf(path);
-  if (status && !S_ISREG(status->st_mode)) throw refusal(path, "it is there and is not a file");
+  if (status && !S_ISREG(status->st_mode)) {
+    throw refusal(path, "it is already there and is " + kindOf(status->st_mode) + ", not a file");
+  }
   if (exists(path) && !force) throw refusal(path, "it is already there; --force replaces it");
 }
 

@@ -4,6 +4,7 @@
 
 #include "Failure.h"
 #include "JsonText.h"
+#include "OpenFailure.h"
 #include "common/HexText.h"
 #include "velmar_video/TypeConversion.h"
 
@@ -22,9 +23,10 @@ void checkSameContainer(const std::string& input, const std::string& output) {
 }
 
 Recording::Recording(const std::string& path) : path_(path) {
+  if (const auto failure = pathFailure(path)) throw Failure(*failure);
   checkExtension(path);
   reader_ = makeVelmarVideoFileReader(path);
-  check(reader_->open());
+  if (const auto code = reader_->open()) throw openFailure(path, code);
   if (!isRtv(path)) return;
   parser_ = std::make_unique<TaggedVideoParser>();
   check(rtvErrorCode2VelmarErrorCode(parser_->init(path.c_str())));

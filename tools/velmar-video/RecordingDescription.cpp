@@ -1,5 +1,6 @@
 #include "RecordingDescription.h"
 
+#include <cmath>
 #include <limits>
 
 #include "Failure.h"
@@ -18,6 +19,11 @@ std::string bytesOfHex(const std::string& text) {
   hexToBytes(text, reinterpret_cast<unsigned char*>(bytes.data()),
              static_cast<unsigned int>(bytes.size()));
   return bytes;
+}
+
+int nearestNds(double degrees) {
+  constexpr double kUnitsPerDegree = 1073741824.0 / 90;
+  return static_cast<int>(std::lround(degrees * kUnitsPerDegree));
 }
 
 std::uint64_t rtvEpoch(version_e version) {

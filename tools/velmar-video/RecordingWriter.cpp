@@ -1,20 +1,24 @@
 #include "RecordingWriter.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <utility>
 
 #include "Recording.h"
+#include "common/FileDescriptor.h"
 #include "common/PublishFile.h"
 
 RecordingWriter::RecordingWriter(std::string path, const RecordingDescription& description,
-                                 unsigned int framesMax, OnFailure onFailure)
+                                 unsigned int framesMax, OnFailure onFailure,
+                                 const std::string& shownAs)
     : path_(std::move(path)), onFailure_(onFailure) {
   checkExtension(path_);
   backend_ = makeRecordingBackend(path_, description, framesMax);
   const VELMAR_ERROR_CODE_E code = backend_->open();
   if (code != VELMAR_ERROR_CODE_SUCCESS_E) {
-    throw Failure(path_, "cannot create it; is there a folder with room to write to?", code);
+    throw creationFailure(shownAs.empty() ? path_ : shownAs, code);
   }
 }
 
@@ -64,6 +68,16 @@ void RecordingWriter::sync() {
   if (syncFile(temporary) == 0 && (!hasJournal || syncFile(journal) == 0)) return;
   throw failure("cannot bring frame " + std::to_string(frames_ - 1) + " to the disk",
                 VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
+}
+
+/// The library does not say why; trying once more does.
+Failure RecordingWriter::creationFailure(const std::string& name, VELMAR_ERROR_CODE_E code) const {
+  const std::string temporary = path_ + ".tmp";
+  const bool isThere = ::access(temporary.c_str(), F_OK) == 0;
+  const FileDescriptor file(temporary, O_WRONLY | O_CREAT, 0666);
+  if (!file.isOpen()) return Failure::ofCreation(isThere ? temporary : name, errno);
+  removeTemporaryFiles();
+  return {name, "cannot create it, the disk may be full", code};
 }
 
 void RecordingWriter::removeTemporaryFiles() const {

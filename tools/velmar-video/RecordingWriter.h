@@ -17,9 +17,10 @@ class RecordingWriter {
 
   /// Opens the recording. What is there is replaced; see checkRecordingOutput().
   /// \param framesMax  see makeRecordingBackend()
+  /// \param shownAs    the name to show if it cannot be opened, the path if empty
   /// Throws Failure.
   RecordingWriter(std::string path, const RecordingDescription& description, unsigned int framesMax,
-                  OnFailure onFailure);
+                  OnFailure onFailure, const std::string& shownAs = "");
   RecordingWriter(const RecordingWriter&) = delete;
   RecordingWriter& operator=(const RecordingWriter&) = delete;
   /// Gives up what is not finished.
@@ -40,6 +41,7 @@ class RecordingWriter {
   bool keepsFrames() const { return onFailure_ == OnFailure::KeepFrames && frames_ > 0; }
   /// Says where the frames are that are kept.
   Failure failure(const std::string& words, VELMAR_ERROR_CODE_E code);
+  Failure creationFailure(const std::string& name, VELMAR_ERROR_CODE_E code) const;
   /// The temporary files.
   void sync();
   void removeTemporaryFiles() const;

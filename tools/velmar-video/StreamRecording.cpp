@@ -15,9 +15,10 @@ constexpr char kName[] = "standard input";
 }  // namespace
 
 StreamRecording::StreamRecording(const std::string& output, const FrameClock& clock, bool quiet,
-                                 RecordingWriter& writer)
+                                 RecordingWriter& writer, Losses& losses)
     : output_(output),
       writer_(writer),
+      losses_(losses),
       clock_(clock),
       progress_(output, 0, quiet),
       splitter_(kMaxFrameSize) {}

@@ -21,7 +21,7 @@ class StreamRecording {
   /// \param output  for messages
   /// \param writer  of the recording, whose size comes from the first frame
   StreamRecording(const std::string& output, const FrameClock& clock, bool quiet,
-                  RecordingWriter& writer);
+                  RecordingWriter& writer, Losses& losses);
 
   /// Until the stream ends, a signal comes or the recording is full; then it is finished. Throws
   /// Failure.
@@ -35,11 +35,11 @@ class StreamRecording {
 
   std::string output_;
   RecordingWriter& writer_;
+  Losses& losses_;
   FrameClock clock_;
   Progress progress_;
   JpegStreamSplitter splitter_;
   JpegInspector inspector_;
-  Losses losses_;
   std::optional<JpegSize> size_;
   std::uint64_t number_ = 0;
   bool full_ = false;

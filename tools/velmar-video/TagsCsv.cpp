@@ -1,22 +1,15 @@
 #include "TagsCsv.h"
 
-#include <charconv>
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <functional>
 #include <limits>
-#include <optional>
+
+#include "FrameColumns.h"
+#include "NumberText.h"
 
 namespace {
-
-template <typename T>
-std::optional<T> parse(const std::string& text) {
-  T value{};
-  const char* end = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), end, value);
-  if (result.ec != std::errc() || result.ptr != end) return std::nullopt;
-  return value;
-}
 
 /// Puts a cell's value into a tag; false if it does not fit.
 using Setter = std::function<bool(FrameTag& tag, const std::string& text)>;
@@ -25,7 +18,7 @@ using Setter = std::function<bool(FrameTag& tag, const std::string& text)>;
 template <typename T>
 Setter numberSetter(T FrameTag::*field, long lowest, long highest) {
   return [=](FrameTag& tag, const std::string& text) {
-    const auto value = parse<long>(text);
+    const auto value = numberOf<long>(text);
     if (!value || *value < lowest || *value > highest) return false;
     tag.*field = static_cast<T>(*value);
     return true;
@@ -34,7 +27,7 @@ Setter numberSetter(T FrameTag::*field, long lowest, long highest) {
 
 template <typename T>
 bool setSignal(can_data_io& can, const CanField& field, const std::string& text) {
-  const auto value = parse<T>(text);
+  const auto value = numberOf<T>(text);
   if (!value) return false;
   std::memcpy(reinterpret_cast<unsigned char*>(&can) + field.offset, &*value, sizeof *value);
   // The largest value means absence; that is an empty cell.
@@ -59,20 +52,33 @@ struct Column {
   Setter set;
 };
 
+/// Version 02 has it as 24 bits with a sign, which tables show as 32 without one.
+bool setDistance02(FrameTag& tag, const std::string& text) {
+  const auto value = numberOf<unsigned int>(text);
+  const auto distance = static_cast<int>(value.value_or(0));
+  if (!value || distance < kLowest24Bits || distance > kHighest24Bits) return false;
+  tag.relativeDistance = *value;
+  return true;
+}
+
+/// What a version holds is limited by its fields; z and the CAN signals, which not all of them
+/// have, are read for any.
 std::vector<Column> columnsOf(version_e version) {
-  constexpr long k24Bits = 1L << 23;
   const bool is02 = version == RTV_VER_02;
-  const long low = is02 ? -k24Bits : std::numeric_limits<int>::min();
-  const long high = is02 ? k24Bits - 1 : std::numeric_limits<int>::max();
-  const long farthest = is02 ? k24Bits - 1 : std::numeric_limits<unsigned int>::max();
-  std::vector<Column> columns = {{"x", numberSetter(&FrameTag::x, low, high)},
-                                 {"y", numberSetter(&FrameTag::y, low, high)}};
-  if (!is02) columns.push_back({"z", numberSetter(&FrameTag::z, low, high)});
-  columns.push_back({"relative_distance", numberSetter(&FrameTag::relativeDistance, 0, farthest)});
-  columns.push_back({"speed", numberSetter(&FrameTag::speed, 0, 65535)});
-  columns.push_back({"direction", numberSetter(&FrameTag::direction, 0, 65535)});
-  if (version != RTV_VER_04) return columns;
-  for (const CanField& field : canFields()) {
+  const long low = is02 ? kLowest24Bits : std::numeric_limits<int>::min();
+  const long high = is02 ? kHighest24Bits : std::numeric_limits<int>::max();
+  std::vector<Column> columns = {
+      {"x", numberSetter(&FrameTag::x, low, high)},
+      {"y", numberSetter(&FrameTag::y, low, high)},
+      {"z", numberSetter(&FrameTag::z, std::numeric_limits<int>::min(),
+                         std::numeric_limits<int>::max())},
+      {"relative_distance", is02 ? Setter(setDistance02)
+                                 : numberSetter(&FrameTag::relativeDistance, 0,
+                                                std::numeric_limits<unsigned int>::max())},
+      {"speed", numberSetter(&FrameTag::speed, 0, 65535)},
+      {"direction", numberSetter(&FrameTag::direction, 0, 65535)},
+  };
+  for (const CanField& field : canSignals()) {
     columns.push_back({field.name, [&field](FrameTag& tag, const std::string& text) {
                          return setCanField(tag.can, field, text);
                        }});
@@ -80,45 +86,48 @@ std::vector<Column> columnsOf(version_e version) {
   return columns;
 }
 
-/// For each column of the table what to do with its cells; nothing for those that name the frame.
-std::vector<Setter> settersOf(const CsvTable& table, version_e version) {
-  const std::vector<Column> known = columnsOf(version);
-  std::vector<Setter> setters;
-  for (const std::string& name : table.columns()) {
-    Setter setter;
-    for (const Column& column : known) {
-      if (column.name == name) setter = column.set;
-    }
-    if (!setter && name != "file" && name != "index") {
-      table.fail(
-          1, "unknown column " + name + "; known are file or index, " + knownTagColumns(version));
-    }
-    setters.push_back(setter);
+/// What to do with the cells of a column of the table.
+struct Use {
+  std::size_t column;
+  Setter set;
+};
+
+std::vector<Use> usesOf(const CsvTable& table, version_e version) {
+  std::vector<Use> uses;
+  for (const Column& known : columnsOf(version)) {
+    if (const auto column = table.column(known.name)) uses.push_back({*column, known.set});
   }
-  return setters;
+  if (uses.empty()) {
+    table.failWithout("x, y, z, relative_distance, speed, direction or of a CAN signal");
+  }
+  return uses;
 }
 
 }  // namespace
 
-std::string knownTagColumns(version_e version) {
-  std::string names;
-  for (const Column& column : columnsOf(version)) names += (names.empty() ? "" : " ") + column.name;
-  return names;
-}
-
 std::vector<FrameTag> readTags(const CsvTable& table, const std::vector<std::string>& files,
                                version_e version) {
-  const std::vector<Setter> setters = settersOf(table, version);
+  const std::vector<Use> uses = usesOf(table, version);
   std::vector<FrameTag> tags;
   for (const CsvTable::Row* row : rowsOfFrames(table, files)) {
     FrameTag& tag = tags.emplace_back();
-    for (std::size_t i = 0; i < setters.size(); ++i) {
-      const std::string& cell = row->fields[i];
-      if (!setters[i] || cell.empty()) continue;
-      if (!setters[i](tag, cell)) {
-        table.fail(row->line, table.columns()[i] + " cannot be " + cell);
-      }
+    for (const auto& [column, set] : uses) {
+      const std::string cell(trimmed(row->fields[column]));
+      if (cell.empty() || set(tag, cell)) continue;
+      table.fail(row->line, table.columns()[column] + " cannot be " + cell);
     }
   }
   return tags;
+}
+
+std::string lostFromTags(const std::vector<FrameTag>& tags, version_e version) {
+  const auto any = [&tags](auto has) { return std::any_of(tags.begin(), tags.end(), has); };
+  std::vector<std::string> lost;
+  if (version == RTV_VER_02 && any([](auto& tag) { return tag.z != 0; })) {
+    lost.emplace_back("heights");
+  }
+  if (version != RTV_VER_04 && any([](auto& tag) { return tag.hasCan(); })) {
+    lost.emplace_back("CAN signals");
+  }
+  return joined(lost);
 }

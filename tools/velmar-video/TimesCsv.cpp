@@ -7,8 +7,8 @@ namespace {
 
 FrameTimes timesOf(const CsvTable& table, const CsvTable::Row& row, std::size_t sensorColumn,
                    std::size_t arrivedColumn) {
-  const auto sensor = parseNumber(row.fields[sensorColumn]);
-  const auto arrived = parseNumber(row.fields[arrivedColumn]);
+  const auto sensor = parseNumber(trimmed(row.fields[sensorColumn]));
+  const auto arrived = parseNumber(trimmed(row.fields[arrivedColumn]));
   if (!sensor || !arrived) table.fail(row.line, "its times are not microseconds");
   return {*sensor, *arrived};
 }
@@ -16,28 +16,25 @@ FrameTimes timesOf(const CsvTable& table, const CsvTable::Row& row, std::size_t 
 }  // namespace
 
 std::vector<FrameTimes> readTimes(const CsvTable& table, const std::vector<std::string>& files) {
-  const std::vector<std::string> header = {"file", "sensor_time_us", "arrived_time_us"};
-  if (table.columns() != header) {
-    table.fail(1, "the header has to be file,sensor_time_us,arrived_time_us");
-  }
+  const std::size_t sensor = table.requiredColumn("sensor_time_us");
+  const std::size_t arrived = table.requiredColumn("arrived_time_us");
   std::vector<FrameTimes> times;
   for (const CsvTable::Row* row : rowsOfFrames(table, files)) {
-    times.push_back(timesOf(table, *row, 1, 2));
+    times.push_back(timesOf(table, *row, sensor, arrived));
   }
   return times;
 }
 
 std::vector<FrameTimes> readAllTimes(const CsvTable& table) {
-  const auto sensor = table.column("sensor_time_us");
+  const std::size_t sensor = table.requiredColumn("sensor_time_us");
   const auto arrived = table.column("arrived_time_us");
   const auto index = table.column("index");
-  if (!sensor) table.fail(1, "there is no column sensor_time_us");
   std::vector<FrameTimes> times;
   for (const CsvTable::Row& row : table.rows()) {
-    if (index && row.fields[*index] != std::to_string(times.size())) {
+    if (index && parseNumber(trimmed(row.fields[*index])) != times.size()) {
       table.fail(row.line, "the row of frame " + std::to_string(times.size()) + " is missing");
     }
-    times.push_back(timesOf(table, row, *sensor, arrived.value_or(*sensor)));
+    times.push_back(timesOf(table, row, sensor, arrived.value_or(sensor)));
   }
   return times;
 }

@@ -7,13 +7,12 @@
 #include "CsvTable.h"
 #include "FrameTimes.h"
 
-/// The times of the files, in their order, from a table with the columns file, sensor_time_us and
-/// arrived_time_us; see rowsOfFrames(). Throws Failure.
+/// The times of the files, in their order, from a table with the columns sensor_time_us and
+/// arrived_time_us whose rows name their frame; see rowsOfFrames(). Throws Failure.
 std::vector<FrameTimes> readTimes(const CsvTable& table, const std::vector<std::string>& files);
 
-/// Rows in the frames' order with the column sensor_time_us and perhaps arrived_time_us; others,
-/// such as those that `frames --csv` has, count for nothing, but an index has to be right. Throws
-/// Failure.
+/// Rows in the frames' order with the column sensor_time_us and perhaps arrived_time_us; others
+/// count for nothing, but an index has to be right. Throws Failure.
 std::vector<FrameTimes> readAllTimes(const CsvTable& table);
 
 #endif

@@ -11,6 +11,7 @@
 #include "FramePlaces.h"
 #include "JpegInspector.h"
 #include "JsonText.h"
+#include "OpenFailure.h"
 #include "Recording.h"
 #include "container/rtv/RtvLayout.h"
 
@@ -230,13 +231,7 @@ unsigned int verify(const std::string& path, bool decode,
   }
   const VELMAR_ERROR_CODE_E code = reader->open();
   if (code != VELMAR_ERROR_CODE_SUCCESS_E) {
-    std::string words = plainWords(code);
-    if (code == VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E && !isRtv(path)) {
-      const std::string cut = cutWords(FileBytes(path));
-      if (!cut.empty()) words = cut;
-    }
-    report(
-        {Severity::Error, {}, {}, "does not open: " + words + " (" + errorCode2String(code) + ")"});
+    report({Severity::Error, {}, {}, "does not open: " + openFailure(path, code).words()});
     return 0;
   }
   FindingRanges findings(report);

@@ -33,9 +33,9 @@ std::vector<Difference> differences(const Recording& oneRecording,
   const auto size = [](const RecordingDescription& description) {
     return std::to_string(description.width) + "x" + std::to_string(description.height);
   };
+  // Two that are known are no difference: the frames' positions are counted from one of them.
   const auto position = [](const RecordingDescription& description) {
-    return std::to_string(description.lng) + "," + std::to_string(description.lat) + "," +
-           std::to_string(description.alt);
+    return hasStartPosition(description) ? "known" : "not known";
   };
   std::vector<Difference> all = {
       {"size", size(one), size(other)},
@@ -99,6 +99,13 @@ void compare(const Recording& winner, const Recording& other, bool forced, Losse
   if (!quiet.empty()) losses.add(other.path(), "not kept: its " + quiet);
 }
 
+/// Where one start position is not known, positions stay as they are.
+Rebase rebaseTo(const RecordingDescription& description, const Recording& recording) {
+  const RecordingDescription from = recording.description();
+  if (!hasStartPosition(from) || !hasStartPosition(description)) return {};
+  return {from, description};
+}
+
 ExitStatus concat(const Options& options) {
   checkExtension(options.output);
   for (const std::string& input : options.inputs) checkInput(options, input);
@@ -114,7 +121,7 @@ ExitStatus concat(const Options& options) {
   for (const Recording& recording : recordings) {
     compare(winner, recording, options.hasWinner(), losses);
     description.startTime = std::min(description.startTime, recording.description().startTime);
-    ranges.push_back({&recording, allFrames(recording)});
+    ranges.push_back({&recording, allFrames(recording), rebaseTo(description, recording)});
   }
   copyFrames(ranges, options.output, description, options.quiet, losses);
   return losses.status();
@@ -130,8 +137,8 @@ void addConcatCommand(Tool& tool) {
   command->add_option("input", options->inputs, "The recordings to copy, in order")->required();
   command
       ->add_flag("--force", options->force,
-                 "Replace an existing output; --force=INPUT also takes size, codec, device and "
-                 "start position from that input where the others differ")
+                 "Replace an existing output; --force=INPUT also takes size, codec and device from "
+                 "that input where the others differ, and its start position")
       ->type_name("");
   command->callback([&tool, options] {
     options->quiet = tool.quiet;

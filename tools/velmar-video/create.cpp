@@ -4,8 +4,8 @@
 #include <optional>
 #include <vector>
 
-#include "CsvTable.h"
 #include "DescriptionOptions.h"
+#include "FrameColumns.h"
 #include "FrameInput.h"
 #include "FrameTimes.h"
 #include "InputFile.h"
@@ -47,7 +47,7 @@ FrameClock clockOf(const Options& options) {
 
 std::vector<FrameTimes> timesOf(const Options& options, const std::vector<std::string>& files) {
   if (!options.timesFile.empty()) {
-    return readTimes(CsvTable(options.timesFile, readFile(options.timesFile)), files);
+    return readTimes(readFrameTable(options.timesFile, {"file"}), files);
   }
   const FrameClock clock = clockOf(options);
   std::vector<FrameTimes> times;
@@ -56,9 +56,12 @@ std::vector<FrameTimes> timesOf(const Options& options, const std::vector<std::s
 }
 
 std::vector<FrameTag> tagsOf(const Options& options, const std::vector<std::string>& files,
-                             version_e version) {
+                             version_e version, Losses& losses) {
   if (options.tagsFile.empty()) return std::vector<FrameTag>(files.size());
-  return readTags(CsvTable(options.tagsFile, readFile(options.tagsFile)), files, version);
+  auto tags = readTags(readFrameTable(options.tagsFile, {"file"}), files, version);
+  const std::string lost = lostFromTags(tags, version);
+  if (!lost.empty()) losses.add(options.output, "it does not hold " + lost);
+  return tags;
 }
 
 /// The size that all files have.
@@ -115,16 +118,16 @@ ExitStatus recordFiles(const Options& options) {
   const std::vector<std::string> files = listFrameFiles(options.inputs);
   checkOutputOf(options, files);
   checkFramesCount(options.output, files.size());
-  RecordingDescription description = options.description.description(options.output);
+  Losses losses;
+  RecordingDescription description = options.description.description(options.output, losses);
   const std::vector<FrameTimes> times = timesOf(options, files);
-  const std::vector<FrameTag> tags = tagsOf(options, files, description.version);
+  const std::vector<FrameTag> tags = tagsOf(options, files, description.version, losses);
   const JpegInspector inspector;
   const JpegSize size = commonSize(files, inspector, options.allowTruncated);
   description.setSize(size);
   setStartTime(description, options, times);
 
   StopSignal stop;
-  Losses losses;
   RecordingWriter writer(options.output, description, static_cast<unsigned int>(files.size()),
                          RecordingWriter::OnFailure::RemoveFrames);
   writer.syncEvery(options.syncInterval);
@@ -144,7 +147,8 @@ ExitStatus recordFiles(const Options& options) {
 
 ExitStatus recordStream(const Options& options) {
   checkOutputOf(options, options.inputs);
-  RecordingDescription description = options.description.description(options.output);
+  Losses losses;
+  RecordingDescription description = options.description.description(options.output, losses);
   const FrameClock clock = clockOf(options);
   description.startTime = clock.at(0);
   checkRtvTimes(options.output, description, {{clock.at(0), clock.at(0)}});
@@ -152,7 +156,7 @@ ExitStatus recordStream(const Options& options) {
   RecordingWriter writer(options.output, description, kRtvFramesMax,
                          RecordingWriter::OnFailure::KeepFrames);
   writer.syncEvery(options.syncInterval);
-  return StreamRecording(options.output, clock, options.quiet, writer).run(stop);
+  return StreamRecording(options.output, clock, options.quiet, writer, losses).run(stop);
 }
 
 void checkUsage(const Options& options) {
@@ -186,11 +190,13 @@ void checkUsage(const Options& options) {
 void addFrameOptions(CLI::App& command, Options& options) {
   command
       .add_option("--times", options.timesFile,
-                  "A table of the frames' times with the columns file, sensor_time_us and "
-                  "arrived_time_us; an rtv keeps the capture times in milliseconds")
+                  "A table of the frames' times with the columns file or index, sensor_time_us and "
+                  "arrived_time_us, such as frames --csv writes; an rtv keeps the capture times in "
+                  "milliseconds")
       ->type_name("CSV");
-  command.add_option("--fps", options.framesPerSecond, "Frames a second, instead of --times")
-      ->type_name("N");
+  addFrameRateOption(
+      command, [&options](double rate) { options.framesPerSecond = rate; },
+      "Frames a second, such as 30 or 30000/1001, instead of --times");
   addStartTimeOption(
       command, options.startTime,
       "Capture time of the first frame for --fps, now if not given; with --times the start "
@@ -198,10 +204,10 @@ void addFrameOptions(CLI::App& command, Options& options) {
   command
       .add_option(
           "--tags", options.tagsFile,
-          "rtv: a table with the column file or index and any of " + knownTagColumns(RTV_VER_03) +
-              ": x, y (not z in version 02) and distance in hundredths of a metre, speed in "
-              "hundredths of a metre a second, direction in degrees. Version 04 takes the "
-              "CAN signals by name, too; an empty cell is an absent one")
+          "rtv: a table such as frames --csv writes, with the column file or index and any of x, "
+          "y, z (not in version 02), relative_distance, speed and direction: hundredths of a "
+          "metre, and of a metre a second, and degrees. Version 04 holds the CAN signals, by "
+          "name, too; an empty cell is an absent one")
       ->type_name("CSV");
 }
 
@@ -211,8 +217,13 @@ void addCreateCommand(Tool& tool) {
   CLI::App* command = tool.addCommand(
       "create", "Make a recording of JPEG pictures.",
       "create drive.img frames/ --fps 30\n"
-      "  ffmpeg -i drive.mp4 -f mjpeg - | velmar-video create drive.img - --fps 30\n"
-      "  velmar-video create drive.rtv frames/ --times times.csv --rtv-version 04 --tags tags.csv");
+      "  rate=$(ffprobe -v error -select_streams v:0 -show_entries stream=avg_frame_rate \\\n"
+      "    -of csv=p=0 drive.mp4) && ffmpeg -i drive.mp4 -r \"$rate\" -f mjpeg -q:v 2 - | \\\n"
+      "    velmar-video create drive.img - --fps \"$rate\"\n"
+      "  velmar-video create drive.rtv frames/ --times times.csv --rtv-version 04 --tags "
+      "tags.csv\n\n"
+      "Where a video has JPEGs in it (MJPEG), -c copy instead of -r and -q:v takes them as they "
+      "are.");
   const auto options = std::make_shared<Options>();
   command->add_option("output", options->output, "The recording to make, OUTPUT.img or OUTPUT.rtv")
       ->required();

@@ -1,9 +1,9 @@
 #include <charconv>
 #include <memory>
 
-#include "CsvTable.h"
 #include "DescriptionOptions.h"
 #include "EditPlan.h"
+#include "FrameColumns.h"
 #include "InputFile.h"
 #include "JsonText.h"
 #include "StandardOutput.h"
@@ -36,7 +36,7 @@ ExitStatus edit(const Options& options) {
   if (!options.extendedInfoFile.empty())
     request.extendedInfo = readJsonFile(options.extendedInfoFile);
   if (!options.timesFile.empty()) {
-    request.allTimes = readAllTimes(CsvTable(options.timesFile, readFile(options.timesFile)));
+    request.allTimes = readAllTimes(readFrameTable(options.timesFile));
   }
   const Recording recording(options.file);
   const EditPlan plan(recording, request);

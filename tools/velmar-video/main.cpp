@@ -9,6 +9,7 @@
 
 #include "Diagnostics.h"
 #include "Tool.h"
+#include "UsageHints.h"
 
 #if __has_include(<velmar_logger/control.h>)
 #include <velmar_logger/control.h>
@@ -29,8 +30,15 @@ ExitStatus reportUsage(const std::string& words) {
 }
 
 /// Help and the version are asked for by what CLI11 treats as errors.
-ExitStatus reportParseError(const Tool& tool, const CLI::ParseError& error) {
-  if (error.get_exit_code() != 0) return reportUsage(error.what());
+ExitStatus reportParseError(const Tool& tool, const CLI::ParseError& error,
+                            const std::vector<std::string>& arguments) {
+  if (error.get_exit_code() != 0) {
+    // A misspelt option is the cause, too, of one that is missing.
+    const bool isExtra = dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr ||
+                         dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+    const auto words = isExtra ? unexpectedArgument(tool.app, arguments) : std::nullopt;
+    return reportUsage(words.value_or(error.what()));
+  }
   tool.app.exit(error);
   if (std::cout.flush()) return ExitStatus::Done;
   throw Failure("standard output", "cannot write to it", VELMAR_ERROR_CODE_FILE_OPEN_FAIL_E);
@@ -45,8 +53,9 @@ void silenceLibrary() {
 }
 
 ExitStatus parseAndRun(Tool& tool, int argc, const char* const* argv) {
+  const std::vector<std::string> given(argv + 1, argv + argc);
   try {
-    std::vector<std::string> arguments(argv + 1, argv + argc);
+    std::vector<std::string> arguments = given;
     for (std::string& argument : arguments) {
       // The parser would take brackets for a list; only files have such names.
       if (argument.starts_with('[') && argument.ends_with(']')) argument.insert(0, "./");
@@ -54,7 +63,7 @@ ExitStatus parseAndRun(Tool& tool, int argc, const char* const* argv) {
     std::reverse(arguments.begin(), arguments.end());
     tool.app.parse(arguments);
   } catch (const CLI::ParseError& error) {
-    return reportParseError(tool, error);
+    return reportParseError(tool, error, given);
   }
   if (!tool.run) return reportUsage("a command is missing, such as info");
   if (!tool.verbose) silenceLibrary();

@@ -3,11 +3,10 @@
 #include <algorithm>
 #include <memory>
 
-#include "CsvTable.h"
 #include "DescriptionOptions.h"
 #include "Diagnostics.h"
+#include "FrameColumns.h"
 #include "FrameInput.h"
-#include "InputFile.h"
 #include "JpegInspector.h"
 #include "Leftover.h"
 #include "Losses.h"
@@ -96,7 +95,7 @@ std::string workingPath(const std::string& output) {
 LeftoverTimes timesOf(const Options& options) {
   LeftoverTimes times{options.framesPerSecond, options.startTime.value_or(0), {}};
   if (!options.timesFile.empty()) {
-    times.times = readAllTimes(CsvTable(options.timesFile, readFile(options.timesFile)));
+    times.times = readAllTimes(readFrameTable(options.timesFile));
   }
   return times;
 }
@@ -105,7 +104,7 @@ LeftoverTimes timesOf(const Options& options) {
 RecordingDescription describe(const Options& options, const Leftover& leftover, JpegSize firstSize,
                               Losses& losses) {
   RecordingDescription description = leftover.description;
-  options.description.change(description, options.output);
+  options.description.change(description, options.output, losses);
   if (options.startTime) description.startTime = *options.startTime;
   const bool isDescribed = leftover.undescribed.empty();
   if (!isDescribed || options.size) description.setSize(options.size.value_or(firstSize));
@@ -128,7 +127,7 @@ unsigned int writeFrames(const Options& options, const std::string& path, const 
   StopSignal stop;
   const std::size_t count = leftover.frames.size();
   RecordingWriter writer(path, description, leftover.framesMax,
-                         RecordingWriter::OnFailure::RemoveFrames);
+                         RecordingWriter::OnFailure::RemoveFrames, options.output);
   FrameRanges ranges(options.input, losses);
   Progress progress(options.output, count, options.quiet);
   std::string jpeg;
@@ -232,10 +231,9 @@ void checkUsage(const Options& options) {
 }
 
 void addTimeOptions(CLI::App& command, Options& options) {
-  command
-      .add_option("--fps", options.framesPerSecond,
-                  "img: frames a second, for frames without a record in index or index journal")
-      ->type_name("N");
+  addFrameRateOption(
+      command, [&options](double rate) { options.framesPerSecond = rate; },
+      "img: frames a second, for frames without a record in index or index journal");
   command
       .add_option("--times", options.timesFile,
                   "img: the same as a table with the columns sensor_time_us and arrived_time_us, "

@@ -14,7 +14,6 @@
 #include "StopSignal.h"
 #include "TimeText.h"
 #include "Tool.h"
-#include "velmar_video/rtv/RecordFileToolkit.h"
 
 namespace {
 
@@ -58,8 +57,8 @@ RecordingDescription describe(const Options& options) {
   description.cameraParams = cameraParams(options);
   description.extendedInfo = R"({"scene": "drawn country road", "weather": "fair"})";
   description.startTime = kStartTime;
-  description.lng = RecordFileToolkit::Degree2NDS(kStartLongitude);
-  description.lat = RecordFileToolkit::Degree2NDS(kStartLatitude);
+  description.lng = nearestNds(kStartLongitude);
+  description.lat = nearestNds(kStartLatitude);
   if (description.version == RTV_VER_04) description.alt = kStartAltitude * 100;
   if (description.version == RTV_VER_03) description.alt = kStartAltitude;
   return description;
@@ -141,8 +140,9 @@ void addSampleCommand(Tool& tool) {
           "--size", [options](const std::string& text) { options->size = parsePictureSize(text); },
           "Size in pixels, 1280x800 if not given")
       ->type_name("WxH");
-  command->add_option("--fps", options->framesPerSecond, "Frames a second, 30 if not given")
-      ->type_name("N");
+  addFrameRateOption(
+      *command, [options](double rate) { options->framesPerSecond = rate; },
+      "Frames a second, 30 if not given");
   options->rtvVersion.addTo(*command);
   command->add_flag("--force", options->force, "Replace an existing output");
   command->callback([&tool, options] {

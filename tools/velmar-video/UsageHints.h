@@ -1,0 +1,14 @@
+#ifndef VELMAR_TOOL_USAGE_HINTS_H
+#define VELMAR_TOOL_USAGE_HINTS_H
+
+#include <CLI/CLI.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// What is wrong with the first of the arguments that the parser had no place for, with the command
+/// or option that may have been meant. Nothing if all had one.
+std::optional<std::string> unexpectedArgument(const CLI::App& app,
+                                              const std::vector<std::string>& arguments);
+
+#endif
