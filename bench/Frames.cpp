@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "SampleScene.h"
+#include "scene/SampleScene.h"
 
 namespace {
 

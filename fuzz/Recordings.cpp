@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "common/TjHandle.h"
+#include "jpeg/TjHandle.h"
 #include "support.h"
 #include "velmar_video/rtv/RecordFile.h"
 

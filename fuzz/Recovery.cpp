@@ -6,9 +6,9 @@
 #include <algorithm>
 #include <iostream>
 
-#include "Tool.h"
-#include "Verification.h"
+#include "program/Tool.h"
 #include "support.h"
+#include "toolkit/rescue/Verification.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
-#include "CsvTable.h"
-#include "Failure.h"
-#include "TagsCsv.h"
-#include "TimesCsv.h"
 #include "support.h"
+#include "toolkit/base/Failure.h"
+#include "toolkit/tables/TagsCsv.h"
+#include "toolkit/tables/TimesCsv.h"
+#include "toolkit/text/CsvTable.h"
 
 namespace {
 

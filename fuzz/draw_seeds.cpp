@@ -10,11 +10,11 @@
 #include <utility>
 #include <vector>
 
-#include "FrameColumns.h"
-#include "SampleScene.h"
-#include "common/TjHandle.h"
 #include "container/img/FrameIndex.h"
 #include "container/rtv/RtvLayout.h"
+#include "jpeg/TjHandle.h"
+#include "scene/SampleScene.h"
+#include "toolkit/tables/FrameColumns.h"
 #include "velmar_video/VelmarVideoFile.h"
 #include "velmar_video/rtv/RecordFileCreater.h"
 

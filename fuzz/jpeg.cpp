@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <vector>
 
-#include "JpegStreamSplitter.h"
 #include "support.h"
+#include "toolkit/jpeg/JpegStreamSplitter.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <array>
 #include <string_view>
 
-#include "common/Guarded.h"
+#include "base/Guarded.h"
 
 namespace {
 

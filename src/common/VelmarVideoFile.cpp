@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "common/Guarded.h"
+#include "base/Guarded.h"
 
 namespace {
 

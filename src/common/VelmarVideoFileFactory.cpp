@@ -4,7 +4,7 @@
 #include <string_view>
 #include <utility>
 
-#include "common/Guarded.h"
+#include "base/Guarded.h"
 #include "container/img/ImgContainerCreater.h"
 #include "container/img/ImgContainerModifier.h"
 #include "container/img/ImgContainerReader.h"

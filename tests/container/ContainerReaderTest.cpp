@@ -2,9 +2,9 @@
 #include <gtest/gtest.h>
 #include <turbojpeg.h>
 
-#include "SampleScene.h"
 #include "container/img/ImgFiles.h"
 #include "container/rtv/RtvFiles.h"
+#include "scene/SampleScene.h"
 #include "support/TestSupport.h"
 
 namespace {

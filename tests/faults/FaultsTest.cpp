@@ -6,8 +6,8 @@
 #include <fstream>
 #include <iostream>
 
-#include "SampleScene.h"
 #include "faults/FaultInjection.h"
+#include "scene/SampleScene.h"
 #include "support/TestSupport.h"
 #include "velmar_logger/control.h"
 #include "velmar_video/velmar_video.h"

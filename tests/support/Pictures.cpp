@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "SampleScene.h"
+#include "scene/SampleScene.h"
 
 namespace {
 

@@ -12,10 +12,10 @@
 #include <utility>
 #include <vector>
 
-#include "SampleScene.h"
-#include "common/JpegDecoder.h"
 #include "container/img/ImgFiles.h"
 #include "container/rtv/RtvFiles.h"
+#include "jpeg/JpegDecoder.h"
+#include "scene/SampleScene.h"
 #include "support/TestSupport.h"
 #include "velmar_logger/control.h"
 #include "velmar_video/velmar_video.h"

@@ -1,10 +1,10 @@
-#include "JpegStreamSplitter.h"
+#include "toolkit/jpeg/JpegStreamSplitter.h"
 
 #include <gtest/gtest.h>
 
 #include <vector>
 
-#include "SampleScene.h"
+#include "scene/SampleScene.h"
 
 namespace {
 

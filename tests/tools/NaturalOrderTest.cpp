@@ -1,4 +1,4 @@
-#include "NaturalOrder.h"
+#include "toolkit/text/NaturalOrder.h"
 
 #include <gtest/gtest.h>
 

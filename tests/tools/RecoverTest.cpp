@@ -11,11 +11,11 @@
 #include <random>
 #include <thread>
 
-#include "Recording.h"
-#include "Tool.h"
 #include "ToolRun.h"
+#include "program/Tool.h"
 #include "support/Pictures.h"
 #include "support/TestSupport.h"
+#include "toolkit/recording/Recording.h"
 #include "velmar_video/rtv/RecordFileCreater.h"
 
 namespace {

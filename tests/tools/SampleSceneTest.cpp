@@ -1,10 +1,10 @@
-#include "SampleScene.h"
+#include "scene/SampleScene.h"
 
 #include <gtest/gtest.h>
 
 #include <stdexcept>
 
-#include "JpegInspector.h"
+#include "toolkit/jpeg/JpegInspector.h"
 
 TEST(SampleScene, DrawsEachFrameTheSameAgain) {
   SampleScene scene(161, 95);

@@ -3,10 +3,10 @@
 
 #include <cstdio>
 
-#include "Failure.h"
-#include "FrameSelection.h"
-#include "Recording.h"
-#include "RecordingWriter.h"
+#include "toolkit/base/Failure.h"
+#include "toolkit/recording/FrameSelection.h"
+#include "toolkit/recording/Recording.h"
+#include "toolkit/recording/RecordingWriter.h"
 
 namespace {
 

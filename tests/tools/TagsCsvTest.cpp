@@ -1,8 +1,8 @@
-#include "TagsCsv.h"
+#include "toolkit/tables/TagsCsv.h"
 
 #include <gtest/gtest.h>
 
-#include "Failure.h"
+#include "toolkit/base/Failure.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
-#include "TimeText.h"
+#include "toolkit/text/TimeText.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
-#include "DescriptionOptions.h"
-#include "Failure.h"
-#include "FrameTimes.h"
+#include "program/DescriptionOptions.h"
+#include "toolkit/base/Failure.h"
+#include "toolkit/recording/FrameTimes.h"
 
 namespace {
 

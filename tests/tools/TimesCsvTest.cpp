@@ -1,8 +1,8 @@
-#include "TimesCsv.h"
+#include "toolkit/tables/TimesCsv.h"
 
 #include <gtest/gtest.h>
 
-#include "Failure.h"
+#include "toolkit/base/Failure.h"
 
 namespace {
 

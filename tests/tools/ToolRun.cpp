@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "Tool.h"
+#include "program/Tool.h"
 
 ToolRun runTool(void (*command)(Tool&), std::vector<std::string> arguments) {
   Tool tool;

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "Failure.h"
+#include "toolkit/base/Failure.h"
 
 struct ToolRun {
   ExitStatus status;

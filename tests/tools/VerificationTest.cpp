@@ -1,13 +1,13 @@
-#include "Verification.h"
+#include "toolkit/rescue/Verification.h"
 
 #include <gtest/gtest.h>
 
 #include <fstream>
 #include <iostream>
 
-#include "FramePlaces.h"
 #include "support/Pictures.h"
 #include "support/TestSupport.h"
+#include "toolkit/recording/FramePlaces.h"
 #include "velmar_video/rtv/RecordFileCreater.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include <iostream>
 
 #include "Forms.h"
-#include "Tool.h"
+#include "program/Tool.h"
 
 namespace {
 

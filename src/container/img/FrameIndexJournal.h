@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "common/FileDescriptor.h"
+#include "base/FileDescriptor.h"
 #include "container/img/FrameIndex.h"
 
 /// Keeps the index of a running recording on file, since an "img" file gets its index only when it

@@ -10,9 +10,9 @@
 #include <new>
 #include <utility>
 
-#include "common/Guarded.h"
-#include "common/HexText.h"
-#include "common/PublishFile.h"
+#include "base/Guarded.h"
+#include "base/HexText.h"
+#include "base/PublishFile.h"
 #include "velmar_logger/velmar_logger.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "common/FileDescriptor.h"
+#include "base/FileDescriptor.h"
 #include "container/img/FrameIndex.h"
 #include "container/img/FrameIndexJournal.h"
 #include "container/img/ImgMetaData.h"

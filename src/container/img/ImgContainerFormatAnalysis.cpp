@@ -6,8 +6,8 @@
 
 #include <cstring>
 
-#include "common/FileDescriptor.h"
-#include "common/Guarded.h"
+#include "base/FileDescriptor.h"
+#include "base/Guarded.h"
 #include "velmar_logger/velmar_logger.h"
 
 namespace {

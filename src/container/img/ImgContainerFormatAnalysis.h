@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "common/LeaveUninitialized.h"
-#include "common/MemoryMap.h"
+#include "base/LeaveUninitialized.h"
+#include "base/MemoryMap.h"
 #include "container/img/FrameIndex.h"
 #include "container/img/ImgMetaData.h"
 #include "velmar_video/VelmarVideoErrMsg.h"

@@ -7,12 +7,12 @@
 #include <cstddef>
 #include <cstring>
 
-#include "common/FileDescriptor.h"
-#include "common/Guarded.h"
-#include "common/HexText.h"
-#include "common/JpegHeader.h"
-#include "common/TjHandle.h"
+#include "base/FileDescriptor.h"
+#include "base/Guarded.h"
+#include "base/HexText.h"
 #include "container/img/MetaDataBlock.h"
+#include "jpeg/JpegHeader.h"
+#include "jpeg/TjHandle.h"
 #include "velmar_logger/velmar_logger.h"
 
 namespace {

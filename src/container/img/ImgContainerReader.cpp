@@ -8,8 +8,8 @@
 #include <limits>
 #include <new>
 
-#include "common/Guarded.h"
-#include "common/HexText.h"
+#include "base/Guarded.h"
+#include "base/HexText.h"
 #include "container/img/JsonText.h"
 #include "velmar_logger/velmar_logger.h"
 

@@ -5,9 +5,9 @@
 
 #include <string>
 
-#include "common/ImageGeometry.h"
-#include "common/JpegDecoder.h"
 #include "container/img/ImgContainerFormatAnalysis.h"
+#include "jpeg/ImageGeometry.h"
+#include "jpeg/JpegDecoder.h"
 #include "velmar_video/VelmarVideoFile.h"
 
 /// Reads an "img" file.

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "common/FileDescriptor.h"
+#include "base/FileDescriptor.h"
 
 /// Replaces the text that stands from `offset` to the end of an open file, by one write: a longer
 /// old text is covered with blanks, which JSON does not mind, and is for the caller to cut off.

@@ -8,7 +8,7 @@
 #include <sstream>
 #include <utility>
 
-#include "common/Guarded.h"
+#include "base/Guarded.h"
 
 namespace {
 

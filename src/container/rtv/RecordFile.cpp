@@ -5,7 +5,7 @@
 #include <cstring>
 #include <utility>
 
-#include "common/Guarded.h"
+#include "base/Guarded.h"
 #include "container/rtv/CanByteOrder.h"
 #include "velmar_logger/velmar_logger.h"
 

@@ -11,10 +11,10 @@
 #include <cstdint>
 #include <cstring>
 
-#include "common/FileDescriptor.h"
-#include "common/Guarded.h"
-#include "common/MemoryMap.h"
-#include "common/PublishFile.h"
+#include "base/FileDescriptor.h"
+#include "base/Guarded.h"
+#include "base/MemoryMap.h"
+#include "base/PublishFile.h"
 #include "container/rtv/RtvLayout.h"
 #include "velmar_logger/velmar_logger.h"
 

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
-#include "common/JpegHeader.h"
-#include "common/TjHandle.h"
 #include "container/rtv/RtvLayout.h"
 #include "container/rtv/TaggedVideoParserState.h"
+#include "jpeg/JpegHeader.h"
+#include "jpeg/TjHandle.h"
 #include "velmar_logger/velmar_logger.h"
 #include "velmar_video/TypeConversion.h"
 

@@ -10,7 +10,7 @@
 #include <new>
 #include <type_traits>
 
-#include "common/Guarded.h"
+#include "base/Guarded.h"
 #include "container/rtv/RtvLayout.h"
 #include "container/rtv/TaggedVideoParserState.h"
 #include "velmar_logger/velmar_logger.h"

@@ -4,9 +4,9 @@
 #include <array>
 #include <cstring>
 
-#include "common/Guarded.h"
-#include "common/ImageGeometry.h"
+#include "base/Guarded.h"
 #include "container/rtv/TaggedVideoParserState.h"
+#include "jpeg/ImageGeometry.h"
 #include "velmar_logger/velmar_logger.h"
 #include "velmar_video/TypeConversion.h"
 #include "velmar_video/rtv/TaggedVideoParser.h"

@@ -3,9 +3,9 @@
 
 #include <mutex>
 
-#include "common/FileDescriptor.h"
-#include "common/JpegDecoder.h"
-#include "common/MemoryMap.h"
+#include "base/FileDescriptor.h"
+#include "base/MemoryMap.h"
+#include "jpeg/JpegDecoder.h"
 #include "velmar_video/rtv/TaggedVideoParser.h"
 
 constexpr char kTaggedVideoParserTag[] = "TaggedVideoParser";  ///< of the log

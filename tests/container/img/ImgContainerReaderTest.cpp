@@ -8,8 +8,8 @@
 #include <cstring>
 #include <fstream>
 
-#include "SampleScene.h"
 #include "container/img/ImgFiles.h"
+#include "scene/SampleScene.h"
 #include "support/Pictures.h"
 #include "support/TestSupport.h"
 

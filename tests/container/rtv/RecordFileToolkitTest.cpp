@@ -5,7 +5,7 @@
 #include <array>
 #include <cmath>
 
-#include "SampleScene.h"
+#include "scene/SampleScene.h"
 #include "support/TestSupport.h"
 
 namespace {

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "SampleScene.h"
 #include "container/rtv/RtvFiles.h"
+#include "scene/SampleScene.h"
 #include "support/Pictures.h"
 #include "support/TestSupport.h"
 

@@ -1,0 +1,26 @@
+#ifndef VELMAR_BASE_GUARDED_H
+#define VELMAR_BASE_GUARDED_H
+
+#include <exception>
+#include <string>
+
+#include "velmar_logger/velmar_logger.h"
+
+/// What `work` returns. Nothing may be thrown at the library's callers: an exception, which as a
+/// rule is a want of memory, is logged with the name of the operation, and the answer is `failed`.
+template <typename Result, typename Work>
+Result guarded(const char* tag, const char* operation, Result failed, Work work) {
+  try {
+    return work();
+  } catch (const std::exception& cause) {
+    velmar_logger::e(tag, "%s: %s", operation, cause.what());
+    return failed;
+  }
+}
+
+/// A copy of the text; empty for want of memory.
+inline std::string guardedCopy(const char* tag, const char* operation, const std::string& text) {
+  return guarded(tag, operation, std::string(), [&] { return text; });
+}
+
+#endif

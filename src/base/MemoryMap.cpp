@@ -1,0 +1,36 @@
+#include "base/MemoryMap.h"
+
+#include <sys/mman.h>
+
+#include <utility>
+
+MemoryMap::~MemoryMap() { unmap(); }
+
+bool MemoryMap::map(int fd, unsigned long length, Access access) {
+  unmap();
+  const int protection = access == Access::ReadWrite ? PROT_READ | PROT_WRITE : PROT_READ;
+  void* address = ::mmap(nullptr, length, protection, MAP_SHARED, fd, 0);
+  if (address == MAP_FAILED) return false;
+  address_ = static_cast<unsigned char*>(address);
+  length_ = length;
+  retired_ = false;
+  return true;
+}
+
+void MemoryMap::flush() const {
+  if (isMapped()) ::msync(address_, length_, MS_ASYNC);
+}
+
+bool MemoryMap::unmap() {
+  if (address_ == nullptr) return true;
+  return ::munmap(std::exchange(address_, nullptr), length_) == 0;
+}
+
+void MemoryMap::retire() {
+  if (!isMapped()) return;
+  // One call swaps the file for the reservation, so the range is never free in between.
+  void* reserved = ::mmap(address_, length_, PROT_NONE,
+                          MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_FIXED, -1, 0);
+  if (reserved == MAP_FAILED) unmap();
+  retired_ = true;
+}

@@ -1,0 +1,33 @@
+#ifndef VELMAR_JPEG_JPEG_HEADER_H
+#define VELMAR_JPEG_JPEG_HEADER_H
+
+#include <turbojpeg.h>
+
+#include <optional>
+
+/// Pixels.
+struct JpegSize {
+  int width;
+  int height;
+};
+
+/// Reads a JPEG's size from its header; nothing if there is no usable one, or if the JPEG has
+/// tables and no picture. `decompressor` is a TurboJPEG handle of the caller's, null one that
+/// failed to be made; it keeps the tables that it has read.
+std::optional<JpegSize> readJpegSize(tjhandle decompressor, const unsigned char* jpeg,
+                                     unsigned long jpegSize);
+
+/// The same of any picture that can be decoded: also of one whose sampling has no name in
+/// TurboJPEG, which readJpegSize() refuses. If there is nothing, `cause` says why, until TurboJPEG
+/// is called again in this thread.
+std::optional<JpegSize> readAnyJpegSize(tjhandle decompressor, const unsigned char* jpeg,
+                                        unsigned long jpegSize, const char*& cause);
+
+/// Whether decoders keep the whole picture in memory: by the size that its header claims, before
+/// they look at the rest. They do where a scan has not all of it.
+bool isKeptWhole(const unsigned char* jpeg, unsigned long jpegSize);
+
+/// Whether that size is nothing unusual for so many bytes, or small enough for any.
+bool isPlausible(JpegSize size, unsigned long jpegSize);
+
+#endif

@@ -1,0 +1,47 @@
+/// How a command ends other than well.
+#ifndef VELMAR_TOOLKIT_FAILURE_H
+#define VELMAR_TOOLKIT_FAILURE_H
+
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+
+#include "velmar_video/VelmarVideoErrMsg.h"
+
+enum class ExitStatus : int {
+  Done = 0,
+  Failed = 1,
+  Usage = 2,
+  Loss = 3,  ///< done, but something was lost or skipped
+};
+
+/// Ends the command with ExitStatus::Failed. what() is the line to show: the file, plain words and
+/// the code's name.
+class Failure : public std::runtime_error {
+ public:
+  Failure(const std::string& file, const std::string& words, VELMAR_ERROR_CODE_E code);
+  /// With the code's own words.
+  Failure(const std::string& file, VELMAR_ERROR_CODE_E code);
+  /// For a system call that failed with `cause`, a value of errno. `words` says what could not be
+  /// done.
+  static Failure ofSystem(const std::string& file, const std::string& words, int cause);
+  /// The same for a file that could not be created.
+  static Failure ofCreation(const std::string& file, int cause);
+
+  /// what() without the file.
+  std::string words() const { return what() + wordsAt_; }
+
+ private:
+  std::size_t wordsAt_;
+};
+
+/// The command line asks for something that cannot be, whatever the files hold. Ends the command
+/// with ExitStatus::Usage.
+class UsageError : public std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+/// What the library's code means to somebody who does not know the library.
+std::string plainWords(VELMAR_ERROR_CODE_E code);
+
+#endif

@@ -1,0 +1,15 @@
+#ifndef VELMAR_TOOLKIT_FILE_KIND_H
+#define VELMAR_TOOLKIT_FILE_KIND_H
+
+#include <sys/stat.h>
+
+#include <string>
+
+/// What something is that is no regular file, such as "a folder".
+inline std::string kindOf(mode_t mode) {
+  if (S_ISDIR(mode)) return "a folder";
+  if (S_ISFIFO(mode)) return "a pipe";
+  return S_ISSOCK(mode) ? "a socket" : "a device";
+}
+
+#endif

@@ -1,0 +1,33 @@
+/// Frames from recordings into a new one, with their times and tags, never decoded.
+#ifndef VELMAR_TOOLKIT_COPY_FRAMES_H
+#define VELMAR_TOOLKIT_COPY_FRAMES_H
+
+#include <string>
+#include <vector>
+
+#include "toolkit/base/Losses.h"
+#include "toolkit/editing/Rebase.h"
+#include "toolkit/recording/Recording.h"
+
+/// Frames of a recording, in the order in which they are to be copied.
+struct FrameRange {
+  const Recording* recording;
+  std::vector<unsigned int> frames;
+  Rebase rebase = {};  ///< to the output's start position
+};
+
+std::vector<unsigned int> allFrames(const Recording& recording);
+
+/// Of all frames; 0 if there are none.
+std::uint64_t earliestSensorTime(const Recording& recording);
+
+/// Says if the recording's device id cannot be written as it is.
+void checkDeviceId(const Recording& recording, Losses& losses);
+
+/// Writes `output`. Times and positions are checked before anything is written. Frames whose bytes
+/// the file does not have are left out; named in `losses` are they, frames that are no pictures,
+/// and the rest after a signal. Throws Failure.
+void copyFrames(const std::vector<FrameRange>& ranges, const std::string& output,
+                const RecordingDescription& description, bool quiet, Losses& losses);
+
+#endif

@@ -1,0 +1,273 @@
+#include "toolkit/editing/EditPlan.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <set>
+
+#include "base/FileDescriptor.h"
+#include "base/HexText.h"
+#include "container/rtv/RtvLayout.h"
+#include "toolkit/base/Failure.h"
+#include "toolkit/base/FileBytes.h"
+#include "toolkit/jpeg/JpegInspector.h"
+#include "toolkit/text/JsonText.h"
+#include "toolkit/text/TimeText.h"
+#include "velmar_video/rtv/RtvContainerModifier.h"
+
+namespace {
+
+constexpr std::uint64_t kMillisecond = 1000;
+
+std::string hexText(const std::string& bytes) {
+  if (bytes.empty()) return "none";
+  return bytesToHex(reinterpret_cast<const unsigned char*>(bytes.data()),
+                    static_cast<unsigned int>(bytes.size()));
+}
+
+std::string sizeText(int width, int height) {
+  return std::to_string(width) + "x" + std::to_string(height);
+}
+
+std::string onOff(bool value) { return value ? "on" : "off"; }
+
+}  // namespace
+
+EditPlan::EditPlan(const Recording& recording, const EditRequest& request)
+    : recording_(recording), description_(recording.description()) {
+  if (request.deviceId) planDeviceId(*request.deviceId);
+  if (request.undistorted) planUndistorted(*request.undistorted);
+  if (request.taggingFlags) planTaggingFlags(*request.taggingFlags);
+  if (request.cameraParams) {
+    planJson("--camera-params", description_.cameraParams, *request.cameraParams,
+             &VelmarVideoFileModifier::modifyCameraParams);
+  }
+  if (request.extendedInfo) {
+    planJson("--extended-info", description_.extendedInfo, *request.extendedInfo,
+             &VelmarVideoFileModifier::modifyExtendedInfo);
+  }
+  if (request.fixResolution) planResolution();
+  // The start first: an rtv's frame times are stored relative to it.
+  if (request.startTime) planStartTime(*request.startTime);
+  if (request.shift) planShift(*request.shift);
+  planFrameTimes(request);
+  if (request.allTimes) planAllTimes("--times", *request.allTimes);
+  if (!isEmpty()) checkByteOrder();
+}
+
+// Version 02 does not say.
+void EditPlan::checkByteOrder() const {
+  if (recording_.parser() == nullptr || description_.version == RTV_VER_02) return;
+  if ((FileBytes(recording_.path()).read(kFlagsAt, 1).at(0) & 1) == 0) return;
+  throw Failure(recording_.path(), "a big-endian machine wrote it; such files are not edited",
+                VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+}
+
+void EditPlan::refuse(const std::string& option, const std::string& words) const {
+  throw Failure(recording_.path(), option + ": " + words, VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+}
+
+void EditPlan::add(std::string what, std::string before, std::string after, Write write) {
+  changes_.push_back({std::move(what), std::move(before), std::move(after), std::move(write)});
+}
+
+void EditPlan::checkIndex(const std::string& option, unsigned int index) const {
+  const unsigned int count = recording_.framesCount();
+  if (index < count) return;
+  throw Failure(recording_.path(),
+                option + ": there is no frame " + std::to_string(index) + ", only " +
+                    std::to_string(count) + " frames",
+                VELMAR_ERROR_CODE_OUT_RANGE_E);
+}
+
+void EditPlan::planDeviceId(const std::string& id) {
+  std::string stored = id;
+  if (recording_.parser() != nullptr) {
+    if (id.size() > kRtvDeviceIdSize) refuse("--device-id", "an rtv holds 24 bytes");
+    stored.resize(kRtvDeviceIdSize);  // or the end of the old one would stay
+  }
+  const std::string before = recording_.deviceId();
+  add("device id", before.empty() ? "none" : before, hexText(id), [stored](auto& modifier) {
+    return modifier.modifyCameraID(reinterpret_cast<const unsigned char*>(stored.data()),
+                                   static_cast<unsigned int>(stored.size()));
+  });
+}
+
+void EditPlan::planUndistorted(bool undistorted) {
+  if (recording_.parser() != nullptr && description_.version == RTV_VER_02) {
+    refuse("--undistorted", "version 02 of rtv cannot say so");
+  }
+  add("undistorted", onOff(description_.undistorted), onOff(undistorted),
+      [undistorted](auto& modifier) { return modifier.modifyUndistorted(undistorted); });
+}
+
+void EditPlan::planTaggingFlags(unsigned int flags) {
+  if (recording_.parser() == nullptr) refuse("--tagging-flags", "an img holds none");
+  if (description_.version == RTV_VER_02) {
+    refuse("--tagging-flags", "those of a version 02 cannot be changed");
+  }
+  unsigned int before = 0;
+  recording_.parser()->getTaggingFlags(before);
+  add("tagging flags", std::to_string(before), std::to_string(flags), [flags](auto& modifier) {
+    dynamic_cast<RtvContainerModifier&>(modifier).setTaggingFlags(flags);
+    return VELMAR_ERROR_CODE_SUCCESS_E;
+  });
+}
+
+void EditPlan::planJson(
+    const std::string& option, const std::string& before, const std::string& after,
+    VELMAR_ERROR_CODE_E (VelmarVideoFileModifier::*modify)(const std::string&)) {
+  if (recording_.parser() != nullptr) refuse(option, "an rtv holds none");
+  add(option.substr(2), toJsonText(parseJson(before)), toJsonText(parseJson(after)),
+      [after, modify](auto& modifier) { return (modifier.*modify)(after); });
+}
+
+void EditPlan::planResolution() {
+  if (recording_.framesCount() == 0) refuse("--fix-resolution", "there is no frame to look at");
+  std::string jpeg;
+  const auto code = recording_.reader().getRawImage(0, jpeg);
+  const auto size = code == 0 ? JpegInspector().size(jpeg) : std::nullopt;
+  if (!size) {
+    throw Failure(recording_.path(), "--fix-resolution: frame 0 is not a JPEG picture",
+                  VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
+  }
+  if (size->width == description_.width && size->height == description_.height) return;
+  add("resolution", sizeText(description_.width, description_.height),
+      sizeText(size->width, size->height),
+      [](auto& modifier) { return modifier.correctVideoResolution(); });
+}
+
+void EditPlan::planStartTime(std::uint64_t time) {
+  if (recording_.parser() == nullptr) {
+    refuse("--start-time",
+           "an img starts when its frame 0 arrived; --arrived-time 0=... sets that");
+  }
+  if (time % kMillisecond != 0) refuse("--start-time", "an rtv holds whole milliseconds");
+  const std::string before = formatTime(description_.startTime);
+  description_.startTime = time;
+  if (!rtvStartTime(description_)) refuse("--start-time", "version 02 of rtv begins in 2015");
+  add("start time", before, formatTime(time),
+      [stored = time - rtvEpoch(description_.version)](auto& modifier) {
+        unsigned long value = stored;
+        return modifier.modifyStartTime(value);
+      });
+}
+
+void EditPlan::planSensorTime(const std::string& option, EditRequest::FrameTime change, bool said) {
+  checkIndex(option, change.index);
+  const bool rtv = recording_.parser() != nullptr;
+  if (rtv && change.time % kMillisecond != 0) refuse(option, "an rtv holds whole milliseconds");
+  if (rtv && !rtvTimeFlag(description_, change.time)) {
+    refuse(option, "frame " + std::to_string(change.index) +
+                       " would be captured before the start, or more than 24 days after it");
+  }
+  // The modifier counts from where the file does.
+  const std::uint64_t epoch = rtv ? rtvEpoch(description_.version) : 0;
+  const Write write = [index = change.index, stored = change.time - epoch](auto& modifier) {
+    unsigned long value = stored;
+    return modifier.modifyTimestamp(index, value);
+  };
+  if (!said) return add("", "", "", write);
+  add("frame " + std::to_string(change.index) + " captured",
+      formatTime(recording_.sensorTime(change.index)), formatTime(change.time), write);
+}
+
+void EditPlan::planArrivedTime(const std::string& option, EditRequest::FrameTime change,
+                               bool said) {
+  if (recording_.parser() != nullptr) refuse(option, "an rtv holds no arrival times");
+  checkIndex(option, change.index);
+  const Write write = [change](auto& modifier) {
+    unsigned long value = change.time;
+    return modifier.modifyArrivalTime(change.index, value);
+  };
+  if (!said) return add("", "", "", write);
+  add("frame " + std::to_string(change.index) + " arrived",
+      formatTime(recording_.times(change.index).arrived), formatTime(change.time), write);
+}
+
+void EditPlan::planFrameTimes(const EditRequest& request) {
+  const auto checkOnce = [this](const std::string& option, const auto& changes) {
+    std::set<unsigned int> seen;
+    for (const auto& change : changes) {
+      if (!seen.insert(change.index).second) {
+        refuse(option, "frame " + std::to_string(change.index) + " is there twice");
+      }
+    }
+  };
+  checkOnce("--sensor-time", request.sensorTimes);
+  checkOnce("--arrived-time", request.arrivedTimes);
+  for (const auto& change : request.sensorTimes) planSensorTime("--sensor-time", change, true);
+  for (const auto& change : request.arrivedTimes) planArrivedTime("--arrived-time", change, true);
+}
+
+void EditPlan::planAllTimes(const std::string& option, const std::vector<FrameTimes>& times) {
+  const unsigned int count = recording_.framesCount();
+  if (times.size() != count) {
+    refuse(option, "it has " + std::to_string(times.size()) + " rows for " + std::to_string(count) +
+                       " frames");
+  }
+  if (count == 0) return;
+  const bool rtv = recording_.parser() != nullptr;
+  for (unsigned int i = 0; i < count; ++i) {
+    if (rtv && times[i].arrived != times[i].sensor) refuse(option, "an rtv holds no arrival times");
+    planSensorTime(option, {i, times[i].sensor}, false);
+    if (!rtv) planArrivedTime(option, {i, times[i].arrived}, false);
+  }
+  const auto span = [](std::uint64_t first, std::uint64_t last) {
+    return formatTime(first) + " to " + formatTime(last);
+  };
+  const FrameTimes first = recording_.times(0);
+  const FrameTimes last = recording_.times(count - 1);
+  const auto nothing = [](auto&) { return VELMAR_ERROR_CODE_SUCCESS_E; };
+  add(std::to_string(count) + " frames captured", span(first.sensor, last.sensor),
+      span(times.front().sensor, times.back().sensor), nothing);
+  if (rtv) return;
+  add(std::to_string(count) + " frames arrived", span(first.arrived, last.arrived),
+      span(times.front().arrived, times.back().arrived), nothing);
+}
+
+std::uint64_t EditPlan::shifted(std::uint64_t time, std::int64_t shift) const {
+  const std::uint64_t moved = time + static_cast<std::uint64_t>(shift);
+  if (shift < 0 ? moved > time : moved < time) refuse("--shift-time", "times would leave 64 bits");
+  return moved;
+}
+
+void EditPlan::planShift(std::int64_t shift) {
+  if (recording_.parser() != nullptr) {
+    // The frames follow, since their times are relative to the start.
+    if (shift % static_cast<std::int64_t>(kMillisecond) != 0) {
+      refuse("--shift-time", "an rtv holds whole milliseconds");
+    }
+    return planStartTime(shifted(description_.startTime, shift));
+  }
+  std::vector<FrameTimes> times;
+  for (unsigned int i = 0; i < recording_.framesCount(); ++i) {
+    const FrameTimes before = recording_.times(i);
+    times.push_back({shifted(before.sensor, shift), shifted(before.arrived, shift)});
+  }
+  planAllTimes("--shift-time", times);
+}
+
+void EditPlan::apply() const {
+  const auto check = [this](VELMAR_ERROR_CODE_E code, const std::string& words) {
+    if (code != VELMAR_ERROR_CODE_SUCCESS_E) throw Failure(recording_.path(), words, code);
+  };
+  const FileDescriptor file(recording_.path(), O_RDWR);
+  if (!file.isOpen()) throw Failure::ofSystem(recording_.path(), "cannot change it", errno);
+  const auto modifier = makeVelmarVideoFileModifier(recording_.path());
+  check(modifier->open(), "it cannot be opened for writing");
+  for (const Change& change : changes_) {
+    check(change.write(*modifier), "it cannot be changed");
+  }
+  check(modifier->close(), "the changes could not be written; the disk may be full");
+}
+
+std::string EditPlan::text() const {
+  std::string text;
+  for (const Change& change : changes_) {
+    if (change.what.empty()) continue;
+    text += change.what + ": " + change.before + " -> " + change.after + "\n";
+  }
+  return text;
+}

@@ -1,0 +1,56 @@
+#include "toolkit/editing/Rebase.h"
+
+#include <cmath>
+#include <limits>
+
+#include "velmar_video/rtv/RecordFileToolkit.h"
+
+namespace {
+
+constexpr double kHundredths = 100;
+
+/// Metres in hundredths; nothing beyond what the field holds, nor for what is not a number.
+std::optional<int> hundredths(double metres, bool is24Bits) {
+  const double value = std::round(metres * kHundredths);
+  const double low = is24Bits ? kLowest24Bits : std::numeric_limits<int>::min();
+  const double high = is24Bits ? kHighest24Bits : std::numeric_limits<int>::max();
+  if (!(value >= low && value <= high)) return std::nullopt;
+  return static_cast<int>(value);
+}
+
+}  // namespace
+
+bool hasStartPosition(const RecordingDescription& description) {
+  return description.lng != 0 || description.lat != 0 || description.alt != 0;
+}
+
+Rebase::Rebase(const RecordingDescription& from, const RecordingDescription& to)
+    : isMoved_(from.lng != to.lng || from.lat != to.lat),
+      from_{RecordFileToolkit::NDS2Degree(from.lng), RecordFileToolkit::NDS2Degree(from.lat)},
+      to_{RecordFileToolkit::NDS2Degree(to.lng), RecordFileToolkit::NDS2Degree(to.lat)},
+      isVersion02_(to.version == RTV_VER_02) {
+  // Version 03 has whole metres, version 02 neither an altitude nor heights.
+  const long unit = to.version == RTV_VER_04 ? 1 : to.version == RTV_VER_03 ? 100 : 0;
+  rise_ = (long{from.alt} - to.alt) * unit;
+}
+
+std::optional<FrameTag> Rebase::apply(const FrameTag& tag) const {
+  FrameTag moved = tag;
+  const long z = tag.z + rise_;
+  if (z < std::numeric_limits<int>::min() || z > std::numeric_limits<int>::max()) return {};
+  moved.z = static_cast<int>(z);
+  if (!isMoved_) return moved;
+  double lng = 0, lat = 0, x = 0, y = 0;
+  // Each way with the radii at its own start, as readers of either recording go.
+  RecordFileToolkit::initRadius(from_.lat);
+  RecordFileToolkit::rel2Abs(from_.lng, from_.lat, tag.x / kHundredths, tag.y / kHundredths, lng,
+                             lat);
+  RecordFileToolkit::initRadius(to_.lat);
+  RecordFileToolkit::abs2Rel(to_.lng, to_.lat, lng, lat, x, y);
+  const auto east = hundredths(x, isVersion02_);
+  const auto north = hundredths(y, isVersion02_);
+  if (!east || !north) return {};
+  moved.x = *east;
+  moved.y = *north;
+  return moved;
+}

@@ -1,0 +1,54 @@
+#include "toolkit/jpeg/FrameInput.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "toolkit/base/Failure.h"
+#include "toolkit/text/NaturalOrder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+bool isJpegName(const fs::path& path) {
+  std::string extension = path.extension().string();
+  std::transform(extension.begin(), extension.end(), extension.begin(), [](char character) {
+    return character >= 'A' && character <= 'Z' ? static_cast<char>(character | 0x20) : character;
+  });
+  return extension == ".jpg" || extension == ".jpeg";
+}
+
+std::vector<std::string> listFolder(const std::string& folder) {
+  std::vector<std::string> files;
+  std::error_code error;
+  fs::directory_iterator entry(folder, error);
+  for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+    std::error_code unreadable;
+    if (!isJpegName(entry->path()) || entry->is_directory(unreadable)) continue;
+    files.push_back(entry->path().string());
+  }
+  if (error) throw Failure::ofSystem(folder, "cannot list it", error.value());
+  if (files.empty()) {
+    throw Failure(folder, "the folder holds no .jpg file", VELMAR_ERROR_CODE_FILE_NOT_EXIST_E);
+  }
+  std::sort(files.begin(), files.end(), naturalLess);
+  return files;
+}
+
+}  // namespace
+
+std::vector<std::string> listFrameFiles(const std::vector<std::string>& inputs) {
+  std::vector<std::string> files;
+  for (const std::string& input : inputs) {
+    std::error_code error;
+    const fs::file_status status = fs::status(input, error);
+    if (!fs::exists(status)) throw Failure::ofSystem(input, "cannot open it", error.value());
+    if (fs::is_directory(status)) {
+      const std::vector<std::string> found = listFolder(input);
+      files.insert(files.end(), found.begin(), found.end());
+    } else {
+      files.push_back(input);
+    }
+  }
+  return files;
+}

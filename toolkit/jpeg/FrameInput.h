@@ -1,0 +1,15 @@
+/// JPEG files as a source of frames.
+#ifndef VELMAR_TOOLKIT_FRAME_INPUT_H
+#define VELMAR_TOOLKIT_FRAME_INPUT_H
+
+#include <string>
+#include <vector>
+
+/// No frame is larger; what is, is no frame.
+constexpr std::size_t kMaxFrameSize = std::size_t{64} << 20;
+
+/// Files stay as they are given; a folder stands for its .jpg and .jpeg files in natural order.
+/// Throws Failure if one is missing or a folder holds none.
+std::vector<std::string> listFrameFiles(const std::vector<std::string>& inputs);
+
+#endif

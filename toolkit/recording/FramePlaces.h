@@ -1,0 +1,37 @@
+#ifndef VELMAR_TOOLKIT_FRAME_PLACES_H
+#define VELMAR_TOOLKIT_FRAME_PLACES_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "toolkit/base/FileBytes.h"
+#include "toolkit/recording/Recording.h"
+
+/// Bytes of a file.
+struct FilePlace {
+  std::uint64_t offset;
+  std::uint64_t size;
+
+  std::uint64_t end() const { return offset + size; }
+};
+
+/// Where in its file a recording has its frames.
+struct FramePlaces {
+  FramePlaces(const Recording& recording, const FileBytes& file);
+
+  std::vector<FilePlace> frames;
+  /// What is kept for them: from the end of the index or the tag table to the metadata or the end
+  /// of the file.
+  FilePlace room;
+  /// Whether bytes of frames that were moved to make place for the index may lie before them.
+  bool mayBeginWithGap;
+};
+
+/// Where the metadata of an img begins; 0 in one that is not finished.
+std::uint64_t imgMetaDataOffset(const FileBytes& file);
+
+/// How an img that was finished is cut short; empty if its metadata are there, at least in part.
+std::string cutWords(const FileBytes& file);
+
+#endif

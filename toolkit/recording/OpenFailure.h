@@ -1,0 +1,16 @@
+/// Why a recording cannot be opened, where path and content tell more than the library's code.
+#ifndef VELMAR_TOOLKIT_OPEN_FAILURE_H
+#define VELMAR_TOOLKIT_OPEN_FAILURE_H
+
+#include <optional>
+#include <string>
+
+#include "toolkit/base/Failure.h"
+
+/// What there is at the path if that is no file that could be a recording.
+std::optional<Failure> pathFailure(const std::string& path);
+
+/// For a recording whose opening ended with `code`.
+Failure openFailure(const std::string& path, VELMAR_ERROR_CODE_E code);
+
+#endif

@@ -1,0 +1,127 @@
+#include "toolkit/recording/Recording.h"
+
+#include <algorithm>
+
+#include "base/HexText.h"
+#include "toolkit/base/Failure.h"
+#include "toolkit/recording/OpenFailure.h"
+#include "toolkit/text/JsonText.h"
+#include "velmar_video/TypeConversion.h"
+
+void checkExtension(const std::string& path) {
+  // A reader that is not opened touches no file.
+  if (makeVelmarVideoFileReader(path) == nullptr) {
+    throw Failure(path, "its name has to end in .img or .rtv",
+                  VELMAR_ERROR_CODE_NOT_VELMAR_VIDEO_FORMAT_E);
+  }
+}
+
+void checkSameContainer(const std::string& input, const std::string& output) {
+  if (isRtv(input) == isRtv(output)) return;
+  throw Failure(output, "it is of another container than " + input + "; convert can change that",
+                VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+}
+
+Recording::Recording(const std::string& path) : path_(path) {
+  if (const auto failure = pathFailure(path)) throw Failure(*failure);
+  checkExtension(path);
+  reader_ = makeVelmarVideoFileReader(path);
+  if (const auto code = reader_->open()) throw openFailure(path, code);
+  if (!isRtv(path)) return;
+  parser_ = std::make_unique<TaggedVideoParser>();
+  check(rtvErrorCode2VelmarErrorCode(parser_->init(path.c_str())));
+}
+
+void Recording::check(VELMAR_ERROR_CODE_E code) const {
+  if (code != VELMAR_ERROR_CODE_SUCCESS_E) throw Failure(path_, code);
+}
+
+unsigned int Recording::framesCount() const {
+  unsigned int count = 0;
+  check(reader_->getFramesCount(count));
+  return count;
+}
+
+std::uint64_t Recording::sensorTime(unsigned int index) const {
+  unsigned long time = 0;
+  check(reader_->getSensorTime(index, time));
+  return time;
+}
+
+FrameTimes Recording::times(unsigned int index) const {
+  unsigned long arrived = 0;
+  check(reader_->getArrivedTime(index, arrived));
+  return {sensorTime(index), arrived};
+}
+
+unsigned int Recording::frameSize(unsigned int index) const {
+  unsigned int size = 0;
+  check(reader_->getRawImageSize(index, size, false));
+  return size;
+}
+
+std::string Recording::deviceId() const {
+  if (parser_ == nullptr) {
+    const Json::Value metaInfo = parseJson(reader_->getMetaInfo());
+    return metaInfo.isObject() ? metaInfo["camera_id"].asString() : "";
+  }
+  unsigned char id[kRtvDeviceIdSize];
+  check(reader_->getDeviceId(id, kRtvDeviceIdSize));
+  const bool isSet = std::any_of(id, id + kRtvDeviceIdSize, [](auto byte) { return byte != 0; });
+  return isSet ? bytesToHex(id, kRtvDeviceIdSize) : "";
+}
+
+bool Recording::hasPlainDeviceId() const {
+  const std::string text = deviceId();
+  const std::string bytes = bytesOfHex(text);
+  return text == bytesToHex(reinterpret_cast<const unsigned char*>(bytes.data()),
+                            static_cast<unsigned int>(bytes.size()));
+}
+
+RecordingDescription Recording::description() const {
+  RecordingDescription description;
+  unsigned int undistorted = 0;
+  unsigned long startTime = 0;
+  check(reader_->getImageResolution(description.width, description.height));
+  check(reader_->getColorFormat(description.format));
+  check(reader_->getCodec(description.codec));
+  check(reader_->getUndistortFlags(undistorted));
+  check(reader_->getStartTime(startTime));
+  description.deviceId = bytesOfHex(deviceId());
+  description.undistorted = undistorted != 0;
+  description.startTime = startTime;
+  description.cameraParams = reader_->getCameraParams();
+  description.extendedInfo = reader_->getExtendedInfo();
+  if (parser_ == nullptr) return description;
+  // None of these can fail on a parser that is open.
+  parser_->getVersion(description.version);
+  parser_->getStartPosition(description.lng, description.lat, description.alt);
+  parser_->getTaggingFlags(description.taggingFlags);
+  description.taggingFlags &= ~kRtvUndistortedFlag;
+  return description;
+}
+
+frametag03Ver_t Recording::storedTag(unsigned int index) const {
+  frametag03Ver_t stored{};
+  if (parser_ == nullptr) return stored;
+  check(rtvErrorCode2VelmarErrorCode(parser_->getTag(static_cast<unsigned short>(index), stored)));
+  return stored;
+}
+
+int Recording::timeFlag(unsigned int index) const { return storedTag(index).time_flag; }
+
+FrameTag Recording::tag(unsigned int index) const {
+  FrameTag tag;
+  const frametag03Ver_t stored = storedTag(index);
+  tag.x = stored.x;
+  tag.y = stored.y;
+  tag.z = stored.z;
+  tag.relativeDistance = stored.relative_distance;
+  tag.speed = stored.speed;
+  tag.direction = stored.direction;
+  if (parser_ != nullptr) {
+    check(rtvErrorCode2VelmarErrorCode(
+        parser_->getCANRecord(static_cast<unsigned short>(index), tag.can)));
+  }
+  return tag;
+}

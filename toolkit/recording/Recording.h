@@ -1,0 +1,56 @@
+#ifndef VELMAR_TOOLKIT_RECORDING_H
+#define VELMAR_TOOLKIT_RECORDING_H
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "toolkit/recording/FrameTag.h"
+#include "toolkit/recording/FrameTimes.h"
+#include "toolkit/recording/RecordingDescription.h"
+#include "velmar_video/VelmarVideoFile.h"
+#include "velmar_video/rtv/TaggedVideoParser.h"
+
+/// Throws Failure unless the path's extension names a container.
+void checkExtension(const std::string& path);
+
+/// Throws Failure unless the output is of the input's container.
+void checkSameContainer(const std::string& input, const std::string& output);
+
+/// An open recording, with failures as exceptions that name it. One thread at a time.
+class Recording {
+ public:
+  explicit Recording(const std::string& path);
+
+  const std::string& path() const { return path_; }
+  /// For what the library's codes are wanted of.
+  VelmarVideoFileReader& reader() const { return *reader_; }
+  /// Below the facade; null unless the recording is an rtv.
+  TaggedVideoParser* parser() const { return parser_.get(); }
+
+  unsigned int framesCount() const;
+  std::uint64_t sensorTime(unsigned int index) const;
+  FrameTimes times(unsigned int index) const;
+  unsigned int frameSize(unsigned int index) const;
+  RecordingDescription description() const;
+  /// The camera's identifier as hexadecimal text; empty if all its bytes are 0 in an rtv, where it
+  /// has a fixed size.
+  std::string deviceId() const;
+  /// Whether that text is what a writer makes of its bytes: lower-case pairs of digits.
+  bool hasPlainDeviceId() const;
+
+  /// Milliseconds, as stored; 0 unless the recording is an rtv.
+  int timeFlag(unsigned int index) const;
+  /// Empty unless the recording is an rtv.
+  FrameTag tag(unsigned int index) const;
+
+ private:
+  void check(VELMAR_ERROR_CODE_E code) const;
+  frametag03Ver_t storedTag(unsigned int index) const;
+
+  std::string path_;
+  std::shared_ptr<VelmarVideoFileReader> reader_;
+  std::unique_ptr<TaggedVideoParser> parser_;
+};
+
+#endif

@@ -1,0 +1,66 @@
+#ifndef VELMAR_TOOLKIT_RECORDING_DESCRIPTION_H
+#define VELMAR_TOOLKIT_RECORDING_DESCRIPTION_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "jpeg/JpegHeader.h"
+#include "toolkit/recording/FrameTimes.h"
+#include "velmar_video/VelmarVideoCommDef.h"
+#include "velmar_video/rtv/RecordFile.h"
+
+/// What a recording says of itself besides its frames.
+struct RecordingDescription {
+  void setSize(JpegSize size) {
+    width = static_cast<unsigned short>(size.width);
+    height = static_cast<unsigned short>(size.height);
+  }
+
+  unsigned short width = 0;   ///< pixels
+  unsigned short height = 0;  ///< pixels
+  VELMAR_FORMAT_E format = VELMAR_FORMAT_BGR_E;
+  VELMAR_CODEC_E codec = VELMAR_CODEC_JPG_E;
+  std::string deviceId;  ///< bytes
+  bool undistorted = false;
+
+  // Only in img.
+  std::string cameraParams = "{}";  ///< JSON text
+  std::string extendedInfo = "{}";  ///< JSON text
+
+  // Only in rtv.
+  version_e version = RTV_VER_03;
+  std::uint64_t startTime = 0;    ///< microseconds since 1970, in every version
+  int lng = 0;                    ///< start position, NDS units
+  int lat = 0;                    ///< start position, NDS units
+  int alt = 0;                    ///< as stored
+  unsigned int taggingFlags = 0;  ///< besides the mark of undistorted frames
+};
+
+bool isRtv(const std::string& path);
+
+/// The bytes of an identifier's hexadecimal text; a digit too many is left out.
+std::string bytesOfHex(const std::string& text);
+
+/// The NDS units nearest to the degrees; 180 degrees east are 180 degrees west.
+int nearestNds(double degrees);
+
+/// Microseconds since 1970 from which an rtv of the version counts its start time.
+std::uint64_t rtvEpoch(version_e version);
+
+/// Milliseconds as the version's header has them; nothing before the day from which it counts.
+std::optional<std::uint64_t> rtvStartTime(const RecordingDescription& description);
+
+/// Milliseconds from the start to the capture of a frame as its tag has them. Nothing for a frame
+/// before the start, whose time readers would take for one after it, and beyond 24 days.
+std::optional<int> rtvTimeFlag(const RecordingDescription& description, std::uint64_t sensorTime);
+
+/// Throws Failure, which names `output`, if it is an rtv and cannot hold as many frames.
+void checkFramesCount(const std::string& output, std::size_t frames);
+
+/// The same if it cannot hold the start time or the time of a frame.
+void checkRtvTimes(const std::string& output, const RecordingDescription& description,
+                   const std::vector<FrameTimes>& times);
+
+#endif

@@ -1,0 +1,86 @@
+#include "toolkit/recording/RecordingWriter.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "base/FileDescriptor.h"
+#include "base/PublishFile.h"
+#include "toolkit/recording/Recording.h"
+
+RecordingWriter::RecordingWriter(std::string path, const RecordingDescription& description,
+                                 unsigned int framesMax, OnFailure onFailure,
+                                 const std::string& shownAs)
+    : path_(std::move(path)), onFailure_(onFailure) {
+  checkExtension(path_);
+  backend_ = makeRecordingBackend(path_, description, framesMax);
+  const VELMAR_ERROR_CODE_E code = backend_->open();
+  if (code != VELMAR_ERROR_CODE_SUCCESS_E) {
+    throw creationFailure(shownAs.empty() ? path_ : shownAs, code);
+  }
+}
+
+RecordingWriter::~RecordingWriter() {
+  if (finished_) return;
+  // A writer that is let go finishes its file. Without the temporary file it cannot.
+  if (!keepsFrames()) removeTemporaryFiles();
+  backend_.reset();
+  if (!keepsFrames()) removeTemporaryFiles();
+}
+
+void RecordingWriter::add(const std::string& jpeg, FrameTimes times, const FrameTag& tag) {
+  if (!backend_->add(jpeg, times, tag)) {
+    throw failure("cannot write frame " + std::to_string(frames_) + ", the disk may be full",
+                  VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
+  }
+  ++frames_;
+  if (syncInterval_ > 0 && frames_ % syncInterval_ == 0) sync();
+}
+
+void RecordingWriter::finish() {
+  if (frames_ == 0) {
+    throw failure("there was no frame to record", VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
+  }
+  const VELMAR_ERROR_CODE_E code = backend_->close();
+  if (code != VELMAR_ERROR_CODE_SUCCESS_E) {
+    throw failure("cannot finish it, the disk may be full", code);
+  }
+  finished_ = true;
+}
+
+Failure RecordingWriter::failure(const std::string& words, VELMAR_ERROR_CODE_E code) {
+  if (!keepsFrames()) return {path_, words, code};
+  const bool complete = backend_->close() == VELMAR_ERROR_CODE_SUCCESS_E;
+  const std::string place =
+      complete ? path_ : path_ + ".tmp; the command recover makes a recording of it";
+  return {path_, words + "; the frames recorded so far are in " + place, code};
+}
+
+void RecordingWriter::sync() {
+  const std::string temporary = path_ + ".tmp";
+  if (frames_ == syncInterval_) syncName(temporary);
+  const std::string journal = temporary + ".index";
+  // The frames before the index journal, which must not lead to any that are not there. Neither an
+  // rtv has one nor an img that could not make one.
+  const bool hasJournal = ::access(journal.c_str(), F_OK) == 0;
+  if (syncFile(temporary) == 0 && (!hasJournal || syncFile(journal) == 0)) return;
+  throw failure("cannot bring frame " + std::to_string(frames_ - 1) + " to the disk",
+                VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
+}
+
+/// The library does not say why; trying once more does.
+Failure RecordingWriter::creationFailure(const std::string& name, VELMAR_ERROR_CODE_E code) const {
+  const std::string temporary = path_ + ".tmp";
+  const bool isThere = ::access(temporary.c_str(), F_OK) == 0;
+  const FileDescriptor file(temporary, O_WRONLY | O_CREAT, 0666);
+  if (!file.isOpen()) return Failure::ofCreation(isThere ? temporary : name, errno);
+  removeTemporaryFiles();
+  return {name, "cannot create it, the disk may be full", code};
+}
+
+void RecordingWriter::removeTemporaryFiles() const {
+  ::unlink((path_ + ".tmp").c_str());
+  ::unlink((path_ + ".tmp.index").c_str());
+}

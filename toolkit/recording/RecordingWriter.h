@@ -1,0 +1,57 @@
+#ifndef VELMAR_TOOLKIT_RECORDING_WRITER_H
+#define VELMAR_TOOLKIT_RECORDING_WRITER_H
+
+#include <memory>
+#include <string>
+
+#include "toolkit/base/Failure.h"
+#include "toolkit/recording/RecordingBackend.h"
+
+/// Writes one recording and tidies up if that fails.
+class RecordingWriter {
+ public:
+  enum class OnFailure {
+    RemoveFrames,  ///< they can be had again
+    KeepFrames,    ///< what is recorded stays, finished if possible
+  };
+
+  /// Opens the recording. What is there is replaced; see checkRecordingOutput().
+  /// \param framesMax  see makeRecordingBackend()
+  /// \param shownAs    the name to show if it cannot be opened, the path if empty
+  /// Throws Failure.
+  RecordingWriter(std::string path, const RecordingDescription& description, unsigned int framesMax,
+                  OnFailure onFailure, const std::string& shownAs = "");
+  RecordingWriter(const RecordingWriter&) = delete;
+  RecordingWriter& operator=(const RecordingWriter&) = delete;
+  /// Gives up what is not finished.
+  ~RecordingWriter();
+
+  /// Instead of the description's.
+  void setSize(unsigned short width, unsigned short height) { backend_->setSize(width, height); }
+  /// Brings the frames to the disk after every `frames` of them; never if that is 0.
+  void syncEvery(unsigned int frames) { syncInterval_ = frames; }
+  unsigned int frames() const { return frames_; }
+
+  /// Throws Failure if the frame cannot be written or not be brought to the disk.
+  void add(const std::string& jpeg, FrameTimes times, const FrameTag& tag = {});
+  /// Brings the recording under its name. Throws Failure, also if it has no frame.
+  void finish();
+
+ private:
+  bool keepsFrames() const { return onFailure_ == OnFailure::KeepFrames && frames_ > 0; }
+  /// Says where the frames are that are kept.
+  Failure failure(const std::string& words, VELMAR_ERROR_CODE_E code);
+  Failure creationFailure(const std::string& name, VELMAR_ERROR_CODE_E code) const;
+  /// The temporary files.
+  void sync();
+  void removeTemporaryFiles() const;
+
+  std::string path_;
+  OnFailure onFailure_;
+  std::unique_ptr<RecordingBackend> backend_;
+  unsigned int frames_ = 0;
+  unsigned int syncInterval_ = 0;
+  bool finished_ = false;
+};
+
+#endif

@@ -1,0 +1,15 @@
+#include "toolkit/recording/StoredFrame.h"
+
+#include "toolkit/jpeg/JpegInspector.h"
+
+FrameFlaw readStoredFrame(const Recording& recording, unsigned int index, std::string& bytes) {
+  bytes.clear();
+  if (const auto code = recording.reader().getRawImage(index, bytes)) return FrameFlaw(code);
+  VELMAR_CODEC_E codec{};
+  recording.reader().getCodec(codec);  // does not fail on an open recording
+  if (codec == VELMAR_CODEC_H264_E || beginsAsJpeg(bytes)) return {};
+  FrameFlaw flaw(VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
+  flaw.words = "its bytes are no JPEG picture";
+  flaw.hasBytes = true;
+  return flaw;
+}

@@ -1,0 +1,246 @@
+#include "toolkit/rescue/Verification.h"
+
+#include <algorithm>
+#include <numeric>
+#include <vector>
+
+#include "container/rtv/RtvLayout.h"
+#include "toolkit/base/Failure.h"
+#include "toolkit/base/FileBytes.h"
+#include "toolkit/jpeg/FrameInput.h"
+#include "toolkit/jpeg/JpegInspector.h"
+#include "toolkit/recording/FramePlaces.h"
+#include "toolkit/recording/OpenFailure.h"
+#include "toolkit/recording/Recording.h"
+#include "toolkit/rescue/FindingRanges.h"
+#include "toolkit/text/JsonText.h"
+
+namespace {
+
+using Severity = Finding::Severity;
+
+/// Checks a recording that opens.
+class Verifier {
+ public:
+  Verifier(const std::string& path, bool decode, FindingRanges& findings)
+      : recording_(path),
+        file_(path),
+        places_(recording_, file_),
+        description_(recording_.description()),
+        decode_(decode),
+        findings_(findings) {}
+
+  unsigned int run() {
+    checkPlaces();
+    checkNeighbours();
+    for (unsigned int i = 0; i < count(); ++i) {
+      checkPicture(i);
+      if (i > 0) checkOrder(i);
+    }
+    if (recording_.parser() == nullptr) {
+      checkMetaData();
+    } else {
+      checkRtv();
+    }
+    return count();
+  }
+
+ private:
+  unsigned int count() const { return static_cast<unsigned int>(places_.frames.size()); }
+  bool isInside(const FilePlace& place) const { return file_.contains(place.offset, place.size); }
+
+  unsigned char byteAt(std::uint64_t offset) const {
+    return static_cast<unsigned char>(file_.read(offset, 1).at(0));
+  }
+
+  void reportFrame(Severity severity, unsigned int index, const std::string& text) const {
+    findings_.add({severity, index, places_.frames[index].offset, text});
+  }
+  void reportBytes(std::uint64_t from, std::uint64_t to) const {
+    findings_.add(
+        {Severity::Warning, {}, from, std::to_string(to - from) + " bytes belong to no frame"});
+  }
+
+  void checkPlaces() const {
+    if (count() == 0) findings_.add({Severity::Error, {}, {}, "there is no frame"});
+    for (unsigned int i = 0; i < count(); ++i) {
+      const FilePlace& place = places_.frames[i];
+      if (!isInside(place)) {
+        reportFrame(Severity::Error, i, "reaches past the end of the file");
+      } else if (place.offset < places_.room.offset) {
+        reportFrame(Severity::Error, i, "lies over the header or the index");
+      } else if (place.end() > places_.room.end()) {
+        reportFrame(Severity::Error, i, "lies over the metadata");
+      }
+    }
+  }
+
+  /// In the order in which they lie in the file, frames must not overlap and leave nothing out.
+  void checkNeighbours() const {
+    std::vector<unsigned int> order(count());
+    std::iota(order.begin(), order.end(), 0U);
+    std::erase_if(order, [this](unsigned int i) { return !isInside(places_.frames[i]); });
+    std::stable_sort(order.begin(), order.end(), [this](unsigned int one, unsigned int other) {
+      return places_.frames[one].offset < places_.frames[other].offset;
+    });
+    std::uint64_t end = places_.room.offset;
+    std::uint64_t gap = 0;  // that may be there
+    if (places_.mayBeginWithGap && !order.empty()) gap = places_.frames[order.back()].size;
+    std::optional<unsigned int> before;
+    for (const unsigned int i : order) {
+      const FilePlace& place = places_.frames[i];
+      if (before && place.size > 0 && place.offset < end) {
+        reportFrame(Severity::Error, i, "overlaps frame " + std::to_string(*before));
+      } else if (place.offset > end && place.offset - end >= std::max<std::uint64_t>(gap, 1)) {
+        reportBytes(end, place.offset);
+      }
+      gap = 0;
+      if (place.end() >= end) before = i;
+      end = std::max(end, place.end());
+    }
+    if (end < places_.room.end()) reportBytes(end, places_.room.end());
+  }
+
+  /// The start and the end of the frame are enough for most pictures.
+  void checkPicture(unsigned int index) const {
+    constexpr std::uint64_t kStart = 4096;
+    constexpr std::uint64_t kEnd = 256;
+    const FilePlace& place = places_.frames[index];
+    if (!isInside(place)) return;
+    std::string jpeg =
+        file_.read(place.offset, decode_ ? place.size : std::min(place.size, kStart));
+    if (!beginsAsJpeg(jpeg)) return reportFrame(Severity::Error, index, "does not begin as a JPEG");
+    auto size = inspector_.size(jpeg);
+    if (!size && jpeg.size() < place.size) {
+      jpeg = file_.read(place.offset, place.size);
+      size = inspector_.size(jpeg);
+    }
+    if (!size) return reportFrame(Severity::Error, index, "has no JPEG header that can be read");
+    if (size->width != description_.width || size->height != description_.height) {
+      reportFrame(Severity::Warning, index,
+                  "is " + toText(*size) + ", but the header says " +
+                      toText({description_.width, description_.height}));
+    }
+    if (!endsAsJpeg(jpegEnd(place, kEnd)) && !isWholeJpeg(jpegEnd(place, place.size))) {
+      reportFrame(Severity::Warning, index, "has no end marker");
+    }
+    if (decode_) checkDecoding(index, jpeg);
+  }
+
+  std::string jpegEnd(const FilePlace& place, std::uint64_t atMost) const {
+    const std::uint64_t size = std::min(place.size, atMost);
+    return file_.read(place.end() - size, size);
+  }
+
+  void checkDecoding(unsigned int index, const std::string& jpeg) const {
+    const auto problem = JpegInspector::decodingProblem(jpeg);
+    if (problem.text.empty()) return;
+    reportFrame(
+        problem.isFatal ? Severity::Error : Severity::Warning, index,
+        (problem.isFatal ? "does not decode: " : "decodes with a warning: ") + problem.text);
+  }
+
+  void checkOrder(unsigned int index) const {
+    const FrameTimes before = recording_.times(index - 1);
+    const FrameTimes times = recording_.times(index);
+    if (times.sensor < before.sensor) {
+      reportFrame(Severity::Warning, index, "was captured before the frame before it");
+    }
+    if (recording_.parser() == nullptr && times.arrived < before.arrived) {
+      reportFrame(Severity::Warning, index, "arrived before the frame before it");
+    }
+  }
+
+  /// What an edit would write must say what the file says.
+  void checkMetaData() const {
+    const std::uint64_t offset = places_.room.end();
+    const auto warn = [&](const std::string& text) {
+      findings_.add({Severity::Warning, {}, offset, "metadata: " + text});
+    };
+    const Json::Value stored = parseJson(file_.read(offset, file_.size() - offset));
+    if (!stored.isObject()) return warn("it is not strict JSON");
+    const Json::Value read = parseJson(recording_.reader().getMetaInfo());
+    for (const std::string& key : read.getMemberNames()) {
+      if (!stored.isMember(key)) {
+        if (key != "extendedInfo") warn("\"" + key + "\" is missing");
+      } else if (stored[key] != read[key]) {
+        warn("\"" + key + "\" is " + toJsonText(stored[key]) + ", read as " +
+             toJsonText(read[key]));
+      }
+    }
+    for (const std::string& key : stored.getMemberNames()) {
+      if (!read.isMember(key) && key != "frame_index_data_checksum") {
+        warn("\"" + key + "\" is unknown, an edit would lose it");
+      }
+    }
+  }
+
+  void checkRtv() const {
+    const auto warn = [this](std::uint64_t offset, const std::string& text) {
+      findings_.add({Severity::Warning, {}, offset, text});
+    };
+    const RtvLayout layout = rtvLayout(description_.version);
+    if (file_.read(kMagicCodeAt, 10) != "velmar.rtv") warn(kMagicCodeAt, "the magic code differs");
+    if (byteAt(layout.frameFormatAt()) > RTV_FMT_GRAY) {
+      warn(layout.frameFormatAt(), "the frame format is unknown");
+    }
+    if (byteAt(layout.frameCodecAt()) > RTV_CODEC_JPG) {
+      warn(layout.frameCodecAt(), "the frame codec is unknown");
+    }
+    for (unsigned int i = 0; i < count(); ++i) {
+      if (recording_.timeFlag(i) < 0) {
+        reportFrame(Severity::Warning, i,
+                    "has a time before the start, which is read as one after it");
+      }
+    }
+    unsigned short slots = 0;
+    recording_.parser()->getFramesMax(slots);  // does not fail on an open parser
+    if (slots < count()) {
+      findings_.add({Severity::Error, {}, layout.framesMaxAt(), "there are more frames than tags"});
+      return;
+    }
+    const std::uint64_t unused = layout.tagAt(count());
+    const std::string tags = file_.read(unused, layout.tagAt(slots) - unused);
+    const auto found = tags.find_first_not_of('\0');
+    if (found != tags.npos) {
+      warn(unused + found, "the tags behind the last frame's are not zero");
+    }
+  }
+
+  const Recording recording_;
+  const FileBytes file_;
+  const FramePlaces places_;
+  const RecordingDescription description_;
+  const bool decode_;
+  FindingRanges& findings_;
+  const JpegInspector inspector_;
+};
+
+}  // namespace
+
+unsigned int verify(const std::string& path, bool decode,
+                    const std::function<void(const Finding&)>& report) {
+  const auto reader = makeVelmarVideoFileReader(path);
+  if (reader == nullptr) {
+    report({Severity::Error,
+            {},
+            {},
+            "does not open: its name has to end in .img or .rtv (what an interrupted recording "
+            "left is for the command recover)"});
+    return 0;
+  }
+  const VELMAR_ERROR_CODE_E code = reader->open();
+  if (code != VELMAR_ERROR_CODE_SUCCESS_E) {
+    report({Severity::Error, {}, {}, "does not open: " + openFailure(path, code).words()});
+    return 0;
+  }
+  FindingRanges findings(report);
+  try {
+    const unsigned int count = Verifier(path, decode, findings).run();
+    findings.finish();
+    return count;
+  } catch (const Failure&) {
+    findings.finish();
+    throw;
+  }
+}

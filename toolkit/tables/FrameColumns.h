@@ -1,0 +1,23 @@
+/// The columns of a table of frames: what `frames --csv` writes and what --times and --tags read.
+#ifndef VELMAR_TOOLKIT_FRAME_COLUMNS_H
+#define VELMAR_TOOLKIT_FRAME_COLUMNS_H
+
+#include <string>
+#include <vector>
+
+#include "toolkit/text/CsvTable.h"
+#include "velmar_video/rtv/CanData.h"
+
+/// The names in their order, with commas.
+/// \param ofRtv   with time flag, position, distance, speed and direction
+/// \param hasCan  and with the CAN signals
+std::string frameColumns(bool ofRtv, bool hasCan);
+
+/// The fields of a CAN record but its length.
+const std::vector<CanField>& canSignals();
+
+/// A table from a file. What the columns are that it has beside those of frameColumns() and of
+/// `others` is said; nobody reads them. Throws Failure.
+CsvTable readFrameTable(const std::string& path, const std::vector<std::string>& others = {});
+
+#endif

@@ -1,0 +1,86 @@
+#include "toolkit/tables/Track.h"
+
+#include "toolkit/text/JsonText.h"
+#include "toolkit/text/NumberText.h"
+#include "toolkit/text/TimeText.h"
+#include "velmar_video/rtv/RecordFileToolkit.h"
+
+namespace {
+
+constexpr double kHundredths = 100;
+
+std::string coordinates(const Place& place) {
+  return "[" + degreesText(place.lng) + "," + degreesText(place.lat) + "," +
+         fixedText(place.alt, 2) + "]";
+}
+
+std::string joined(const std::vector<std::string>& texts) {
+  std::string all;
+  for (const std::string& text : texts) all.append(all.empty() ? "" : ",").append(text);
+  return all;
+}
+
+std::string escapedForXml(const std::string& text) {
+  std::string escaped;
+  for (const char character : text) {
+    switch (character) {
+      case '&':
+        escaped += "&amp;";
+        break;
+      case '<':
+        escaped += "&lt;";
+        break;
+      case '>':
+        escaped += "&gt;";
+        break;
+      default:
+        // XML has no control characters.
+        escaped += static_cast<unsigned char>(character) < 0x20 ? '?' : character;
+    }
+  }
+  return escaped;
+}
+
+}  // namespace
+
+Track::Track(const Recording& recording) : recording_(recording) {
+  recording.parser()->getStdPosition(start_.lat, start_.lng, start_.alt);
+  RecordFileToolkit::initRadius(start_.lat);
+}
+
+Place Track::at(const FrameTag& tag) const {
+  Place place{0, 0, start_.alt + tag.z / kHundredths};
+  RecordFileToolkit::rel2Abs(start_.lng, start_.lat, tag.x / kHundredths, tag.y / kHundredths,
+                             place.lng, place.lat);
+  return place;
+}
+
+std::string Track::gpx(const std::vector<unsigned int>& frames) const {
+  std::string text =
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+      "<gpx version=\"1.1\" creator=\"velmar-video\" "
+      "xmlns=\"http://www.topografix.com/GPX/1/1\">\n<trk><name>";
+  text += escapedForXml(recording_.path()) + "</name><trkseg>\n";
+  for (const unsigned int frame : frames) {
+    const Place place = at(recording_.tag(frame));
+    text += "<trkpt lat=\"" + degreesText(place.lat) + "\" lon=\"" + degreesText(place.lng) +
+            "\"><ele>" + fixedText(place.alt, 2) + "</ele><time>" +
+            formatTime(recording_.sensorTime(frame)) + "</time></trkpt>\n";
+  }
+  return text + "</trkseg></trk>\n</gpx>\n";
+}
+
+std::string Track::geoJson(const std::vector<unsigned int>& frames) const {
+  std::vector<std::string> places;
+  std::vector<std::string> times;
+  for (const unsigned int frame : frames) {
+    places.push_back(coordinates(at(recording_.tag(frame))));
+    times.push_back("\"" + formatTime(recording_.sensorTime(frame)) + "\"");
+  }
+  const bool isLine = places.size() > 1;
+  std::string text = R"({"type":"Feature","properties":{"name":)";
+  text += toJsonText(recording_.path()) + R"(,"times":[)" + joined(times) + "]},";
+  text += isLine ? R"("geometry":{"type":"LineString","coordinates":[)"
+                 : R"("geometry":{"type":"Point","coordinates":)";
+  return text + joined(places) + (isLine ? "]}}\n" : "}}\n");
+}

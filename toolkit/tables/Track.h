@@ -1,0 +1,36 @@
+#ifndef VELMAR_TOOLKIT_TRACK_H
+#define VELMAR_TOOLKIT_TRACK_H
+
+#include <string>
+#include <vector>
+
+#include "toolkit/recording/Recording.h"
+
+/// A place on the WGS 84 ellipsoid.
+struct Place {
+  double lng;  ///< degrees
+  double lat;  ///< degrees
+  double alt;  ///< metres
+};
+
+/// Where the frames of an rtv were captured: its start position and the frames' positions relative
+/// to it, by the ellipsoid method. One Track at a time, since that method keeps its radii in
+/// variables of the process.
+class Track {
+ public:
+  explicit Track(const Recording& recording);
+
+  Place start() const { return start_; }
+  Place at(const FrameTag& tag) const;
+
+  /// A GPX document.
+  std::string gpx(const std::vector<unsigned int>& frames) const;
+  /// A GeoJSON feature: a line, or a point for a single frame.
+  std::string geoJson(const std::vector<unsigned int>& frames) const;
+
+ private:
+  const Recording& recording_;
+  Place start_{};
+};
+
+#endif

@@ -1,0 +1,56 @@
+#ifndef VELMAR_TOOLKIT_CSV_TABLE_H
+#define VELMAR_TOOLKIT_CSV_TABLE_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// A table of text: a header with the columns' names, then rows with as many fields. Fields in
+/// quotation marks may hold commas, line ends and, doubled, quotation marks. Empty lines count for
+/// nothing. Columns may come in any order; capitals and blanks in their names make no difference.
+class CsvTable {
+ public:
+  struct Row {
+    std::size_t line;
+    std::vector<std::string> fields;
+  };
+
+  /// \param name  of the table, for messages
+  /// Throws Failure that names the line.
+  CsvTable(std::string name, const std::string& text);
+
+  const std::string& name() const { return name_; }
+  /// Their names as they stand in the header.
+  const std::vector<std::string>& columns() const { return columns_; }
+  /// Throws Failure if the column is there twice.
+  std::optional<std::size_t> column(const std::string& name) const;
+  /// Throws Failure, which names the columns that are there, if this one is not.
+  std::size_t requiredColumn(const std::string& name) const;
+  /// The names of those that are not `known`, as they stand in the header.
+  std::vector<std::string> columnsBeside(const std::vector<std::string>& known) const;
+  /// That there is no such column, but others.
+  [[noreturn]] void failWithout(const std::string& columns) const;
+  const std::vector<Row>& rows() const { return rows_; }
+  /// Throws Failure with the line and what is wrong with it.
+  [[noreturn]] void fail(std::size_t line, const std::string& words) const;
+
+ private:
+  std::string name_;
+  std::vector<std::string> columns_;
+  std::vector<Row> rows_;
+};
+
+/// Without the blanks around it.
+std::string_view trimmed(std::string_view text);
+
+/// With commas between them.
+std::string joined(const std::vector<std::string>& names);
+
+/// The row of each frame, in the frames' order. Rows name their frame in the column "file", by the
+/// path as it is in `files` or by its last part, or in the column "index", from 0. Throws Failure
+/// unless rows and frames match one to one.
+std::vector<const CsvTable::Row*> rowsOfFrames(const CsvTable& table,
+                                               const std::vector<std::string>& files);
+
+#endif

@@ -1,0 +1,18 @@
+/// JSON for people and for programs.
+#ifndef VELMAR_TOOLKIT_JSON_TEXT_H
+#define VELMAR_TOOLKIT_JSON_TEXT_H
+
+#include <json/value.h>
+
+#include <string>
+
+/// The file's text, which is valid JSON; Failure says where it is not.
+std::string readJsonFile(const std::string& path);
+
+/// Null if the text is no JSON; comments may be in it.
+Json::Value parseJson(const std::string& text);
+
+/// On one line, in ASCII.
+std::string toJsonText(const Json::Value& value);
+
+#endif

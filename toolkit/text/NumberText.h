@@ -1,0 +1,38 @@
+/// Numbers as text, independent of the locale.
+#ifndef VELMAR_TOOLKIT_NUMBER_TEXT_H
+#define VELMAR_TOOLKIT_NUMBER_TEXT_H
+
+#include <charconv>
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// The shortest text that gives the value back.
+template <typename T>
+std::string numberText(T value) {
+  char text[32];
+  const auto end = std::to_chars(text, text + sizeof text, value);
+  return {text, end.ptr};
+}
+
+/// The value of a text that is a number and nothing else.
+template <typename T>
+std::optional<T> numberOf(std::string_view text) {
+  T value{};
+  const char* const end = text.data() + text.size();
+  const auto result = std::from_chars(text.data(), end, value);
+  if (result.ec != std::errc() || result.ptr != end) return std::nullopt;
+  return value;
+}
+
+/// With that many digits behind the point.
+inline std::string fixedText(double value, int digits) {
+  char text[400];
+  const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, digits);
+  return {text, end.ptr};
+}
+
+/// Degrees down to a tenth of a millimetre on the ground.
+inline std::string degreesText(double degrees) { return fixedText(degrees, 9); }
+
+#endif

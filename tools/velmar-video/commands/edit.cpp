@@ -1,0 +1,165 @@
+#include <charconv>
+#include <memory>
+
+#include "program/DescriptionOptions.h"
+#include "program/StandardOutput.h"
+#include "program/Tool.h"
+#include "toolkit/base/InputFile.h"
+#include "toolkit/editing/EditPlan.h"
+#include "toolkit/tables/FrameColumns.h"
+#include "toolkit/tables/TimesCsv.h"
+#include "toolkit/text/JsonText.h"
+#include "toolkit/text/TimeText.h"
+
+namespace {
+
+struct Options {
+  std::string file;
+  EditRequest request;
+  std::string timesFile;
+  std::string cameraParamsFile;
+  std::string extendedInfoFile;
+  bool dryRun = false;
+
+  bool asksForNothing() const {
+    return !request.deviceId && !request.undistorted && !request.startTime &&
+           request.sensorTimes.empty() && request.arrivedTimes.empty() && !request.shift &&
+           !request.taggingFlags && !request.fixResolution && timesFile.empty() &&
+           cameraParamsFile.empty() && extendedInfoFile.empty();
+  }
+};
+
+ExitStatus edit(const Options& options) {
+  EditRequest request = options.request;
+  if (!options.cameraParamsFile.empty())
+    request.cameraParams = readJsonFile(options.cameraParamsFile);
+  if (!options.extendedInfoFile.empty())
+    request.extendedInfo = readJsonFile(options.extendedInfoFile);
+  if (!options.timesFile.empty()) {
+    request.allTimes = readAllTimes(readFrameTable(options.timesFile));
+  }
+  const Recording recording(options.file);
+  const EditPlan plan(recording, request);
+  const std::string text = plan.text();
+  if (!options.dryRun && !plan.isEmpty()) plan.apply();
+  StandardOutput output;
+  output.write(plan.isEmpty() ? "nothing to change\n" : text);
+  output.flush();
+  return ExitStatus::Done;
+}
+
+/// "I=TIME"
+EditRequest::FrameTime parseFrameTime(const std::string& option, const std::string& text) {
+  const std::size_t equals = text.find('=');
+  const auto index = parseNumber(std::string_view(text).substr(0, equals));
+  if (equals == text.npos || !index || *index > UINT32_MAX) {
+    throw UsageError(option + " is I=TIME with the number of a frame");
+  }
+  return {static_cast<unsigned int>(*index), parseTimeOption(option, text.substr(equals + 1))};
+}
+
+/// Microseconds with a sign, or seconds such as "-1.5s".
+std::int64_t parseShift(const std::string& text) {
+  std::int64_t micros = 0;
+  const char* const begin = text.data() + (text.starts_with('+') ? 1 : 0);
+  const char* const end = text.data() + text.size();
+  const auto result = std::from_chars(begin, end, micros);
+  if (result.ec == std::errc() && result.ptr == end && !text.starts_with("+-")) return micros;
+  const bool negative = text.starts_with('-');
+  const auto seconds = parseOffset(negative ? "+" + text.substr(1) : text);
+  if (!seconds || *seconds > INT64_MAX) {
+    throw UsageError("--shift-time is microseconds with a sign, or seconds such as -1.5s");
+  }
+  return negative ? -static_cast<std::int64_t>(*seconds) : static_cast<std::int64_t>(*seconds);
+}
+
+/// An option whose value goes through a parser.
+template <typename Take>
+CLI::Option* addParsed(CLI::App& command, const std::string& name, const std::string& type,
+                       const std::string& words, Take take) {
+  return command.add_option_function<std::string>(name, take, words)->type_name(type);
+}
+
+void addTimeOptions(CLI::App& command, Options& options) {
+  EditRequest& request = options.request;
+  auto* start = addParsed(command, "--start-time", "TIME",
+                          "rtv: the start; the frames' times are relative to it and follow",
+                          [&request](const std::string& text) {
+                            request.startTime = parseTimeOption("--start-time", text);
+                          });
+  auto* sensor = command.add_option_function<std::vector<std::string>>(
+      "--sensor-time",
+      [&request](const std::vector<std::string>& texts) {
+        for (const std::string& text : texts) {
+          request.sensorTimes.push_back(parseFrameTime("--sensor-time", text));
+        }
+      },
+      "When frame I was captured; may be given several times");
+  auto* arrived = command.add_option_function<std::vector<std::string>>(
+      "--arrived-time",
+      [&request](const std::vector<std::string>& texts) {
+        for (const std::string& text : texts) {
+          request.arrivedTimes.push_back(parseFrameTime("--arrived-time", text));
+        }
+      },
+      "img: when frame I arrived; may be given several times");
+  for (CLI::Option* option : {sensor, arrived})
+    option->type_name("I=TIME")->allow_extra_args(false);
+  auto* times = command.add_option("--times", options.timesFile,
+                                   "A table with a row for every frame in order: the columns "
+                                   "sensor_time_us and, for img, arrived_time_us");
+  times->type_name("CSV")->excludes(sensor)->excludes(arrived);
+  addParsed(command, "--shift-time", "US",
+            "Microseconds to add to all times, the start of an rtv included; seconds as -1.5s",
+            [&request](const std::string& text) { request.shift = parseShift(text); })
+      ->excludes(start)
+      ->excludes(sensor)
+      ->excludes(arrived)
+      ->excludes(times);
+}
+
+void addHeaderOptions(CLI::App& command, Options& options) {
+  EditRequest& request = options.request;
+  addParsed(command, "--device-id", "HEX", "The camera's identifier",
+            [&request](const std::string& text) { request.deviceId = parseDeviceId(text); });
+  addParsed(command, "--undistorted", "on|off", "Whether the frames are marked as undistorted",
+            [&request](const std::string& text) { request.undistorted = text == "on"; })
+      ->check(CLI::IsMember({"on", "off"}));
+  command.add_option("--camera-params", options.cameraParamsFile, "img: JSON; - is standard input")
+      ->type_name("FILE");
+  command.add_option("--extended-info", options.extendedInfoFile, "img: JSON; - is standard input")
+      ->type_name("FILE");
+  addParsed(command, "--tagging-flags", "N",
+            "rtv: all flags as one decimal number; 16 marks undistorted frames",
+            [&request](const std::string& text) {
+              const auto flags = parseNumber(text);
+              if (!flags || *flags > UINT32_MAX)
+                throw UsageError("--tagging-flags is a number of 32 bits");
+              request.taggingFlags = static_cast<unsigned int>(*flags);
+            });
+  command.add_flag("--fix-resolution", request.fixResolution,
+                   "Take width and height from frame 0's JPEG");
+}
+
+}  // namespace
+
+void addEditCommand(Tool& tool) {
+  CLI::App* command = tool.addCommand(
+      "edit", "Change what a recording says of itself, in place, and its frames' times.",
+      "edit drive.img --device-id 0aff --shift-time -3600s --dry-run");
+  const auto options = std::make_shared<Options>();
+  command->add_option("file", options->file, "The recording to change")->required();
+  addHeaderOptions(*command, *options);
+  addTimeOptions(*command, *options);
+  command->add_flag("--dry-run", options->dryRun, "Only say what would change");
+  command->callback([&tool, options] {
+    if (options->asksForNothing()) throw UsageError("edit: there is no change to make");
+    if (options->request.undistorted && options->request.taggingFlags) {
+      throw UsageError(
+          "edit: --tagging-flags has the mark of --undistorted in it; give one of them");
+    }
+    checkStandardInputOnce(
+        {options->cameraParamsFile, options->extendedInfoFile, options->timesFile});
+    tool.run = [options] { return edit(*options); };
+  });
+}

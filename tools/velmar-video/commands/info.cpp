@@ -1,0 +1,169 @@
+#include <sys/stat.h>
+
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "program/StandardOutput.h"
+#include "program/Tool.h"
+#include "toolkit/base/Diagnostics.h"
+#include "toolkit/recording/Recording.h"
+#include "toolkit/tables/Track.h"
+#include "toolkit/text/JsonText.h"
+#include "toolkit/text/NumberText.h"
+#include "toolkit/text/TimeText.h"
+
+namespace {
+
+struct Info {
+  std::string file;
+  std::string container;
+  VELMAR_VERSION_E version = VELMAR_VERSION_MAX_E;
+  unsigned int framesCount = 0;
+  unsigned int framesMax = 0;
+  RecordingDescription description;
+  std::string deviceId;
+  std::uint64_t duration = 0;
+  Json::Value cameraParams;
+  Json::Value extendedInfo;
+  std::uint64_t bytes = 0;
+  std::optional<Place> start;  ///< of an rtv
+};
+
+/// From the first frame's capture to the last one's.
+std::uint64_t durationOf(const Recording& recording) {
+  const unsigned int count = recording.framesCount();
+  if (count < 2) return 0;
+  const std::uint64_t first = recording.sensorTime(0);
+  const std::uint64_t last = recording.sensorTime(count - 1);
+  return last < first ? 0 : last - first;
+}
+
+Info readInfo(const std::string& file) {
+  const Recording recording(file);
+  Info info;
+  info.file = file;
+  info.container = isRtv(file) ? "rtv" : "img";
+  info.framesCount = recording.framesCount();
+  // Neither can fail on a reader that is open.
+  recording.reader().getVersion(info.version);
+  recording.reader().getFramesMax(info.framesMax);
+  info.description = recording.description();
+  info.deviceId = recording.deviceId();
+  info.duration = durationOf(recording);
+  info.cameraParams = parseJson(info.description.cameraParams);
+  info.extendedInfo = parseJson(info.description.extendedInfo);
+  if (recording.parser() != nullptr) info.start = Track(recording).start();
+  struct stat status {};
+  if (stat(file.c_str(), &status) == 0) info.bytes = static_cast<std::uint64_t>(status.st_size);
+  return info;
+}
+
+/// jsoncpp would sort the keys; people who look at the line want them in order.
+std::string jsonLine(const Info& info) {
+  const std::pair<const char*, Json::Value> members[] = {
+      {"file", info.file},
+      {"container", info.container},
+      {"version", velmarVersion2String(info.version)},
+      {"frames_count", info.framesCount},
+      {"frames_max", info.framesMax},
+      {"width", info.description.width},
+      {"height", info.description.height},
+      {"frame_format", velmarFormat2String(info.description.format)},
+      {"frame_codec", velmarCodec2String(info.description.codec)},
+      {"undistorted", info.description.undistorted},
+      {"device_id", info.deviceId},
+      {"start_time_us", Json::UInt64{info.description.startTime}},
+      {"duration_us", Json::UInt64{info.duration}},
+      {"camera_params", info.cameraParams},
+      {"extended_info", info.extendedInfo},
+      {"file_bytes", Json::UInt64{info.bytes}},
+  };
+  std::string line;
+  for (const auto& [key, value] : members) {
+    line += line.empty() ? "{" : ",";
+    line += toJsonText(key) + ":" + toJsonText(value);
+  }
+  if (info.start) {
+    line += ",\"start_position\":{\"lng_deg\":" + degreesText(info.start->lng) +
+            ",\"lat_deg\":" + degreesText(info.start->lat) +
+            ",\"alt_m\":" + fixedText(info.start->alt, 2) + "}";
+  }
+  return line + "}\n";
+}
+
+std::string bytesText(std::uint64_t bytes) {
+  std::string text = std::to_string(bytes) + " bytes";
+  const char* const units[] = {"KiB", "MiB", "GiB", "TiB"};
+  double size = static_cast<double>(bytes) / 1024;
+  std::size_t unit = 0;
+  for (; size >= 1024 && unit + 1 < std::size(units); ++unit) size /= 1024;
+  return bytes < 1024 ? text : text + " (" + fixedText(size, 1) + " " + units[unit] + ")";
+}
+
+std::string durationText(const Info& info) {
+  const double seconds = static_cast<double>(info.duration) / 1e6;
+  std::string text = fixedText(seconds, 6) + " s";
+  if (info.duration == 0) return text;
+  return text + " (" + fixedText((info.framesCount - 1) / seconds, 2) + " frames/s)";
+}
+
+std::string textBlock(const Info& info) {
+  const std::pair<const char*, std::string> lines[] = {
+      {"container", info.container + ", version " + velmarVersion2String(info.version)},
+      {"frames",
+       std::to_string(info.framesCount) + " (room for " + std::to_string(info.framesMax) + ")"},
+      {"picture", std::to_string(info.description.width) + " x " +
+                      std::to_string(info.description.height) + ", " +
+                      velmarCodec2String(info.description.codec) + ", " +
+                      velmarFormat2String(info.description.format)},
+      {"undistorted", info.description.undistorted ? "yes" : "no"},
+      {"device", info.deviceId.empty() ? "-" : printable(info.deviceId)},
+      {"start", formatTime(info.description.startTime)},
+      {"duration", durationText(info)},
+      {"size", bytesText(info.bytes)},
+      {"camera params", toJsonText(info.cameraParams)},
+      {"extended info", toJsonText(info.extendedInfo)},
+  };
+  std::string text = printable(info.file) + "\n";
+  for (const auto& [label, value] : lines) {
+    std::string cell = label;
+    cell.resize(15, ' ');
+    text.append("  ").append(cell).append(value).append("\n");
+  }
+  if (info.start) {
+    text += "  start position " + degreesText(info.start->lng) + " E, " +
+            degreesText(info.start->lat) + " N, " + fixedText(info.start->alt, 2) + " m\n";
+  }
+  return text;
+}
+
+ExitStatus showInfo(const std::vector<std::string>& files, bool json) {
+  StandardOutput output;
+  ExitStatus status = ExitStatus::Done;
+  for (const std::string& file : files) {
+    try {
+      const Info info = readInfo(file);
+      output.write(json ? jsonLine(info) : textBlock(info));
+    } catch (const Failure& failure) {
+      say(failure.what());
+      status = ExitStatus::Failed;
+    }
+    output.flush();
+  }
+  return status;
+}
+
+}  // namespace
+
+void addInfoCommand(Tool& tool) {
+  CLI::App* command = tool.addCommand("info", "Show what recordings hold and how they were made.",
+                                      "info drive.img");
+  const auto files = std::make_shared<std::vector<std::string>>();
+  const auto json = std::make_shared<bool>(false);
+  command->add_option("file", *files, "The recordings")->required();
+  command->add_flag("--json", *json, "One JSON object for each, on a line of its own");
+  command->callback(
+      [&tool, files, json] { tool.run = [files, json] { return showInfo(*files, *json); }; });
+}

@@ -1,0 +1,200 @@
+#include "program/DescriptionOptions.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <cmath>
+#include <map>
+
+#include "toolkit/base/Failure.h"
+#include "toolkit/text/JsonText.h"
+#include "toolkit/text/NumberText.h"
+#include "toolkit/text/TimeText.h"
+
+namespace {
+
+const std::map<std::string, version_e> kVersions = {
+    {"02", RTV_VER_02}, {"03", RTV_VER_03}, {"04", RTV_VER_04}};
+
+constexpr int kQuarterCircle = 1 << 30;  // NDS units
+constexpr double kRoundingError = 1e-6;  // of a product of decimal numbers
+
+/// "LNG,LAT" or "LNG,LAT,ALT".
+std::vector<double> parsePosition(const std::string& text) {
+  std::vector<double> numbers;
+  const char* next = text.data();
+  const char* const end = next + text.size();
+  while (true) {
+    double number = 0;
+    const auto result = std::from_chars(next, end, number);
+    if (result.ec != std::errc() || !std::isfinite(number)) return {};
+    numbers.push_back(number);
+    if (result.ptr == end) break;
+    if (*result.ptr != ',') return {};
+    next = result.ptr + 1;
+  }
+  const bool isPlace = (numbers.size() == 2 || numbers.size() == 3) &&
+                       std::abs(numbers[0]) <= 180 && std::abs(numbers[1]) < 90 &&
+                       std::abs(nearestNds(numbers[1])) < kQuarterCircle;
+  return isPlace ? numbers : std::vector<double>();
+}
+
+/// Says if the version has no unit as small as the altitude needs.
+int storedAltitude(double metres, version_e version, const std::string& output, Losses& losses) {
+  const double unitsPerMetre = version == RTV_VER_04 ? 100 : 1;
+  const double units = metres * unitsPerMetre;
+  if (std::abs(units) > 2e9) throw UsageError("--start-position: that is not an altitude");
+  const double stored = std::round(units);
+  if (std::abs(stored - units) > kRoundingError) {
+    losses.add(output, "its start position is " + numberText(stored / unitsPerMetre) +
+                           " m high, the nearest to " + numberText(metres) +
+                           " that its version holds");
+  }
+  return static_cast<int>(stored);
+}
+
+void setStartPosition(RecordingDescription& description, const std::string& text,
+                      const std::string& output, Losses& losses) {
+  if (text.empty()) return;
+  const std::vector<double> numbers = parsePosition(text);
+  if (numbers.empty()) {
+    throw UsageError("--start-position is LNG,LAT or LNG,LAT,ALT in degrees and metres");
+  }
+  description.lng = nearestNds(numbers[0]);
+  description.lat = nearestNds(numbers[1]);
+  if (numbers.size() < 3) return;
+  if (description.version == RTV_VER_02) {
+    throw UsageError("--start-position: version 02 of rtv holds no altitude");
+  }
+  description.alt = storedAltitude(numbers[2], description.version, output, losses);
+}
+
+int parseSide(std::string_view text) {
+  const auto pixels = parseNumber(text);
+  if (!pixels || *pixels < 1 || *pixels > 65500) {
+    throw UsageError("--size is WIDTHxHEIGHT, each 1 to 65500 pixels");
+  }
+  return static_cast<int>(*pixels);
+}
+
+}  // namespace
+
+std::string parseDeviceId(const std::string& text) {
+  if (text.empty() || text.size() % 2 != 0 ||
+      text.find_first_not_of("0123456789abcdefABCDEF") != text.npos) {
+    throw UsageError("--device-id is pairs of hexadecimal digits");
+  }
+  return bytesOfHex(text);
+}
+
+std::uint64_t parseTimeOption(const std::string& option, const std::string& text) {
+  const auto time = parseTime(text);
+  if (time && *time <= kLastFormattedTime) return *time;
+  throw UsageError(option + " is microseconds since 1970 or RFC 3339");
+}
+
+void addStartTimeOption(CLI::App& command, std::optional<std::uint64_t>& time,
+                        const std::string& help) {
+  command
+      .add_option_function<std::string>(
+          "--start-time",
+          [&time](const std::string& text) { time = parseTimeOption("--start-time", text); }, help)
+      ->type_name("TIME");
+}
+
+double parseFrameRate(std::string_view text) {
+  const std::size_t slash = text.find('/');
+  const auto frames = numberOf<double>(text.substr(0, slash));
+  const auto seconds =
+      slash == text.npos ? std::optional(1.0) : numberOf<double>(text.substr(slash + 1));
+  if (frames && seconds) return *frames / *seconds;
+  throw UsageError("--fps is a number of frames a second, such as 25 or 30000/1001");
+}
+
+void addFrameRateOption(CLI::App& command, const std::function<void(double)>& take,
+                        const std::string& help) {
+  command
+      .add_option_function<std::string>(
+          "--fps", [take](const std::string& text) { take(parseFrameRate(text)); }, help)
+      ->type_name("RATE");
+}
+
+JpegSize parsePictureSize(std::string_view text) {
+  const std::size_t cross = text.find('x');
+  return {parseSide(text.substr(0, cross)),
+          parseSide(cross == text.npos ? "" : text.substr(cross + 1))};
+}
+
+void RtvVersionOption::addTo(CLI::App& command) {
+  command.add_option("--rtv-version", text, "Version of an rtv: 02, 03 or 04")
+      ->type_name("VERSION")
+      ->check(CLI::IsMember({"02", "03", "04"}));
+}
+
+std::optional<version_e> RtvVersionOption::version(const std::string& output) const {
+  if (text.empty()) return std::nullopt;
+  if (!isRtv(output)) throw UsageError("--rtv-version needs an .rtv");
+  return kVersions.at(text);
+}
+
+void DescriptionOptions::addTo(CLI::App& command) {
+  command
+      .add_option_function<std::string>(
+          "--device-id", [this](const std::string& text) { deviceId = parseDeviceId(text); },
+          "The camera's identifier; 24 bytes at the most in an rtv")
+      ->type_name("HEX");
+  command.add_option("--camera-params", cameraParamsFile, "img: JSON about the camera")
+      ->type_name("FILE");
+  command.add_option("--extended-info", extendedInfoFile, "img: JSON about anything else")
+      ->type_name("FILE");
+  command.add_flag("--undistorted", undistorted, "Mark the frames as undistorted");
+  command
+      .add_option("--frame-format", frameFormat,
+                  "The pixel format to name in the recording, BGR if nothing says otherwise")
+      ->type_name("FORMAT")
+      ->check(CLI::IsMember({"YUV420", "RGB", "BGR", "GRAY"}));
+  rtvVersion.addTo(command);
+  command
+      .add_option("--start-position", startPosition,
+                  "rtv: where the frames' positions are counted from, degrees and metres")
+      ->type_name("LNG,LAT[,ALT]");
+}
+
+void DescriptionOptions::refuseWhatIsNotHeld(const std::string& output, version_e version) const {
+  if (!isRtv(output)) {
+    if (!startPosition.empty()) throw UsageError("--start-position needs an .rtv");
+    return;
+  }
+  if (!cameraParamsFile.empty()) throw UsageError("--camera-params: an rtv holds none");
+  if (!extendedInfoFile.empty()) throw UsageError("--extended-info: an rtv holds none");
+  if (deviceId.size() > kRtvDeviceIdSize) throw UsageError("--device-id: an rtv holds 24 bytes");
+  if (undistorted && version == RTV_VER_02) {
+    throw UsageError("--undistorted: version 02 of rtv cannot say so");
+  }
+}
+
+RecordingDescription DescriptionOptions::description(const std::string& output,
+                                                     Losses& losses) const {
+  RecordingDescription description;
+  description.version = rtvVersion.version(output).value_or(RTV_VER_03);
+  change(description, output, losses);
+  return description;
+}
+
+void DescriptionOptions::change(RecordingDescription& description, const std::string& output,
+                                Losses& losses) const {
+  refuseWhatIsNotHeld(output, description.version);
+  if (!frameFormat.empty()) description.format = string2RvelmarFormat(frameFormat);
+  if (!deviceId.empty()) description.deviceId = deviceId;
+  if (undistorted) description.undistorted = true;
+  if (!cameraParamsFile.empty()) description.cameraParams = readJsonFile(cameraParamsFile);
+  if (!extendedInfoFile.empty()) description.extendedInfo = readJsonFile(extendedInfoFile);
+  setStartPosition(description, startPosition, output, losses);
+}
+
+std::vector<std::string> DescriptionOptions::inputs() const {
+  std::vector<std::string> files;
+  for (const std::string& file : {cameraParamsFile, extendedInfoFile}) {
+    if (!file.empty()) files.push_back(file);
+  }
+  return files;
+}

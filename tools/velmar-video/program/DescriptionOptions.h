@@ -1,0 +1,72 @@
+#ifndef VELMAR_TOOL_DESCRIPTION_OPTIONS_H
+#define VELMAR_TOOL_DESCRIPTION_OPTIONS_H
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "jpeg/JpegHeader.h"
+#include "toolkit/base/Losses.h"
+#include "toolkit/recording/RecordingDescription.h"
+
+namespace CLI {
+class App;
+}
+
+/// The bytes of hexadecimal text. Throws UsageError.
+std::string parseDeviceId(const std::string& text);
+
+/// A point in time for `option`, microseconds since 1970. Throws UsageError.
+std::uint64_t parseTimeOption(const std::string& option, const std::string& text);
+
+/// --start-time, which sets `time`; that has to outlive the parsing.
+void addStartTimeOption(CLI::App& command, std::optional<std::uint64_t>& time,
+                        const std::string& help);
+
+/// Frames a second, a number or a fraction such as "30000/1001". Throws UsageError.
+double parseFrameRate(std::string_view text);
+
+/// --fps, whose value `take` gets.
+void addFrameRateOption(CLI::App& command, const std::function<void(double)>& take,
+                        const std::string& help);
+
+/// The pixels of --size, "1280x800". Throws UsageError.
+JpegSize parsePictureSize(std::string_view text);
+
+/// --rtv-version. This object has to outlive the parsing.
+struct RtvVersionOption {
+  void addTo(CLI::App& command);
+  /// If given; UsageError if it is for an img.
+  std::optional<version_e> version(const std::string& output) const;
+
+  std::string text;
+};
+
+/// The options that describe a new recording. This object has to outlive the parsing.
+struct DescriptionOptions {
+  void addTo(CLI::App& command);
+  /// What they say of the recording `output`, files read and checked; the size and the start time
+  /// are still to be set. Throws Failure, and UsageError for what the container does not hold.
+  /// What the container holds only nearly is a loss.
+  RecordingDescription description(const std::string& output, Losses& losses) const;
+  /// The same for a recording of which something is known; what is given goes before that.
+  void change(RecordingDescription& description, const std::string& output, Losses& losses) const;
+  /// The files that they read.
+  std::vector<std::string> inputs() const;
+
+  RtvVersionOption rtvVersion;
+  std::string deviceId;  ///< bytes
+  std::string cameraParamsFile;
+  std::string extendedInfoFile;
+  std::string frameFormat;
+  std::string startPosition;
+  bool undistorted = false;
+
+ private:
+  void refuseWhatIsNotHeld(const std::string& output, version_e version) const;
+};
+
+#endif

@@ -1,0 +1,76 @@
+#include "program/OutputGuard.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <optional>
+
+#include "toolkit/base/Failure.h"
+#include "toolkit/base/FileKind.h"
+
+namespace {
+
+std::optional<struct stat> statusOf(const std::string& path) {
+  struct stat status {};
+  const int result = path == "-" ? fstat(STDIN_FILENO, &status) : stat(path.c_str(), &status);
+  if (result != 0) return std::nullopt;
+  return status;
+}
+
+bool isSameFile(const struct stat& one, const struct stat& other) {
+  return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
+Failure refusal(const std::string& path, const std::string& words) {
+  return {path, words, VELMAR_ERROR_CODE_INVALID_PARAMETER_E};
+}
+
+bool exists(const std::string& path) {
+  struct stat status {};
+  return lstat(path.c_str(), &status) == 0;
+}
+
+/// `path` is the output or a file beside it that is needed while writing.
+void refuseInput(const std::string& path, const std::vector<std::string>& inputs) {
+  const auto status = statusOf(path);
+  if (!status) return;
+  for (const std::string& input : inputs) {
+    const auto inputStatus = statusOf(input);
+    if (inputStatus && isSameFile(*status, *inputStatus)) {
+      throw refusal(path, "it would be overwritten, but it is also an input");
+    }
+  }
+}
+
+}  // namespace
+
+void checkOutput(const std::string& path, const std::vector<std::string>& inputs, bool force) {
+  refuseInput(path, inputs);
+  const auto status = statusOf(path);
+  if (status && !S_ISREG(status->st_mode)) {
+    throw refusal(path, "it is already there and is " + kindOf(status->st_mode) + ", not a file");
+  }
+  if (exists(path) && !force) throw refusal(path, "it is already there; --force replaces it");
+}
+
+void checkRecordingOutput(const std::string& path, const std::vector<std::string>& inputs,
+                          bool force) {
+  const std::string temporary = path + ".tmp";
+  refuseInput(temporary, inputs);
+  refuseInput(temporary + ".index", inputs);
+  checkOutput(path, inputs, force);
+  if (exists(temporary) && !force) {
+    throw refusal(
+        temporary,
+        "it is already there, perhaps an interrupted recording, which the command recover "
+        "saves; --force replaces it");
+  }
+}
+
+void checkStandardOutput(const std::string& input) {
+  struct stat output {};
+  const auto status = statusOf(input);
+  if (status && fstat(STDOUT_FILENO, &output) == 0 && isSameFile(*status, output)) {
+    throw refusal(input, "it is also where standard output goes");
+  }
+}

@@ -1,0 +1,44 @@
+#include "program/Tool.h"
+
+Tool::Tool() : app("Makes, shows and takes apart recordings of a vehicle's camera.") {
+  app.name("velmar-video");
+  app.require_subcommand(0, 1);
+  app.set_version_flag("--version", "velmar-video " VELMAR_TOOL_VERSION);
+  app.footer(
+      "A recording is a file of JPEG pictures with their times; its name ends in .img or .rtv, "
+      "which\n"
+      "says in which of the two containers it is.\n\n"
+      "velmar-video COMMAND --help tells about a command. For a start:\n"
+      "  velmar-video sample drive.img && velmar-video info drive.img\n\n"
+      "Exit status: 0 done, 1 failed, 2 wrong usage, 3 done but something was lost or skipped.");
+  addCommonOptions(app);
+}
+
+CLI::App* Tool::addCommand(const std::string& name, const std::string& purpose,
+                           const std::string& example) {
+  CLI::App* command = app.add_subcommand(name, purpose);
+  command->footer("Example:\n  velmar-video " + example);
+  addCommonOptions(*command);
+  return command;
+}
+
+void Tool::addCommonOptions(CLI::App& command) {
+  command.add_flag("--quiet", quiet, "No progress");
+  command.add_flag("--verbose", verbose, "Show the library's own log on standard error");
+}
+
+void addCommands(Tool& tool) {
+  addCreateCommand(tool);
+  addInfoCommand(tool);
+  addFramesCommand(tool);
+  addExtractCommand(tool);
+  addCatCommand(tool);
+  addCutCommand(tool);
+  addConcatCommand(tool);
+  addConvertCommand(tool);
+  addEditCommand(tool);
+  addDumpCommand(tool);
+  addRecoverCommand(tool);
+  addVerifyCommand(tool);
+  addSampleCommand(tool);
+}
