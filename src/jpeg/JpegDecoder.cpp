@@ -66,8 +66,7 @@ bool JpegDecoder::readSize(const unsigned char* jpeg, unsigned long jpegSize, Jp
   const auto found = readAnyJpegSize(tjHandle_.get(), jpeg, jpegSize, cause_);
   if (!found) return false;
   size = *found;
-  // Only what would take absurdly much memory for its bytes.
-  if (isPlausible(size, jpegSize) || !isKeptWhole(jpeg, jpegSize)) return true;
+  if (isPlausible(size, jpeg, jpegSize)) return true;
   cause_ = "JPEG data far too short for the picture's size";
   return false;
 }

@@ -12,25 +12,7 @@ int readHeader(tjhandle decompressor, const unsigned char* jpeg, unsigned long j
                              &subsampling);
 }
 
-}  // namespace
-
-std::optional<JpegSize> readJpegSize(tjhandle decompressor, const unsigned char* jpeg,
-                                     unsigned long jpegSize) {
-  JpegSize size{};
-  // A frame of tables alone is no error to TurboJPEG, which then tells no size.
-  if (readHeader(decompressor, jpeg, jpegSize, size) != 0 || size.height <= 0) return std::nullopt;
-  return size;
-}
-
-std::optional<JpegSize> readAnyJpegSize(tjhandle decompressor, const unsigned char* jpeg,
-                                        unsigned long jpegSize, const char*& cause) {
-  JpegSize size{};
-  const int result = readHeader(decompressor, jpeg, jpegSize, size);
-  if (size.width > 0 && size.height > 0) return size;
-  cause = result == 0 ? "JPEG tables without a picture" : tjGetErrorStr();
-  return std::nullopt;
-}
-
+// Whether decoders keep the whole picture in memory: they do where a scan has not all of it.
 bool isKeptWhole(const unsigned char* jpeg, unsigned long jpegSize) {
   unsigned int components = 0;
   // Segments: a marker of two bytes, a length that counts itself, the rest.
@@ -50,12 +32,32 @@ bool isKeptWhole(const unsigned char* jpeg, unsigned long jpegSize) {
   return true;
 }
 
-bool isPlausible(JpegSize size, unsigned long jpegSize) {
+}  // namespace
+
+std::optional<JpegSize> readJpegSize(tjhandle decompressor, const unsigned char* jpeg,
+                                     unsigned long jpegSize) {
+  JpegSize size{};
+  // A frame of tables alone is no error to TurboJPEG, which then tells no size.
+  if (readHeader(decompressor, jpeg, jpegSize, size) != 0 || size.height <= 0) return std::nullopt;
+  return size;
+}
+
+std::optional<JpegSize> readAnyJpegSize(tjhandle decompressor, const unsigned char* jpeg,
+                                        unsigned long jpegSize, const char*& cause) {
+  JpegSize size{};
+  const int result = readHeader(decompressor, jpeg, jpegSize, size);
+  if (size.width > 0 && size.height > 0) return size;
+  cause = result == 0 ? "JPEG tables without a picture" : tjGetErrorStr();
+  return std::nullopt;
+}
+
+bool isPlausible(JpegSize size, const unsigned char* jpeg, unsigned long jpegSize) {
   // Kept whole it takes up to 8 bytes a pixel: what that comes to here, any frame may have.
   constexpr unsigned long kPixelsForAny = 1UL << 24;
   // Beyond that: each 8 x 8 pixels take a bit at least; by far less with arithmetic coding.
   constexpr unsigned long kPixelsPerByte = 1UL << 14;
   const auto pixels =
       static_cast<unsigned long>(size.width) * static_cast<unsigned long>(size.height);
-  return pixels <= kPixelsForAny || pixels / kPixelsPerByte <= jpegSize;
+  return pixels <= kPixelsForAny || pixels / kPixelsPerByte <= jpegSize ||
+         !isKeptWhole(jpeg, jpegSize);
 }

@@ -23,11 +23,9 @@ std::optional<JpegSize> readJpegSize(tjhandle decompressor, const unsigned char*
 std::optional<JpegSize> readAnyJpegSize(tjhandle decompressor, const unsigned char* jpeg,
                                         unsigned long jpegSize, const char*& cause);
 
-/// Whether decoders keep the whole picture in memory: by the size that its header claims, before
-/// they look at the rest. They do where a scan has not all of it.
-bool isKeptWhole(const unsigned char* jpeg, unsigned long jpegSize);
-
-/// Whether that size is nothing unusual for so many bytes, or small enough for any.
-bool isPlausible(JpegSize size, unsigned long jpegSize);
+/// Whether a picture of that size may be decoded from so few bytes. Where a scan has not all of the
+/// picture, decoders keep the whole of it in memory, by the size that the header claims and before
+/// they look at the rest: what would take absurdly much for its bytes is not to be tried.
+bool isPlausible(JpegSize size, const unsigned char* jpeg, unsigned long jpegSize);
 
 #endif

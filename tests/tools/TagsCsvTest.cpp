@@ -63,8 +63,8 @@ TEST(TagsCsv, NamesWhatDoesNotFit) {
       {"index,relative_distance\n0,4286578687\n1,0\n", RTV_VER_02,
        "line 2: relative_distance cannot be 4286578687"},
       {"index,speed_m_s\n", RTV_VER_03,
-       "line 1: there is no column x, y, z, relative_distance, speed, direction or of a CAN "
-       "signal; "
+       "line 1: no column belongs to a tag (x, y, z, relative_distance, speed, direction, or a CAN "
+       "signal); "
        "there are index, speed_m_s"},
       {"x\n1\n", RTV_VER_03, "line 1: there is no column file or index; there are x"},
       {"index,x,x\n", RTV_VER_03, "line 1: the column x is there twice"},

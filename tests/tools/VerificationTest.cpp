@@ -77,11 +77,16 @@ TEST(Verification, NamesWhatIsWrong) {
       {"img", 0, "", {}},
       {"rtv", 0, "", {}},
       {"img",
+       4,
+       "\x01",
+       {"E does not open: it is cut short: it has " + std::to_string(text.size()) +
+        " bytes, but its metadata were at byte " + std::to_string((1ULL << 24) + metaData) +
+        " (VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E)"}},
+      {"img",
        0,
        "\xFF",
-       {"E does not open: it is cut short: it has " + std::to_string(text.size()) +
-        " bytes, but its metadata were at byte " + std::to_string((0xFFULL << 56) + metaData) +
-        " (VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E)"}},
+       {"E does not open: it is cut short, damaged or unfinished "
+        "(VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E)"}},
       {"img",
        record(1, 24),
        "\x10",

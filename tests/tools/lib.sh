@@ -33,10 +33,10 @@ absent() {
   for file; do [ ! -e "$file" ] || fail "$file is there"; done
 }
 
-# wait_for COMMAND... until it succeeds, some seconds at most
+# wait_for COMMAND... until it succeeds, a minute at most
 wait_for() {
   local i
-  for i in $(seq 500); do
+  for i in $(seq 3000); do
     if "$@"; then return; fi
     sleep 0.02
   done

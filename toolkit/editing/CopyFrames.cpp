@@ -27,6 +27,7 @@ void checkTimes(const std::vector<FrameRange>& ranges, const std::string& output
 }
 
 void checkPositions(const std::vector<FrameRange>& ranges, version_e version) {
+  // What 24 and 32 bits hold of hundredths of a metre.
   const std::string limit = version == RTV_VER_02 ? "83 km" : "21474 km";
   for (const FrameRange& range : ranges) {
     if (range.rebase.changesNothing()) continue;

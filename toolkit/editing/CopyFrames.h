@@ -25,8 +25,8 @@ std::uint64_t earliestSensorTime(const Recording& recording);
 void checkDeviceId(const Recording& recording, Losses& losses);
 
 /// Writes `output`. Times and positions are checked before anything is written. Frames whose bytes
-/// the file does not have are left out; named in `losses` are they, frames that are no pictures,
-/// and the rest after a signal. Throws Failure.
+/// the file does not have are left out; `losses` names those, frames that are no pictures, and,
+/// after a signal, the rest. Throws Failure.
 void copyFrames(const std::vector<FrameRange>& ranges, const std::string& output,
                 const RecordingDescription& description, bool quiet, Losses& losses);
 

@@ -253,6 +253,7 @@ void EditPlan::apply() const {
   const auto check = [this](VELMAR_ERROR_CODE_E code, const std::string& words) {
     if (code != VELMAR_ERROR_CODE_SUCCESS_E) throw Failure(recording_.path(), words, code);
   };
+  // The modifier does not say why it cannot open it.
   const FileDescriptor file(recording_.path(), O_RDWR);
   if (!file.isOpen()) throw Failure::ofSystem(recording_.path(), "cannot change it", errno);
   const auto modifier = makeVelmarVideoFileModifier(recording_.path());

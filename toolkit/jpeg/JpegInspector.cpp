@@ -39,7 +39,8 @@ JpegInspector::DecodingProblem JpegInspector::decodingProblem(const std::string&
   const char* cause = nullptr;
   const auto picture = readAnyJpegSize(handle.get(), bytesOf(jpeg), jpeg.size(), cause);
   if (!picture) return {cause, true};
-  if (!isPlausible(*picture, jpeg.size())) return {"far too short for its size", true};
+  if (!isPlausible(*picture, bytesOf(jpeg), jpeg.size()))
+    return {"far too short for its size", true};
   const int width = TJSCALED(picture->width, kSmall);
   const int height = TJSCALED(picture->height, kSmall);
   std::vector<unsigned char> pixels(static_cast<std::size_t>(width) *

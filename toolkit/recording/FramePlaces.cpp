@@ -36,7 +36,7 @@ std::uint64_t imgMetaDataOffset(const FileBytes& file) {
 
 std::string cutWords(const FileBytes& file) {
   const std::uint64_t metaData = imgMetaDataOffset(file);
-  if (metaData < file.size() || metaData == 0) return "";
+  if (metaData < file.size() || metaData >= kLongestFile) return "";
   return "it is cut short: it has " + std::to_string(file.size()) +
          " bytes, but its metadata were at byte " + std::to_string(metaData);
 }

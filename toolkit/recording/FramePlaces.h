@@ -31,6 +31,9 @@ struct FramePlaces {
 /// Where the metadata of an img begins; 0 in one that is not finished.
 std::uint64_t imgMetaDataOffset(const FileBytes& file);
 
+/// No file is as long: what claims to be is no offset.
+constexpr std::uint64_t kLongestFile = std::uint64_t{1} << 48;
+
 /// How an img that was finished is cut short; empty if its metadata are there, at least in part.
 std::string cutWords(const FileBytes& file);
 

@@ -16,21 +16,20 @@ constexpr unsigned int kHeaderSize = rtvLayout(RTV_VER_04).headerSize;
 
 bool isZero(const std::string& bytes) { return bytes.find_first_not_of('\0') == bytes.npos; }
 
-bool beginsAsRtv(const FileBytes& file) { return file.read(kMagicCodeAt, 10) == "velmar.rtv"; }
+bool beginsAsRtv(const FileBytes& file) {
+  return file.read(kMagicCodeAt, kRtvMagic.size()) == kRtvMagic;
+}
 
 /// Whether the number in front leads to what may be the metadata.
 bool beginsAsImg(const FileBytes& file) {
-  std::uint64_t offset = 0;
-  for (const char byte : file.read(0, kFrameIndexStart)) {
-    offset = offset << 8 | static_cast<unsigned char>(byte);
-  }
+  const std::uint64_t offset = imgMetaDataOffset(file);
   return offset >= kFrameIndexStart && file.read(offset, 1) == "{";
 }
 
 /// A file with neither a number in front that could be an offset nor metadata at its end never was
 /// an img.
 VELMAR_ERROR_CODE_E codeOfImg(const FileBytes& file) {
-  const bool mayBeOffset = isZero(file.read(0, 2));  // no file is longer than 2^48 bytes
+  const bool mayBeOffset = imgMetaDataOffset(file) < kLongestFile;
   const std::string end = file.read(file.size() - std::min<std::uint64_t>(file.size(), 2), 2);
   const bool mayBeMetaData = end.find('}') != end.npos;
   return mayBeOffset || mayBeMetaData ? VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E

@@ -43,7 +43,8 @@ bool isRtv(const std::string& path);
 /// The bytes of an identifier's hexadecimal text; a digit too many is left out.
 std::string bytesOfHex(const std::string& text);
 
-/// The NDS units nearest to the degrees; 180 degrees east are 180 degrees west.
+/// The NDS units nearest to the degrees; 180 degrees east are 180 degrees west. (The library's
+/// Degree2NDS() cuts off, so that what NDS2Degree() gives would come back as another unit.)
 int nearestNds(double degrees);
 
 /// Microseconds since 1970 from which an rtv of the version counts its start time.

@@ -144,7 +144,7 @@ std::uint64_t endOf(const std::vector<LeftoverFrame>& frames, const FileBytes& f
 
 /// Whether an index of so many records ends before the frames and has a place for each of them. The
 /// metadata that say the number may be damaged, too.
-bool isPlausible(std::uint64_t count, const std::vector<LeftoverFrame>& frames) {
+bool canBeCount(std::uint64_t count, const std::vector<LeftoverFrame>& frames) {
   const std::uint64_t end = kFrameIndexStart + count * sizeof(FrameIndex);
   return !frames.empty() && count > frames.back().number &&
          std::all_of(frames.begin(), frames.end(),
@@ -165,7 +165,7 @@ Foot readFoot(const FileBytes& file, const std::vector<LeftoverFrame>& frames,
   for (const std::uint64_t offset : {stored, end}) {
     if (offset < kFrameIndexStart || file.read(offset, 1) != "{") continue;
     const auto count = readMetaData(file.read(offset, kMaxFrameSize), description);
-    if (count) return {offset, true, isPlausible(*count, frames) ? count : std::nullopt};
+    if (count) return {offset, true, canBeCount(*count, frames) ? count : std::nullopt};
   }
   return {stored >= end && stored < file.size() ? stored : file.size(), false, std::nullopt};
 }
@@ -193,6 +193,7 @@ std::string whyUndescribed(const FileBytes& file, bool hasJournal) {
     const bool isUnfinished = hasJournal || beginsAsJpeg(file.read(kFrameIndexStart, 2));
     return isUnfinished ? "it was not finished" : "it was not finished, or its start is destroyed";
   }
+  if (stored >= kLongestFile) return "its start is destroyed";
   if (stored >= file.size()) return cutWords(file);
   const bool isCut = file.read(stored, 1) == "{" && file.read(file.size() - 2, 2) != "}\n";
   return isCut ? "it is cut short inside its metadata" : "its metadata are destroyed";
@@ -240,7 +241,8 @@ Leftover findImgLeftover(const FileBytes& file, const LeftoverTimes& times) {
   } else {
     const std::uint64_t end = endOf(frames, file);
     if (repeatsTheFront(file, end, frames)) foot.offset = end;
-    UnrecordedFrames unrecorded(file, foot.offset, isFrontBetter,
+    const bool areMoved = isFrontBetter;  // before the index is written to the front
+    UnrecordedFrames unrecorded(file, foot.offset, areMoved,
                                 foot.framesCount.value_or(frames.back().number + 1),
                                 !foot.framesCount);
     unrecorded.addTo(frames);

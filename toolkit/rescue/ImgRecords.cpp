@@ -64,6 +64,7 @@ bool isTorn(const FrameTimes& times, const FrameTimes& neighbour) {
 }
 
 /// Zeros may end inside a record, which then has its place, but not its times.
+/// \param isFirstWhole  the number in front of the first record is there, so it is not such a one
 void dropTornTimes(std::vector<LeftoverFrame>& frames, bool isFirstWhole) {
   for (std::size_t i = 0; i + 1 < frames.size(); ++i) {
     if (i == 0 && frames[i].number == 0 && isFirstWhole) continue;

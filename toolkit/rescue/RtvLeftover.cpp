@@ -113,7 +113,7 @@ bool isLikelier(const Table& one, const Table& other) {
 /// The header, which the recorder writes at the end: only if it got there.
 bool readHeader(const std::string& front, version_e version, RecordingDescription& description) {
   const RtvLayout layout = rtvLayout(version);
-  if (!front.starts_with("velmar.rtv") || front.size() < layout.headerSize) return false;
+  if (!front.starts_with(kRtvMagic) || front.size() < layout.headerSize) return false;
   const char* const bytes = front.data();
   description.deviceId.assign(bytes + kDeviceIdAt, kRtvDeviceIdSize);
   description.startTime = get<std::uint64_t>(bytes + kStartTimeAt) * 1000 + rtvEpoch(version);

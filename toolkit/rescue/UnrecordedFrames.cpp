@@ -52,7 +52,7 @@ void UnrecordedFrames::addTo(std::vector<LeftoverFrame>& frames) {
   if (follow(order.back(), order.front())) {
     const LeftoverFrame& first = frames[order.front()];
     const std::uint64_t before = frames[order.back()].number;
-    const bool areMoved = isFinished_ || order.front() > 0;
+    const bool areMoved = areMoved_ || order.front() > 0;
     const std::uint64_t most = areMoved ? missing(before, first.number) : first.number;
     const std::uint64_t next = takeFront(first, most);
     takeEnd(before, areMoved ? next : 0, end);

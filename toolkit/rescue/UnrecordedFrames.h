@@ -18,12 +18,12 @@ std::vector<LeftoverFrame> findPictures(const FileBytes& file, std::uint64_t fro
 class UnrecordedFrames {
  public:
   /// \param end         where frames end in the file
-  /// \param isFinished  whether first frames were moved to the end
+  /// \param areMoved    whether the first frames lie at the end
   /// \param count       of the frames, so far
   /// \param mayGrow     whether there may be more, which had the last numbers
-  UnrecordedFrames(const FileBytes& file, std::uint64_t end, bool isFinished, std::uint64_t count,
+  UnrecordedFrames(const FileBytes& file, std::uint64_t end, bool areMoved, std::uint64_t count,
                    bool mayGrow)
-      : file_(file), end_(end), isFinished_(isFinished), count_(count), mayGrow_(mayGrow) {}
+      : file_(file), end_(end), areMoved_(areMoved), count_(count), mayGrow_(mayGrow) {}
 
   /// Adds them to those that have a record, in the order of the numbers and without times.
   void addTo(std::vector<LeftoverFrame>& frames);
@@ -41,7 +41,7 @@ class UnrecordedFrames {
 
   const FileBytes& file_;
   const std::uint64_t end_;
-  const bool isFinished_;
+  const bool areMoved_;
   std::uint64_t count_;
   const bool mayGrow_;
   std::vector<LeftoverFrame> found_;

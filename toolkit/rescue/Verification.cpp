@@ -180,7 +180,8 @@ class Verifier {
       findings_.add({Severity::Warning, {}, offset, text});
     };
     const RtvLayout layout = rtvLayout(description_.version);
-    if (file_.read(kMagicCodeAt, 10) != "velmar.rtv") warn(kMagicCodeAt, "the magic code differs");
+    if (file_.read(kMagicCodeAt, kRtvMagic.size()) != kRtvMagic)
+      warn(kMagicCodeAt, "the magic code differs");
     if (byteAt(layout.frameFormatAt()) > RTV_FMT_GRAY) {
       warn(layout.frameFormatAt(), "the frame format is unknown");
     }

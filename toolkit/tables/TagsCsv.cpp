@@ -98,7 +98,10 @@ std::vector<Use> usesOf(const CsvTable& table, version_e version) {
     if (const auto column = table.column(known.name)) uses.push_back({*column, known.set});
   }
   if (uses.empty()) {
-    table.failWithout("x, y, z, relative_distance, speed, direction or of a CAN signal");
+    table.fail(1,
+               "no column belongs to a tag (x, y, z, relative_distance, speed, direction, or a CAN "
+               "signal); there are " +
+                   joined(table.columns()));
   }
   return uses;
 }

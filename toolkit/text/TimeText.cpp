@@ -1,7 +1,8 @@
 #include "toolkit/text/TimeText.h"
 
-#include <charconv>
 #include <chrono>
+
+#include "toolkit/text/NumberText.h"
 
 namespace {
 
@@ -114,11 +115,7 @@ void appendNumber(std::string& text, std::int64_t value, std::size_t digits, cha
 }  // namespace
 
 std::optional<std::uint64_t> parseNumber(std::string_view text) {
-  std::uint64_t value = 0;
-  const char* end = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), end, value);
-  if (result.ec != std::errc() || result.ptr != end) return std::nullopt;
-  return value;
+  return numberOf<std::uint64_t>(text);
 }
 
 std::optional<std::uint64_t> parseTime(std::string_view text) {

@@ -95,7 +95,7 @@ class VELMAR_VIDEO_API RecordFileCreater : public RecordFile {
   /// Logs the system call that failed; false.
   bool logged(const char* step) const;
   bool publish();
-  void encodeHeader(unsigned char* bytes);
+  void encodeHeader(unsigned char* bytes) const;
   /// Changes the file through a map of all of it.
   bool changeMapped(const std::function<void(unsigned char*)>& change);
   header_t& headerWithAllFields();

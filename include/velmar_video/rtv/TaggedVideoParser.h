@@ -30,6 +30,8 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
   static const std::string IDENTIFIER;
   static const std::string TAG;  ///< of the log
 
+  using ScalingFactor = tjscalingfactor;  ///< its name in version 1.0
+
   /// Without memory init() answers RTV_ERR_BUFFER_NOT_ALLOCATED.
   TaggedVideoParser();
   ~TaggedVideoParser();

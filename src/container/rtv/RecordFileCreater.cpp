@@ -42,6 +42,7 @@ void placeTag(unsigned char* slot, const unsigned char* tag, unsigned int size) 
 
 }  // namespace
 
+// Nested, so that programs may have a FileDescriptor of their own.
 struct RecordFileCreater::File : FileDescriptor {
   using FileDescriptor::FileDescriptor;
 };
@@ -170,7 +171,8 @@ bool RecordFileCreater::addFrame(int timeFlag, const char* data, unsigned int le
 }
 
 bool RecordFileCreater::appendBytes(const char* data, unsigned int length) {
-  const int file = isOpen() ? file_->get() : -1;  // which the system refuses
+  // Without an open file the call is logged that the system refuses.
+  const int file = isOpen() ? file_->get() : -1;
   const auto resize = [file](unsigned long size) {
     return ::ftruncate(file, static_cast<off_t>(size)) == 0;
   };
@@ -232,12 +234,12 @@ bool RecordFileCreater::storeHeader() {
   return changeMapped(place) || file_->writeAt(bytes, rtvLayout(version_).headerSize, 0);
 }
 
-void RecordFileCreater::encodeHeader(unsigned char* bytes) {
+void RecordFileCreater::encodeHeader(unsigned char* bytes) const {
   const bool is02 = version_ == RTV_VER_02;
   const bool is03 = version_ == RTV_VER_03;
   const char* magic = is02 ? MAGIC_CODE_V02 : is03 ? MAGIC_CODE_V03 : MAGIC_CODE;
   const unsigned char* version = is02 ? VERSION_V02 : is03 ? VERSION_V03 : VERSION;
-  header_t& header = headerOf(version_);
+  header_t header = headerOf(version_);
   header.version_major = version[0];
   header.version_minor = version[1];
   std::memcpy(bytes + kMagicCodeAt, magic, rtvLayout(version_).magicSize);

@@ -3,8 +3,12 @@
 #define VELMAR_RTV_RTV_LAYOUT_H
 
 #include <cstring>
+#include <string_view>
 
 #include "velmar_video/rtv/RecordFile.h"
+
+/// What the files of every version begin with, followed by zeros.
+constexpr std::string_view kRtvMagic = "velmar.rtv";
 
 // Offsets in the header that all versions share, bytes.
 constexpr unsigned int kMagicCodeAt = 0;

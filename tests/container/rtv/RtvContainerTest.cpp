@@ -53,13 +53,10 @@ TEST(RtvContainer, TellsRefusedFramesAndFailuresAtClose) {
   EXPECT_EQ(creater->close(), VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
   EXPECT_EQ(got(*openedReader(folder / "a.rtv"), &Reader::getFramesCount), 1U);
 
-  const LogCapture log;
   const auto nowhere = makeVelmarVideoFileCreater(folder / "none/a.rtv");
   EXPECT_EQ(nowhere->open(), kSuccess);
   EXPECT_TRUE(nowhere->addFrame("abc", 0, 0));
   EXPECT_EQ(nowhere->close(), VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
-  EXPECT_TRUE(log.has("3 RecordFileCreater: Error: ftruncate fail " + folder / "none/a.rtv.tmp" +
-                      ", Bad file descriptor"));
 }
 
 TEST(RtvContainer, DroppedItFinishesAndOnlyMadeItReplacesNothing) {
