@@ -44,7 +44,9 @@ VELMAR_ERROR_CODE_E JpegDecoder::decodeFrame(const unsigned char* jpeg, unsigned
   if (size.width != geometry.sourceWidth || size.height != geometry.sourceHeight) {
     std::memset(whole + skippedBytes, 0, keptBytes);
   }
-  if (const auto code = decompress(jpeg, jpegSize, geometry, pixelFormat, whole)) return code;
+  if (const auto code = decompress(jpeg, jpegSize, geometry, pixelFormat, whole);
+      code != VELMAR_ERROR_CODE_SUCCESS_E)
+    return code;
   std::memcpy(out, whole + skippedBytes, keptBytes);
   std::memset(out + keptBytes, 0, geometry.size() - keptBytes);
   return VELMAR_ERROR_CODE_SUCCESS_E;

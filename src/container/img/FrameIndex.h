@@ -2,8 +2,8 @@
 #define VELMAR_IMG_FRAME_INDEX_H
 
 #include <cstdint>
-#include <cstring>
 
+#include "base/Bytes.h"
 #include "velmar_video/VelmarVideoCommDef.h"
 
 /// Where the index of an "img" file begins: behind the 64-bit offset of the metadata.
@@ -26,10 +26,6 @@ struct __attribute__((packed)) FrameIndex {
 static_assert(sizeof(FrameIndex) == 28);
 
 /// A record as bytes of a file have it, in host order.
-inline FrameIndex readFrameIndex(const char* bytes) {
-  FrameIndex record;
-  std::memcpy(&record, bytes, sizeof record);
-  return record.swapped();
-}
+inline FrameIndex readFrameIndex(const char* bytes) { return get<FrameIndex>(bytes).swapped(); }
 
 #endif

@@ -155,12 +155,12 @@ VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::checkFrameBytes(const FrameIndex
 
 VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::copyFrame(unsigned int index, unsigned int size,
                                                           unsigned char* buffer) {
-  if (const auto code = checkFrame(index)) return code;
+  if (const auto code = checkFrame(index); code != VELMAR_ERROR_CODE_SUCCESS_E) return code;
   const FrameIndex& record = frameIndex_[index];
   if (size < record.frameSize) return VELMAR_ERROR_CODE_INVALID_PARAMETER_E;
   if (record.frameSize == 0) return VELMAR_ERROR_CODE_SUCCESS_E;
   if (buffer == nullptr) return VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E;
-  if (const auto code = checkFrameBytes(record)) return code;
+  if (const auto code = checkFrameBytes(record); code != VELMAR_ERROR_CODE_SUCCESS_E) return code;
   std::memcpy(buffer, frameBytes(record), record.frameSize);
   return VELMAR_ERROR_CODE_SUCCESS_E;
 }

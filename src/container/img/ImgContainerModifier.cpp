@@ -25,7 +25,8 @@ ImgContainerModifier::ImgContainerModifier(const std::string& path)
     : VelmarVideoFileModifier(path) {}
 
 VELMAR_ERROR_CODE_E ImgContainerModifier::open() {
-  if (const auto code = checkOpening(filePath_, kTag)) return code;
+  if (const auto code = checkOpening(filePath_, kTag); code != VELMAR_ERROR_CODE_SUCCESS_E)
+    return code;
   return analyse(openMap(), kTag);
 }
 
@@ -51,7 +52,8 @@ VELMAR_ERROR_CODE_E ImgContainerModifier::finish() {
   }
   const bool unmapped = mapAddr_.unmap();
   if (metaDataChanged_) {
-    if (const auto code = rewriteMetaData(oldText)) return code;
+    if (const auto code = rewriteMetaData(oldText); code != VELMAR_ERROR_CODE_SUCCESS_E)
+      return code;
   }
   return unmapped ? VELMAR_ERROR_CODE_SUCCESS_E : VELMAR_ERROR_CODE_FILE_MMAP_FAIL_E;
 }
@@ -123,7 +125,7 @@ VELMAR_ERROR_CODE_E ImgContainerModifier::modifyTimestamp(unsigned int index,
                                                           unsigned long& timestamp) {
   velmar_logger::i(kTag, " modifyTimestamp usec = %llu",
                    static_cast<unsigned long long>(timestamp));
-  if (const auto code = checkFrame(index)) return code;
+  if (const auto code = checkFrame(index); code != VELMAR_ERROR_CODE_SUCCESS_E) return code;
   frameIndex_[index].sensorTime = timestamp;
   storeTime(index, offsetof(FrameIndex, sensorTime), timestamp);
   return VELMAR_ERROR_CODE_SUCCESS_E;
@@ -132,7 +134,7 @@ VELMAR_ERROR_CODE_E ImgContainerModifier::modifyTimestamp(unsigned int index,
 VELMAR_ERROR_CODE_E ImgContainerModifier::modifyArrivalTime(unsigned int index,
                                                             unsigned long& time) {
   velmar_logger::i(kTag, " modifyArrivalTime usec = %llu", static_cast<unsigned long long>(time));
-  if (const auto code = checkFrame(index)) return code;
+  if (const auto code = checkFrame(index); code != VELMAR_ERROR_CODE_SUCCESS_E) return code;
   frameIndex_[index].arrivedTime = time;
   storeTime(index, offsetof(FrameIndex, arrivedTime), time);
   return VELMAR_ERROR_CODE_SUCCESS_E;
@@ -140,9 +142,7 @@ VELMAR_ERROR_CODE_E ImgContainerModifier::modifyArrivalTime(unsigned int index,
 
 void ImgContainerModifier::storeTime(std::size_t index, std::size_t fieldOffset,
                                      unsigned long time) {
-  const std::uint64_t stored = htonll(time);
-  std::memcpy(mapAddr_.data() + kFrameIndexStart + sizeof(FrameIndex) * index + fieldOffset,
-              &stored, sizeof stored);
+  put(mapAddr_.data() + kFrameIndexStart + sizeof(FrameIndex) * index + fieldOffset, htonll(time));
 }
 
 // The format has no start time.
@@ -152,7 +152,7 @@ VELMAR_ERROR_CODE_E ImgContainerModifier::modifyStartTime(unsigned long& /*start
 
 VELMAR_ERROR_CODE_E ImgContainerModifier::correctVideoResolution() {
   if (frameIndex_.empty()) return VELMAR_ERROR_CODE_OUT_RANGE_E;
-  if (const auto code = checkFrame(0)) return code;
+  if (const auto code = checkFrame(0); code != VELMAR_ERROR_CODE_SUCCESS_E) return code;
   const FrameIndex& record = frameIndex_[0];
   if (checkFrameBytes(record) != VELMAR_ERROR_CODE_SUCCESS_E) {
     return VELMAR_ERROR_CODE_STATUS_FILE_CANNOT_READ_E;

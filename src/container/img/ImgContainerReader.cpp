@@ -11,19 +11,13 @@
 #include "base/Guarded.h"
 #include "base/HexText.h"
 #include "container/img/JsonText.h"
+#include "jpeg/PictureFormat.h"
 #include "velmar_logger/velmar_logger.h"
 
 namespace {
 
 constexpr char kTag[] = "ImgContainerReader_TAG";
 constexpr int kErrorLevel = 3;
-
-// By SCALE_FACTOR_E, the MAX member included.
-constexpr std::array<tjscalingfactor, SCALE_FACTOR_MAX_E + 1> tjSalingFactor = {
-    {{1, 1}, {7, 8}, {3, 4}, {5, 8}, {1, 2}, {3, 8}, {1, 4}, {1, 8}, {1, 1}}};
-
-// By VELMAR_FORMAT_E; YUV420 has no pixel format and is never looked up.
-constexpr std::array<int, VELMAR_FORMAT_MAX_E> tjpfTable = {-1, TJPF_RGB, TJPF_BGR, TJPF_GRAY};
 
 bool isScale(SCALE_FACTOR_E scale) {
   return static_cast<std::size_t>(scale) < tjSalingFactor.size();
@@ -39,7 +33,8 @@ ImgContainerReader::~ImgContainerReader() {
 }
 
 VELMAR_ERROR_CODE_E ImgContainerReader::open() {
-  if (const auto code = checkOpening(filePath_, kTag)) return code;
+  if (const auto code = checkOpening(filePath_, kTag); code != VELMAR_ERROR_CODE_SUCCESS_E)
+    return code;
   return analyse(openMap(filePath_), kTag);
 }
 
@@ -64,7 +59,7 @@ VELMAR_ERROR_CODE_E ImgContainerReader::getVersion(VELMAR_VERSION_E& version) {
 }
 
 VELMAR_ERROR_CODE_E ImgContainerReader::getTimeFlag(unsigned int index, unsigned long& value) {
-  if (const auto code = checkFrame(index)) return code;
+  if (const auto code = checkFrame(index); code != VELMAR_ERROR_CODE_SUCCESS_E) return code;
   value = frameIndex_[index].arrivedTime - frameIndex_[0].arrivedTime;
   return VELMAR_ERROR_CODE_SUCCESS_E;
 }
@@ -74,13 +69,13 @@ VELMAR_ERROR_CODE_E ImgContainerReader::getTimeStamp(unsigned int index, unsigne
 }
 
 VELMAR_ERROR_CODE_E ImgContainerReader::getArrivedTime(unsigned int index, unsigned long& time) {
-  if (const auto code = checkFrame(index)) return code;
+  if (const auto code = checkFrame(index); code != VELMAR_ERROR_CODE_SUCCESS_E) return code;
   time = frameIndex_[index].arrivedTime;
   return VELMAR_ERROR_CODE_SUCCESS_E;
 }
 
 VELMAR_ERROR_CODE_E ImgContainerReader::getSensorTime(unsigned int index, unsigned long& time) {
-  if (const auto code = checkFrame(index)) return code;
+  if (const auto code = checkFrame(index); code != VELMAR_ERROR_CODE_SUCCESS_E) return code;
   time = frameIndex_[index].sensorTime;
   return VELMAR_ERROR_CODE_SUCCESS_E;
 }
@@ -92,7 +87,7 @@ VELMAR_ERROR_CODE_E ImgContainerReader::getStartTime(unsigned long& startTime) {
 
 VELMAR_ERROR_CODE_E ImgContainerReader::getRawImageSize(unsigned int index, unsigned int& size,
                                                         bool /*flag*/) {
-  if (const auto code = checkFrame(index)) return code;
+  if (const auto code = checkFrame(index); code != VELMAR_ERROR_CODE_SUCCESS_E) return code;
   size = frameIndex_[index].frameSize;
   return VELMAR_ERROR_CODE_SUCCESS_E;
 }
@@ -103,9 +98,9 @@ VELMAR_ERROR_CODE_E ImgContainerReader::getRawImage(unsigned int index, unsigned
 }
 
 VELMAR_ERROR_CODE_E ImgContainerReader::getRawImage(unsigned int index, std::string& data) {
-  if (const auto code = checkFrame(index)) return code;
+  if (const auto code = checkFrame(index); code != VELMAR_ERROR_CODE_SUCCESS_E) return code;
   const FrameIndex& record = frameIndex_[index];
-  if (const auto code = checkFrameBytes(record)) return code;
+  if (const auto code = checkFrameBytes(record); code != VELMAR_ERROR_CODE_SUCCESS_E) return code;
   return guarded(kTag, "getRawImage", VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E, [&] {
     data.append(reinterpret_cast<const char*>(frameBytes(record)), record.frameSize);
     return VELMAR_ERROR_CODE_SUCCESS_E;
@@ -118,7 +113,7 @@ tjscalingfactor ImgContainerReader::getScalingFactor(SCALE_FACTOR_E scale) {
 
 bool ImgContainerReader::getPixelFormat(VELMAR_FORMAT_E format, int* pixelFormat) {
   if (format < VELMAR_FORMAT_RGB_E || format > VELMAR_FORMAT_GRAY_E) return false;
-  *pixelFormat = tjpfTable[format];
+  *pixelFormat = tjpfTable[static_cast<std::size_t>(format - VELMAR_FORMAT_RGB_E)];
   return true;
 }
 
@@ -134,7 +129,7 @@ VELMAR_ERROR_CODE_E ImgContainerReader::getImageSizeInBytes(
     unsigned short cropBottom, unsigned short* outWidth, unsigned short* outHeight) {
   unsigned short width = 0;
   unsigned short height = 0;
-  if (const auto code = getImageResolution(width, height)) {
+  if (const auto code = getImageResolution(width, height); code != VELMAR_ERROR_CODE_SUCCESS_E) {
     velmar_logger::e(kTag, "getImageResolution error");
     return code;
   }
@@ -169,9 +164,10 @@ VELMAR_ERROR_CODE_E ImgContainerReader::getImage(unsigned int index, unsigned in
                                pixelSize);
   if (!geometry.isDecodableTo(bufferSize)) return VELMAR_ERROR_CODE_INVALID_PARAMETER_E;
   if (buffer == nullptr) return VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E;
-  if (const auto code = checkFrame(index)) return code;  // one past the last got here
+  if (const auto code = checkFrame(index); code != VELMAR_ERROR_CODE_SUCCESS_E)
+    return code;  // one past the last got here
   const FrameIndex& record = frameIndex_[index];
-  if (const auto code = checkFrameBytes(record)) return code;
+  if (const auto code = checkFrameBytes(record); code != VELMAR_ERROR_CODE_SUCCESS_E) return code;
   return decoder_.decode(frameBytes(record), record.frameSize, geometry, pixelFormat, buffer);
 }
 

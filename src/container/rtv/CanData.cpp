@@ -8,6 +8,7 @@
 #include <sstream>
 #include <utility>
 
+#include "base/Bytes.h"
 #include "base/Guarded.h"
 
 namespace {
@@ -84,24 +85,17 @@ void* pointerOf(const can_data_io* alignedBlock, std::size_t field) {
   return value;
 }
 
-template <typename T>
-T valueAt(const unsigned char* bytes) {
-  T value;
-  std::memcpy(&value, bytes, sizeof value);
-  return value;
-}
-
 bool isAbsent(const CanField& field, const unsigned char* value) {
   if (field.offset == 0) return false;  // the length is no signal
   switch (field.type) {
     case CanFieldType::Float:
-      return std::isnan(valueAt<float>(value));
+      return std::isnan(get<float>(value));
     case CanFieldType::Unsigned8:
       return *value == UINT8_MAX;
     case CanFieldType::Unsigned16:
-      return valueAt<std::uint16_t>(value) == UINT16_MAX;
+      return get<std::uint16_t>(value) == UINT16_MAX;
     default:
-      return valueAt<std::uint32_t>(value) == UINT32_MAX;
+      return get<std::uint32_t>(value) == UINT32_MAX;
   }
 }
 
@@ -128,16 +122,16 @@ void setPointers(unsigned char* slots, bool check, std::index_sequence<kField...
 void print(std::ostream& text, const CanField& field, const unsigned char* value) {
   switch (field.type) {
     case CanFieldType::Float:
-      text << valueAt<float>(value);
+      text << get<float>(value);
       break;
     case CanFieldType::Unsigned8:
       text << static_cast<unsigned int>(*value);
       break;
     case CanFieldType::Unsigned16:
-      text << valueAt<std::uint16_t>(value);
+      text << get<std::uint16_t>(value);
       break;
     default:
-      text << valueAt<std::uint32_t>(value);
+      text << get<std::uint32_t>(value);
   }
 }
 

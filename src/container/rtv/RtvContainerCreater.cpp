@@ -3,11 +3,7 @@
 #include "container/rtv/RtvLayout.h"
 #include "velmar_video/TypeConversion.h"
 
-namespace {
-
-constexpr unsigned long kMicroseconds = 1000;  // in a millisecond
-
-}  // namespace
+namespace {}  // namespace
 
 RtvContainerCreater::RtvContainerCreater(const std::string& path)
     : VelmarVideoFileCreater(path),
@@ -46,7 +42,7 @@ void RtvContainerCreater::setDeviceId(const unsigned char* id, unsigned int leng
 
 void RtvContainerCreater::setStartTime(unsigned long startTime) {
   startTime_ = startTime;
-  writer_->setStartTime(startTime / kMicroseconds);
+  writer_->setStartTime(startTime / kMicrosecondsPerMillisecond);
 }
 
 void RtvContainerCreater::setVideoResolution(unsigned short width, unsigned short height) {
@@ -62,7 +58,8 @@ void RtvContainerCreater::setFrameCodec(VELMAR_CODEC_E codec) {
 }
 
 int RtvContainerCreater::relativeTime(unsigned long sensorTime) const {
-  return static_cast<int>(sensorTime / kMicroseconds - startTime_ / kMicroseconds);
+  return static_cast<int>(sensorTime / kMicrosecondsPerMillisecond -
+                          startTime_ / kMicrosecondsPerMillisecond);
 }
 
 bool RtvContainerCreater::addFrame(const std::string& jpegData, unsigned long sensorTime,

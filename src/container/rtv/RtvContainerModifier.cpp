@@ -13,7 +13,6 @@
 namespace {
 
 constexpr char kTag[] = "RtvContainerModifier_TAG";
-constexpr unsigned long kMicroseconds = 1000;  // in a millisecond
 constexpr unsigned int kRtvMaxJpegSize = 3840 * 2160;
 
 }  // namespace
@@ -58,7 +57,7 @@ VELMAR_ERROR_CODE_E RtvContainerModifier::checkByteOrder() const {
 
 VELMAR_ERROR_CODE_E RtvContainerModifier::modifyCameraID(const unsigned char* id,
                                                          unsigned int length) {
-  if (const auto code = checkByteOrder()) return code;
+  if (const auto code = checkByteOrder(); code != VELMAR_ERROR_CODE_SUCCESS_E) return code;
   if (id == nullptr && length > 0) return VELMAR_ERROR_CODE_NULL_POINTER_E;
   if (length != kRtvDeviceIdSize) {
     velmar_logger::w(kTag, "Device id array size is %u, should be %u", length, kRtvDeviceIdSize);
@@ -68,7 +67,7 @@ VELMAR_ERROR_CODE_E RtvContainerModifier::modifyCameraID(const unsigned char* id
 }
 
 VELMAR_ERROR_CODE_E RtvContainerModifier::modifyUndistorted(bool undistorted) {
-  if (const auto code = checkByteOrder()) return code;
+  if (const auto code = checkByteOrder(); code != VELMAR_ERROR_CODE_SUCCESS_E) return code;
   unsigned int flags = 0;
   getTaggingFlags(flags);
   if (undistorted) {
@@ -87,8 +86,8 @@ void RtvContainerModifier::setTaggingFlags(unsigned int flags) {
 }
 
 VELMAR_ERROR_CODE_E RtvContainerModifier::modifyStartTime(unsigned long& startTime) {
-  if (const auto code = checkByteOrder()) return code;
-  headerOf(version_).start_time = startTime / kMicroseconds;
+  if (const auto code = checkByteOrder(); code != VELMAR_ERROR_CODE_SUCCESS_E) return code;
+  headerOf(version_).start_time = startTime / kMicrosecondsPerMillisecond;
   return VELMAR_ERROR_CODE_SUCCESS_E;
 }
 
@@ -99,9 +98,10 @@ VELMAR_ERROR_CODE_E RtvContainerModifier::modifyTimestamp(unsigned int index,
     velmar_logger::e(kTag, "index out of range");
     return VELMAR_ERROR_CODE_OUT_RANGE_E;
   }
-  if (const auto code = checkEditable()) return code;
+  if (const auto code = checkEditable(); code != VELMAR_ERROR_CODE_SUCCESS_E) return code;
   // By the start time as it has been changed so far.
-  const auto timeFlag = static_cast<int>(timestamp / kMicroseconds - header.start_time);
+  const auto timeFlag =
+      static_cast<int>(timestamp / kMicrosecondsPerMillisecond - header.start_time);
   put(state_->mMapAddr.data() + rtvLayout(version_).tagAt(index), timeFlag);
   return VELMAR_ERROR_CODE_SUCCESS_E;
 }
@@ -128,7 +128,7 @@ VELMAR_ERROR_CODE_E RtvContainerModifier::correctVideoResolution() {
   unsigned short count = 0;
   getFramesCount(count);
   if (count == 0) return VELMAR_ERROR_CODE_OUT_RANGE_E;
-  if (const auto code = checkEditable()) return code;
+  if (const auto code = checkEditable(); code != VELMAR_ERROR_CODE_SUCCESS_E) return code;
   unsigned long offset = 0;
   unsigned int length = 0;
   const unsigned char* jpeg = nullptr;

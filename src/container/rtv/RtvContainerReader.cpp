@@ -8,7 +8,6 @@ namespace {
 
 constexpr char kTag[] = "RtvContainerReader_TAG";
 constexpr char kNoMetaData[] = "{}";
-constexpr int kMicroseconds = 1000;  // in a millisecond
 
 // RTV files hold 65535 frames at most: an index is cut to 16 bits, on purpose.
 unsigned short cut(unsigned int index) { return static_cast<unsigned short>(index); }
@@ -26,25 +25,31 @@ VELMAR_ERROR_CODE_E RtvContainerReader::close() { return facade(parser_->clear()
 
 VELMAR_ERROR_CODE_E RtvContainerReader::getVersion(VELMAR_VERSION_E& version) {
   version_e stored = RTV_VER_MAX;
-  if (const auto code = facade(parser_->getVersion(stored))) return code;
+  if (const auto code = facade(parser_->getVersion(stored)); code != VELMAR_ERROR_CODE_SUCCESS_E)
+    return code;
   version = rtvVersion2VelmarVersion(stored);
   return VELMAR_ERROR_CODE_SUCCESS_E;
 }
 
 VELMAR_ERROR_CODE_E RtvContainerReader::getTimeFlag(unsigned int index, unsigned long& value) {
   int flag = 0;
-  if (const auto code = facade(parser_->getTimeFlag(cut(index), flag))) return code;
+  if (const auto code = facade(parser_->getTimeFlag(cut(index), flag));
+      code != VELMAR_ERROR_CODE_SUCCESS_E)
+    return code;
   // In 32 bits, where it wraps, and with its sign from there; multiplied unsigned, since a signed
   // overflow is undefined.
-  const auto wrapped = static_cast<int>(static_cast<unsigned int>(flag) * kMicroseconds);
+  const auto wrapped = static_cast<int>(static_cast<unsigned int>(flag) *
+                                        static_cast<unsigned int>(kMicrosecondsPerMillisecond));
   value = static_cast<unsigned long>(static_cast<long>(wrapped));
   return VELMAR_ERROR_CODE_SUCCESS_E;
 }
 
 VELMAR_ERROR_CODE_E RtvContainerReader::getTimeStamp(unsigned int index, unsigned long& timestamp) {
   unsigned long milliseconds = 0;
-  if (const auto code = facade(parser_->getTimeStamp(cut(index), milliseconds))) return code;
-  timestamp = milliseconds * kMicroseconds;
+  if (const auto code = facade(parser_->getTimeStamp(cut(index), milliseconds));
+      code != VELMAR_ERROR_CODE_SUCCESS_E)
+    return code;
+  timestamp = milliseconds * kMicrosecondsPerMillisecond;
   return VELMAR_ERROR_CODE_SUCCESS_E;
 }
 
@@ -80,7 +85,9 @@ VELMAR_ERROR_CODE_E RtvContainerReader::getImage(unsigned int index, unsigned in
 
 VELMAR_ERROR_CODE_E RtvContainerReader::getImageColorFormat(VELMAR_FORMAT_E& format) {
   format_e stored = RTV_FMT_UNKNOWN;
-  if (const auto code = facade(parser_->getImageColorFormat(stored))) return code;
+  if (const auto code = facade(parser_->getImageColorFormat(stored));
+      code != VELMAR_ERROR_CODE_SUCCESS_E)
+    return code;
   format = rtvFormat2VelmarFormat(stored);
   return VELMAR_ERROR_CODE_SUCCESS_E;
 }
@@ -106,25 +113,30 @@ VELMAR_ERROR_CODE_E RtvContainerReader::getImageResolution(unsigned short& width
 
 VELMAR_ERROR_CODE_E RtvContainerReader::getColorFormat(VELMAR_FORMAT_E& format) {
   format_e stored = RTV_FMT_UNKNOWN;
-  if (const auto code = facade(parser_->getColorFormat(stored))) return code;
+  if (const auto code = facade(parser_->getColorFormat(stored));
+      code != VELMAR_ERROR_CODE_SUCCESS_E)
+    return code;
   format = rtvFormat2VelmarFormat(stored);
   return VELMAR_ERROR_CODE_SUCCESS_E;
 }
 
 VELMAR_ERROR_CODE_E RtvContainerReader::getCodec(VELMAR_CODEC_E& codec) {
   codec_e stored = RTV_CODEC_UNKNOWN;
-  if (const auto code = facade(parser_->getCodec(stored))) return code;
+  if (const auto code = facade(parser_->getCodec(stored)); code != VELMAR_ERROR_CODE_SUCCESS_E)
+    return code;
   codec = rtvCodec2VelmarCodec(stored);
   return VELMAR_ERROR_CODE_SUCCESS_E;
 }
 
 VELMAR_ERROR_CODE_E RtvContainerReader::getStartTime(unsigned long& startTime) {
   unsigned long milliseconds = 0;
-  if (const auto code = facade(parser_->getStartTime(milliseconds))) return code;
+  if (const auto code = facade(parser_->getStartTime(milliseconds));
+      code != VELMAR_ERROR_CODE_SUCCESS_E)
+    return code;
   VELMAR_VERSION_E version = VELMAR_VERSION_MAX_E;
-  if (const auto code = getVersion(version)) return code;
+  if (const auto code = getVersion(version); code != VELMAR_ERROR_CODE_SUCCESS_E) return code;
   if (version == VELMAR_VERSION_0_2_E) milliseconds += kRtvVersion02Epoch;
-  startTime = milliseconds * kMicroseconds;
+  startTime = milliseconds * kMicrosecondsPerMillisecond;
   return VELMAR_ERROR_CODE_SUCCESS_E;
 }
 
@@ -143,7 +155,9 @@ VELMAR_ERROR_CODE_E RtvContainerReader::getDeviceId(unsigned char* buffer,
 
 VELMAR_ERROR_CODE_E RtvContainerReader::getUndistortFlags(unsigned int& flags) {
   unsigned int tagging = 0;
-  if (const auto code = facade(parser_->getTaggingFlags(tagging))) return code;
+  if (const auto code = facade(parser_->getTaggingFlags(tagging));
+      code != VELMAR_ERROR_CODE_SUCCESS_E)
+    return code;
   velmar_logger::d(kTag, "getUndistortFlags = %u", tagging);
   flags = (tagging & kRtvUndistortedFlag) != 0 ? 1 : 0;
   return VELMAR_ERROR_CODE_SUCCESS_E;

@@ -5,6 +5,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "base/Bytes.h"
+
 #include "velmar_video/rtv/RecordFile.h"
 
 /// What the files of every version begin with, followed by zeros.
@@ -42,6 +44,8 @@ struct RtvLayout {
     return headerSize + static_cast<unsigned long>(index) * tagSize;
   }
 };
+
+constexpr unsigned long kMicrosecondsPerMillisecond = 1000;  ///< files have the latter
 
 constexpr unsigned int kRtvHeaderSizeMax = 72;  ///< bytes, of any version
 
@@ -122,20 +126,6 @@ inline frametag_02ver_t narrowed(const frametag03Ver_t& tag) {
   narrow.speed = tag.speed;
   narrow.direction = tag.direction;
   return narrow;
-}
-
-/// The value whose bytes stand there.
-template <typename T>
-T get(const void* at) {
-  T value;
-  std::memcpy(&value, at, sizeof value);
-  return value;
-}
-
-/// Stores a value's bytes as they are.
-template <typename T>
-void put(unsigned char* at, const T& value) {
-  std::memcpy(at, &value, sizeof value);
 }
 
 #endif

@@ -35,9 +35,9 @@ ErrorCode_e TaggedVideoParser::init(const char* path) { return init(path, {false
 ErrorCode_e TaggedVideoParser::init(const char* path, const InitMode& mode) {
   if (state_ == nullptr) return RTV_ERR_BUFFER_NOT_ALLOCATED;
   const std::lock_guard lock(state_->mMutex);
-  if (const auto code = beforeInitCheck(path, mode)) return code;
+  if (const auto code = beforeInitCheck(path, mode); code != RTV_ERR_SUCCESS) return code;
   const auto result = guarded(mode.tag, "init", RTV_ERR_BUFFER_NOT_ALLOCATED, [&] {
-    if (const auto code = open(path, mode)) return code;
+    if (const auto code = open(path, mode); code != RTV_ERR_SUCCESS) return code;
     const auto code = load(mode);
     if (code == RTV_ERR_SUCCESS) fileName_ = path;
     return code;
@@ -108,7 +108,7 @@ ErrorCode_e TaggedVideoParser::load(const InitMode& mode) {
   copyBytes(0, sizeof header, header);
   if (!readVersion(header, mode) || !readIdentifier(header)) return RTV_ERR_NOT_VELMAR_VIDEO_FORMAT;
   readHeader(header);
-  if (const auto code = readTags()) return code;
+  if (const auto code = readTags(); code != RTV_ERR_SUCCESS) return code;
   return checkComplete(mode);
 }
 

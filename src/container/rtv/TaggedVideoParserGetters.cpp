@@ -21,14 +21,14 @@ unsigned int magnitude(int value) {
 ErrorCode_e TaggedVideoParser::loadAllFromFile() { return checkInit(); }
 
 ErrorCode_e TaggedVideoParser::getVersion(version_e& version) {
-  if (const auto code = checkInit()) return code;
+  if (const auto code = checkInit(); code != RTV_ERR_SUCCESS) return code;
   version = version_;
   return RTV_ERR_SUCCESS;
 }
 
 template <typename T>
 ErrorCode_e TaggedVideoParser::getHeaderField(T header_t::*field, T& value) const {
-  if (const auto code = checkInit()) return code;
+  if (const auto code = checkInit(); code != RTV_ERR_SUCCESS) return code;
   value = headerOf(version_).*field;
   return RTV_ERR_SUCCESS;
 }
@@ -42,7 +42,8 @@ ErrorCode_e TaggedVideoParser::getFramesMax(unsigned short& max) {
 }
 
 ErrorCode_e TaggedVideoParser::getImageResolution(unsigned short& width, unsigned short& height) {
-  if (const auto code = getHeaderField(&header_t::width, width)) return code;
+  if (const auto code = getHeaderField(&header_t::width, width); code != RTV_ERR_SUCCESS)
+    return code;
   return getHeaderField(&header_t::height, height);
 }
 
@@ -63,7 +64,7 @@ ErrorCode_e TaggedVideoParser::getTaggingFlags(unsigned int& flags) {
 }
 
 ErrorCode_e TaggedVideoParser::getDeviceId(unsigned char* buf, unsigned int size) {
-  if (const auto code = checkInit()) return code;
+  if (const auto code = checkInit(); code != RTV_ERR_SUCCESS) return code;
   if (size < kRtvDeviceIdSize) return RTV_ERR_INVALID_PARAMETER;
   if (buf == nullptr) return RTV_ERR_BUFFER_NOT_ALLOCATED;
   std::memcpy(buf, headerOf(version_).device_id, kRtvDeviceIdSize);
@@ -78,7 +79,7 @@ ErrorCode_e TaggedVideoParser::getImageColorFormat(format_e& format) {
 double TaggedVideoParser::NDS2Degree(int v) { return RecordFileToolkit::NDS2Degree(v); }
 
 ErrorCode_e TaggedVideoParser::getStdPosition(double& lat, double& lng, double& alt) {
-  if (const auto code = checkInit()) return code;
+  if (const auto code = checkInit(); code != RTV_ERR_SUCCESS) return code;
   const header_t& header = headerOf(version_);
   lat = NDS2Degree(header.lat);
   lng = NDS2Degree(header.lng);
@@ -89,7 +90,7 @@ ErrorCode_e TaggedVideoParser::getStdPosition(double& lat, double& lng, double& 
 }
 
 ErrorCode_e TaggedVideoParser::getStartPosition(int& lng, int& lat, int& alt) {
-  if (const auto code = checkInit()) return code;
+  if (const auto code = checkInit(); code != RTV_ERR_SUCCESS) return code;
   const header_t& header = headerOf(version_);
   lng = header.lng;
   lat = header.lat;
@@ -99,7 +100,7 @@ ErrorCode_e TaggedVideoParser::getStartPosition(int& lng, int& lat, int& alt) {
 
 ErrorCode_e TaggedVideoParser::checkIndex(unsigned short index) {
   unsigned short count = 0;
-  if (const auto code = getFramesCount(count)) return code;
+  if (const auto code = getFramesCount(count); code != RTV_ERR_SUCCESS) return code;
   return index < count ? RTV_ERR_SUCCESS : RTV_ERR_INVALID_PARAMETER;
 }
 
@@ -117,21 +118,21 @@ frametag03Ver_t TaggedVideoParser::tagAt(unsigned short index) const {
 }
 
 ErrorCode_e TaggedVideoParser::getTag(unsigned short index, frametag03Ver_t& tag) {
-  if (const auto code = checkIndex(index)) return code;
+  if (const auto code = checkIndex(index); code != RTV_ERR_SUCCESS) return code;
   tag = tagAt(index);
   return RTV_ERR_SUCCESS;
 }
 
 ErrorCode_e TaggedVideoParser::getTimeFlag(unsigned short index, int& timeFlag) {
   frametag03Ver_t tag;
-  if (const auto code = getTag(index, tag)) return code;
+  if (const auto code = getTag(index, tag); code != RTV_ERR_SUCCESS) return code;
   timeFlag = tag.time_flag;
   return RTV_ERR_SUCCESS;
 }
 
 ErrorCode_e TaggedVideoParser::getTimeStamp(unsigned short index, unsigned long& timestamp) {
   frametag03Ver_t tag;
-  if (const auto code = getTag(index, tag)) return code;
+  if (const auto code = getTag(index, tag); code != RTV_ERR_SUCCESS) return code;
   const unsigned long epoch = version_ == RTV_VER_02 ? kRtvVersion02Epoch : 0;
   timestamp = epoch + headerOf(version_).start_time + magnitude(tag.time_flag);
   return RTV_ERR_SUCCESS;
@@ -139,7 +140,7 @@ ErrorCode_e TaggedVideoParser::getTimeStamp(unsigned short index, unsigned long&
 
 ErrorCode_e TaggedVideoParser::getRelPosition(unsigned short index, float& a, float& b, float& c) {
   frametag03Ver_t tag;
-  if (const auto code = getTag(index, tag)) return code;
+  if (const auto code = getTag(index, tag); code != RTV_ERR_SUCCESS) return code;
   a = static_cast<float>(tag.y) / kHundredths;
   b = static_cast<float>(tag.x) / kHundredths;
   c = static_cast<float>(tag.z) / kHundredths;
@@ -148,7 +149,7 @@ ErrorCode_e TaggedVideoParser::getRelPosition(unsigned short index, float& a, fl
 
 ErrorCode_e TaggedVideoParser::getRelDistance(unsigned short index, float& distance) {
   frametag03Ver_t tag;
-  if (const auto code = getTag(index, tag)) return code;
+  if (const auto code = getTag(index, tag); code != RTV_ERR_SUCCESS) return code;
   // Signed in version 02 only.
   const long stored = version_ == RTV_VER_02 ? static_cast<int>(tag.relative_distance)
                                              : static_cast<long>(tag.relative_distance);
@@ -158,32 +159,32 @@ ErrorCode_e TaggedVideoParser::getRelDistance(unsigned short index, float& dista
 
 ErrorCode_e TaggedVideoParser::getSpeed(unsigned short index, float& speed) {
   frametag03Ver_t tag;
-  if (const auto code = getTag(index, tag)) return code;
+  if (const auto code = getTag(index, tag); code != RTV_ERR_SUCCESS) return code;
   speed = static_cast<float>(tag.speed) / kHundredths;
   return RTV_ERR_SUCCESS;
 }
 
 ErrorCode_e TaggedVideoParser::getDirection(unsigned short index, float& direction) {
   frametag03Ver_t tag;
-  if (const auto code = getTag(index, tag)) return code;
+  if (const auto code = getTag(index, tag); code != RTV_ERR_SUCCESS) return code;
   direction = tag.direction;
   return RTV_ERR_SUCCESS;
 }
 
 ErrorCode_e TaggedVideoParser::getCAN(unsigned short index, can_data& can) {
-  if (const auto code = checkInit()) return code;
+  if (const auto code = checkInit(); code != RTV_ERR_SUCCESS) return code;
   if (version_ != RTV_VER_04) {
     can_data_io_purge(reinterpret_cast<can_data_io*>(&can));
     can_data_init_ptr(&can, false);
     return RTV_ERR_SUCCESS;
   }
-  if (const auto code = checkIndex(index)) return code;
+  if (const auto code = checkIndex(index); code != RTV_ERR_SUCCESS) return code;
   can_data_assign(can, *tags_[index].pCan());
   return RTV_ERR_SUCCESS;
 }
 
 ErrorCode_e TaggedVideoParser::getCANRecord(unsigned short index, can_data_io& record) {
-  if (const auto code = checkIndex(index)) return code;
+  if (const auto code = checkIndex(index); code != RTV_ERR_SUCCESS) return code;
   if (version_ != RTV_VER_04) {
     can_data_io_purge(&record);
     return RTV_ERR_SUCCESS;

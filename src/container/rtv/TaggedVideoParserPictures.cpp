@@ -1,12 +1,12 @@
 // Frames as they are stored, and decoded.
 #include <turbojpeg.h>
 
-#include <array>
 #include <cstring>
 
 #include "base/Guarded.h"
 #include "container/rtv/TaggedVideoParserState.h"
 #include "jpeg/ImageGeometry.h"
+#include "jpeg/PictureFormat.h"
 #include "velmar_logger/velmar_logger.h"
 #include "velmar_video/TypeConversion.h"
 #include "velmar_video/rtv/TaggedVideoParser.h"
@@ -31,7 +31,7 @@ void TaggedVideoParser::getRawImageRange(unsigned short index, unsigned long& of
 
 ErrorCode_e TaggedVideoParser::getRawImageSize(unsigned short index, unsigned int& size,
                                                bool useCorruptionCheck) {
-  if (const auto code = checkIndex(index)) return code;
+  if (const auto code = checkIndex(index); code != RTV_ERR_SUCCESS) return code;
   unsigned long offset = 0;
   getRawImageRange(index, offset, size, useCorruptionCheck, nullptr);
   return RTV_ERR_SUCCESS;
@@ -48,25 +48,25 @@ ErrorCode_e TaggedVideoParser::findBytes(unsigned long offset, unsigned int leng
 
 ErrorCode_e TaggedVideoParser::getRawImage(unsigned short index, unsigned int bufSize,
                                            unsigned char* buf) {
-  if (const auto code = checkIndex(index)) return code;
+  if (const auto code = checkIndex(index); code != RTV_ERR_SUCCESS) return code;
   unsigned long offset = 0;
   unsigned int length = 0;
   getRawImageRange(index, offset, length, true, nullptr);
   if (length > bufSize) return RTV_ERR_INVALID_PARAMETER;
   if (buf == nullptr) return RTV_ERR_BUFFER_NOT_ALLOCATED;
   const unsigned char* bytes = nullptr;
-  if (const auto code = findBytes(offset, length, bytes)) return code;
+  if (const auto code = findBytes(offset, length, bytes); code != RTV_ERR_SUCCESS) return code;
   std::memcpy(buf, bytes, length);
   return RTV_ERR_SUCCESS;
 }
 
 ErrorCode_e TaggedVideoParser::getRawImage(unsigned short index, std::string& out) {
-  if (const auto code = checkIndex(index)) return code;
+  if (const auto code = checkIndex(index); code != RTV_ERR_SUCCESS) return code;
   unsigned long offset = 0;
   unsigned int length = 0;
   getRawImageRange(index, offset, length, true, nullptr);
   const unsigned char* bytes = nullptr;
-  if (const auto code = findBytes(offset, length, bytes)) return code;
+  if (const auto code = findBytes(offset, length, bytes); code != RTV_ERR_SUCCESS) return code;
   return guarded(kTag, "getRawImage", RTV_ERR_BUFFER_NOT_ALLOCATED, [&] {
     out.assign(reinterpret_cast<const char*>(bytes), length);
     return RTV_ERR_SUCCESS;
@@ -74,26 +74,14 @@ ErrorCode_e TaggedVideoParser::getRawImage(unsigned short index, std::string& ou
 }
 
 tjscalingfactor TaggedVideoParser::getScalingFactor(ScaleFactor_e scale) {
-  static constexpr std::array<tjscalingfactor, 8> kFactors = {
-      {{1, 1}, {7, 8}, {3, 4}, {5, 8}, {1, 2}, {3, 8}, {1, 4}, {1, 8}}};
   const auto index = static_cast<std::size_t>(scale);
-  return index < kFactors.size() ? kFactors[index] : kFactors[RTV_SCALE_1_1];
+  return tjSalingFactor[index < tjSalingFactor.size() ? index : 0];
 }
 
 bool TaggedVideoParser::getPixelFormat(format_e format, int* pixelFormat) {
-  switch (format) {
-    case RTV_FMT_RGB:
-      *pixelFormat = TJPF_RGB;
-      return true;
-    case RTV_FMT_BGR:
-      *pixelFormat = TJPF_BGR;
-      return true;
-    case RTV_FMT_GRAY:
-      *pixelFormat = TJPF_GRAY;
-      return true;
-    default:
-      return false;
-  }
+  if (format < RTV_FMT_RGB || format > RTV_FMT_GRAY) return false;
+  *pixelFormat = tjpfTable[static_cast<std::size_t>(format - RTV_FMT_RGB)];
+  return true;
 }
 
 bool TaggedVideoParser::getPixelSize(format_e format, int* bytes) {
@@ -110,7 +98,7 @@ ErrorCode_e TaggedVideoParser::getImageSizeInBytes(unsigned int& size, format_e 
                                                    unsigned short* outHeight) {
   unsigned short width = 0;
   unsigned short height = 0;
-  if (const auto code = getImageResolution(width, height)) return code;
+  if (const auto code = getImageResolution(width, height); code != RTV_ERR_SUCCESS) return code;
   int pixelSize = 0;
   if (!getPixelSize(format, &pixelSize)) return RTV_ERR_COLOR_FORMAT_NOT_SUPPROT;
   const ImageGeometry geometry(width, height, getScalingFactor(scale), cropTop, cropBottom,
@@ -125,7 +113,7 @@ ErrorCode_e TaggedVideoParser::getImageSizeInBytes(unsigned int& size, format_e 
 ErrorCode_e TaggedVideoParser::getImage(unsigned short index, unsigned int size, unsigned char* buf,
                                         format_e format, ScaleFactor_e scale,
                                         unsigned short cropTop, unsigned short cropBottom) {
-  if (const auto code = checkIndex(index)) {
+  if (const auto code = checkIndex(index); code != RTV_ERR_SUCCESS) {
     velmar_logger::e(kTag, "checkIndex fail: index: %u:, ret: %d", index, code);
     return code;
   }
@@ -147,7 +135,7 @@ ErrorCode_e TaggedVideoParser::getImage(unsigned short index, unsigned int size,
   unsigned int length = 0;
   getRawImageRange(index, offset, length, true, &rIndex);
   const unsigned char* jpeg = nullptr;
-  if (const auto code = findBytes(offset, length, jpeg)) return code;
+  if (const auto code = findBytes(offset, length, jpeg); code != RTV_ERR_SUCCESS) return code;
   const auto code = state_->decoder.decode(jpeg, length, geometry, pixelFormat, buf);
   if (code == VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E) {
     velmar_logger::e(kTag, "tjDecompress2 error: %s, index: %u, r_index: %u\n",
