@@ -1,0 +1,86 @@
+#!/usr/bin/env python3
+"""What architecture.md says of the folders: each includes from those below it, and no file is in a circle."""
+import pathlib
+import re
+import subprocess
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+MOST_SOURCES = 25
+
+# From the lowest to the highest; those on one line do not know each other. A folder stands for those in it.
+LAYERS = [
+    ["include", "logger"],
+    ["src/base"],
+    ["src/jpeg"],
+    ["src/container/img", "src/container/rtv"],
+    ["src/common"],
+    ["toolkit/base"],
+    ["toolkit/text", "scene"],
+    ["toolkit/jpeg"],
+    ["toolkit/recording"],
+    ["toolkit/tables"],
+    ["toolkit/editing"],
+    ["toolkit/rescue"],
+    ["tools/velmar-video/program"],
+    ["tools/velmar-video/commands"],
+    ["tools/velmar-video", "tools/reference"],
+]
+# Where the paths of #include lines begin.
+STARTS = ["include", "src", "logger", "tools/velmar-video", ""]
+
+
+def layer_of(path):
+    found = [
+        (len(folder), level, folder)
+        for level, folders in enumerate(LAYERS)
+        for folder in folders
+        if path.startswith(folder + "/")
+    ]
+    return max(found, default=None)
+
+
+def included(path):
+    text = (ROOT / path).read_text()
+    for name in re.findall(r'^#include ["<]([^">]+)[">]', text, re.MULTILINE):
+        beside = str(pathlib.PurePosixPath(path).parent / name)
+        for candidate in [beside] + [f"{start}/{name}".lstrip("/") for start in STARTS]:
+            if candidate in sources:
+                yield candidate
+                break
+
+
+def circle_from(path, above, done):
+    if path in above:
+        return above[above.index(path) :] + [path]
+    if path not in done:
+        done.add(path)
+        for other in arrows[path]:
+            if circle := circle_from(other, above + [path], done):
+                return circle
+    return None
+
+
+listed = subprocess.run(
+    ["git", "ls-files", "*.h", "*.cpp"], cwd=ROOT, check=True, capture_output=True, text=True
+).stdout.split()
+sources = {path for path in listed if layer_of(path)}
+arrows = {path: sorted(included(path)) for path in sources}
+faults = []
+for path, others in sorted(arrows.items()):
+    _, level, folder = layer_of(path)
+    for other in others:
+        _, other_level, other_folder = layer_of(other)
+        if other_folder != folder and other_level >= level:
+            faults.append(f"{path} includes {other}, which is not below it")
+done = set()
+for path in sorted(sources):
+    if circle := circle_from(path, [], done):
+        faults.append("circle: " + " -> ".join(circle))
+for folders in LAYERS:
+    for folder in folders:
+        count = sum(str(pathlib.PurePosixPath(path).parent) == folder for path in sources)
+        if count > MOST_SOURCES:
+            faults.append(f"{folder} has {count} sources, {MOST_SOURCES} at most")
+print("\n".join(faults) or f"{len(sources)} sources, {sum(map(len, arrows.values()))} includes")
+sys.exit(bool(faults))
