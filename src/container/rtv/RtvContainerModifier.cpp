@@ -29,11 +29,12 @@ ErrorCode_e RtvContainerModifier::init(const char* path) {
 }
 
 VELMAR_ERROR_CODE_E RtvContainerModifier::close() {
-  if (!isInitialised()) return VELMAR_ERROR_CODE_SUCCESS_E;
-  MemoryMap& map = state_->mMapAddr;
-  if (checkEditable() == VELMAR_ERROR_CODE_SUCCESS_E) writeHeader(map.data());
+  unsigned char* file = state_ != nullptr ? state_->mMapAddr.data() : nullptr;
+  if (file == nullptr) return VELMAR_ERROR_CODE_SUCCESS_E;
+  if (checkByteOrder() == VELMAR_ERROR_CODE_SUCCESS_E) writeHeader(file);
   state_->mFileFd.close();
-  return map.unmap() ? VELMAR_ERROR_CODE_SUCCESS_E : static_cast<VELMAR_ERROR_CODE_E>(-1);
+  return state_->mMapAddr.unmap() ? VELMAR_ERROR_CODE_SUCCESS_E
+                                  : static_cast<VELMAR_ERROR_CODE_E>(-1);
 }
 
 void RtvContainerModifier::writeHeader(unsigned char* file) const {
