@@ -3,10 +3,10 @@
 #include <memory>
 
 #include "program/OutputGuard.h"
+#include "program/SelectionOptions.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
 #include "toolkit/base/Losses.h"
-#include "toolkit/recording/FrameSelection.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/recording/StoredFrame.h"
 
@@ -47,6 +47,6 @@ void addCatCommand(Tool& tool) {
                       "  velmar-video cat drive.img | ffmpeg -f mjpeg -i - preview.mp4");
   const auto options = std::make_shared<Options>();
   command->add_option("file", options->file, "The recording")->required();
-  options->selection.addTo(*command);
+  addSelectionOptions(*command, options->selection);
   command->callback([&tool, options] { tool.run = [options] { return writeFrames(*options); }; });
 }

@@ -1,9 +1,9 @@
 #include <memory>
 
 #include "program/OutputGuard.h"
+#include "program/SelectionOptions.h"
 #include "program/Tool.h"
 #include "toolkit/editing/CopyFrames.h"
-#include "toolkit/recording/FrameSelection.h"
 
 namespace {
 
@@ -36,7 +36,7 @@ void addCutCommand(Tool& tool) {
   const auto options = std::make_shared<Options>();
   command->add_option("input", options->input, "The recording to copy from")->required();
   command->add_option("output", options->output, "The recording to make")->required();
-  options->selection.addTo(*command);
+  addSelectionOptions(*command, options->selection);
   command->add_flag("--force", options->force, "Replace an existing output");
   command->callback([&tool, options] {
     options->quiet = tool.quiet;

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "program/OutputGuard.h"
+#include "program/SelectionOptions.h"
 #include "program/Tool.h"
 #include "toolkit/base/Diagnostics.h"
 #include "toolkit/base/Losses.h"
@@ -18,7 +19,6 @@
 #include "toolkit/base/Progress.h"
 #include "toolkit/base/StopSignal.h"
 #include "toolkit/jpeg/Picture.h"
-#include "toolkit/recording/FrameSelection.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/recording/StoredFrame.h"
 
@@ -269,7 +269,7 @@ void addExtractCommand(Tool& tool) {
       ->type_name("KIND")
       ->check(CLI::IsMember({"jpg", "png", "ppm"}));
   const auto decoding = addDecodingOptions(*command, *options);
-  options->selection.addTo(*command);
+  addSelectionOptions(*command, options->selection);
   command
       ->add_option("--jobs", options->jobs, "Frames to work on at a time, 1 to 256; 1 if not given")
       ->type_name("N")

@@ -3,10 +3,10 @@
 #include <memory>
 
 #include "program/OutputGuard.h"
+#include "program/SelectionOptions.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
 #include "toolkit/base/OutputFile.h"
-#include "toolkit/recording/FrameSelection.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/tables/FrameLine.h"
 #include "toolkit/tables/Track.h"
@@ -103,6 +103,6 @@ void addFramesCommand(Tool& tool) {
   command->add_option("--geojson", options->geoJsonFile, "rtv: the same as GeoJSON")
       ->type_name("FILE");
   command->add_flag("--force", options->force, "Replace existing tracks");
-  options->selection.addTo(*command);
+  addSelectionOptions(*command, options->selection);
   command->callback([&tool, options] { tool.run = [options] { return showFrames(*options); }; });
 }
