@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "toolkit/base/Failure.h"
+#include "program/ExitStatus.h"
 
 struct ToolRun {
   ExitStatus status;

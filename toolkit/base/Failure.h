@@ -1,4 +1,4 @@
-/// How a command ends other than well.
+/// How work ends other than well.
 #ifndef VELMAR_TOOLKIT_FAILURE_H
 #define VELMAR_TOOLKIT_FAILURE_H
 
@@ -8,15 +8,7 @@
 
 #include "velmar_video/VelmarVideoErrMsg.h"
 
-enum class ExitStatus : int {
-  Done = 0,
-  Failed = 1,
-  Usage = 2,
-  Loss = 3,  ///< done, but something was lost or skipped
-};
-
-/// Ends the command with ExitStatus::Failed. what() is the line to show: the file, plain words and
-/// the code's name.
+/// Work could not be done. what() is the line to show: the file, plain words and the code's name.
 class Failure : public std::runtime_error {
  public:
   Failure(const std::string& file, const std::string& words, VELMAR_ERROR_CODE_E code);
@@ -35,8 +27,7 @@ class Failure : public std::runtime_error {
   std::size_t wordsAt_;
 };
 
-/// The command line asks for something that cannot be, whatever the files hold. Ends the command
-/// with ExitStatus::Usage.
+/// What is asked for cannot be, whatever the files hold.
 class UsageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };

@@ -36,9 +36,3 @@ std::string readFile(const std::string& path, std::size_t limit) {
   bytes.resize(filled);
   return bytes;
 }
-
-void checkStandardInputOnce(const std::vector<std::string>& files) {
-  if (std::count(files.begin(), files.end(), "-") > 1) {
-    throw UsageError("- is there more than once, but standard input can be read only once");
-  }
-}

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <numeric>
+#include <optional>
 
 #include "toolkit/base/Failure.h"
-#include "toolkit/base/Progress.h"
-#include "toolkit/base/StopSignal.h"
-#include "toolkit/recording/RecordingWriter.h"
+#include "toolkit/recording/FrameLosses.h"
+#include "toolkit/recording/RecordFrames.h"
 #include "toolkit/recording/StoredFrame.h"
 
 namespace {
@@ -47,21 +47,55 @@ bool sharesStart(const Recording& recording, const RecordingDescription& descrip
          recording.description().startTime == description.startTime;
 }
 
-/// Copies one frame or says why not. What is no picture is copied as well: nothing of a recording
-/// is lost that can be had.
-void copyFrame(const FrameRange& range, unsigned int index, bool keepsTimeFlag,
-               RecordingWriter& writer, FrameRanges& ranges) {
-  const Recording& recording = *range.recording;
-  std::string jpeg;
-  const FrameFlaw flaw = readStoredFrame(recording, index, jpeg);
-  if (flaw) {
-    ranges.add(index, index, (flaw.hasBytes ? "copied unchanged: " : "left out: ") + flaw.words);
+/// Frames as they are stored. What is no picture is copied as well: nothing of a recording is lost
+/// that can be had.
+class CopiedFrames final : public FrameSource {
+ public:
+  /// All of them must outlive it.
+  CopiedFrames(const std::vector<FrameRange>& ranges, const RecordingDescription& description,
+               Job& job)
+      : count_(countOf(ranges)), description_(description), job_(job), range_(ranges.begin()) {
+    enterRange();
   }
-  if (flaw && !flaw.hasBytes) return;
-  FrameTag tag = range.rebase.apply(recording.tag(index)).value();
-  if (keepsTimeFlag) tag.timeFlag = recording.timeFlag(index);
-  writer.add(jpeg, recording.times(index), tag);
-}
+
+  std::size_t count() const override { return count_; }
+
+  bool read(std::size_t /*at*/, NewFrame& frame) override {
+    while (next_ == range_->frames.size()) {
+      news_->finish();
+      ++range_;
+      enterRange();
+    }
+    const Recording& recording = *range_->recording;
+    const unsigned int index = range_->frames[next_++];
+    if (const FrameFlaw flaw = readStoredFrame(recording, index, frame.jpeg)) {
+      const char* const what = flaw.hasBytes ? "copied unchanged: " : "left out: ";
+      news_->add(index, index, what + flaw.words);
+      if (!flaw.hasBytes) return false;
+    }
+    frame.tag = range_->rebase.apply(recording.tag(index)).value();
+    if (keepsTimeFlags_) frame.tag.timeFlag = recording.timeFlag(index);
+    frame.times = recording.times(index);
+    return true;
+  }
+
+  void finish(std::size_t /*done*/) override { news_->finish(); }
+
+ private:
+  void enterRange() {
+    next_ = 0;
+    keepsTimeFlags_ = sharesStart(*range_->recording, description_);
+    news_.emplace(range_->recording->path(), job_);
+  }
+
+  const std::size_t count_;
+  const RecordingDescription& description_;
+  Job& job_;
+  std::vector<FrameRange>::const_iterator range_;
+  std::size_t next_ = 0;  ///< of the range's frames
+  bool keepsTimeFlags_ = false;
+  std::optional<FrameNews> news_;
+};
 
 }  // namespace
 
@@ -71,11 +105,10 @@ std::vector<unsigned int> allFrames(const Recording& recording) {
   return frames;
 }
 
-void checkDeviceId(const Recording& recording, Losses& losses) {
+void checkDeviceId(const Recording& recording, Job& job) {
   if (recording.hasPlainDeviceId()) return;
-  losses.add(recording.path(),
-             "its device id is not hexadecimal text as a recording is given it, "
-             "and changes");
+  job.lose(recording.path(),
+           "its device id is not hexadecimal text as a recording is given it, and changes");
 }
 
 std::uint64_t earliestSensorTime(const Recording& recording) {
@@ -86,28 +119,11 @@ std::uint64_t earliestSensorTime(const Recording& recording) {
 }
 
 void copyFrames(const std::vector<FrameRange>& ranges, const std::string& output,
-                const RecordingDescription& description, bool quiet, Losses& losses) {
-  const std::size_t count = countOf(ranges);
-  checkFramesCount(output, count);
+                const RecordingDescription& description, Job& job) {
+  CopiedFrames frames(ranges, description, job);
+  checkFramesCount(output, frames.count());
   checkTimes(ranges, output, description);
   checkPositions(ranges, description.version);
-  StopSignal stop;
-  RecordingWriter writer(output, description, static_cast<unsigned int>(count),
-                         RecordingWriter::OnFailure::RemoveFrames);
-  Progress progress(output, count, quiet);
-  std::size_t done = 0;
-  for (const FrameRange& range : ranges) {
-    const bool keepsTimeFlag = sharesStart(*range.recording, description);
-    FrameRanges flaws(range.recording->path(), losses);
-    for (const unsigned int index : range.frames) {
-      if (stop.requested()) break;
-      copyFrame(range, index, keepsTimeFlag, writer, flaws);
-      progress.update(++done);
-    }
-    flaws.finish();
-  }
-  writer.finish();
-  if (done < count) {
-    losses.addStopped(output, done, count);
-  }
+  const auto count = static_cast<unsigned int>(frames.count());
+  recordFrames(frames, {output, description, count}, job);
 }

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "toolkit/base/Losses.h"
+#include "toolkit/base/Job.h"
 #include "toolkit/editing/Rebase.h"
 #include "toolkit/recording/Recording.h"
 
@@ -22,12 +22,12 @@ std::vector<unsigned int> allFrames(const Recording& recording);
 std::uint64_t earliestSensorTime(const Recording& recording);
 
 /// Says if the recording's device id cannot be written as it is.
-void checkDeviceId(const Recording& recording, Losses& losses);
+void checkDeviceId(const Recording& recording, Job& job);
 
 /// Writes `output`. Times and positions are checked before anything is written. Frames whose bytes
-/// the file does not have are left out; `losses` names those, frames that are no pictures, and,
-/// after a signal, the rest. Throws Failure.
+/// the file does not have are left out; `job` is told of those, of frames that are no pictures, and,
+/// where it is asked to stop, of the rest. Throws Failure.
 void copyFrames(const std::vector<FrameRange>& ranges, const std::string& output,
-                const RecordingDescription& description, bool quiet, Losses& losses);
+                const RecordingDescription& description, Job& job);
 
 #endif

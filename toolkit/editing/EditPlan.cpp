@@ -26,10 +26,6 @@ std::string hexText(const std::string& bytes) {
                     static_cast<unsigned int>(bytes.size()));
 }
 
-std::string sizeText(int width, int height) {
-  return std::to_string(width) + "x" + std::to_string(height);
-}
-
 std::string onOff(bool value) { return value ? "on" : "off"; }
 
 }  // namespace
@@ -132,9 +128,8 @@ void EditPlan::planResolution() {
     throw Failure(recording_.path(), "--fix-resolution: frame 0 is not a JPEG picture",
                   VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
   }
-  if (size->width == description_.width && size->height == description_.height) return;
-  add("resolution", sizeText(description_.width, description_.height),
-      sizeText(size->width, size->height),
+  if (*size == description_.size()) return;
+  add("resolution", toText(description_.size()), toText(*size),
       [](auto& modifier) { return modifier.correctVideoResolution(); });
 }
 

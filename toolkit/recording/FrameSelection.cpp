@@ -1,22 +1,9 @@
 #include "toolkit/recording/FrameSelection.h"
 
-#include <CLI/CLI.hpp>
 #include <numeric>
 
 #include "toolkit/base/Failure.h"
 #include "toolkit/text/TimeText.h"
-
-void FrameSelection::addTo(CLI::App& command) {
-  auto* range = command.add_option_function<std::string>(
-      "--range", [this](const std::string& text) { setRange(text); },
-      "Only frames A to B-1, counted from 0");
-  auto* time = command.add_option_function<std::string>(
-      "--time", [this](const std::string& text) { setTime(text); },
-      "Only frames captured from A to before B; each is microseconds since 1970, RFC 3339 "
-      "(2023-11-14T22:13:20.5Z) or seconds since frame 0 (+1.5s)");
-  range->type_name("A:B")->excludes(time);
-  time->type_name("A:B");
-}
 
 void FrameSelection::setRange(std::string_view text) {
   const std::size_t colon = text.find(':');

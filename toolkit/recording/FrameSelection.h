@@ -10,16 +10,9 @@
 
 #include "toolkit/recording/Recording.h"
 
-namespace CLI {
-class App;
-}
-
-/// Which frames of a recording a command works on: all, or those of --range or --time.
+/// Which frames of a recording a command works on: all, or those of a range or a time.
 class FrameSelection {
  public:
-  /// Adds the two options. This object has to outlive the parsing.
-  void addTo(CLI::App& command);
-
   /// "A:B", frame numbers from 0, B not included. Throws UsageError.
   void setRange(std::string_view text);
   /// "A:B", capture times, B not included; each is microseconds, RFC 3339 or an offset such as

@@ -13,6 +13,7 @@
 
 /// What a recording says of itself besides its frames.
 struct RecordingDescription {
+  JpegSize size() const { return {width, height}; }
   void setSize(JpegSize size) {
     width = static_cast<unsigned short>(size.width);
     height = static_cast<unsigned short>(size.height);

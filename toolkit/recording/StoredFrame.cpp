@@ -1,6 +1,13 @@
 #include "toolkit/recording/StoredFrame.h"
 
+#include "toolkit/base/Failure.h"
 #include "toolkit/jpeg/JpegInspector.h"
+
+FrameFlaw::FrameFlaw(VELMAR_ERROR_CODE_E cause)
+    : code(cause),
+      words(cause == VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E
+                ? "its bytes reach past the end of the file"
+                : plainWords(cause)) {}
 
 FrameFlaw readStoredFrame(const Recording& recording, unsigned int index, std::string& bytes) {
   bytes.clear();

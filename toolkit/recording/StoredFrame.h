@@ -3,8 +3,22 @@
 
 #include <string>
 
-#include "toolkit/base/Losses.h"
 #include "toolkit/recording/Recording.h"
+
+/// Why a frame cannot be had as it should be.
+struct FrameFlaw {
+  FrameFlaw() = default;
+  /// What the library's code means for a frame.
+  explicit FrameFlaw(VELMAR_ERROR_CODE_E cause);
+
+  explicit operator bool() const { return code != VELMAR_ERROR_CODE_SUCCESS_E; }
+  /// With the code's name.
+  std::string text() const { return words + " (" + errorCode2String(code) + ")"; }
+
+  VELMAR_ERROR_CODE_E code = VELMAR_ERROR_CODE_SUCCESS_E;
+  std::string words;
+  bool hasBytes = false;  ///< whether it can be had as it is stored
+};
 
 /// Reads a frame as it is stored. One of a recording whose codec is H264 may begin with anything.
 /// \return what is wrong with it: it has no bytes, or they do not begin as a JPEG

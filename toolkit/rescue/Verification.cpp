@@ -12,7 +12,6 @@
 #include "toolkit/recording/FramePlaces.h"
 #include "toolkit/recording/OpenFailure.h"
 #include "toolkit/recording/Recording.h"
-#include "toolkit/rescue/FindingRanges.h"
 #include "toolkit/text/JsonText.h"
 
 namespace {
@@ -22,7 +21,7 @@ using Severity = Finding::Severity;
 /// Checks a recording that opens.
 class Verifier {
  public:
-  Verifier(const std::string& path, bool decode, FindingRanges& findings)
+  Verifier(const std::string& path, bool decode, FindingMerger& findings)
       : recording_(path),
         file_(path),
         places_(recording_, file_),
@@ -116,10 +115,9 @@ class Verifier {
       size = inspector_.size(jpeg);
     }
     if (!size) return reportFrame(Severity::Error, index, "has no JPEG header that can be read");
-    if (size->width != description_.width || size->height != description_.height) {
+    if (!(*size == description_.size())) {
       reportFrame(Severity::Warning, index,
-                  "is " + toText(*size) + ", but the header says " +
-                      toText({description_.width, description_.height}));
+                  "is " + toText(*size) + ", but the header says " + toText(description_.size()));
     }
     if (!endsAsJpeg(jpegEnd(place, kEnd)) && !isWholeJpeg(jpegEnd(place, place.size))) {
       reportFrame(Severity::Warning, index, "has no end marker");
@@ -213,14 +211,13 @@ class Verifier {
   const FramePlaces places_;
   const RecordingDescription description_;
   const bool decode_;
-  FindingRanges& findings_;
+  FindingMerger& findings_;
   const JpegInspector inspector_;
 };
 
 }  // namespace
 
-unsigned int verify(const std::string& path, bool decode,
-                    const std::function<void(const Finding&)>& report) {
+unsigned int verify(const std::string& path, bool decode, const FindingMerger::Report& report) {
   const auto reader = makeVelmarVideoFileReader(path);
   if (reader == nullptr) {
     report({Severity::Error,
@@ -235,7 +232,7 @@ unsigned int verify(const std::string& path, bool decode,
     report({Severity::Error, {}, {}, "does not open: " + openFailure(path, code).words()});
     return 0;
   }
-  FindingRanges findings(report);
+  FindingMerger findings(report);
   try {
     const unsigned int count = Verifier(path, decode, findings).run();
     findings.finish();

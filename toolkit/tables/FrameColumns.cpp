@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "toolkit/base/Diagnostics.h"
 #include "toolkit/base/InputFile.h"
+#include "toolkit/text/Joined.h"
 
 namespace {
 
@@ -42,11 +42,11 @@ const std::vector<CanField>& canSignals() {
   return signals;
 }
 
-CsvTable readFrameTable(const std::string& path, const std::vector<std::string>& others) {
+CsvTable readFrameTable(const std::string& path, Job& job, const std::vector<std::string>& others) {
   CsvTable table(path, readFile(path));
   std::vector<std::string> known = allNames();
   known.insert(known.end(), others.begin(), others.end());
   const std::vector<std::string> unknown = table.columnsBeside(known);
-  if (!unknown.empty()) say(path + ": columns that are not read: " + joined(unknown));
+  if (!unknown.empty()) job.note(path, "columns that are not read: " + joined(unknown));
   return table;
 }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "toolkit/base/Job.h"
 #include "toolkit/text/CsvTable.h"
 #include "velmar_video/rtv/CanData.h"
 
@@ -16,8 +17,9 @@ std::string frameColumns(bool ofRtv, bool hasCan);
 /// The fields of a CAN record but its length.
 const std::vector<CanField>& canSignals();
 
-/// A table from a file. What the columns are that it has beside those of frameColumns() and of
-/// `others` is said; nobody reads them. Throws Failure.
-CsvTable readFrameTable(const std::string& path, const std::vector<std::string>& others = {});
+/// A table from a file. The job is told which columns it has beside those of frameColumns() and of
+/// `others`; nobody reads them. Throws Failure.
+CsvTable readFrameTable(const std::string& path, Job& job,
+                        const std::vector<std::string>& others = {});
 
 #endif

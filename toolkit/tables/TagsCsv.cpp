@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "toolkit/tables/FrameColumns.h"
+#include "toolkit/text/Joined.h"
 #include "toolkit/text/NumberText.h"
 
 namespace {

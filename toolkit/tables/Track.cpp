@@ -1,5 +1,6 @@
 #include "toolkit/tables/Track.h"
 
+#include "toolkit/text/Joined.h"
 #include "toolkit/text/JsonText.h"
 #include "toolkit/text/NumberText.h"
 #include "toolkit/text/TimeText.h"
@@ -12,12 +13,6 @@ constexpr double kHundredths = 100;
 std::string coordinates(const Place& place) {
   return "[" + degreesText(place.lng) + "," + degreesText(place.lat) + "," +
          fixedText(place.alt, 2) + "]";
-}
-
-std::string joined(const std::vector<std::string>& texts) {
-  std::string all;
-  for (const std::string& text : texts) all.append(all.empty() ? "" : ",").append(text);
-  return all;
 }
 
 std::string escapedForXml(const std::string& text) {
@@ -79,8 +74,8 @@ std::string Track::geoJson(const std::vector<unsigned int>& frames) const {
   }
   const bool isLine = places.size() > 1;
   std::string text = R"({"type":"Feature","properties":{"name":)";
-  text += toJsonText(recording_.path()) + R"(,"times":[)" + joined(times) + "]},";
+  text += toJsonText(recording_.path()) + R"(,"times":[)" + joined(times, ",") + "]},";
   text += isLine ? R"("geometry":{"type":"LineString","coordinates":[)"
                  : R"("geometry":{"type":"Point","coordinates":)";
-  return text + joined(places) + (isLine ? "]}}\n" : "}}\n");
+  return text + joined(places, ",") + (isLine ? "]}}\n" : "}}\n");
 }

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "toolkit/base/Failure.h"
+#include "toolkit/text/Joined.h"
 #include "toolkit/text/TimeText.h"
 
 namespace {
@@ -188,12 +189,6 @@ std::string_view trimmed(std::string_view text) {
   constexpr std::string_view kBlanks = " \t";
   const std::size_t begin = std::min(text.find_first_not_of(kBlanks), text.size());
   return text.substr(begin, text.find_last_not_of(kBlanks) + 1 - begin);
-}
-
-std::string joined(const std::vector<std::string>& names) {
-  std::string list;
-  for (const std::string& name : names) list += (list.empty() ? "" : ", ") + name;
-  return list;
 }
 
 std::vector<const CsvTable::Row*> rowsOfFrames(const CsvTable& table,

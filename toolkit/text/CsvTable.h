@@ -44,9 +44,6 @@ class CsvTable {
 /// Without the blanks around it.
 std::string_view trimmed(std::string_view text);
 
-/// With commas between them.
-std::string joined(const std::vector<std::string>& names);
-
 /// The row of each frame, in the frames' order. Rows name their frame in the column "file", by the
 /// path as it is in `files` or by its last part, or in the column "index", from 0. Throws Failure
 /// unless rows and frames match one to one.

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "program/Diagnostics.h"
 #include "program/Tool.h"
 #include "program/UsageHints.h"
-#include "toolkit/base/Diagnostics.h"
 
 #if __has_include(<velmar_logger/control.h>)
 #include <velmar_logger/control.h>

@@ -1,14 +1,10 @@
 #include <unistd.h>
 
-#include <memory>
-
 #include "program/OutputGuard.h"
+#include "program/SelectionOptions.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
-#include "toolkit/base/Losses.h"
-#include "toolkit/recording/FrameSelection.h"
-#include "toolkit/recording/Recording.h"
-#include "toolkit/recording/StoredFrame.h"
+#include "toolkit/recording/FrameLosses.h"
 
 namespace {
 
@@ -17,7 +13,7 @@ struct Options {
   FrameSelection selection;
 };
 
-ExitStatus writeFrames(const Options& options) {
+ExitStatus writeFrames(const Options& options, CommandJob& job) {
   if (isatty(STDOUT_FILENO) != 0) {
     throw UsageError("cat: standard output is a terminal; send it to a file or to a program");
   }
@@ -35,18 +31,20 @@ ExitStatus writeFrames(const Options& options) {
     }
   }
   output.flush();
-  return losses.report(options.file, selected.size());
+  losses.report(options.file, selected.size(), job);
+  return job.status();
+}
+
+void addOptions(CLI::App& command, Options& options) {
+  command.add_option("file", options.file, "The recording")->required();
+  addSelectionOptions(command, options.selection);
 }
 
 }  // namespace
 
 void addCatCommand(Tool& tool) {
-  CLI::App* command =
-      tool.addCommand("cat", "Write the stored JPEGs one after another to standard output.",
-                      "cat drive.img --range 10:11 >frame.jpg\n"
-                      "  velmar-video cat drive.img | ffmpeg -f mjpeg -i - preview.mp4");
-  const auto options = std::make_shared<Options>();
-  command->add_option("file", options->file, "The recording")->required();
-  options->selection.addTo(*command);
-  command->callback([&tool, options] { tool.run = [options] { return writeFrames(*options); }; });
+  tool.addCommand<Options>({"cat", "Write the stored JPEGs one after another to standard output.",
+                            "cat drive.img --range 10:11 >frame.jpg\n"
+                            "  velmar-video cat drive.img | ffmpeg -f mjpeg -i - preview.mp4"},
+                           {addOptions, writeFrames});
 }

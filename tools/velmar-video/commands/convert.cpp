@@ -1,16 +1,9 @@
-#include <cstdint>
-#include <cstdlib>
-#include <memory>
-#include <optional>
-#include <vector>
-
 #include "program/DescriptionOptions.h"
 #include "program/OutputGuard.h"
 #include "program/Tool.h"
-#include "toolkit/base/Losses.h"
+#include "toolkit/editing/Conversion.h"
 #include "toolkit/editing/CopyFrames.h"
-#include "toolkit/recording/Recording.h"
-#include "toolkit/text/JsonText.h"
+#include "toolkit/text/Joined.h"
 
 namespace {
 
@@ -20,150 +13,42 @@ struct Options {
   RtvVersionOption rtvVersion;
   bool strict = false;
   bool force = false;
-  bool quiet = false;
 };
 
-bool saysSomething(const std::string& json) {
-  const Json::Value value = parseJson(json);
-  return !value.isNull() && !(value.isObject() && value.empty());
-}
-
-/// Whether version 02 has the bits for position and distance, which is signed there.
-bool fitsVersion02(const FrameTag& tag) {
-  constexpr int k24Bits = 1 << 23;
-  const auto fits = [](int value) { return value >= -k24Bits && value < k24Bits; };
-  return fits(tag.x) && fits(tag.y) && fits(static_cast<int>(tag.relativeDistance));
-}
-
-/// What of the frames gets lost.
-struct FrameContents {
-  explicit FrameContents(const Recording& recording) {
-    const unsigned int count = recording.framesCount();
-    for (unsigned int i = 0; i < count; ++i) {
-      const FrameTimes times = recording.times(i);
-      const FrameTag tag = recording.tag(i);
-      hasArrivalTimes |= times.arrived != times.sensor;
-      hasMicroseconds |= times.sensor % 1000 != 0;
-      hasPositions |= tag.hasPosition();
-      hasHeights |= tag.z != 0;
-      isFarAway |= !fitsVersion02(tag);
-      hasCan |= tag.hasCan();
-    }
-  }
-
-  bool hasArrivalTimes = false;
-  bool hasMicroseconds = false;
-  bool hasPositions = false;
-  bool hasHeights = false;
-  bool isFarAway = false;
-  bool hasCan = false;
-};
-
-/// What of `from` an img cannot hold.
-std::vector<std::string> lostInImg(const RecordingDescription& from, const FrameContents& frames,
-                                   const Recording& recording) {
-  std::vector<std::string> lost;
-  if (frames.hasPositions) lost.emplace_back("positions, distances, speeds and headings");
-  if (frames.hasCan) lost.emplace_back("CAN signals");
-  if (from.lng != 0 || from.lat != 0 || from.alt != 0) lost.emplace_back("the start position");
-  if (from.taggingFlags != 0) lost.emplace_back("tagging flags");
-  if (recording.framesCount() > 0 && recording.timeFlag(0) != 0) {
-    lost.emplace_back("the start time, which is not the first frame's");
-  }
-  return lost;
-}
-
-/// Altitudes of versions 03 and 04 are read with different units; nothing for one that does not
-/// fit.
-std::optional<int> altitudeFor(version_e version, const RecordingDescription& from) {
-  if (version == from.version || from.alt == 0) return from.alt;
-  if (version != RTV_VER_04)
-    return from.alt % 100 == 0 ? std::optional(from.alt / 100) : std::nullopt;
-  const long hundredths = from.alt * 100L;
-  if (std::abs(hundredths) > INT32_MAX) return std::nullopt;
-  return static_cast<int>(hundredths);
-}
-
-/// What of `from` an rtv of the version `to.version` cannot hold.
-std::vector<std::string> lostInRtv(const RecordingDescription& from, const FrameContents& frames,
-                                   version_e version) {
-  std::vector<std::string> lost;
-  if (frames.hasArrivalTimes) lost.emplace_back("arrival times");
-  if (frames.hasMicroseconds) lost.emplace_back("microseconds of the capture times");
-  if (saysSomething(from.cameraParams)) lost.emplace_back("camera parameters");
-  if (saysSomething(from.extendedInfo)) lost.emplace_back("extended information");
-  if (from.deviceId.size() > kRtvDeviceIdSize) lost.emplace_back("the device id beyond 24 bytes");
-  if (!from.deviceId.empty() && from.deviceId.size() < kRtvDeviceIdSize) {
-    lost.emplace_back("the length of the device id, which is padded to 24 bytes");
-  }
-  if (frames.hasCan && version != RTV_VER_04) lost.emplace_back("CAN signals");
-  if (version != RTV_VER_02) {
-    if (!altitudeFor(version, from)) lost.emplace_back("the exact altitude of the start position");
-    return lost;
-  }
-  if (from.undistorted) lost.emplace_back("the mark of undistorted frames");
-  if (from.taggingFlags != 0) lost.emplace_back("tagging flags");
-  if (from.alt != 0) lost.emplace_back("the altitude of the start position");
-  if (frames.hasHeights) lost.emplace_back("heights");
-  if (frames.isFarAway) lost.emplace_back("positions and distances beyond 83 km");
-  return lost;
-}
-
-RecordingDescription describe(const Recording& recording, const Options& options) {
-  RecordingDescription description = recording.description();
-  const bool fromRtv = isRtv(options.input);
-  const version_e before = fromRtv ? description.version : RTV_VER_03;
-  const version_e version = options.rtvVersion.version(options.output).value_or(before);
-  if (fromRtv) {
-    const int nearest = version == RTV_VER_03 ? description.alt / 100 : 0;
-    description.alt = altitudeFor(version, description).value_or(nearest);
-  } else if (isRtv(options.output)) {
-    description.startTime = earliestSensorTime(recording);
-  }
-  description.version = version;
-  return description;
-}
-
-ExitStatus convert(const Options& options) {
+ExitStatus convert(const Options& options, CommandJob& job) {
   checkExtension(options.output);
   checkRecordingOutput(options.output, {options.input}, options.force);
   const Recording recording(options.input);
   checkFramesCount(options.output, recording.framesCount());
-  const RecordingDescription from = recording.description();
-  const RecordingDescription to = describe(recording, options);
-  const FrameContents contents(recording);
-  std::vector<std::string> lost = isRtv(options.output) ? lostInRtv(from, contents, to.version)
-                                                        : lostInImg(from, contents, recording);
-  if (!recording.hasPlainDeviceId()) lost.emplace_back("the exact text of the device id");
-  std::string list;
-  for (const std::string& what : lost) list += (list.empty() ? "" : ", ") + what;
+  const RecordingDescription description =
+      convertedDescription(recording, options.output, options.rtvVersion.version(options.output));
+  const std::string lost = joined(lostInConversion(recording, options.output, description.version));
   if (options.strict && !lost.empty()) {
-    throw Failure(options.output, "it could not hold " + list,
+    throw Failure(options.output, "it could not hold " + lost,
                   VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
   }
-  Losses losses;
-  copyFrames({{&recording, allFrames(recording)}}, options.output, to, options.quiet, losses);
-  if (!lost.empty()) losses.add(options.output, "it does not hold " + list);
-  return losses.status();
+  copyFrames({{&recording, allFrames(recording)}}, options.output, description, job);
+  if (!lost.empty()) job.lose(options.output, "it does not hold " + lost);
+  return job.status();
+}
+
+void checkUsage(const Options& options) { options.rtvVersion.version(options.output); }
+
+void addOptions(CLI::App& command, Options& options) {
+  command.add_option("input", options.input, "The recording to copy")->required();
+  command.add_option("output", options.output, "The recording to make, OUTPUT.img or OUTPUT.rtv")
+      ->required();
+  options.rtvVersion.addTo(command);
+  command.add_flag("--strict", options.strict,
+                   "Refuse if the output cannot hold something that the input has");
+  command.add_flag("--force", options.force, "Replace an existing output");
 }
 
 }  // namespace
 
 void addConvertCommand(Tool& tool) {
-  CLI::App* command = tool.addCommand(
-      "convert", "Copy a recording into the other container, without decoding a frame.",
-      "convert drive.img drive.rtv --rtv-version 04");
-  const auto options = std::make_shared<Options>();
-  command->add_option("input", options->input, "The recording to copy")->required();
-  command->add_option("output", options->output, "The recording to make, OUTPUT.img or OUTPUT.rtv")
-      ->required();
-  options->rtvVersion.addTo(*command);
-  command->add_flag("--strict", options->strict,
-                    "Refuse if the output cannot hold something that the input has");
-  command->add_flag("--force", options->force, "Replace an existing output");
-  command->callback([&tool, options] {
-    options->rtvVersion.version(options->output);
-    options->quiet = tool.quiet;
-    tool.run = [options] { return convert(*options); };
-  });
+  tool.addCommand<Options>(
+      {"convert", "Copy a recording into the other container, without decoding a frame.",
+       "convert drive.img drive.rtv --rtv-version 04"},
+      {addOptions, convert, checkUsage});
 }

@@ -1,22 +1,15 @@
+#include <unistd.h>
+
 #include <algorithm>
 #include <chrono>
-#include <memory>
-#include <optional>
-#include <vector>
 
 #include "program/DescriptionOptions.h"
 #include "program/OutputGuard.h"
 #include "program/Tool.h"
-#include "toolkit/base/InputFile.h"
-#include "toolkit/base/Losses.h"
-#include "toolkit/base/Progress.h"
-#include "toolkit/base/StopSignal.h"
-#include "toolkit/editing/StreamRecording.h"
+#include "toolkit/editing/RecordFiles.h"
+#include "toolkit/editing/RecordStream.h"
 #include "toolkit/jpeg/FrameInput.h"
-#include "toolkit/jpeg/JpegInspector.h"
-#include "toolkit/recording/FrameTimes.h"
 #include "toolkit/recording/Recording.h"
-#include "toolkit/recording/RecordingWriter.h"
 #include "toolkit/tables/FrameColumns.h"
 #include "toolkit/tables/TagsCsv.h"
 #include "toolkit/tables/TimesCsv.h"
@@ -34,7 +27,6 @@ struct Options {
   unsigned int syncInterval = 0;
   bool allowTruncated = false;
   bool force = false;
-  bool quiet = false;
 
   bool readsStream() const { return inputs.size() == 1 && inputs[0] == "-"; }
 };
@@ -45,9 +37,10 @@ FrameClock clockOf(const Options& options) {
   return {options.startTime.value_or(now.count()), *options.framesPerSecond};
 }
 
-std::vector<FrameTimes> timesOf(const Options& options, const std::vector<std::string>& files) {
+std::vector<FrameTimes> timesOf(const Options& options, const std::vector<std::string>& files,
+                                Job& job) {
   if (!options.timesFile.empty()) {
-    return readTimes(readFrameTable(options.timesFile, {"file"}), files);
+    return readTimes(readFrameTable(options.timesFile, job, {"file"}), files);
   }
   const FrameClock clock = clockOf(options);
   std::vector<FrameTimes> times;
@@ -56,38 +49,12 @@ std::vector<FrameTimes> timesOf(const Options& options, const std::vector<std::s
 }
 
 std::vector<FrameTag> tagsOf(const Options& options, const std::vector<std::string>& files,
-                             version_e version, Losses& losses) {
+                             version_e version, Job& job) {
   if (options.tagsFile.empty()) return std::vector<FrameTag>(files.size());
-  auto tags = readTags(readFrameTable(options.tagsFile, {"file"}), files, version);
+  auto tags = readTags(readFrameTable(options.tagsFile, job, {"file"}), files, version);
   const std::string lost = lostFromTags(tags, version);
-  if (!lost.empty()) losses.add(options.output, "it does not hold " + lost);
+  if (!lost.empty()) job.lose(options.output, "it does not hold " + lost);
   return tags;
-}
-
-/// The size that all files have.
-JpegSize commonSize(const std::vector<std::string>& files, const JpegInspector& inspector,
-                    bool allowTruncated) {
-  const JpegSize first = inspector.sizeOfFile(files.front());
-  for (const std::string& file : files) {
-    const JpegSize size = inspector.sizeOfFile(file);
-    if (!(size == first)) {
-      throw Failure(file, differenceText(size, first), VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
-    }
-    if (!allowTruncated && !isWholeJpegFile(file)) {
-      throw Failure(file, "the picture has no end marker; --allow-truncated takes it as it is",
-                    VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
-    }
-  }
-  return first;
-}
-
-/// An rtv counts its frames' times from its start.
-void setStartTime(RecordingDescription& description, const Options& options,
-                  const std::vector<FrameTimes>& times) {
-  const auto earliest = std::min_element(
-      times.begin(), times.end(), [](auto& one, auto& other) { return one.sensor < other.sensor; });
-  description.startTime = options.startTime.value_or(earliest->sensor);
-  checkRtvTimes(options.output, description, times);
 }
 
 void checkOutputOf(const Options& options, std::vector<std::string> inputs) {
@@ -99,64 +66,33 @@ void checkOutputOf(const Options& options, std::vector<std::string> inputs) {
   checkRecordingOutput(options.output, inputs, options.force);
 }
 
-/// The frame, unless the file has changed for the worse since it was checked.
-std::optional<std::string> readFrame(const std::string& file, const JpegInspector& inspector,
-                                     JpegSize size, Losses& losses) {
-  try {
-    std::string frame = readFile(file, kMaxFrameSize + 1);
-    const auto found = frame.size() > kMaxFrameSize ? std::nullopt : inspector.size(frame);
-    if (found && *found == size) return frame;
-    losses.add(file, found ? differenceText(*found, size) + "; it is left out"
-                           : "it is not a JPEG picture any more; it is left out");
-  } catch (const Failure& failure) {
-    losses.add(failure.what(), "it is left out");
-  }
-  return std::nullopt;
+ExitStatus recordPictures(const Options& options, CommandJob& job) {
+  FrameFiles files;
+  files.paths = listFrameFiles(options.inputs);
+  checkOutputOf(options, files.paths);
+  checkFramesCount(options.output, files.paths.size());
+  const auto description = options.description.description(options.output, job);
+  files.times = timesOf(options, files.paths, job);
+  files.tags = tagsOf(options, files.paths, description.version, job);
+  files.allowTruncated = options.allowTruncated;
+  files.startTime = options.startTime;
+  recordFiles(files, {options.output, description, 0, options.syncInterval}, job);
+  return job.status();
 }
 
-ExitStatus recordFiles(const Options& options) {
-  const std::vector<std::string> files = listFrameFiles(options.inputs);
-  checkOutputOf(options, files);
-  checkFramesCount(options.output, files.size());
-  Losses losses;
-  RecordingDescription description = options.description.description(options.output, losses);
-  const std::vector<FrameTimes> times = timesOf(options, files);
-  const std::vector<FrameTag> tags = tagsOf(options, files, description.version, losses);
-  const JpegInspector inspector;
-  const JpegSize size = commonSize(files, inspector, options.allowTruncated);
-  description.setSize(size);
-  setStartTime(description, options, times);
-
-  StopSignal stop;
-  RecordingWriter writer(options.output, description, static_cast<unsigned int>(files.size()),
-                         RecordingWriter::OnFailure::RemoveFrames);
-  writer.syncEvery(options.syncInterval);
-  Progress progress(options.output, files.size(), options.quiet);
-  std::size_t done = 0;
-  for (; done < files.size() && !stop.requested(); ++done) {
-    if (const auto frame = readFrame(files[done], inspector, size, losses))
-      writer.add(*frame, times[done], tags[done]);
-    progress.update(done + 1);
-  }
-  writer.finish();
-  if (done < files.size()) {
-    losses.addStopped(options.output, done, files.size());
-  }
-  return losses.status();
-}
-
-ExitStatus recordStream(const Options& options) {
+ExitStatus recordStandardInput(const Options& options, CommandJob& job) {
   checkOutputOf(options, options.inputs);
-  Losses losses;
-  RecordingDescription description = options.description.description(options.output, losses);
+  RecordingDescription description = options.description.description(options.output, job);
   const FrameClock clock = clockOf(options);
   description.startTime = clock.at(0);
   checkRtvTimes(options.output, description, {{clock.at(0), clock.at(0)}});
-  StopSignal stop;
-  RecordingWriter writer(options.output, description, kRtvFramesMax,
-                         RecordingWriter::OnFailure::KeepFrames);
-  writer.syncEvery(options.syncInterval);
-  return StreamRecording(options.output, clock, options.quiet, writer, losses).run(stop);
+  recordStream({STDIN_FILENO, "standard input"}, clock,
+               {options.output, description, kRtvFramesMax, options.syncInterval}, job);
+  return job.status();
+}
+
+ExitStatus create(const Options& options, CommandJob& job) {
+  return options.readsStream() ? recordStandardInput(options, job) : recordPictures(options, job);
 }
 
 void checkUsage(const Options& options) {
@@ -211,44 +147,40 @@ void addFrameOptions(CLI::App& command, Options& options) {
       ->type_name("CSV");
 }
 
-}  // namespace
-
-void addCreateCommand(Tool& tool) {
-  CLI::App* command = tool.addCommand(
-      "create", "Make a recording of JPEG pictures.",
-      "create drive.img frames/ --fps 30\n"
-      "  rate=$(ffprobe -v error -select_streams v:0 -show_entries stream=avg_frame_rate \\\n"
-      "    -of csv=p=0 drive.mp4) && ffmpeg -i drive.mp4 -r \"$rate\" -f mjpeg -q:v 2 - | \\\n"
-      "    velmar-video create drive.img - --fps \"$rate\"\n"
-      "  velmar-video create drive.rtv frames/ --times times.csv --rtv-version 04 --tags "
-      "tags.csv\n\n"
-      "Where a video has JPEGs in it (MJPEG), -c copy instead of -r and -q:v takes them as they "
-      "are.");
-  const auto options = std::make_shared<Options>();
-  command->add_option("output", options->output, "The recording to make, OUTPUT.img or OUTPUT.rtv")
+void addOptions(CLI::App& command, Options& options) {
+  command.add_option("output", options.output, "The recording to make, OUTPUT.img or OUTPUT.rtv")
       ->required();
   command
-      ->add_option("input", options->inputs,
-                   "JPEG files, folders of them (2.jpg comes before 10.jpg), or - for a stream of "
-                   "JPEGs on standard input")
+      .add_option("input", options.inputs,
+                  "JPEG files, folders of them (2.jpg comes before 10.jpg), or - for a stream of "
+                  "JPEGs on standard input")
       ->required();
-  addFrameOptions(*command, *options);
-  options->description.addTo(*command);
+  addFrameOptions(command, options);
+  options.description.addTo(command);
   command
-      ->add_option(
-          "--sync", options->syncInterval,
+      .add_option(
+          "--sync", options.syncInterval,
           "Bring the frames to the disk every N frames, 1 to 1000000: a power cut then takes "
           "no more than the frames since. Slower")
       ->type_name("N")
       ->check(CLI::Range(1U, 1000000U).description(""));
-  command->add_flag("--allow-truncated", options->allowTruncated,
-                    "Take picture files without an end marker, too, which are cut short as a rule");
-  command->add_flag("--force", options->force, "Replace an existing output");
-  command->callback([&tool, options] {
-    checkUsage(*options);
-    options->quiet = tool.quiet;
-    tool.run = [options] {
-      return options->readsStream() ? recordStream(*options) : recordFiles(*options);
-    };
-  });
+  command.add_flag("--allow-truncated", options.allowTruncated,
+                   "Take picture files without an end marker, too, which are cut short as a rule");
+  command.add_flag("--force", options.force, "Replace an existing output");
+}
+
+}  // namespace
+
+void addCreateCommand(Tool& tool) {
+  tool.addCommand<Options>(
+      {"create", "Make a recording of JPEG pictures.",
+       "create drive.img frames/ --fps 30\n"
+       "  rate=$(ffprobe -v error -select_streams v:0 -show_entries stream=avg_frame_rate \\\n"
+       "    -of csv=p=0 drive.mp4) && ffmpeg -i drive.mp4 -r \"$rate\" -f mjpeg -q:v 2 - | \\\n"
+       "    velmar-video create drive.img - --fps \"$rate\"\n"
+       "  velmar-video create drive.rtv frames/ --times times.csv --rtv-version 04 --tags "
+       "tags.csv\n\n"
+       "Where a video has JPEGs in it (MJPEG), -c copy instead of -r and -q:v takes them as they "
+       "are."},
+      {addOptions, create, checkUsage});
 }

@@ -1,9 +1,7 @@
-#include <memory>
-
 #include "program/OutputGuard.h"
+#include "program/SelectionOptions.h"
 #include "program/Tool.h"
 #include "toolkit/editing/CopyFrames.h"
-#include "toolkit/recording/FrameSelection.h"
 
 namespace {
 
@@ -12,34 +10,30 @@ struct Options {
   std::string output;
   FrameSelection selection;
   bool force = false;
-  bool quiet = false;
 };
 
-ExitStatus cut(const Options& options) {
+ExitStatus cut(const Options& options, CommandJob& job) {
   checkExtension(options.output);
   checkSameContainer(options.input, options.output);
   checkRecordingOutput(options.output, {options.input}, options.force);
   const Recording recording(options.input);
-  Losses losses;
-  checkDeviceId(recording, losses);
+  checkDeviceId(recording, job);
   copyFrames({{&recording, options.selection.frames(recording)}}, options.output,
-             recording.description(), options.quiet, losses);
-  return losses.status();
+             recording.description(), job);
+  return job.status();
+}
+
+void addOptions(CLI::App& command, Options& options) {
+  command.add_option("input", options.input, "The recording to copy from")->required();
+  command.add_option("output", options.output, "The recording to make")->required();
+  addSelectionOptions(command, options.selection);
+  command.add_flag("--force", options.force, "Replace an existing output");
 }
 
 }  // namespace
 
 void addCutCommand(Tool& tool) {
-  CLI::App* command =
-      tool.addCommand("cut", "Copy some frames into a recording of their own, as they are.",
-                      "cut drive.img scene.img --time +10s:+12.5s");
-  const auto options = std::make_shared<Options>();
-  command->add_option("input", options->input, "The recording to copy from")->required();
-  command->add_option("output", options->output, "The recording to make")->required();
-  options->selection.addTo(*command);
-  command->add_flag("--force", options->force, "Replace an existing output");
-  command->callback([&tool, options] {
-    options->quiet = tool.quiet;
-    tool.run = [options] { return cut(*options); };
-  });
+  tool.addCommand<Options>({"cut", "Copy some frames into a recording of their own, as they are.",
+                            "cut drive.img scene.img --time +10s:+12.5s"},
+                           {addOptions, cut});
 }

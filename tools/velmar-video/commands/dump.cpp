@@ -1,4 +1,4 @@
-#include <memory>
+#include <exception>
 
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
@@ -43,7 +43,12 @@ class DumpText {
   bool inDeviceId_ = false;
 };
 
-ExitStatus dump(const std::string& file) {
+struct Options {
+  std::string file;
+};
+
+ExitStatus dump(const Options& options, CommandJob& job) {
+  const std::string& file = options.file;
   if (!isRtv(file)) {
     throw Failure(file, "only rtv recordings can be dumped; info shows others",
                   VELMAR_ERROR_CODE_NOT_VELMAR_VIDEO_FORMAT_E);
@@ -69,19 +74,20 @@ ExitStatus dump(const std::string& file) {
   output.write("the dump is in the device's log\n");
 #endif
   output.flush();
-  return ExitStatus::Done;
+  return job.status();
+}
+
+void addOptions(CLI::App& command, Options& options) {
+  command.add_option("file", options.file, "The recording, FILE.rtv")->required();
 }
 
 }  // namespace
 
 void addDumpCommand(Tool& tool) {
-  CLI::App* command = tool.addCommand(
-      "dump", "Show an rtv's header and tags as its parser holds them, for debugging.",
-      "dump drive.rtv");
-  const auto file = std::make_shared<std::string>();
-  command->add_option("file", *file, "The recording, FILE.rtv")->required();
-  command->footer(command->get_footer() +
-                  "\n\nThe CAN signals here are not the file's: the parser holds them realigned. "
-                  "frames --json\nshows them as they are.");
-  command->callback([&tool, file] { tool.run = [file] { return dump(*file); }; });
+  tool.addCommand<Options>(
+      {"dump", "Show an rtv's header and tags as its parser holds them, for debugging.",
+       "dump drive.rtv\n\n"
+       "The CAN signals here are not the file's: the parser holds them realigned. "
+       "frames --json\nshows them as they are."},
+      {addOptions, dump});
 }

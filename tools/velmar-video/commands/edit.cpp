@@ -1,10 +1,8 @@
 #include <charconv>
-#include <memory>
 
 #include "program/DescriptionOptions.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
-#include "toolkit/base/InputFile.h"
 #include "toolkit/editing/EditPlan.h"
 #include "toolkit/tables/FrameColumns.h"
 #include "toolkit/tables/TimesCsv.h"
@@ -29,14 +27,14 @@ struct Options {
   }
 };
 
-ExitStatus edit(const Options& options) {
+ExitStatus edit(const Options& options, CommandJob& job) {
   EditRequest request = options.request;
   if (!options.cameraParamsFile.empty())
     request.cameraParams = readJsonFile(options.cameraParamsFile);
   if (!options.extendedInfoFile.empty())
     request.extendedInfo = readJsonFile(options.extendedInfoFile);
   if (!options.timesFile.empty()) {
-    request.allTimes = readAllTimes(readFrameTable(options.timesFile));
+    request.allTimes = readAllTimes(readFrameTable(options.timesFile, job));
   }
   const Recording recording(options.file);
   const EditPlan plan(recording, request);
@@ -45,7 +43,7 @@ ExitStatus edit(const Options& options) {
   StandardOutput output;
   output.write(plan.isEmpty() ? "nothing to change\n" : text);
   output.flush();
-  return ExitStatus::Done;
+  return job.status();
 }
 
 /// "I=TIME"
@@ -73,20 +71,11 @@ std::int64_t parseShift(const std::string& text) {
   return negative ? -static_cast<std::int64_t>(*seconds) : static_cast<std::int64_t>(*seconds);
 }
 
-/// An option whose value goes through a parser.
-template <typename Take>
-CLI::Option* addParsed(CLI::App& command, const std::string& name, const std::string& type,
-                       const std::string& words, Take take) {
-  return command.add_option_function<std::string>(name, take, words)->type_name(type);
-}
-
 void addTimeOptions(CLI::App& command, Options& options) {
   EditRequest& request = options.request;
-  auto* start = addParsed(command, "--start-time", "TIME",
-                          "rtv: the start; the frames' times are relative to it and follow",
-                          [&request](const std::string& text) {
-                            request.startTime = parseTimeOption("--start-time", text);
-                          });
+  auto* start =
+      addStartTimeOption(command, request.startTime,
+                         "rtv: the start; the frames' times are relative to it and follow");
   auto* sensor = command.add_option_function<std::vector<std::string>>(
       "--sensor-time",
       [&request](const std::vector<std::string>& texts) {
@@ -109,9 +98,10 @@ void addTimeOptions(CLI::App& command, Options& options) {
                                    "A table with a row for every frame in order: the columns "
                                    "sensor_time_us and, for img, arrived_time_us");
   times->type_name("CSV")->excludes(sensor)->excludes(arrived);
-  addParsed(command, "--shift-time", "US",
-            "Microseconds to add to all times, the start of an rtv included; seconds as -1.5s",
-            [&request](const std::string& text) { request.shift = parseShift(text); })
+  addParsedOption(
+      command, "--shift-time", "US",
+      "Microseconds to add to all times, the start of an rtv included; seconds as -1.5s",
+      [&request](const std::string& text) { request.shift = parseShift(text); })
       ->excludes(start)
       ->excludes(sensor)
       ->excludes(arrived)
@@ -120,46 +110,49 @@ void addTimeOptions(CLI::App& command, Options& options) {
 
 void addHeaderOptions(CLI::App& command, Options& options) {
   EditRequest& request = options.request;
-  addParsed(command, "--device-id", "HEX", "The camera's identifier",
-            [&request](const std::string& text) { request.deviceId = parseDeviceId(text); });
-  addParsed(command, "--undistorted", "on|off", "Whether the frames are marked as undistorted",
-            [&request](const std::string& text) { request.undistorted = text == "on"; })
+  addDeviceIdOption(
+      command, [&request](const std::string& id) { request.deviceId = id; },
+      "The camera's identifier");
+  addParsedOption(command, "--undistorted", "on|off",
+                  "Whether the frames are marked as undistorted",
+                  [&request](const std::string& text) { request.undistorted = text == "on"; })
       ->check(CLI::IsMember({"on", "off"}));
   command.add_option("--camera-params", options.cameraParamsFile, "img: JSON; - is standard input")
       ->type_name("FILE");
   command.add_option("--extended-info", options.extendedInfoFile, "img: JSON; - is standard input")
       ->type_name("FILE");
-  addParsed(command, "--tagging-flags", "N",
-            "rtv: all flags as one decimal number; 16 marks undistorted frames",
-            [&request](const std::string& text) {
-              const auto flags = parseNumber(text);
-              if (!flags || *flags > UINT32_MAX)
-                throw UsageError("--tagging-flags is a number of 32 bits");
-              request.taggingFlags = static_cast<unsigned int>(*flags);
-            });
+  addParsedOption(command, "--tagging-flags", "N",
+                  "rtv: all flags as one decimal number; 16 marks undistorted frames",
+                  [&request](const std::string& text) {
+                    const auto flags = parseNumber(text);
+                    if (!flags || *flags > UINT32_MAX)
+                      throw UsageError("--tagging-flags is a number of 32 bits");
+                    request.taggingFlags = static_cast<unsigned int>(*flags);
+                  });
   command.add_flag("--fix-resolution", request.fixResolution,
                    "Take width and height from frame 0's JPEG");
+}
+
+void checkUsage(const Options& options) {
+  if (options.asksForNothing()) throw UsageError("edit: there is no change to make");
+  if (options.request.undistorted && options.request.taggingFlags) {
+    throw UsageError("edit: --tagging-flags has the mark of --undistorted in it; give one of them");
+  }
+  checkStandardInputOnce({options.cameraParamsFile, options.extendedInfoFile, options.timesFile});
+}
+
+void addOptions(CLI::App& command, Options& options) {
+  command.add_option("file", options.file, "The recording to change")->required();
+  addHeaderOptions(command, options);
+  addTimeOptions(command, options);
+  command.add_flag("--dry-run", options.dryRun, "Only say what would change");
 }
 
 }  // namespace
 
 void addEditCommand(Tool& tool) {
-  CLI::App* command = tool.addCommand(
-      "edit", "Change what a recording says of itself, in place, and its frames' times.",
-      "edit drive.img --device-id 0aff --shift-time -3600s --dry-run");
-  const auto options = std::make_shared<Options>();
-  command->add_option("file", options->file, "The recording to change")->required();
-  addHeaderOptions(*command, *options);
-  addTimeOptions(*command, *options);
-  command->add_flag("--dry-run", options->dryRun, "Only say what would change");
-  command->callback([&tool, options] {
-    if (options->asksForNothing()) throw UsageError("edit: there is no change to make");
-    if (options->request.undistorted && options->request.taggingFlags) {
-      throw UsageError(
-          "edit: --tagging-flags has the mark of --undistorted in it; give one of them");
-    }
-    checkStandardInputOnce(
-        {options->cameraParamsFile, options->extendedInfoFile, options->timesFile});
-    tool.run = [options] { return edit(*options); };
-  });
+  tool.addCommand<Options>(
+      {"edit", "Change what a recording says of itself, in place, and its frames' times.",
+       "edit drive.img --device-id 0aff --shift-time -3600s --dry-run"},
+      {addOptions, edit, checkUsage});
 }

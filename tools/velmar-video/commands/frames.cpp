@@ -1,12 +1,10 @@
 #include <unistd.h>
 
-#include <memory>
-
 #include "program/OutputGuard.h"
+#include "program/SelectionOptions.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
 #include "toolkit/base/OutputFile.h"
-#include "toolkit/recording/FrameSelection.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/tables/FrameLine.h"
 #include "toolkit/tables/Track.h"
@@ -80,29 +78,31 @@ void listFrames(const Options& options, const Recording& recording,
   output.flush();
 }
 
-ExitStatus showFrames(const Options& options) {
+ExitStatus showFrames(const Options& options, CommandJob& job) {
   checkOutputs(options);
   const Recording recording(options.file);
   const auto frames = options.selection.frames(recording);
   if (options.lists()) listFrames(options, recording, frames);
   writeTracks(options, recording, frames);
-  return ExitStatus::Done;
+  return job.status();
+}
+
+void addOptions(CLI::App& command, Options& options) {
+  command.add_option("file", options.file, "The recording")->required();
+  auto* json = command.add_flag("--json", options.json, "One JSON object for each frame");
+  command.add_flag("--csv", options.csv, "A table with commas")->excludes(json);
+  command.add_option("--gpx", options.gpxFile, "rtv: write the track as GPX instead of the list")
+      ->type_name("FILE");
+  command.add_option("--geojson", options.geoJsonFile, "rtv: the same as GeoJSON")
+      ->type_name("FILE");
+  command.add_flag("--force", options.force, "Replace existing tracks");
+  addSelectionOptions(command, options.selection);
 }
 
 }  // namespace
 
 void addFramesCommand(Tool& tool) {
-  CLI::App* command = tool.addCommand("frames", "List the frames of a recording.",
-                                      "frames drive.img --time +10s:+12.5s");
-  const auto options = std::make_shared<Options>();
-  command->add_option("file", options->file, "The recording")->required();
-  auto* json = command->add_flag("--json", options->json, "One JSON object for each frame");
-  command->add_flag("--csv", options->csv, "A table with commas")->excludes(json);
-  command->add_option("--gpx", options->gpxFile, "rtv: write the track as GPX instead of the list")
-      ->type_name("FILE");
-  command->add_option("--geojson", options->geoJsonFile, "rtv: the same as GeoJSON")
-      ->type_name("FILE");
-  command->add_flag("--force", options->force, "Replace existing tracks");
-  options->selection.addTo(*command);
-  command->callback([&tool, options] { tool.run = [options] { return showFrames(*options); }; });
+  tool.addCommand<Options>(
+      {"frames", "List the frames of a recording.", "frames drive.img --time +10s:+12.5s"},
+      {addOptions, showFrames});
 }

@@ -1,13 +1,12 @@
 #include <sys/stat.h>
 
-#include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
 
+#include "program/Diagnostics.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
-#include "toolkit/base/Diagnostics.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/tables/Track.h"
 #include "toolkit/text/JsonText.h"
@@ -15,6 +14,11 @@
 #include "toolkit/text/TimeText.h"
 
 namespace {
+
+struct Options {
+  std::vector<std::string> files;
+  bool json = false;
+};
 
 struct Info {
   std::string file;
@@ -139,31 +143,29 @@ std::string textBlock(const Info& info) {
   return text;
 }
 
-ExitStatus showInfo(const std::vector<std::string>& files, bool json) {
+ExitStatus showInfo(const Options& options, CommandJob& job) {
   StandardOutput output;
-  ExitStatus status = ExitStatus::Done;
-  for (const std::string& file : files) {
+  for (const std::string& file : options.files) {
     try {
       const Info info = readInfo(file);
-      output.write(json ? jsonLine(info) : textBlock(info));
+      output.write(options.json ? jsonLine(info) : textBlock(info));
     } catch (const Failure& failure) {
-      say(failure.what());
-      status = ExitStatus::Failed;
+      job.fail(failure);
     }
     output.flush();
   }
-  return status;
+  return job.status();
+}
+
+void addOptions(CLI::App& command, Options& options) {
+  command.add_option("file", options.files, "The recordings")->required();
+  command.add_flag("--json", options.json, "One JSON object for each, on a line of its own");
 }
 
 }  // namespace
 
 void addInfoCommand(Tool& tool) {
-  CLI::App* command = tool.addCommand("info", "Show what recordings hold and how they were made.",
-                                      "info drive.img");
-  const auto files = std::make_shared<std::vector<std::string>>();
-  const auto json = std::make_shared<bool>(false);
-  command->add_option("file", *files, "The recordings")->required();
-  command->add_flag("--json", *json, "One JSON object for each, on a line of its own");
-  command->callback(
-      [&tool, files, json] { tool.run = [files, json] { return showInfo(*files, *json); }; });
+  tool.addCommand<Options>(
+      {"info", "Show what recordings hold and how they were made.", "info drive.img"},
+      {addOptions, showInfo});
 }

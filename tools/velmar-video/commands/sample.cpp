@@ -1,19 +1,13 @@
 #include <algorithm>
 #include <cmath>
-#include <memory>
-#include <optional>
 
 #include "program/DescriptionOptions.h"
 #include "program/OutputGuard.h"
+#include "program/Progress.h"
 #include "program/Tool.h"
 #include "scene/SampleScene.h"
-#include "toolkit/base/Losses.h"
-#include "toolkit/base/Progress.h"
-#include "toolkit/base/StopSignal.h"
-#include "toolkit/recording/FrameTimes.h"
+#include "toolkit/recording/RecordFrames.h"
 #include "toolkit/recording/Recording.h"
-#include "toolkit/recording/RecordingWriter.h"
-#include "toolkit/text/TimeText.h"
 
 namespace {
 
@@ -35,7 +29,6 @@ struct Options {
   double framesPerSecond = 30;
   RtvVersionOption rtvVersion;
   bool force = false;
-  bool quiet = false;
 };
 
 /// The camera that SampleScene draws with.
@@ -95,60 +88,67 @@ FrameTag tagOf(const SampleScene::Motion& motion, double framesPerSecond) {
   return tag;
 }
 
-ExitStatus drawSample(const Options& options) {
+/// Draws them.
+class SampleFrames final : public FrameSource {
+ public:
+  explicit SampleFrames(const Options& options)
+      : options_(options),
+        clock_(kStartTime, options.framesPerSecond),
+        scene_(options.size.width, options.size.height) {}
+
+  std::size_t count() const override { return options_.frames; }
+
+  bool read(std::size_t at, NewFrame& frame) override {
+    const std::uint64_t time = clock_.at(at);
+    frame.jpeg = scene_.jpeg(static_cast<unsigned int>(at));
+    frame.times = {time, time + kTransferTime};
+    frame.tag = tagOf(motion_, options_.framesPerSecond);
+    motion_ = SampleScene::next(motion_);
+    return true;
+  }
+
+ private:
+  const Options& options_;
+  FrameClock clock_;
+  SampleScene scene_;
+  SampleScene::Motion motion_ = SampleScene::start();
+};
+
+ExitStatus drawSample(const Options& options, CommandJob& job) {
   checkExtension(options.output);
   checkRecordingOutput(options.output, {}, options.force);
   checkFramesCount(options.output, options.frames);
-  const FrameClock clock(kStartTime, options.framesPerSecond);
-  SampleScene scene(options.size.width, options.size.height);
-  SampleScene::Motion motion = SampleScene::start();
+  SampleFrames frames(options);
+  recordFrames(frames, {options.output, describe(options), options.frames}, job);
+  return job.status();
+}
 
-  StopSignal stop;
-  RecordingWriter writer(options.output, describe(options), options.frames,
-                         RecordingWriter::OnFailure::RemoveFrames);
-  Progress progress(options.output, options.frames, options.quiet);
-  while (writer.frames() < options.frames && !stop.requested()) {
-    const std::uint64_t time = clock.at(writer.frames());
-    writer.add(scene.jpeg(writer.frames()), {time, time + kTransferTime},
-               tagOf(motion, options.framesPerSecond));
-    motion = SampleScene::next(motion);
-    progress.update(writer.frames());
-  }
-  writer.finish();
-  Losses losses;
-  if (writer.frames() < options.frames) {
-    losses.addStopped(options.output, writer.frames(), options.frames);
-  }
-  return losses.status();
+void checkUsage(const Options& options) {
+  FrameClock(kStartTime, options.framesPerSecond);  // says what is wrong with the rate
+  options.rtvVersion.version(options.output);
+}
+
+void addOptions(CLI::App& command, Options& options) {
+  command.add_option("output", options.output, "The recording to make, OUTPUT.img or OUTPUT.rtv")
+      ->required();
+  command
+      .add_option("--frames", options.frames, "Number of frames, 1 to 10000000; 50 if not given")
+      ->type_name("N")
+      ->check(CLI::Range(1U, 10000000U).description(""));
+  addParsedOption(command, "--size", "WxH", "Size in pixels, 1280x800 if not given",
+                  [&options](const std::string& text) { options.size = parsePictureSize(text); });
+  addFrameRateOption(
+      command, [&options](double rate) { options.framesPerSecond = rate; },
+      "Frames a second, 30 if not given");
+  options.rtvVersion.addTo(command);
+  command.add_flag("--force", options.force, "Replace an existing output");
 }
 
 }  // namespace
 
 void addSampleCommand(Tool& tool) {
-  CLI::App* command =
-      tool.addCommand("sample", "Draw a short drive on a country road, to have a recording to try.",
-                      "sample drive.img --frames 300");
-  const auto options = std::make_shared<Options>();
-  command->add_option("output", options->output, "The recording to make, OUTPUT.img or OUTPUT.rtv")
-      ->required();
-  command
-      ->add_option("--frames", options->frames, "Number of frames, 1 to 10000000; 50 if not given")
-      ->type_name("N")
-      ->check(CLI::Range(1U, 10000000U).description(""));
-  command
-      ->add_option_function<std::string>(
-          "--size", [options](const std::string& text) { options->size = parsePictureSize(text); },
-          "Size in pixels, 1280x800 if not given")
-      ->type_name("WxH");
-  addFrameRateOption(
-      *command, [options](double rate) { options->framesPerSecond = rate; },
-      "Frames a second, 30 if not given");
-  options->rtvVersion.addTo(*command);
-  command->add_flag("--force", options->force, "Replace an existing output");
-  command->callback([&tool, options] {
-    FrameClock(kStartTime, options->framesPerSecond);  // says what is wrong with the rate
-    options->rtvVersion.version(options->output);
-    options->quiet = tool.quiet;
-    tool.run = [options] { return drawSample(*options); };
-  });
+  tool.addCommand<Options>(
+      {"sample", "Draw a short drive on a country road, to have a recording to try.",
+       "sample drive.img --frames 300"},
+      {addOptions, drawSample, checkUsage});
 }

@@ -1,9 +1,8 @@
-#include <memory>
 #include <vector>
 
+#include "program/Diagnostics.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
-#include "toolkit/base/Diagnostics.h"
 #include "toolkit/rescue/Verification.h"
 #include "toolkit/text/JsonText.h"
 
@@ -74,14 +73,14 @@ Report verifyFile(const std::string& file, const Options& options, StandardOutpu
   return report;
 }
 
-ExitStatus verifyFiles(const Options& options) {
+ExitStatus verifyFiles(const Options& options, CommandJob& job) {
   StandardOutput output;
   std::size_t bad = 0;
   for (const std::string& file : options.files) {
     try {
       if (verifyFile(file, options, output).errors > 0) ++bad;
     } catch (const Failure& failure) {
-      say(failure.what());
+      job.fail(failure);
       ++bad;
     }
   }
@@ -93,20 +92,21 @@ ExitStatus verifyFiles(const Options& options) {
   return bad > 0 ? ExitStatus::Failed : ExitStatus::Done;
 }
 
+void addOptions(CLI::App& command, Options& options) {
+  command.add_option("file", options.files, "The recordings")->required();
+  command.add_flag("--decode", options.decode, "Decode every frame, too");
+  command.add_flag("--json", options.json,
+                   "One JSON object for each recording, on a line of its own");
+}
+
 }  // namespace
 
 void addVerifyCommand(Tool& tool) {
-  CLI::App* command =
-      tool.addCommand("verify", "Check recordings for damage.", "verify drive.img --decode");
-  command->footer(
-      command->get_footer() +
-      "\n\nChecks that every frame lies in its place, is a JPEG and has the size that the "
-      "header says,\nthat times do not run backwards and that header and metadata make "
-      "sense.\nExit status 1 if there is an error, 0 if there are only warnings.");
-  const auto options = std::make_shared<Options>();
-  command->add_option("file", options->files, "The recordings")->required();
-  command->add_flag("--decode", options->decode, "Decode every frame, too");
-  command->add_flag("--json", options->json,
-                    "One JSON object for each recording, on a line of its own");
-  command->callback([&tool, options] { tool.run = [options] { return verifyFiles(*options); }; });
+  tool.addCommand<Options>(
+      {"verify", "Check recordings for damage.",
+       "verify drive.img --decode\n\n"
+       "Checks that every frame lies in its place, is a JPEG and has the size that the header "
+       "says,\nthat times do not run backwards and that header and metadata make sense.\n"
+       "Exit status 1 if there is an error, 0 if there are only warnings."},
+      {addOptions, verifyFiles});
 }

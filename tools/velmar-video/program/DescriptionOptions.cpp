@@ -1,6 +1,7 @@
 #include "program/DescriptionOptions.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <map>
@@ -39,21 +40,21 @@ std::vector<double> parsePosition(const std::string& text) {
 }
 
 /// Says if the version has no unit as small as the altitude needs.
-int storedAltitude(double metres, version_e version, const std::string& output, Losses& losses) {
+int storedAltitude(double metres, version_e version, const std::string& output, Job& job) {
   const double unitsPerMetre = version == RTV_VER_04 ? 100 : 1;
   const double units = metres * unitsPerMetre;
   if (std::abs(units) > 2e9) throw UsageError("--start-position: that is not an altitude");
   const double stored = std::round(units);
   if (std::abs(stored - units) > kRoundingError) {
-    losses.add(output, "its start position is " + numberText(stored / unitsPerMetre) +
-                           " m high, the nearest to " + numberText(metres) +
-                           " that its version holds");
+    job.lose(output, "its start position is " + numberText(stored / unitsPerMetre) +
+                         " m high, the nearest to " + numberText(metres) +
+                         " that its version holds");
   }
   return static_cast<int>(stored);
 }
 
 void setStartPosition(RecordingDescription& description, const std::string& text,
-                      const std::string& output, Losses& losses) {
+                      const std::string& output, Job& job) {
   if (text.empty()) return;
   const std::vector<double> numbers = parsePosition(text);
   if (numbers.empty()) {
@@ -65,7 +66,7 @@ void setStartPosition(RecordingDescription& description, const std::string& text
   if (description.version == RTV_VER_02) {
     throw UsageError("--start-position: version 02 of rtv holds no altitude");
   }
-  description.alt = storedAltitude(numbers[2], description.version, output, losses);
+  description.alt = storedAltitude(numbers[2], description.version, output, job);
 }
 
 int parseSide(std::string_view text) {
@@ -76,8 +77,7 @@ int parseSide(std::string_view text) {
   return static_cast<int>(*pixels);
 }
 
-}  // namespace
-
+/// The bytes of hexadecimal text.
 std::string parseDeviceId(const std::string& text) {
   if (text.empty() || text.size() % 2 != 0 ||
       text.find_first_not_of("0123456789abcdefABCDEF") != text.npos) {
@@ -86,19 +86,37 @@ std::string parseDeviceId(const std::string& text) {
   return bytesOfHex(text);
 }
 
+}  // namespace
+
+CLI::Option* addParsedOption(CLI::App& command, const std::string& name, const std::string& type,
+                             const std::string& help,
+                             const std::function<void(const std::string&)>& take) {
+  return command.add_option_function<std::string>(name, take, help)->type_name(type);
+}
+
+void addDeviceIdOption(CLI::App& command, const std::function<void(const std::string&)>& take,
+                       const std::string& help) {
+  addParsedOption(command, "--device-id", "HEX", help,
+                  [take](const std::string& text) { take(parseDeviceId(text)); });
+}
+
 std::uint64_t parseTimeOption(const std::string& option, const std::string& text) {
   const auto time = parseTime(text);
   if (time && *time <= kLastFormattedTime) return *time;
   throw UsageError(option + " is microseconds since 1970 or RFC 3339");
 }
 
-void addStartTimeOption(CLI::App& command, std::optional<std::uint64_t>& time,
-                        const std::string& help) {
-  command
-      .add_option_function<std::string>(
-          "--start-time",
-          [&time](const std::string& text) { time = parseTimeOption("--start-time", text); }, help)
-      ->type_name("TIME");
+CLI::Option* addStartTimeOption(CLI::App& command, std::optional<std::uint64_t>& time,
+                                const std::string& help) {
+  return addParsedOption(command, "--start-time", "TIME", help, [&time](const std::string& text) {
+    time = parseTimeOption("--start-time", text);
+  });
+}
+
+void checkStandardInputOnce(const std::vector<std::string>& files) {
+  if (std::count(files.begin(), files.end(), "-") > 1) {
+    throw UsageError("- is there more than once, but standard input can be read only once");
+  }
 }
 
 double parseFrameRate(std::string_view text) {
@@ -112,10 +130,8 @@ double parseFrameRate(std::string_view text) {
 
 void addFrameRateOption(CLI::App& command, const std::function<void(double)>& take,
                         const std::string& help) {
-  command
-      .add_option_function<std::string>(
-          "--fps", [take](const std::string& text) { take(parseFrameRate(text)); }, help)
-      ->type_name("RATE");
+  addParsedOption(command, "--fps", "RATE", help,
+                  [take](const std::string& text) { take(parseFrameRate(text)); });
 }
 
 JpegSize parsePictureSize(std::string_view text) {
@@ -137,11 +153,9 @@ std::optional<version_e> RtvVersionOption::version(const std::string& output) co
 }
 
 void DescriptionOptions::addTo(CLI::App& command) {
-  command
-      .add_option_function<std::string>(
-          "--device-id", [this](const std::string& text) { deviceId = parseDeviceId(text); },
-          "The camera's identifier; 24 bytes at the most in an rtv")
-      ->type_name("HEX");
+  addDeviceIdOption(
+      command, [this](const std::string& id) { deviceId = id; },
+      "The camera's identifier; 24 bytes at the most in an rtv");
   command.add_option("--camera-params", cameraParamsFile, "img: JSON about the camera")
       ->type_name("FILE");
   command.add_option("--extended-info", extendedInfoFile, "img: JSON about anything else")
@@ -172,23 +186,22 @@ void DescriptionOptions::refuseWhatIsNotHeld(const std::string& output, version_
   }
 }
 
-RecordingDescription DescriptionOptions::description(const std::string& output,
-                                                     Losses& losses) const {
+RecordingDescription DescriptionOptions::description(const std::string& output, Job& job) const {
   RecordingDescription description;
   description.version = rtvVersion.version(output).value_or(RTV_VER_03);
-  change(description, output, losses);
+  change(description, output, job);
   return description;
 }
 
 void DescriptionOptions::change(RecordingDescription& description, const std::string& output,
-                                Losses& losses) const {
+                                Job& job) const {
   refuseWhatIsNotHeld(output, description.version);
   if (!frameFormat.empty()) description.format = string2RvelmarFormat(frameFormat);
   if (!deviceId.empty()) description.deviceId = deviceId;
   if (undistorted) description.undistorted = true;
   if (!cameraParamsFile.empty()) description.cameraParams = readJsonFile(cameraParamsFile);
   if (!extendedInfoFile.empty()) description.extendedInfo = readJsonFile(extendedInfoFile);
-  setStartPosition(description, startPosition, output, losses);
+  setStartPosition(description, startPosition, output, job);
 }
 
 std::vector<std::string> DescriptionOptions::inputs() const {

@@ -9,22 +9,32 @@
 #include <vector>
 
 #include "jpeg/JpegHeader.h"
-#include "toolkit/base/Losses.h"
+#include "toolkit/base/Job.h"
 #include "toolkit/recording/RecordingDescription.h"
 
 namespace CLI {
 class App;
-}
-
-/// The bytes of hexadecimal text. Throws UsageError.
-std::string parseDeviceId(const std::string& text);
+class Option;
+}  // namespace CLI
 
 /// A point in time for `option`, microseconds since 1970. Throws UsageError.
 std::uint64_t parseTimeOption(const std::string& option, const std::string& text);
 
+/// An option whose text goes to `take`, which throws UsageError if it is wrong.
+CLI::Option* addParsedOption(CLI::App& command, const std::string& name, const std::string& type,
+                             const std::string& help,
+                             const std::function<void(const std::string&)>& take);
+
+/// --device-id, whose bytes `take` gets.
+void addDeviceIdOption(CLI::App& command, const std::function<void(const std::string&)>& take,
+                       const std::string& help);
+
 /// --start-time, which sets `time`; that has to outlive the parsing.
-void addStartTimeOption(CLI::App& command, std::optional<std::uint64_t>& time,
-                        const std::string& help);
+CLI::Option* addStartTimeOption(CLI::App& command, std::optional<std::uint64_t>& time,
+                                const std::string& help);
+
+/// Throws UsageError if more than one of the files is standard input, "-".
+void checkStandardInputOnce(const std::vector<std::string>& files);
 
 /// Frames a second, a number or a fraction such as "30000/1001". Throws UsageError.
 double parseFrameRate(std::string_view text);
@@ -51,9 +61,9 @@ struct DescriptionOptions {
   /// What they say of the recording `output`, files read and checked; the size and the start time
   /// are still to be set. Throws Failure, and UsageError for what the container does not hold.
   /// What the container holds only nearly is a loss.
-  RecordingDescription description(const std::string& output, Losses& losses) const;
+  RecordingDescription description(const std::string& output, Job& job) const;
   /// The same for a recording of which something is known; what is given goes before that.
-  void change(RecordingDescription& description, const std::string& output, Losses& losses) const;
+  void change(RecordingDescription& description, const std::string& output, Job& job) const;
   /// The files that they read.
   std::vector<std::string> inputs() const;
 

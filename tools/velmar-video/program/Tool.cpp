@@ -14,11 +14,10 @@ Tool::Tool() : app("Makes, shows and takes apart recordings of a vehicle's camer
   addCommonOptions(app);
 }
 
-CLI::App* Tool::addCommand(const std::string& name, const std::string& purpose,
-                           const std::string& example) {
-  CLI::App* command = app.add_subcommand(name, purpose);
-  command->footer("Example:\n  velmar-video " + example);
-  addCommonOptions(*command);
+CLI::App& Tool::addCommand(const CommandWords& words) {
+  CLI::App& command = *app.add_subcommand(words.name, words.purpose);
+  command.footer("Example:\n  velmar-video " + words.example);
+  addCommonOptions(command);
   return command;
 }
 

@@ -4,16 +4,47 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <memory>
 #include <string>
 
+#include "program/CommandJob.h"
 #include "toolkit/base/Failure.h"
+
+/// A command's name, what it is for and, behind the program's name, an example.
+struct CommandWords {
+  std::string name;
+  std::string purpose;
+  std::string example;
+};
+
+/// What a command does with its options.
+template <typename Options>
+struct CommandParts {
+  /// Adds the options; the object outlives the parsing.
+  void (*addOptions)(CLI::App& command, Options& options);
+  /// Runs until done; throws Failure or UsageError.
+  ExitStatus (*work)(const Options& options, CommandJob& job);
+  /// Throws UsageError for what the options cannot mean, before anything else is done; may be null.
+  void (*checkUsage)(const Options& options) = nullptr;
+};
 
 struct Tool {
   Tool();
 
-  /// A command with the options that all have. The example is what follows the program's name.
-  CLI::App* addCommand(const std::string& name, const std::string& purpose,
-                       const std::string& example);
+  /// A command with options of its own and those that all have.
+  template <typename Options>
+  void addCommand(const CommandWords& words, const CommandParts<Options>& parts) {
+    const auto options = std::make_shared<Options>();
+    CLI::App& command = addCommand(words);
+    parts.addOptions(command, *options);
+    command.callback([this, options, parts] {
+      if (parts.checkUsage != nullptr) parts.checkUsage(*options);
+      run = [this, options, work = parts.work] {
+        CommandJob job(quiet);
+        return work(*options, job);
+      };
+    });
+  }
 
   CLI::App app;
   bool quiet = false;
@@ -22,13 +53,14 @@ struct Tool {
   std::function<ExitStatus()> run;
 
  private:
+  CLI::App& addCommand(const CommandWords& words);
   void addCommonOptions(CLI::App& command);
 };
 
 /// Adds all of these.
 void addCommands(Tool& tool);
 
-// Each in the file of its name. They run until done and throw Failure or UsageError.
+// Each in the file of its name.
 void addCreateCommand(Tool& tool);
 void addInfoCommand(Tool& tool);
 void addFramesCommand(Tool& tool);

@@ -1,5 +1,5 @@
-#ifndef VELMAR_TOOLKIT_PROGRESS_H
-#define VELMAR_TOOLKIT_PROGRESS_H
+#ifndef VELMAR_TOOL_PROGRESS_H
+#define VELMAR_TOOL_PROGRESS_H
 
 #include <chrono>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "toolkit/base/Diagnostics.h"
+#include "program/Diagnostics.h"
 
 #include <unistd.h>
 

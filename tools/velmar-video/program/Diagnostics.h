@@ -1,6 +1,6 @@
 /// What the program says on standard error.
-#ifndef VELMAR_TOOLKIT_DIAGNOSTICS_H
-#define VELMAR_TOOLKIT_DIAGNOSTICS_H
+#ifndef VELMAR_TOOL_DIAGNOSTICS_H
+#define VELMAR_TOOL_DIAGNOSTICS_H
 
 #include <string>
 

@@ -1,13 +1,13 @@
-#include "toolkit/rescue/FindingRanges.h"
+#include "toolkit/base/Finding.h"
 
 #include <algorithm>
 
-void FindingRanges::add(const Finding& finding) {
+void FindingMerger::add(const Finding& finding) {
   if (!finding.frame) {
     finish();
     return report_(finding);
   }
-  const unsigned int frame = *finding.frame;
+  const std::uint64_t frame = *finding.frame;
   std::erase_if(open_, [&](const Finding& range) {
     const bool isOver = range.last() != frame && range.last() + 1 != frame;
     if (isOver) report_(range);
@@ -20,11 +20,11 @@ void FindingRanges::add(const Finding& finding) {
   if (same == open_.end()) {
     open_.push_back(finding);
   } else {
-    same->lastFrame = frame;
+    same->lastFrame = finding.last();
   }
 }
 
-void FindingRanges::finish() {
+void FindingMerger::finish() {
   for (const Finding& range : open_) report_(range);
   open_.clear();
 }

@@ -1,4 +1,4 @@
-#include "toolkit/base/Progress.h"
+#include "program/Progress.h"
 
 #include <unistd.h>
 

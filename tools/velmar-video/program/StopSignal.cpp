@@ -1,4 +1,4 @@
-#include "toolkit/base/StopSignal.h"
+#include "program/StopSignal.h"
 
 #include <poll.h>
 #include <sys/signalfd.h>

@@ -1,0 +1,36 @@
+#ifndef VELMAR_TOOLKIT_JOB_H
+#define VELMAR_TOOLKIT_JOB_H
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+/// What long work tells whoever asked for it, and asks them. One thread at a time.
+class Job {
+ public:
+  /// Work on frames that must not be broken off anywhere: while this lives, a wish to stop waits
+  /// until it is asked for. One at a time, begun before any threads are.
+  class Stage {
+   public:
+    virtual ~Stage() = default;
+    /// So many frames are done.
+    virtual void advance(std::size_t done) = 0;
+    virtual bool stopRequested() = 0;
+    /// Waits until `fd` can be read (or is at its end); false if the wish to stop comes first.
+    virtual bool waitReadable(int fd) = 0;
+  };
+
+  virtual ~Job() = default;
+
+  /// \param name   of what is made
+  /// \param total  frames; 0 if nobody knows yet
+  virtual std::unique_ptr<Stage> begin(const std::string& name, std::size_t total) = 0;
+  /// Something is lost or skipped.
+  virtual void lose(const std::string& what, const std::string& words) = 0;
+  /// So is what was still to be done when the wish to stop came.
+  virtual void loseRest(const std::string& what, std::size_t done, std::size_t wanted) = 0;
+  /// Nothing is lost, but somebody may want to know.
+  virtual void note(const std::string& what, const std::string& words) = 0;
+};
+
+#endif

@@ -1,0 +1,97 @@
+#include "toolkit/editing/Concatenation.h"
+
+#include <algorithm>
+
+#include "toolkit/base/Failure.h"
+#include "toolkit/editing/CopyFrames.h"
+#include "toolkit/jpeg/JpegInspector.h"
+#include "toolkit/text/Joined.h"
+
+namespace {
+
+struct Difference {
+  std::string what, one, other;
+};
+
+std::string deviceText(const Recording& recording) {
+  const std::string id = recording.deviceId();
+  return id.empty() ? "none" : id;
+}
+
+/// What one recording cannot have twice.
+std::vector<Difference> differences(const Recording& oneRecording,
+                                    const Recording& otherRecording) {
+  const RecordingDescription one = oneRecording.description();
+  const RecordingDescription other = otherRecording.description();
+  // Two that are known are no difference: the frames' positions are counted from one of them.
+  const auto position = [](const RecordingDescription& description) {
+    return hasStartPosition(description) ? "known" : "not known";
+  };
+  std::vector<Difference> all = {
+      {"size", toText(one.size()), toText(other.size())},
+      {"codec", velmarCodec2String(one.codec), velmarCodec2String(other.codec)},
+      {"device", deviceText(oneRecording), deviceText(otherRecording)},
+      {"start position", position(one), position(other)},
+  };
+  std::erase_if(all,
+                [](const Difference& difference) { return difference.one == difference.other; });
+  return all;
+}
+
+/// What is taken from the winner without asking.
+std::string quietDifferences(const RecordingDescription& one, const RecordingDescription& other) {
+  std::vector<std::string> list;
+  const auto note = [&list](bool differs, const char* what) {
+    if (differs) list.emplace_back(what);
+  };
+  note(one.cameraParams != other.cameraParams, "camera parameters");
+  note(one.extendedInfo != other.extendedInfo, "extended information");
+  note(one.undistorted != other.undistorted, "mark of undistorted frames");
+  note(one.taggingFlags != other.taggingFlags, "tagging flags");
+  note(one.format != other.format, "frame format");
+  return joined(list);
+}
+
+void compare(const Recording& winner, const Recording& other, bool isAsked, Job& job) {
+  const RecordingDescription kept = winner.description();
+  const RecordingDescription left = other.description();
+  if (winner.parser() != nullptr && kept.version != left.version) {
+    throw Failure(
+        other.path(),
+        "its version is another one than that of " + winner.path() + "; convert can change it",
+        VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+  }
+  for (const Difference& difference : differences(winner, other)) {
+    const std::string words = "its " + difference.what + " is " + difference.other + ", that of " +
+                              winner.path() + " is " + difference.one;
+    if (!isAsked) {
+      throw Failure(other.path(), words + "; --force=INPUT says which one wins",
+                    VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+    }
+    job.lose(other.path(), words);
+  }
+  const std::string quiet = quietDifferences(kept, left);
+  if (!quiet.empty()) job.lose(other.path(), "not kept: its " + quiet);
+}
+
+/// Where one start position is not known, positions stay as they are.
+Rebase rebaseTo(const RecordingDescription& description, const Recording& recording) {
+  const RecordingDescription from = recording.description();
+  if (!hasStartPosition(from) || !hasStartPosition(description)) return {};
+  return {from, description};
+}
+
+}  // namespace
+
+void concatenate(const std::vector<Recording>& recordings, const Recording& winner, bool isAsked,
+                 const std::string& output, Job& job) {
+  RecordingDescription description = winner.description();
+  checkDeviceId(winner, job);
+  std::vector<FrameRange> ranges;
+  for (const Recording& recording : recordings) {
+    compare(winner, recording, isAsked, job);
+    description.startTime = std::min(description.startTime, recording.description().startTime);
+    ranges.push_back({&recording, allFrames(recording), rebaseTo(description, recording)});
+  }
+  copyFrames(ranges, output, description, job);
+}

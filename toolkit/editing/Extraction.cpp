@@ -1,0 +1,130 @@
+#include "toolkit/editing/Extraction.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <thread>
+#include <utility>
+
+#include "toolkit/base/Failure.h"
+#include "toolkit/base/OutputFile.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A folder with the folders above it, as far as they were missing.
+class OutputFolder {
+ public:
+  explicit OutputFolder(const fs::path& path) {
+    for (fs::path missing = path; !missing.empty() && !fs::exists(missing);
+         missing = missing.parent_path()) {
+      created_.push_back(missing);
+    }
+    std::error_code error;
+    fs::create_directories(path, error);
+    if (error) {
+      remove();
+      throw Failure::ofSystem(path, "cannot create the folder", error.value());
+    }
+  }
+
+  /// Takes away what was created, as far as it is empty.
+  void remove() const {
+    for (const fs::path& folder : created_) ::rmdir(folder.c_str());
+  }
+
+ private:
+  std::vector<fs::path> created_;  // innermost first
+};
+
+}  // namespace
+
+Extraction::Extraction(const std::string& file, const FrameSelection& selection,
+                       const PictureForm& form, std::string folder)
+    : source_(file, form),
+      folder_(std::move(folder)),
+      frames_(selection.frames(source_.recording())),
+      written_(frames_.size()) {
+  // All names get the width of the recording's last one.
+  const unsigned int last = source_.recording().framesCount() - 1;
+  digits_ = std::max<std::size_t>(6, std::to_string(last).size());
+}
+
+std::vector<std::string> Extraction::outputs() const {
+  std::vector<std::string> paths;
+  for (const unsigned int frame : frames_) paths.push_back(pathOf(frame));
+  return paths;
+}
+
+void Extraction::run(unsigned int threads, Job& job) {
+  const OutputFolder folder(folder_);
+  runThreads(threads, *job.begin(folder_, frames_.size()));
+  const auto count = static_cast<std::size_t>(std::count(written_.begin(), written_.end(), 1));
+  if (failure_ || count == 0) {
+    removeWritten();
+    folder.remove();
+  }
+  if (failure_) std::rethrow_exception(failure_);
+  const std::string& file = source_.recording().path();
+  losses_.report(file, frames_.size(), job);
+  if (count + losses_.count() < frames_.size()) job.loseRest(file, count, frames_.size());
+}
+
+std::string Extraction::pathOf(unsigned int frame) const {
+  std::string number = std::to_string(frame);
+  number.insert(0, digits_ - number.size(), '0');
+  return fs::path(folder_) / ("frame_" + number + "." + source_.form().extension());
+}
+
+/// The calling thread is one of them; it alone has to do with the job.
+void Extraction::runThreads(unsigned int count, Job::Stage& stage) {
+  std::vector<std::jthread> threads;
+  for (std::size_t i = 1; i < std::min<std::size_t>(count, frames_.size()); ++i) {
+    threads.emplace_back([this] {
+      guarded([this] {
+        PictureSource source(source_.recording().path(), source_.form());
+        while (extractNext(source)) continue;
+      });
+    });
+  }
+  guarded([&] {
+    while (!stage.stopRequested() && extractNext(source_))
+      stage.advance(std::min(next_.load(), frames_.size()));
+    stopped_ = true;
+  });
+}
+
+/// A thread's work; its failure ends that of the others.
+template <typename Work>
+void Extraction::guarded(Work work) {
+  try {
+    work();
+  } catch (...) {
+    const std::lock_guard lock(failureMutex_);
+    if (!failure_) failure_ = std::current_exception();
+    stopped_ = true;
+  }
+}
+
+/// False if there is nothing more to do.
+bool Extraction::extractNext(PictureSource& source) {
+  if (stopped_) return false;
+  const std::size_t at = next_++;
+  if (at >= frames_.size()) return false;
+  std::string bytes;
+  if (const FrameFlaw flaw = source.read(frames_[at], bytes)) {
+    losses_.add(frames_[at], flaw);
+  } else {
+    writeFile(pathOf(frames_[at]), bytes);
+    written_[at] = 1;
+  }
+  return true;
+}
+
+void Extraction::removeWritten() const {
+  for (std::size_t i = 0; i < frames_.size(); ++i) {
+    if (written_[i] != 0) ::unlink(pathOf(frames_[i]).c_str());
+  }
+}

@@ -1,0 +1,51 @@
+#ifndef VELMAR_TOOLKIT_EXTRACTION_H
+#define VELMAR_TOOLKIT_EXTRACTION_H
+
+#include <atomic>
+#include <cstddef>
+#include <exception>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "toolkit/base/Job.h"
+#include "toolkit/recording/FrameLosses.h"
+#include "toolkit/recording/FrameSelection.h"
+#include "toolkit/recording/PictureSource.h"
+
+/// Writes frames of a recording as picture files into a folder, once.
+class Extraction {
+ public:
+  /// Throws Failure if there are no such frames or no such pictures of them.
+  Extraction(const std::string& file, const FrameSelection& selection, const PictureForm& form,
+             std::string folder);
+
+  /// The files that run() writes; those that are there are replaced.
+  std::vector<std::string> outputs() const;
+
+  /// Makes the folder and writes the files, `threads` at a time. The job is told of frames that
+  /// cannot be had and of the rest after the wish to stop. Throws Failure and leaves nothing
+  /// behind, also if no frame can be had.
+  void run(unsigned int threads, Job& job);
+
+ private:
+  std::string pathOf(unsigned int frame) const;
+  void runThreads(unsigned int count, Job::Stage& stage);
+  template <typename Work>
+  void guarded(Work work);
+  bool extractNext(PictureSource& source);
+  void removeWritten() const;
+
+  PictureSource source_;
+  std::string folder_;
+  std::vector<unsigned int> frames_;
+  std::vector<char> written_;  // each element belongs to the thread that extracts its frame
+  std::size_t digits_ = 0;     // of the numbers in the names
+  std::atomic<std::size_t> next_ = 0;
+  std::atomic<bool> stopped_ = false;
+  FrameLosses losses_;
+  std::mutex failureMutex_;
+  std::exception_ptr failure_;
+};
+
+#endif

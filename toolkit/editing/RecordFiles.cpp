@@ -1,0 +1,73 @@
+#include "toolkit/editing/RecordFiles.h"
+
+#include <algorithm>
+
+#include "toolkit/base/Failure.h"
+#include "toolkit/base/InputFile.h"
+#include "toolkit/jpeg/FrameInput.h"
+#include "toolkit/jpeg/JpegInspector.h"
+
+namespace {
+
+class FileFrames final : public FrameSource {
+ public:
+  /// Both must outlive it. Throws Failure unless the pictures are whole and have one size.
+  FileFrames(const FrameFiles& files, Job& job)
+      : files_(files), job_(job), size_(inspector_.sizeOfFile(files.paths.front())) {
+    for (const std::string& path : files.paths) check(path);
+  }
+
+  JpegSize size() const { return size_; }
+  std::size_t count() const override { return files_.paths.size(); }
+
+  bool read(std::size_t at, NewFrame& frame) override {
+    if (!readFrame(files_.paths[at], frame.jpeg)) return false;
+    frame.times = files_.times[at];
+    frame.tag = files_.tags[at];
+    return true;
+  }
+
+ private:
+  void check(const std::string& path) const {
+    const JpegSize size = inspector_.sizeOfFile(path);
+    if (!(size == size_)) {
+      throw Failure(path, differenceText(size, size_), VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+    }
+    if (!files_.allowTruncated && !isWholeJpegFile(path)) {
+      throw Failure(path, "the picture has no end marker; --allow-truncated takes it as it is",
+                    VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
+    }
+  }
+
+  bool readFrame(const std::string& path, std::string& jpeg) {
+    try {
+      jpeg = readFile(path, kMaxFrameSize + 1);
+      const auto found = jpeg.size() > kMaxFrameSize ? std::nullopt : inspector_.size(jpeg);
+      if (found && *found == size_) return true;
+      job_.lose(path, found ? differenceText(*found, size_) + "; it is left out"
+                            : "it is not a JPEG picture any more; it is left out");
+    } catch (const Failure& failure) {
+      job_.lose(failure.what(), "it is left out");
+    }
+    return false;
+  }
+
+  const FrameFiles& files_;
+  Job& job_;
+  const JpegInspector inspector_;
+  const JpegSize size_;
+};
+
+}  // namespace
+
+void recordFiles(const FrameFiles& files, NewRecording recording, Job& job) {
+  FileFrames frames(files, job);
+  const auto earliest =
+      std::min_element(files.times.begin(), files.times.end(),
+                       [](auto& one, auto& other) { return one.sensor < other.sensor; });
+  recording.description.setSize(frames.size());
+  recording.description.startTime = files.startTime.value_or(earliest->sensor);
+  checkRtvTimes(recording.path, recording.description, files.times);
+  recording.framesMax = static_cast<unsigned int>(frames.count());
+  recordFrames(frames, recording, job);
+}

@@ -1,0 +1,109 @@
+#include "toolkit/editing/RecordStream.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "toolkit/jpeg/FrameInput.h"
+#include "toolkit/jpeg/JpegInspector.h"
+#include "toolkit/jpeg/JpegStreamSplitter.h"
+#include "toolkit/recording/RecordingWriter.h"
+
+namespace {
+
+class StreamRecorder {
+ public:
+  StreamRecorder(const JpegStream& stream, const FrameClock& clock, const NewRecording& recording,
+                 Job& job)
+      : stream_(stream),
+        clock_(clock),
+        output_(recording.path),
+        job_(job),
+        stage_(job.begin(recording.path, 0)),
+        writer_(recording.path, recording.description, recording.framesMax,
+                RecordingWriter::OnFailure::KeepFrames),
+        splitter_(kMaxFrameSize) {
+    writer_.syncEvery(recording.syncInterval);
+  }
+
+  void run() {
+    std::vector<char> piece(std::size_t{1} << 20);
+    bool ended = false;
+    while (!ended && !full_ && stage_->waitReadable(stream_.fd)) {
+      const ssize_t count = ::read(stream_.fd, piece.data(), piece.size());
+      if (count < 0 && (errno == EINTR || errno == EAGAIN)) continue;
+      if (count < 0) job_.lose(stream_.name, "cannot read on");
+      ended = count <= 0;
+      if (!ended) take({piece.data(), static_cast<std::size_t>(count)});
+    }
+    writer_.finish();
+    reportRest(ended);
+  }
+
+ private:
+  void take(std::string_view piece) {
+    splitter_.feed(piece);
+    while (const auto frame = splitter_.next()) {
+      // Frames that are left out keep their place in time.
+      const std::uint64_t number = number_++;
+      if (!isFit(*frame, number)) continue;
+      full_ = isRtv(output_) && isBeyondRtv(number);
+      if (full_) return;
+      writer_.add(*frame, {clock_.at(number), clock_.at(number)});
+      stage_->advance(writer_.frames());
+    }
+  }
+
+  bool isFit(const std::string& frame, std::uint64_t number) {
+    const auto size = inspector_.size(frame);
+    if (size && !size_) {
+      size_ = size;
+      writer_.setSize(static_cast<unsigned short>(size->width),
+                      static_cast<unsigned short>(size->height));
+    }
+    if (size && *size == *size_) return true;
+    job_.lose(stream_.name,
+              "frame " + std::to_string(number) + " skipped: " +
+                  (size ? differenceText(*size, *size_) : "it is not a JPEG picture"));
+    return false;
+  }
+
+  bool isBeyondRtv(std::uint64_t number) const {
+    const std::uint64_t milliseconds = clock_.at(number) / 1000 - clock_.at(0) / 1000;
+    return writer_.frames() == kRtvFramesMax || milliseconds > INT32_MAX;
+  }
+
+  void reportRest(bool ended) {
+    if (full_) {
+      job_.lose(output_, "an rtv holds 65535 frames and 24 days at the most; the rest is left out");
+    }
+    if (splitter_.skippedBytes() > 0) {
+      job_.lose(stream_.name, std::to_string(splitter_.skippedBytes()) +
+                                  " bytes skipped that belong to no whole frame");
+    }
+    if (ended && splitter_.isInsideFrame()) job_.lose(stream_.name, "it ends inside a frame");
+  }
+
+  const JpegStream& stream_;
+  const FrameClock& clock_;
+  const std::string& output_;
+  Job& job_;
+  const std::unique_ptr<Job::Stage> stage_;
+  RecordingWriter writer_;
+  JpegStreamSplitter splitter_;
+  JpegInspector inspector_;
+  std::optional<JpegSize> size_;
+  std::uint64_t number_ = 0;
+  bool full_ = false;
+};
+
+}  // namespace
+
+void recordStream(const JpegStream& stream, const FrameClock& clock, const NewRecording& recording,
+                  Job& job) {
+  StreamRecorder(stream, clock, recording, job).run();
+}

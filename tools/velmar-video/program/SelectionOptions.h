@@ -1,0 +1,11 @@
+#ifndef VELMAR_TOOL_SELECTION_OPTIONS_H
+#define VELMAR_TOOL_SELECTION_OPTIONS_H
+
+#include <CLI/CLI.hpp>
+
+#include "toolkit/recording/FrameSelection.h"
+
+/// --range and --time, which set `selection`; that has to outlive the parsing.
+void addSelectionOptions(CLI::App& command, FrameSelection& selection);
+
+#endif
