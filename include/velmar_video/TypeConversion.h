@@ -1,6 +1,7 @@
 /// \file
-/// Conversions between the enumerations of the facade and those of the RTV classes. Pure and
-/// total: a value without a counterpart gives the fallback named at the function.
+/// Conversions between the enumerations of the facade and those of the RTV classes. Every function
+/// is pure and accepts every value: one without a counterpart gives the fallback that the function
+/// names.
 #ifndef VELMAR_VIDEO_TYPE_CONVERSION_H
 #define VELMAR_VIDEO_TYPE_CONVERSION_H
 
@@ -13,8 +14,7 @@ VELMAR_VIDEO_API version_e velmarVersion2RTVVersion(VELMAR_VERSION_E version);
 /// Fallback VELMAR_VERSION_MAX_E.
 VELMAR_VIDEO_API VELMAR_VERSION_E rtvVersion2VelmarVersion(version_e version);
 
-/// An unknown format falls back to BGR, not to "unknown", in both directions; so does
-/// RTV_FMT_UNKNOWN. This is intended.
+/// Fallback BGR, in both directions and for RTV_FMT_UNKNOWN, too; kept for existing programs.
 VELMAR_VIDEO_API format_e velmarFormat2RTVFormat(VELMAR_FORMAT_E format);
 /// See velmarFormat2RTVFormat().
 VELMAR_VIDEO_API VELMAR_FORMAT_E rtvFormat2VelmarFormat(format_e format);
@@ -24,15 +24,15 @@ VELMAR_VIDEO_API codec_e velmarCodec2RTVCodec(VELMAR_CODEC_E codec);
 /// Fallback VELMAR_CODEC_MAX_E.
 VELMAR_VIDEO_API VELMAR_CODEC_E rtvCodec2VelmarCodec(codec_e codec);
 
-/// SCALE_FACTOR_MAX_E gives RTV_SCALE_1_1; every other value passes unchanged, those outside the
-/// enumeration included.
+/// SCALE_FACTOR_MAX_E gives RTV_SCALE_1_1. Every other value passes unchanged, even one outside the
+/// enumeration.
 VELMAR_VIDEO_API ScaleFactor_e velmarScalFactor2RTVScalFactor(SCALE_FACTOR_E scale);
 /// Every value passes unchanged.
 VELMAR_VIDEO_API SCALE_FACTOR_E rtvScalFactor2VelmarScalFactor(ScaleFactor_e scale);
 
-/// Negation.
+/// The negated code.
 VELMAR_VIDEO_API ErrorCode_e velmarErrorCode2RTVErrorCode(VELMAR_ERROR_CODE_E code);
-/// Absolute value, so a code that is positive already passes unchanged.
+/// The absolute value: a code that is positive already passes unchanged.
 VELMAR_VIDEO_API VELMAR_ERROR_CODE_E rtvErrorCode2VelmarErrorCode(ErrorCode_e code);
 
 #endif

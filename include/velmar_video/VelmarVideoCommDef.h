@@ -1,6 +1,6 @@
 /// \file
 /// The enumerations of the facade and of the RTV classes, the facade's text names, and the 64-bit
-/// byte reversal. Constant tables only: every function may be called from any thread.
+/// byte reversal. Every function may be called from any thread.
 #ifndef VELMAR_VIDEO_COMM_DEF_H
 #define VELMAR_VIDEO_COMM_DEF_H
 
@@ -20,7 +20,7 @@ enum VELMAR_VERSION_E : int {
 
 /// Pixel format.
 enum VELMAR_FORMAT_E : unsigned char {
-  VELMAR_FORMAT_YUV420_E = 0,  ///< cannot be decoded to
+  VELMAR_FORMAT_YUV420_E = 0,  ///< decoding to it is not supported
   VELMAR_FORMAT_RGB_E = 1,     ///< 3 bytes a pixel
   VELMAR_FORMAT_BGR_E = 2,     ///< 3 bytes a pixel
   VELMAR_FORMAT_GRAY_E = 3,    ///< 1 byte a pixel
@@ -98,8 +98,8 @@ VELMAR_VIDEO_API std::string velmarFormat2String(VELMAR_FORMAT_E format);
 /// Exact, case-sensitive; VELMAR_FORMAT_MAX_E for any other text.
 VELMAR_VIDEO_API VELMAR_FORMAT_E string2RvelmarFormat(std::string text);
 
-/// The eight bytes of `value` in reverse order, on every host: it converts to big-endian only
-/// where the host is little-endian, the only hosts this library runs on.
+/// The eight bytes of `value` in reverse order, on every host. That is the conversion to big-endian
+/// on little-endian hosts, and the library runs on no others.
 inline unsigned long htonll(unsigned long value) { return __builtin_bswap64(value); }
 /// The same reversal.
 inline unsigned long ntohll(unsigned long value) { return htonll(value); }

@@ -13,7 +13,7 @@
 /// What an operation of the facade answers; 0 is success.
 enum VELMAR_ERROR_CODE_E : int {
   VELMAR_ERROR_CODE_SUCCESS_E = 0,
-  VELMAR_ERROR_CODE_STATUS_FILE_CANNOT_READ_E = 1,    ///< no permission to read, or not copied
+  VELMAR_ERROR_CODE_STATUS_FILE_CANNOT_READ_E = 1,    ///< no permission, or bytes not readable
   VELMAR_ERROR_CODE_FILE_NOT_EXIST_E = 2,             ///< no file under that path
   VELMAR_ERROR_CODE_INVALID_FILE_NAME_E = 3,          ///< empty path
   VELMAR_ERROR_CODE_NULL_POINTER_E = 4,               ///< null where a value is needed
@@ -24,7 +24,7 @@ enum VELMAR_ERROR_CODE_E : int {
   VELMAR_ERROR_CODE_DUPLICATE_INIT_E = 9,             ///< opened before
   VELMAR_ERROR_CODE_NOT_INIT_E = 10,                  ///< not open
   VELMAR_ERROR_CODE_ALREADY_LAST_FRAME_E = 11,        ///< no frame follows
-  VELMAR_ERROR_CODE_INVALID_PARAMETER_E = 12,         ///< an argument that cannot be
+  VELMAR_ERROR_CODE_INVALID_PARAMETER_E = 12,         ///< an argument out of its range
   VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E = 13,          ///< the frame's JPEG does not decode
   VELMAR_ERROR_CODE_COLOR_FORMAT_NOT_SUPPROT_E = 14,  ///< no decoder for that pixel format
   VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E = 15,      ///< null buffer, or no memory
@@ -59,8 +59,8 @@ enum ErrorCode_e : int {
 };
 
 /// The member's name, such as "VELMAR_ERROR_CODE_OUT_RANGE_E". VELMAR_ERROR_CODE_MAX_E and every
-/// value outside the enumeration give one fixed text (which ends in a blank). Empty, with an error
-/// line in the log, without memory. Any thread.
+/// value outside the enumeration give one fixed text, which ends in a blank. When memory runs out,
+/// the text is empty, and the log has an error line. Any thread.
 VELMAR_VIDEO_API std::string errorCode2String(VELMAR_ERROR_CODE_E code);
 
 #endif

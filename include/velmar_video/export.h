@@ -3,7 +3,7 @@
 #ifndef VELMAR_VIDEO_EXPORT_H
 #define VELMAR_VIDEO_EXPORT_H
 
-/// Stands at what the library exports.
+/// Marks a declaration that the library exports.
 #define VELMAR_VIDEO_API __attribute__((visibility("default")))
 
 #endif

@@ -1,5 +1,13 @@
 /// \file
-/// Everything a caller of libvelmar_video needs.
+/// The whole interface of libvelmar_video in one header.
+///
+/// Where to start:
+/// - VelmarVideoFile.h records, reads and edits recordings of both containers. Most programs need
+///   nothing else; its first page says where img and rtv differ.
+/// - TaggedVideoParser and RecordFileCreater read and write what only an rtv has: positions,
+///   speeds, headings and CAN signals. RecordFileToolkit converts positions to degrees.
+/// - VelmarVideoErrMsg.h lists the error codes, VelmarVideoCommDef.h the other enumerations, and
+///   TypeConversion.h translates between those of the facade and those of the RTV classes.
 #ifndef VELMAR_VIDEO_H
 #define VELMAR_VIDEO_H
 

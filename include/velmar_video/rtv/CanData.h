@@ -1,9 +1,10 @@
 /// \file
 /// The vehicle bus (CAN) signals of a frame, in RTV version 04.
 ///
-/// A block has two forms: packed, as in the file, and aligned, with every signal in a slot of its
-/// own and a pointer to it that is null where the signal is absent. No locks: a block is used by
-/// one thread at a time.
+/// A block has two forms. The packed one is that of the file. The aligned one has a slot of its own
+/// for every signal, and a pointer to the slot that is null if the signal is absent. New programs
+/// need only the packed form: TaggedVideoParser::getCANRecord() and RecordFileCreater::addFrame().
+/// A block is used by one thread at a time.
 #ifndef VELMAR_VIDEO_RTV_CAN_DATA_H
 #define VELMAR_VIDEO_RTV_CAN_DATA_H
 
@@ -12,8 +13,8 @@
 
 #include "velmar_video/export.h"
 
-/// The packed block: 109 bytes without padding. A signal is absent when all its bits are set
-/// (NaN for a float); can_data_length never is. The spelling of the names is part of the format.
+/// The packed block: 109 bytes without padding. A signal is absent if all its bits are set (NaN for
+/// a float); can_data_length is never absent. The spelling of the names is part of the format.
 struct __attribute__((packed)) can_data_io {
   ///@{
   /// As in the file.
@@ -53,7 +54,7 @@ struct __attribute__((packed)) can_data_io {
 };
 static_assert(sizeof(can_data_io) == 109);
 
-/// The aligned block: 32 slots of 4 bytes, then a pointer to each, in the order of the packed one.
+/// The aligned block: 32 slots of 4 bytes, then 32 pointers to them, in the packed one's order.
 struct can_data {
   ///@{
   /// The value of the packed block.
@@ -92,7 +93,7 @@ struct can_data {
   ///@}
 
   ///@{
-  /// To the slot of that name; null if the signal is absent.
+  /// Points to the slot of that name; null if the signal is absent.
   unsigned short* pCan_data_length;
   float* pAcceleraion_x;
   float* pAcceleraion_y;
@@ -139,36 +140,36 @@ enum CAN_SIZE : unsigned int {
 /// Makes every signal absent and sets can_data_length to 107.
 VELMAR_VIDEO_API void can_data_io_purge(can_data_io* block);
 
-/// Takes the first 109 bytes of the buffer for a packed block and rewrites them in place into the
-/// 32 slots. A block that is aligned already is taken for a packed one all the same.
+/// Reads the first 109 bytes of the buffer as a packed block and writes its values to the 32 slots,
+/// in place. A block that is aligned already is read as packed, too, and gives other values.
 VELMAR_VIDEO_API void can_data_buf_align(can_data* block);
 
-/// can_data_buf_align(), then points every pointer at its slot; with `check`, pointers of absent
-/// signals become null.
+/// Calls can_data_buf_align() and points every pointer at its slot. With `check`, pointers of
+/// absent signals become null.
 VELMAR_VIDEO_API void can_data_init_ptr(can_data* block, bool check);
 
-/// Copies the first 109 bytes of `src` to `dst` and runs can_data_init_ptr(&dst, true). It wants a
-/// packed block in `src`: from an aligned one it makes other values. This is intended.
+/// Copies the first 109 bytes of `src` to `dst` and calls can_data_init_ptr(&dst, true). `src` has
+/// to hold a packed block; an aligned one gives other values, which is kept for existing programs.
 VELMAR_VIDEO_API void can_data_assign(can_data& dst, can_data& src);
 
-/// "name: value, " for each of the 32 fields, read at their packed offsets whatever the form;
-/// integers in hexadecimal. CAN_SIZE_ALIGNED adds the 32 pointers: those of one-byte signals as
-/// the characters from their slot up to a zero byte, the others as addresses. Empty, with an error
-/// line in the log, without memory.
+/// "name: value, " for each of the 32 fields, integers in hexadecimal. The fields are read at their
+/// packed offsets whatever the form. CAN_SIZE_ALIGNED adds the 32 pointers: those of one-byte
+/// signals as the characters from their slot up to a zero byte, the others as addresses. When
+/// memory runs out, the text is empty, and the log has an error line.
 /// \param block  `size` bytes
 VELMAR_VIDEO_API std::string can_data_toString(can_data_io* block, CAN_SIZE size);
 
 /// Type of a field of the packed block.
 enum class CanFieldType { Unsigned8, Unsigned16, Unsigned32, Float };
 
-/// A field of the packed block, for programs that go through the signals by name.
+/// A field of the packed block, for programs that look the signals up by name.
 struct CanField {
-  const char* name;         ///< of the member of can_data_io
-  const char* pointerName;  ///< of its pointer in the aligned block
-  CanFieldType type;        ///< of the value
+  const char* name;         ///< the member of can_data_io
+  const char* pointerName;  ///< its pointer in the aligned block
+  CanFieldType type;        ///< the value's type
   unsigned int offset;      ///< in can_data_io, bytes
 
-  /// Bytes.
+  /// The value's size in bytes.
   unsigned int size() const {
     switch (type) {
       case CanFieldType::Unsigned8:
@@ -181,7 +182,7 @@ struct CanField {
   }
 };
 
-/// Whether the signal is absent from the packed block; can_data_length never is.
+/// Whether the signal is absent from the packed block; false for can_data_length.
 VELMAR_VIDEO_API bool canFieldIsAbsent(const can_data_io& block, const CanField& field);
 
 /// The 32 fields in order; can_data_length is the first.

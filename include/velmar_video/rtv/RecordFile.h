@@ -1,6 +1,10 @@
 /// \file
-/// The content of an RTV file in memory: header and frame tags of versions 02, 03 and 04. The
-/// writer and the parser are built on it.
+/// The content of an RTV file in memory: header and frame tags of versions 02, 03 and 04.
+///
+/// Most programs do not need this header: RecordFileCreater.h writes RTV files and
+/// TaggedVideoParser.h reads them, and both classes are built on RecordFile. It is for those who
+/// use the constants and the structs of the frame tags, who let dump() log the whole content, or
+/// who work on the tags of version 04 in memory.
 #ifndef VELMAR_VIDEO_RTV_RECORD_FILE_H
 #define VELMAR_VIDEO_RTV_RECORD_FILE_H
 
@@ -19,15 +23,15 @@ constexpr unsigned int kRtvFramesMax = 65535;
 constexpr unsigned int kRtvDeviceIdSize = 24;
 /// The bit of the tagging flags that marks the frames as undistorted.
 constexpr unsigned int kRtvUndistortedFlag = 0x10;
-/// Start times of version 02 count from here, those of later versions from 1970: 2015-01-01
-/// 00:00:00 UTC, milliseconds.
+/// 2015-01-01 00:00:00 UTC in milliseconds since 1970: start times of version 02 count from here,
+/// those of later versions from 1970.
 constexpr unsigned long kRtvVersion02Epoch = 1420070400000;
 
-/// False: the library runs on little-endian hosts only.
+/// Always false, since the library runs on little-endian hosts only.
 VELMAR_VIDEO_API bool isCPUBigEndian();
 
-/// Frame tag of version 02 as in the file, 29 bytes. The 24-bit fields are signed, their least
-/// significant byte first.
+/// Frame tag of version 02 as in the file, 29 bytes. The 24-bit fields are signed and have their
+/// least significant byte first.
 struct __attribute__((packed)) frametag_02ver_t {
   int time_flag;                       ///< milliseconds since the start time
   unsigned long data_offset;           ///< of the JPEG data, from the start of the file
@@ -54,36 +58,37 @@ struct __attribute__((packed)) frametag03Ver_t {
 };
 static_assert(sizeof(frametag03Ver_t) == 36);
 
-/// The decoded content of one file. No locks; not copied, since its tags know it.
+/// The decoded content of one file. One thread at a time. It cannot be copied, since its tags point
+/// to it.
 class VELMAR_VIDEO_API RecordFile {
  public:
   class frametag_t;
 
-  static const char MAGIC_CODE_V02[12];       ///< what version 02 files begin with
+  static const char MAGIC_CODE_V02[12];       ///< the first bytes of a version 02 file
   static const unsigned char VERSION_V02[2];  ///< major, minor
   static const char MAGIC_CODE_V03[11];       ///< with the zero that is stored behind it
   static const unsigned char VERSION_V03[2];  ///< major, minor
   static const char MAGIC_CODE[11];           ///< version 04
   static const unsigned char VERSION[2];      ///< major, minor
 
-  /// Empty, version RTV_VER_MAX.
+  /// Has no content; the version is RTV_VER_MAX.
   RecordFile();
-  /// Without memory the name stays empty, and there is an error line.
+  /// When memory runs out, the name stays empty, and the log has an error line.
   explicit RecordFile(const std::string& fileName);
   RecordFile(const RecordFile&) = delete;
   RecordFile& operator=(const RecordFile&) = delete;
   ~RecordFile();
 
-  /// Empty, with an error line, without memory.
+  /// The name as given. When memory runs out, it is empty, and the log has an error line.
   std::string getFileName() const;
   /// Zeroes the version 04 header and sets the version to RTV_VER_MAX. The altitude, the tags and
-  /// the headers of the other versions stay as they are; this is intended.
+  /// the headers of the other versions stay as they are; kept for existing programs.
   void clear();
 
-  /// Writes the content to the log as readable text: the level is information, the tag
-  /// "RecordFile", and the device id takes a line for each byte. The CAN signals of version 04 are
-  /// shown as the tags hold them, which is not as the file has them; see frametag_t::operator=.
-  /// With nothing loaded there is one error line.
+  /// Writes the content to the log as readable text, under the tag "RecordFile" at the level
+  /// information; the device id takes a line for each byte. If nothing is loaded, there is one
+  /// error line. The CAN signals of version 04 are shown as the tags hold them: other values than
+  /// those of the file, see frametag_t::operator=.
   void dump();
   /// dump() for a file of version 02.
   void dump_ver02();
@@ -108,24 +113,28 @@ class VELMAR_VIDEO_API RecordFile {
     unsigned short frames_max = 0;            ///< slots of the tag table
     unsigned short width = 0;                 ///< pixels
     unsigned short height = 0;                ///< pixels
-    format_e frame_format = RTV_FMT_UNKNOWN;  ///< what the frames are said to be
-    codec_e frame_codec = RTV_CODEC_UNKNOWN;  ///< what the frames are said to be
+    format_e frame_format = RTV_FMT_UNKNOWN;  ///< as the writer described the frames
+    codec_e frame_codec = RTV_CODEC_UNKNOWN;  ///< as the writer described the frames
     unsigned int tagging_flags = 0;           ///< 0x10: undistorted
   };
 
-  /// The header of a version; every value but RTV_VER_02 and RTV_VER_03 stands for version 04.
+  /// The header of a version. Every value but RTV_VER_02 and RTV_VER_03 stands for version 04.
   header_t& headerOf(version_e version);
   /// The same.
   const header_t& headerOf(version_e version) const;
 
-  /// Whether fields of this type have to be swapped. The file's byte order is bit 0 of the version
-  /// 04 header's flags, also for version 03, whose own flags are not looked at. The answer is
-  /// latched, one for each type, at the first call in the process: every later file is treated as
-  /// the first one was. Both are intended. Any thread; where the first files are opened in several
-  /// threads at once, any of them may be the first, for each type another one.
+  /// Whether the bytes of fields of this type have to be reversed. Two oddities are kept for
+  /// existing programs:
+  /// - Bit 0 of the flags in the version 04 header says it, for version 03, too, whose own flags
+  ///   are not looked at.
+  /// - The first call in the process decides it for each type: every later file is treated as the
+  ///   first one was.
+  ///
+  /// Any thread. If several threads open the first files at once, any of these may be the first
+  /// one, and another one for each type.
   template <typename T>
   bool mustSwap() const;
-  /// The value with its bytes reversed if they have to be.
+  /// The value, with its bytes reversed if mustSwap() says so.
   template <typename T>
   T swauto(T value) const;
   /// mustSwap() for any field of a tag.
@@ -133,7 +142,7 @@ class VELMAR_VIDEO_API RecordFile {
   /// swauto() on every field.
   void swauto(frametag03Ver_t& tag) const;
 
-  /// The part of dump() that is about the header.
+  /// The part of dump() that shows the header.
   void dumpHeader(version_e version) const;
 
   std::string fileName_;             ///< as given to the constructor or to init()
@@ -147,33 +156,32 @@ class VELMAR_VIDEO_API RecordFile {
   std::vector<frametag03Ver_t> tagsVer03_;   ///< version 03
 };
 
-/// Frame tag of version 04 after decoding: the fields of frametag03Ver_t and a CAN block of its
-/// own.
+/// Decoded frame tag of version 04: the fields of frametag03Ver_t and a CAN block of its own.
 class VELMAR_VIDEO_API RecordFile::frametag_t {
  public:
-  /// \param owner  whose byte order fill() reads with; must outlive the tag
+  /// \param owner  gives the byte order for fill(); must outlive the tag
   explicit frametag_t(RecordFile* owner);
   /// As operator=().
   frametag_t(const frametag_t& other);
-  /// Copies the first 109 bytes of the CAN block as they lie, whatever its form, and aligns them
-  /// again if the size is CAN_SIZE_ALIGNED. The copy of an aligned block therefore holds other
-  /// values than the block; this is intended. TaggedVideoParser::getCANRecord() gives the values
-  /// of the file. Without memory the copy has no block.
+  /// Copies the first 109 bytes of the CAN block, whatever its form, and aligns them again if the
+  /// size is CAN_SIZE_ALIGNED. So the copy of an aligned block holds other values than the block;
+  /// kept for existing programs. TaggedVideoParser::getCANRecord() gives the values of the file.
+  /// When memory runs out, the copy has no block.
   frametag_t& operator=(const frametag_t& other);
-  /// Takes the CAN block over as it is; `other` is purged.
+  /// Takes the CAN block over as it is and purges `other`.
   frametag_t(frametag_t&& other) noexcept;
   /// The same.
   frametag_t& operator=(frametag_t&& other) noexcept;
   ~frametag_t();
 
-  /// Decodes a tag of 145 bytes.
-  /// \param size  the form that the CAN block is to have; any other value than the two sizes
-  ///              purges the tag and reads nothing
-  /// False without memory, too; the tag then is purged.
+  /// Decodes a tag of 145 bytes at `raw`.
+  /// \param size  the form of the CAN block: CAN_SIZE_IO or CAN_SIZE_ALIGNED
+  /// \return false for any other size and when memory runs out; the tag is then purged
   bool fill(const void* raw, CAN_SIZE size);
   /// Zeroes every field and releases the CAN block.
   void purge();
-  /// Reverses the bytes of every field of a packed block if the owner's file needs it.
+  /// Reverses the bytes of every field of a packed block if the byte order of the owner's file asks
+  /// for it.
   void can_data_io_swauto(can_data_io& block) const;
 
   ///@{
@@ -191,7 +199,7 @@ class VELMAR_VIDEO_API RecordFile::frametag_t {
 
   /// The form of the CAN block.
   CAN_SIZE can_size() const { return can_size_; }
-  /// The CAN block: can_size() bytes, null if that is CAN_SIZE_NONE. Stays the tag's.
+  /// The CAN block: can_size() bytes, null if that is CAN_SIZE_NONE. The tag keeps ownership.
   can_data* pCan() const { return pCan_.get(); }
 
  private:
@@ -199,7 +207,7 @@ class VELMAR_VIDEO_API RecordFile::frametag_t {
     void operator()(can_data* block) const { std::free(block); }
   };
 
-  /// Logs a failure with the place's name and number.
+  /// Logs a failure with the name and the number of the place.
   bool allocate(CAN_SIZE size, const char* place, int number);
 
   frametag03Ver_t fields_{};  ///< a tag of version 04 begins like one of version 03

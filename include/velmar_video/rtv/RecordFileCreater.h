@@ -11,16 +11,16 @@
 
 /// Writes one RTV file of any version, with tags and CAN signals.
 ///
-/// The constructor creates the file name plus ".tmp" with the whole tag table; close() writes the
-/// header, brings the file to the disk and renames it, and so does the destructor. Where the
+/// The constructor creates a file under the name plus ".tmp", with the whole tag table. close(), or
+/// else the destructor, writes the header, brings the file to the disk and renames it. If the
 /// process ends without either, the file keeps the ".tmp" name and a header of zeros. Failures are
 /// logged under the tag "RecordFileCreater". One thread at a time.
 class VELMAR_VIDEO_API RecordFileCreater : public RecordFile {
  public:
+  /// Only the log and isOpen() report a failure.
   /// \param framesMax    slots of the tag table
-  /// \param version      any value but RTV_VER_02 and RTV_VER_03 stands for version 04
+  /// \param version      every value but RTV_VER_02 and RTV_VER_03 stands for version 04
   /// \param fileSizeOut  receives the size of the new file in bytes, cut to 32 bits; may be null
-  /// Nothing but the log and isOpen() tells a failure.
   RecordFileCreater(const std::string& fileName, unsigned short framesMax, version_e version,
                     unsigned int* fileSizeOut);
   /// \param duration  seconds at 60 frames a second: duration * 60 slots, modulo 65536; 65535 for
@@ -30,29 +30,30 @@ class VELMAR_VIDEO_API RecordFileCreater : public RecordFile {
   /// Closes a file that is open.
   ~RecordFileCreater();
 
-  /// Whether frames can be added: the file has been created and not been closed.
+  /// Whether frames can be added: the file has been created and not yet closed.
   bool isOpen() const;
 
   // The setters take effect at close().
 
-  /// Copies the first 24 bytes; a shorter id leaves the rest as it was, zero at first. Any other
-  /// size than 24 is logged as a warning.
+  /// Copies the first 24 bytes. A shorter id leaves the rest as it was, zero at first. Any size
+  /// other than 24 is logged as a warning. Null changes nothing.
   void setDeviceId(const unsigned char* id, unsigned int size);
   /// Milliseconds; stored as given. Version 02 counts from 2015-01-01 00:00:00 UTC, the others
   /// from 1970.
   void setStartTime(unsigned long startTime);
   /// Pixels.
   void setVideoResolution(unsigned short width, unsigned short height);
-  /// What the header is to name; RTV_FMT_UNKNOWN at first.
+  /// The format that the header names; RTV_FMT_UNKNOWN at first.
   void setFrameFormat(format_e format);
-  /// What the header is to name; RTV_CODEC_UNKNOWN at first.
+  /// The codec that the header names; RTV_CODEC_UNKNOWN at first.
   void setFrameCodec(codec_e codec);
+  /// Where frame positions are counted from.
   /// \param lng, lat  NDS units: 2^30 are 90 degrees
-  /// \param alt       version 03: metres, version 04: hundredths of a metre, as readers take it;
-  ///                  version 02 does not store it
+  /// \param alt       metres in version 03, hundredths of a metre in version 04; not stored in
+  ///                  version 02
   void setStartPosition(int lng, int lat, int alt);
-  /// Any bits; 0x10 marks the frames as undistorted. Version 02 files are written with 0 whatever
-  /// is set here; this is intended.
+  /// All bits; 0x10 marks the frames as undistorted. Version 02 files are written with 0 whatever
+  /// is set here; kept for existing programs.
   void setTaggingFlags(unsigned int flags);
   /// The flags as they were set, 0 at first.
   void getTaggingFlags(unsigned int& flags);
@@ -67,9 +68,9 @@ class VELMAR_VIDEO_API RecordFileCreater : public RecordFile {
   /// \param speed             hundredths of a metre a second
   /// \param direction         degrees
   /// \param can               version 04: copied; null for no signals
-  /// False, and nothing added: beyond framesMax, which is not logged; on a full disk, while no file
-  /// is open, and for data that is refused. False with the frame added only if its tag could not be
-  /// mapped.
+  /// \return false if the frame was not added: there are framesMax already (not logged), the disk
+  ///         is full, no file is open, or the data is refused; and false although the frame was
+  ///         added, if its tag could not be mapped
   bool addFrame(int timeFlag, const char* data, unsigned int length, int x, int y, int z,
                 unsigned int relativeDistance, unsigned short speed, unsigned short direction,
                 const can_data_io* can);
@@ -78,8 +79,8 @@ class VELMAR_VIDEO_API RecordFileCreater : public RecordFile {
                 unsigned int relativeDistance, unsigned short speed, unsigned short direction,
                 const can_data_io* can);
 
-  /// True if the finished file is in place under its name. A second call does nothing and answers
-  /// false. Where it fails, the temporary file stays with all frames in it.
+  /// Finishes the file. If that fails, the temporary file stays, with all frames in it.
+  /// \return whether the finished file has its name; false for a second call, which does nothing
   bool close();
 
   /// Deletes the temporary file instead of finishing it. Does nothing if no file is open.
@@ -92,11 +93,11 @@ class VELMAR_VIDEO_API RecordFileCreater : public RecordFile {
   bool appendBytes(const char* data, unsigned int length);
   bool storeTag(const unsigned char* tag, unsigned int index);
   bool storeHeader();
-  /// Logs the system call that failed; false.
+  /// Logs the system call that failed and answers false.
   bool logged(const char* step) const;
   bool publish();
   void encodeHeader(unsigned char* bytes);
-  /// Changes the file through a map of all of it.
+  /// Changes the file through a map of the whole file.
   bool changeMapped(const std::function<void(unsigned char*)>& change);
   header_t& headerWithAllFields();
 

@@ -16,47 +16,53 @@
 /// Opens an RTV file of any version: header, frame tags with positions and CAN signals, and the
 /// frames, stored or decoded.
 ///
-/// Operations answer RTV_ERR_SUCCESS (0) or a negative code and leave their outputs untouched
-/// unless they succeed. Unless stated otherwise they answer RTV_ERR_NOT_INIT before init(), after
-/// a failed one and after clear(), and RTV_ERR_INVALID_PARAMETER for a frame index beyond the last
-/// frame. Nothing is thrown.
+/// Operations answer RTV_ERR_SUCCESS (0) or a negative code, and write their outputs only if they
+/// succeed. Unless stated otherwise, they answer RTV_ERR_NOT_INIT before init(), after a failed one
+/// and after clear(), and RTV_ERR_INVALID_PARAMETER for a frame index beyond the last frame.
+/// Nothing is thrown. The file must not be shortened while it is open.
 ///
 /// Threads: init() and clear() exclude each other. The getters take no lock: several threads may
-/// use them while neither runs. getImage() is for one thread at a time, since an object has one
-/// decoder. The file must not be shortened while it is open.
+/// use them while neither of the two runs. getImage() is for one thread at a time, since an object
+/// has one decoder.
 class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
  public:
-  /// The characters that a file has to begin with; what follows them is not looked at.
+  /// The characters that a file has to begin with; the rest of its magic code is not looked at.
   static const std::string IDENTIFIER;
-  static const std::string TAG;  ///< of the log
+  static const std::string TAG;  ///< of the log lines
 
-  /// Without memory init() answers RTV_ERR_BUFFER_NOT_ALLOCATED.
+  /// When memory runs out, init() answers RTV_ERR_BUFFER_NOT_ALLOCATED.
   TaggedVideoParser();
   ~TaggedVideoParser();
 
-  /// Maps the file and reads its header and tags; frames are not copied.
-  /// RTV_ERR_DUPLICATE_INIT: initialised before and not cleared; RTV_ERR_NULL_POINTER,
-  /// RTV_ERR_INVALID_FILE_NAME: null or empty path; RTV_ERR_FILE_NOT_EXIST,
-  /// RTV_ERR_STATUS_FILE_CANNOT_READ, RTV_ERR_FILE_SIZE_IS_ZERO, RTV_ERR_FILE_OPEN_FAIL;
-  /// RTV_ERR_FILE_MMAP_FAIL, which leaves the file's descriptor open where the system refuses the
-  /// map (this is intended);
-  /// RTV_ERR_NOT_VELMAR_VIDEO_FORMAT: another version or no such file;
-  /// RTV_ERR_VIDEO_NOT_COMPLETE: the last frame does not end where the file ends, or there is none,
-  /// or the file is cut behind its version, in the header or the tags;
-  /// RTV_ERR_BUFFER_NOT_ALLOCATED: no memory. It may be called again after a failure.
+  /// Maps the file and reads its header and tags; frames are not copied. After a failure it may be
+  /// called again.
+  /// \retval RTV_ERR_DUPLICATE_INIT           a file is open; clear() comes first
+  /// \retval RTV_ERR_NULL_POINTER             the path is null
+  /// \retval RTV_ERR_INVALID_FILE_NAME        the path is empty
+  /// \retval RTV_ERR_FILE_NOT_EXIST           there is no such file
+  /// \retval RTV_ERR_STATUS_FILE_CANNOT_READ  no permission to read it
+  /// \retval RTV_ERR_FILE_SIZE_IS_ZERO        it is empty
+  /// \retval RTV_ERR_FILE_OPEN_FAIL           the system refuses to open it
+  /// \retval RTV_ERR_FILE_MMAP_FAIL           the system refuses to map it; its descriptor stays
+  ///                                          open, kept for existing programs
+  /// \retval RTV_ERR_NOT_VELMAR_VIDEO_FORMAT  no RTV file, or of another version
+  /// \retval RTV_ERR_VIDEO_NOT_COMPLETE       it is cut in the header or the tags, or the last
+  /// frame
+  ///                                          does not end where the file ends, or there is none
+  /// \retval RTV_ERR_BUFFER_NOT_ALLOCATED     no memory
   ErrorCode_e init(const char* path);
-  /// Lets the file go. Always succeeds.
+  /// Releases the file. Always succeeds.
   ErrorCode_e clear();
-  /// The checks of init() that need no file to be opened.
+  /// The checks that init() makes before it opens the file.
   ErrorCode_e beforeInitCheck(const char* path);
-  /// init() has loaded everything already.
+  /// Does nothing, since init() has loaded everything.
   ErrorCode_e loadAllFromFile();
 
-  /// By the file's version bytes; 0.1, too, is RTV_VER_02.
+  /// The version that the header names; 0.1 gives RTV_VER_02, too.
   ErrorCode_e getVersion(version_e& version);
-  /// Frames in the file.
+  /// Number of frames in the file.
   ErrorCode_e getFramesCount(unsigned short& count);
-  /// Slots of the tag table.
+  /// Number of slots in the tag table.
   ErrorCode_e getFramesMax(unsigned short& max);
   /// Pixels, as the header says.
   ErrorCode_e getImageResolution(unsigned short& width, unsigned short& height);
@@ -68,83 +74,92 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
   ErrorCode_e getStartTime(unsigned long& startTime);
   /// All bits; 0x10 marks undistorted frames.
   ErrorCode_e getTaggingFlags(unsigned int& flags);
-  /// Copies 24 bytes; RTV_ERR_INVALID_PARAMETER if `size` is smaller,
-  /// RTV_ERR_BUFFER_NOT_ALLOCATED for null.
+  /// Copies 24 bytes.
+  /// \retval RTV_ERR_INVALID_PARAMETER     `size` is smaller
+  /// \retval RTV_ERR_BUFFER_NOT_ALLOCATED  `buf` is null
   ErrorCode_e getDeviceId(unsigned char* buf, unsigned int size);
-  /// RTV_FMT_BGR, with no need of init().
+  /// Always RTV_FMT_BGR, even before init().
   ErrorCode_e getImageColorFormat(format_e& format);
   /// NDS units to degrees.
   static double NDS2Degree(int v);
-  /// Start position in degrees. `alt` is 0 for version 02, the stored number for version 03 and a
-  /// hundredth of it for version 04; the difference is intended.
+  /// Start position in degrees and metres. `alt` is 0 for version 02, the stored number for version
+  /// 03 and a hundredth of it for version 04, as the versions store it.
   ErrorCode_e getStdPosition(double& lat, double& lng, double& alt);
   /// The start position as stored: NDS units, and the altitude (0 for version 02).
   ErrorCode_e getStartPosition(int& lng, int& lat, int& alt);
 
   /// Whether there is a frame of that index.
   ErrorCode_e checkIndex(unsigned short index);
-  /// No frame is ever taken for corrupted: `rIndex` is `index`, and the answer always success.
+  /// Kept for existing programs: sets `rIndex` to `index` and succeeds, whatever the frame.
   ErrorCode_e checkCorruption(unsigned short index, unsigned short& rIndex);
-  /// All the numbers of the frame's tag as the file has them. For version 02, z is 0, and x, y and
-  /// the distance are extended from their 24 bits, the distance as a signed number.
+  /// All numbers of the frame's tag as stored. In version 02, z is 0, and x, y and the distance are
+  /// sign-extended from 24 bits.
   ErrorCode_e getTag(unsigned short index, frametag03Ver_t& tag);
   /// Milliseconds since the start time, with their sign.
   ErrorCode_e getTimeFlag(unsigned short index, int& timeFlag);
   /// Milliseconds since 1970: the start time plus the magnitude of the time flag.
   ErrorCode_e getTimeStamp(unsigned short index, unsigned long& timestamp);
   /// Metres from the start position: `a` is the tag's y, `b` its x, `c` its z (0 in version 02).
-  /// The crossed order is intended.
+  /// This order is kept for existing programs.
   ErrorCode_e getRelPosition(unsigned short index, float& a, float& b, float& c);
   /// Metres travelled since the start.
   ErrorCode_e getRelDistance(unsigned short index, float& distance);
   /// Metres a second.
   ErrorCode_e getSpeed(unsigned short index, float& speed);
-  /// Degrees, as stored: not divided by 100 like the speed; this is intended.
+  /// Degrees, as stored; unlike the speed, it is not in hundredths.
   ErrorCode_e getDirection(unsigned short index, float& direction);
-  /// The tag's CAN block by can_data_assign(). The tags hold aligned blocks, which that copies as
-  /// if they were packed: the values are not those of the file. This is intended; use
-  /// getCANRecord(). Versions 02 and 03: an empty block for any index, with every pointer set.
+  /// Kept for existing programs: values that are not those of the file. New programs use
+  /// getCANRecord(). The tags hold aligned blocks, and can_data_assign() copies them as if they
+  /// were packed. Versions 02 and 03 give an empty block for any index, with every pointer set.
   ErrorCode_e getCAN(unsigned short index, can_data& can);
   /// The CAN signals of the frame as the file has them, in host byte order whatever file came
-  /// first in the process; every signal absent in versions 02 and 03.
+  /// first in the process. In versions 02 and 03 every signal is absent.
   ErrorCode_e getCANRecord(unsigned short index, can_data_io& record);
 
-  /// Where the stored frame lies: bytes from the start of the file, and its size. There is no
-  /// check of the frame's end against the file's, and nothing is written for an index without
-  /// frame. `useCorruptionCheck` makes no difference; `rIndex` may be null.
+  /// Where the stored frame lies: its offset from the start of the file and its size, in bytes. The
+  /// range is not checked against the length of the file. For an index without a frame nothing is
+  /// written. `useCorruptionCheck` makes no difference; `rIndex` may be null.
   void getRawImageRange(unsigned short index, unsigned long& offset, unsigned int& size,
                         bool useCorruptionCheck, unsigned short* rIndex);
-  /// Bytes of the stored frame. `useCorruptionCheck` makes no difference.
+  /// Size of the stored frame in bytes. `useCorruptionCheck` makes no difference.
   ErrorCode_e getRawImageSize(unsigned short index, unsigned int& size, bool useCorruptionCheck);
-  /// Copies the stored frame, getRawImageSize() bytes. RTV_ERR_INVALID_PARAMETER: it is longer than
-  /// `bufSize`; RTV_ERR_BUFFER_NOT_ALLOCATED: null; RTV_ERR_VIDEO_NOT_COMPLETE: the frame reaches
-  /// past the end of the file.
+  /// Copies the stored frame, getRawImageSize() bytes.
+  /// \retval RTV_ERR_INVALID_PARAMETER     no such frame, or it is larger than `bufSize`
+  /// \retval RTV_ERR_BUFFER_NOT_ALLOCATED  `buf` is null
+  /// \retval RTV_ERR_VIDEO_NOT_COMPLETE    the frame reaches past the end of the file
   ErrorCode_e getRawImage(unsigned short index, unsigned int bufSize, unsigned char* buf);
-  /// The stored frame instead of what is in `out`. RTV_ERR_BUFFER_NOT_ALLOCATED: no memory.
+  /// Replaces `out` by the stored frame.
+  /// \retval RTV_ERR_BUFFER_NOT_ALLOCATED  no memory
+  /// \retval RTV_ERR_VIDEO_NOT_COMPLETE    the frame reaches past the end of the file
   ErrorCode_e getRawImage(unsigned short index, std::string& out);
 
-  /// The fraction that is handed to TurboJPEG; 1/1 for a value outside the enumeration.
+  /// TurboJPEG's factor for a scale; 1/1 for a value outside the enumeration.
   static tjscalingfactor getScalingFactor(ScaleFactor_e scale);
-  /// TurboJPEG's number for RGB, BGR and GRAY; false, and nothing written, for any other format.
+  /// TurboJPEG's number for RGB, BGR or GRAY. For any other format it answers false and writes
+  /// nothing.
   static bool getPixelFormat(format_e format, int* pixelFormat);
-  /// Bytes a pixel, likewise.
+  /// Bytes a pixel; otherwise as getPixelFormat().
   static bool getPixelSize(format_e format, int* bytes);
   /// The size of the buffer that getImage() fills, in bytes:
   ///     width * (height - cropTop - cropBottom) * bytes a pixel
   /// with the header's width and height and both row counts scaled, each rounded up.
   /// \param cropTop, cropBottom  rows of the unscaled image to cut
   /// \param outWidth, outHeight  receive the picture's size in pixels; may be null
-  /// RTV_ERR_COLOR_FORMAT_NOT_SUPPROT; RTV_ERR_INVALID_PARAMETER: more rows cut than there are, or
-  /// a size beyond 32 bits.
+  /// \retval RTV_ERR_COLOR_FORMAT_NOT_SUPPROT  not RGB, BGR or GRAY
+  /// \retval RTV_ERR_INVALID_PARAMETER         more rows to cut than there are, or a size beyond 32
+  ///                                           bits
   ErrorCode_e getImageSizeInBytes(unsigned int& size, format_e format, ScaleFactor_e scale,
                                   unsigned short cropTop, unsigned short cropBottom,
                                   unsigned short* outWidth, unsigned short* outHeight);
   /// Decodes a frame: rows from top to bottom without padding.
-  /// \param size  exactly the value of getImageSizeInBytes()
-  /// The errors of getImageSizeInBytes() and: RTV_ERR_INVALID_PARAMETER: another size, or a header
-  /// with width or height 0; RTV_ERR_BUFFER_NOT_ALLOCATED: null, or no memory;
-  /// RTV_ERR_VIDEO_NOT_COMPLETE: the frame reaches past the end of the file;
-  /// RTV_ERR_DECOMPRESS_ERROR: `buf` may then hold a part of the picture.
+  /// \param size  exactly the value of getImageSizeInBytes() for the same arguments
+  /// \retval RTV_ERR_COLOR_FORMAT_NOT_SUPPROT  not RGB, BGR or GRAY
+  /// \retval RTV_ERR_INVALID_PARAMETER         no such frame; as getImageSizeInBytes(); another
+  ///                                           size; or the header says width or height 0
+  /// \retval RTV_ERR_BUFFER_NOT_ALLOCATED      `buf` is null, or no memory
+  /// \retval RTV_ERR_VIDEO_NOT_COMPLETE        the frame reaches past the end of the file
+  /// \retval RTV_ERR_DECOMPRESS_ERROR          the frame does not decode; `buf` may hold a part
+  ///                                           of the picture
   ErrorCode_e getImage(unsigned short index, unsigned int size, unsigned char* buf, format_e format,
                        ScaleFactor_e scale, unsigned short cropTop, unsigned short cropBottom);
 
@@ -152,21 +167,22 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
   /// The open file and the decoder.
   struct State;
 
-  /// Whether init() succeeded and clear() was not called.
+  /// Whether init() has succeeded and clear() was not called since.
   bool isInitialised() const;
 
   /// What differs between reading and editing.
   struct InitMode {
     bool writable;    ///< whether the map is for writing, too
-    const char* tag;  ///< of the log
+    const char* tag;  ///< of the log lines
   };
-  /// The public init() for either.
+  /// The public init(), for either.
   ErrorCode_e init(const char* path, const InitMode& mode);
-  /// Bytes of the map; RTV_ERR_VIDEO_NOT_COMPLETE if they reach past the end of the file.
+  /// Finds bytes in the map.
+  /// \retval RTV_ERR_VIDEO_NOT_COMPLETE  they reach past the end of the file
   ErrorCode_e findBytes(unsigned long offset, unsigned int length,
                         const unsigned char*& bytes) const;
 
-  std::unique_ptr<State> state_;  ///< null without memory
+  std::unique_ptr<State> state_;  ///< null if memory ran out
 
  private:
   ErrorCode_e beforeInitCheck(const char* path, const InitMode& mode) const;
