@@ -25,7 +25,7 @@ struct __attribute__((packed)) FrameIndex {
 };
 static_assert(sizeof(FrameIndex) == 28);
 
-/// A record as bytes of a file have it, in host order.
+/// The record at `bytes` of a file, in host order.
 inline FrameIndex readFrameIndex(const char* bytes) {
   FrameIndex record;
   std::memcpy(&record, bytes, sizeof record);

@@ -18,11 +18,11 @@ namespace {
 constexpr char kTag[] = "ImgContainerReader_TAG";
 constexpr int kErrorLevel = 3;
 
-// By SCALE_FACTOR_E, the MAX member included.
+// Indexed by SCALE_FACTOR_E, including its MAX member.
 constexpr std::array<tjscalingfactor, SCALE_FACTOR_MAX_E + 1> tjSalingFactor = {
     {{1, 1}, {7, 8}, {3, 4}, {5, 8}, {1, 2}, {3, 8}, {1, 4}, {1, 8}, {1, 1}}};
 
-// By VELMAR_FORMAT_E; YUV420 has no pixel format and is never looked up.
+// Indexed by VELMAR_FORMAT_E. YUV420 has no pixel format and is never looked up.
 constexpr std::array<int, VELMAR_FORMAT_MAX_E> tjpfTable = {-1, TJPF_RGB, TJPF_BGR, TJPF_GRAY};
 
 bool isScale(SCALE_FACTOR_E scale) {
@@ -43,7 +43,7 @@ VELMAR_ERROR_CODE_E ImgContainerReader::open() {
   return analyse(openMap(filePath_), kTag);
 }
 
-// The map's range stays reserved: the unmapping that follows with the destructor must not hit a map
+// The address range stays reserved, so that the destructor, which unmaps it, does not hit a map
 // that another object has made since.
 VELMAR_ERROR_CODE_E ImgContainerReader::close() {
   if (!mapAddr_.isMapped()) return VELMAR_ERROR_CODE_NOT_INIT_E;
@@ -169,7 +169,7 @@ VELMAR_ERROR_CODE_E ImgContainerReader::getImage(unsigned int index, unsigned in
                                pixelSize);
   if (!geometry.isDecodableTo(bufferSize)) return VELMAR_ERROR_CODE_INVALID_PARAMETER_E;
   if (buffer == nullptr) return VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E;
-  if (const auto code = checkFrame(index)) return code;  // one past the last got here
+  if (const auto code = checkFrame(index)) return code;  // refuses the frame count as an index
   const FrameIndex& record = frameIndex_[index];
   if (const auto code = checkFrameBytes(record)) return code;
   return decoder_.decode(frameBytes(record), record.frameSize, geometry, pixelFormat, buffer);

@@ -100,7 +100,7 @@ VELMAR_ERROR_CODE_E RtvContainerModifier::modifyTimestamp(unsigned int index,
     return VELMAR_ERROR_CODE_OUT_RANGE_E;
   }
   if (const auto code = checkEditable()) return code;
-  // By the start time as it has been changed so far.
+  // Relative to the start time as changed so far.
   const auto timeFlag = static_cast<int>(timestamp / kMicroseconds - header.start_time);
   put(state_->mMapAddr.data() + rtvLayout(version_).tagAt(index), timeFlag);
   return VELMAR_ERROR_CODE_SUCCESS_E;

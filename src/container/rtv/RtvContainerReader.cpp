@@ -34,8 +34,7 @@ VELMAR_ERROR_CODE_E RtvContainerReader::getVersion(VELMAR_VERSION_E& version) {
 VELMAR_ERROR_CODE_E RtvContainerReader::getTimeFlag(unsigned int index, unsigned long& value) {
   int flag = 0;
   if (const auto code = facade(parser_->getTimeFlag(cut(index), flag))) return code;
-  // In 32 bits, where it wraps, and with its sign from there; multiplied unsigned, since a signed
-  // overflow is undefined.
+  // Wraps in 32 bits, then extends the sign; unsigned, since signed overflow is undefined.
   const auto wrapped = static_cast<int>(static_cast<unsigned int>(flag) * kMicroseconds);
   value = static_cast<unsigned long>(static_cast<long>(wrapped));
   return VELMAR_ERROR_CODE_SUCCESS_E;
