@@ -47,8 +47,8 @@
 /// close()                 NOT_INIT without open();            needs no open(); if a frame was
 ///                         VIDEO_NOT_COMPLETE if the frames    refused, finishes the file without
 ///                         together are not larger than the    it and then answers
-///                         index, 28 bytes a frame, or if      VIDEO_NOT_COMPLETE
-///                         there is none
+///                         index, 28 bytes a frame             VIDEO_NOT_COMPLETE
+///   without frames        VIDEO_NOT_COMPLETE                  finishes a file that readers refuse
 /// destructor              closes what was opened              closes after open() or addFrame(),
 ///                                                             else deletes the temporary file
 ///
@@ -58,7 +58,7 @@
 /// frame                                                       bits count: 65536 is frame 0 *
 /// header getters while    succeed with meaningless values     NOT_INIT; getFramesCount() and
 /// no file is open                                             getFramesMax() still write 0
-/// close() when not open    NOT_INIT                            succeeds
+/// close() when not open   NOT_INIT                            succeeds
 /// close()                 keeps the map's address range       gives the address range back
 ///                         reserved, with no memory behind
 ///                         it, until open() or destructor
@@ -99,7 +99,7 @@
 ///                                                             leave no trace *; operations that
 ///                                                             do nothing succeed
 /// big-endian file         does not exist                      INVALID_PARAMETER
-/// close() when not open    NOT_INIT                            succeeds
+/// close() when not open   NOT_INIT                            succeeds
 /// close() while another   if the header was changed,          edits the file that was opened
 /// file has the path       FILE_OPEN_FAIL
 /// close() cannot unmap    FILE_MMAP_FAIL                      -1, no member of the enumeration

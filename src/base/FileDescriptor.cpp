@@ -8,7 +8,7 @@
 
 namespace {
 
-// Calls `transfer` (a read or a write) until nothing is left, over short counts and interruptions.
+// Calls `transfer` (a read or a write) until nothing is left, despite short counts and interrupts.
 template <typename Byte, typename Transfer>
 bool transferAll(Byte* next, std::size_t size, Transfer transfer) {
   while (size > 0) {

@@ -16,24 +16,25 @@ class FileDescriptor {
 
   bool isOpen() const { return fd_ >= 0; }
   int get() const { return fd_; }
-  /// errno is kept.
+  /// Leaves errno as it is.
   void close();
   /// Gives the descriptor up without closing it.
   void release() { fd_ = -1; }
-  /// write(2) until all is written; false leaves a part of the data behind.
+  /// Calls write(2) until all is written. On false a part of the data may be in the file.
   bool write(const void* data, std::size_t size) const;
-  /// The same with pwrite(2), `offset` bytes behind the file's start.
+  /// The same with pwrite(2), `offset` bytes from the start of the file.
   bool writeAt(const void* data, std::size_t size, unsigned long offset) const;
 
-  /// pread(2) until all is read. False where the file ends before, with errno 0, and on a failure.
+  /// Calls pread(2) until all is read. False on a failure, and, with errno 0, if the file ends
+  /// before.
   bool readAt(void* data, std::size_t size, unsigned long offset) const;
 
-  /// fdatasync(2): what has been written is on the disk.
+  /// Brings what has been written to the disk, by fdatasync(2).
   bool sync() const;
 
-  /// Makes sure that the blocks of a part of the file are there, without changing its length, so
-  /// that neither a write nor a store through a map can run into a full disk. True as well where
-  /// the file system cannot do that.
+  /// Reserves disk space for a part of the file without changing its length, so that neither a
+  /// write nor a store through a map can run into a full disk. Also true if the file system does
+  /// not support that.
   bool reserve(unsigned long offset, unsigned long size) const;
 
  private:

@@ -6,8 +6,9 @@
 
 #include "velmar_logger/velmar_logger.h"
 
-/// What `work` returns. Nothing may be thrown at the library's callers: an exception, which as a
-/// rule is a want of memory, is logged with the name of the operation, and the answer is `failed`.
+/// Returns what `work` returns. Nothing may be thrown at the library's callers: if `work` throws,
+/// as a rule because memory runs out, the exception is logged with the name of the operation, and
+/// the result is `failed`.
 template <typename Result, typename Work>
 Result guarded(const char* tag, const char* operation, Result failed, Work work) {
   try {
@@ -18,7 +19,7 @@ Result guarded(const char* tag, const char* operation, Result failed, Work work)
   }
 }
 
-/// A copy of the text; empty for want of memory.
+/// A copy of the text; empty if memory runs out.
 inline std::string guardedCopy(const char* tag, const char* operation, const std::string& text) {
   return guarded(tag, operation, std::string(), [&] { return text; });
 }

@@ -4,8 +4,8 @@
 #include <memory>
 #include <utility>
 
-/// For vectors of plain data that are resized and then filled: resize() does not write zeros first,
-/// which for a large array costs as much as filling it.
+/// An allocator for vectors of plain data that are resized and then filled: resize() does not write
+/// zeros first, which costs as much as filling a large array.
 template <typename T>
 struct LeaveUninitialized : std::allocator<T> {
   template <typename Other>

@@ -28,7 +28,7 @@ bool MemoryMap::unmap() {
 
 void MemoryMap::retire() {
   if (!isMapped()) return;
-  // One call swaps the file for the reservation, so the range is never free in between.
+  // One call replaces the file by the reservation, so the range is never free in between.
   void* reserved = ::mmap(address_, length_, PROT_NONE,
                           MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_FIXED, -1, 0);
   if (reserved == MAP_FAILED) unmap();

@@ -11,16 +11,16 @@ class MemoryMap {
   MemoryMap& operator=(const MemoryMap&) = delete;
   ~MemoryMap();
 
-  /// Maps `length` bytes instead of what was mapped, all of them inside the file: ask the
-  /// descriptor for its size, not the path, which another file may have got meanwhile. The
+  /// Maps `length` bytes in place of an earlier map. All of them have to be inside the file: take
+  /// its size from the descriptor, since another file may have got the path meanwhile. The
   /// descriptor may be closed afterwards.
   bool map(int fd, unsigned long length, Access access);
-  /// Starts writing what was stored to the disk.
+  /// Starts writing the changes to the disk.
   void flush() const;
-  /// False if the system refuses; the map is given up all the same.
+  /// False if the system refuses; the object has no map afterwards in either case.
   bool unmap();
   /// Unmaps the file but keeps the address range reserved, inaccessible and without memory, until
-  /// the next map() or the end of this object: no other map can come to lie there meanwhile.
+  /// the next map() or the destructor, so that no other map gets these addresses.
   void retire();
 
   bool isMapped() const { return address_ != nullptr && !retired_; }

@@ -17,7 +17,7 @@ std::string folderOf(const std::string& path) {
   return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-// Closed if it cannot be opened, for whatever reason.
+// The result is not open if the folder cannot be opened, for whatever reason.
 FileDescriptor openFolder(const std::string& path) {
   try {
     return {folderOf(path), O_RDONLY | O_DIRECTORY};
@@ -30,7 +30,7 @@ FileDescriptor openFolder(const std::string& path) {
 
 int syncFile(const std::string& path) {
   FileDescriptor file(path, O_RDONLY);
-  if (!file.isOpen()) file = FileDescriptor(path, O_WRONLY);  // either may be forbidden
+  if (!file.isOpen()) file = FileDescriptor(path, O_WRONLY);  // only one of them may be allowed
   return file.isOpen() && file.sync() ? 0 : errno;
 }
 
@@ -40,7 +40,7 @@ void syncName(const std::string& path) {
 }
 
 bool renameFile(const std::string& temporaryPath, const std::string& finalPath) {
-  // Opened first, since after the rename nothing may fail any more.
+  // Open the folder first, since nothing may fail after the rename.
   const FileDescriptor folder = openFolder(finalPath);
   if (std::rename(temporaryPath.c_str(), finalPath.c_str()) != 0) return false;
   if (folder.isOpen()) ::fsync(folder.get());

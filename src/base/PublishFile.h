@@ -4,17 +4,17 @@
 #include <string>
 
 /// Gives a finished file its final name, and brings the rename to the disk as far as the folder
-/// allows. A file that has the final name is replaced. What is in the file is to be on the disk
-/// already (FileDescriptor::sync()): then neither a crash nor a power cut can leave the name on an
-/// unfinished file. False, with the cause in errno, if it keeps its old name.
+/// allows. A file that has the final name is replaced. The content has to be on the disk already
+/// (FileDescriptor::sync()); then neither a crash nor a power cut can leave the name on an
+/// unfinished file. False, with the cause in errno, if the file keeps its old name.
 bool renameFile(const std::string& temporaryPath, const std::string& finalPath);
 
-/// Brings what is in the file to the disk.
+/// Brings the content of the file to the disk.
 /// \return 0 or the errno of the step that failed
 int syncFile(const std::string& path);
 
-/// Brings the name of the file to the disk as far as its folder allows: one that cannot be read or
-/// synchronised leaves open only whether the file has its name after a power cut.
+/// Brings the name of the file to the disk. If its folder cannot be read or synchronised, the file
+/// may lose its name in a power cut.
 void syncName(const std::string& path);
 
 #endif

@@ -7,8 +7,8 @@
 
 namespace {
 
-// Constants of the compiler, all of them: they are there before any constructor runs and after
-// every destructor.
+// All tables are compile-time constants: valid before any constructor has run and after every
+// destructor.
 
 // Indexed by the enumeration's value; the MAX member's name is empty.
 constexpr std::array<std::string_view, VELMAR_VERSION_MAX_E + 1> s_velmarVersionMap = {
@@ -35,7 +35,7 @@ constexpr Names<VELMAR_VERSION_E, VELMAR_VERSION_MAX_E> s_mapVersion = {
 constexpr Names<VELMAR_CODEC_E, VELMAR_CODEC_MAX_E> s_mapCodec = {
     {{"H264", VELMAR_CODEC_H264_E}, {"JPG", VELMAR_CODEC_JPG_E}}};
 
-// A negative value becomes a huge one and is outside like any other.
+// A negative value becomes a huge one, which is out of range, too.
 template <std::size_t N>
 std::string nameOf(const std::array<std::string_view, N>& names, std::size_t value) {
   return value < N ? std::string(names[value]) : std::string();

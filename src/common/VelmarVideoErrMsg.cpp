@@ -7,7 +7,7 @@
 
 namespace {
 
-// A constant of the compiler: there before any constructor runs and after every destructor.
+// A compile-time constant: valid before any constructor has run and after every destructor.
 constexpr std::array<std::string_view, VELMAR_ERROR_CODE_MAX_E + 1> StringErrorCode = {
     "VELMAR_ERROR_CODE_SUCCESS_E",
     "VELMAR_ERROR_CODE_STATUS_FILE_CANNOT_READ_E",

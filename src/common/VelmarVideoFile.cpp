@@ -8,7 +8,7 @@ namespace {
 
 constexpr char kTag[] = "VelmarVideoFile";
 
-// An object that could not keep its path has none: open() says so.
+// Empty if memory runs out; open() reports that.
 std::string kept(const std::string& path) { return guardedCopy(kTag, "path", path); }
 
 }  // namespace

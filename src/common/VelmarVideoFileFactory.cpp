@@ -1,4 +1,4 @@
-// The registries: the one place that knows every container.
+// The registries of containers. No other file knows all of them.
 #include <algorithm>
 #include <array>
 #include <string_view>
@@ -15,7 +15,7 @@
 
 namespace {
 
-// Constants of the compiler: a program's objects may use them before and after every other.
+// Compile-time constants, so that static objects of a program can use the factories at any time.
 template <typename Interface>
 using Registry =
     std::array<std::pair<std::string_view, std::shared_ptr<Interface> (*)(const std::string&)>, 2>;

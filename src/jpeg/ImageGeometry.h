@@ -13,11 +13,11 @@ struct ImageGeometry {
   ImageGeometry(unsigned short imageWidth, unsigned short imageHeight, tjscalingfactor factor,
                 unsigned short cropTop, unsigned short cropBottom, int pixelSize);
 
-  /// Whether the rows to cut are there and the size fits 32 bits. The rest is only meaningful if
-  /// so.
+  /// Whether there are as many rows as are to be cut and the size fits 32 bits. Otherwise the other
+  /// operations have no meaning.
   bool isValid() const { return top + bottom <= fullHeight && size() <= UINT32_MAX; }
-  /// Whether a decoder can fill a buffer of that size with it. One of width or height 0 it cannot:
-  /// it would take 0 for the size of the JPEG.
+  /// Whether a decoder can fill a buffer of that size with the picture. It cannot if width or
+  /// height is 0: the decoder would read 0 as "the size of the JPEG".
   bool isDecodableTo(unsigned int bufferSize) const {
     return isValid() && size() == bufferSize && sourceWidth > 0 && sourceHeight > 0;
   }
@@ -28,9 +28,9 @@ struct ImageGeometry {
 
   unsigned short sourceWidth;
   unsigned short sourceHeight;
-  // All below in scaled pixels, each rounded up by itself.
+  // All below are scaled pixels, each rounded up separately.
   unsigned int width;
-  unsigned int fullHeight;  ///< with the rows that are cut
+  unsigned int fullHeight;  ///< including the rows that are cut
   unsigned int top;
   unsigned int bottom;
   unsigned int bytesPerPixel;

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr unsigned int kLargestScale = 2;  // of TurboJPEG's, which enlarges smaller frames
+constexpr unsigned int kLargestScale = 2;  // TurboJPEG enlarges small frames up to this
 
 }  // namespace
 
@@ -17,7 +17,7 @@ VELMAR_ERROR_CODE_E JpegDecoder::decode(const unsigned char* jpeg, unsigned long
                                         const ImageGeometry& geometry, int pixelFormat,
                                         unsigned char* out) {
   const auto code = decodeFrame(jpeg, jpegSize, geometry, pixelFormat, out);
-  // The tables of a refused frame would serve the next one that has none of its own.
+  // The next frame, if it has no tables of its own, would use those of the refused one.
   if (code != VELMAR_ERROR_CODE_SUCCESS_E) tjHandle_.reset(tjInitDecompress());
   return code;
 }
@@ -31,7 +31,7 @@ VELMAR_ERROR_CODE_E JpegDecoder::decodeFrame(const unsigned char* jpeg, unsigned
     return decompress(jpeg, jpegSize, geometry, pixelFormat, out);
   }
 
-  // The header may speak of far more rows than the frame can reach.
+  // The recording's header may name far more rows than the frame can fill.
   const unsigned int reached =
       std::min(geometry.fullHeight, kLargestScale * static_cast<unsigned int>(size.height));
   unsigned char* whole = scratch(reached * geometry.pitch());
@@ -40,7 +40,7 @@ VELMAR_ERROR_CODE_E JpegDecoder::decodeFrame(const unsigned char* jpeg, unsigned
       reached > geometry.top ? std::min(reached - geometry.top, geometry.rows()) : 0;
   const std::uint64_t skippedBytes = (reached > geometry.top ? geometry.top : 0) * geometry.pitch();
   const std::uint64_t keptBytes = kept * geometry.pitch();
-  // What the decoder leaves out must not show an earlier frame.
+  // Parts that the decoder does not fill must not show an earlier frame.
   if (size.width != geometry.sourceWidth || size.height != geometry.sourceHeight) {
     std::memset(whole + skippedBytes, 0, keptBytes);
   }
@@ -73,8 +73,8 @@ bool JpegDecoder::readSize(const unsigned char* jpeg, unsigned long jpegSize, Jp
   return false;
 }
 
-// Rows that begin on a 32-byte boundary are written past the cache, and copying them out would
-// fetch them from memory again: begin halfway between two boundaries.
+// TurboJPEG writes rows that begin on a 32-byte boundary past the cache, so copying them would read
+// them from memory again. Rows that begin halfway between two boundaries stay in the cache.
 unsigned char* JpegDecoder::scratch(std::size_t size) {
   constexpr std::size_t kBoundary = 32;
   if (!scratch_ || size > scratchCapacity_) {

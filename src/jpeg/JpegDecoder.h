@@ -14,15 +14,15 @@ class JpegDecoder {
  public:
   JpegDecoder();
 
-  /// Decodes to exactly geometry.size() bytes at `out`, straight into it unless rows are cut.
+  /// Decodes to exactly geometry.size() bytes at `out`, straight into it unless rows are cut. After
+  /// a failure the handle is replaced, so that a refused frame does not affect the next one.
   /// \param geometry     valid, width and height not 0
   /// \param pixelFormat  a TJPF_... value with geometry.bytesPerPixel bytes a pixel
-  /// Errors: VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E, with the reason in cause();
-  /// VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E: no memory for the scratch image. After either the
-  /// handle is replaced, so that a refused frame leaves no trace on the next.
+  /// \retval VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E      the frame is refused; cause() says why
+  /// \retval VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E  no memory for the scratch image
   VELMAR_ERROR_CODE_E decode(const unsigned char* jpeg, unsigned long jpegSize,
                              const ImageGeometry& geometry, int pixelFormat, unsigned char* out);
-  /// Why the last decode() answered VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E. To be read in the same
+  /// Why the last decode() answered VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E. Read it in the same
   /// thread, before anything else calls TurboJPEG.
   const char* cause() const { return cause_; }
 
@@ -33,7 +33,7 @@ class JpegDecoder {
   VELMAR_ERROR_CODE_E decompress(const unsigned char* jpeg, unsigned long jpegSize,
                                  const ImageGeometry& geometry, int pixelFormat,
                                  unsigned char* out);
-  /// False, with the cause, for what cannot or should not be decoded.
+  /// False, with the cause, if the frame cannot or should not be decoded.
   bool readSize(const unsigned char* jpeg, unsigned long jpegSize, JpegSize& size);
   unsigned char* scratch(std::size_t size);
 

@@ -2,11 +2,11 @@
 
 namespace {
 
-// What TurboJPEG answers and, if it says so itself, leaves in `size`.
+// TurboJPEG's result. It may leave a size in `size` even if it fails.
 int readHeader(tjhandle decompressor, const unsigned char* jpeg, unsigned long jpegSize,
                JpegSize& size) {
   int subsampling = -1;
-  // The interface wants a writable pointer and never writes through it.
+  // TurboJPEG takes a writable pointer but never writes through it.
   auto* source = const_cast<unsigned char*>(jpeg);
   return tjDecompressHeader2(decompressor, source, jpegSize, &size.width, &size.height,
                              &subsampling);
@@ -37,7 +37,7 @@ bool isKeptWhole(const unsigned char* jpeg, unsigned long jpegSize) {
 std::optional<JpegSize> readJpegSize(tjhandle decompressor, const unsigned char* jpeg,
                                      unsigned long jpegSize) {
   JpegSize size{};
-  // A frame of tables alone is no error to TurboJPEG, which then tells no size.
+  // For a JPEG that has only tables TurboJPEG reports no error and no size.
   if (readHeader(decompressor, jpeg, jpegSize, size) != 0 || size.height <= 0) return std::nullopt;
   return size;
 }
@@ -54,7 +54,7 @@ std::optional<JpegSize> readAnyJpegSize(tjhandle decompressor, const unsigned ch
 bool isPlausible(JpegSize size, const unsigned char* jpeg, unsigned long jpegSize) {
   // Kept whole it takes up to 8 bytes a pixel: what that comes to here, any frame may have.
   constexpr unsigned long kPixelsForAny = 1UL << 24;
-  // Beyond that: each 8 x 8 pixels take a bit at least; by far less with arithmetic coding.
+  // Larger pictures: 8 x 8 pixels take at least a bit, far less with arithmetic coding.
   constexpr unsigned long kPixelsPerByte = 1UL << 14;
   const auto pixels =
       static_cast<unsigned long>(size.width) * static_cast<unsigned long>(size.height);

@@ -11,15 +11,15 @@ struct JpegSize {
   int height;
 };
 
-/// Reads a JPEG's size from its header; nothing if there is no usable one, or if the JPEG has
-/// tables and no picture. `decompressor` is a TurboJPEG handle of the caller's, null one that
-/// failed to be made; it keeps the tables that it has read.
+/// Reads a JPEG's size from its header. Empty if the header is not usable, or if the JPEG has
+/// tables but no picture. `decompressor` is the caller's TurboJPEG handle, or null if it could not
+/// be made; it keeps the tables that it has read.
 std::optional<JpegSize> readJpegSize(tjhandle decompressor, const unsigned char* jpeg,
                                      unsigned long jpegSize);
 
-/// The same of any picture that can be decoded: also of one whose sampling has no name in
-/// TurboJPEG, which readJpegSize() refuses. If there is nothing, `cause` says why, until TurboJPEG
-/// is called again in this thread.
+/// The same for every picture that can be decoded, even if its sampling has no name in TurboJPEG,
+/// which readJpegSize() refuses. If the result is empty, `cause` says why, until TurboJPEG is
+/// called again in this thread.
 std::optional<JpegSize> readAnyJpegSize(tjhandle decompressor, const unsigned char* jpeg,
                                         unsigned long jpegSize, const char*& cause);
 

@@ -16,7 +16,7 @@ void FrameIndexJournal::open() {
   file_ = FileDescriptor(path_, O_WRONLY | O_CREAT | O_TRUNC, 0644);
   if (file_.isOpen()) return;
   giveUp();
-  ::unlink(path_.c_str());  // one that is there speaks of another recording
+  ::unlink(path_.c_str());  // an old one belongs to another recording
 }
 
 void FrameIndexJournal::append(const FrameIndex& record) {

@@ -7,25 +7,25 @@
 #include "base/FileDescriptor.h"
 #include "container/img/FrameIndex.h"
 
-/// Keeps the index of a running recording on file, since an "img" file gets its index only when it
-/// is finished: what a killed recorder leaves behind can be put together from it.
+/// Keeps the index of a running recording in a file of its own, since an "img" file gets its index
+/// only when it is finished. If the recorder is killed, its frames are recovered with the journal.
 ///
-/// The journal holds the records as they would stand in the file, one behind the other. It is a
-/// help, not a condition: a journal that cannot be written is given up and the recording goes on.
+/// The journal holds the records in the form of the index, one behind the other. A recording does
+/// not depend on it: a journal that cannot be written is given up, and the recording goes on.
 class FrameIndexJournal {
  public:
   explicit FrameIndexJournal(const std::string& path);
 
-  // None of these throws.
+  // None of these operations throws.
 
   /// Starts an empty journal.
   void open();
-  /// Appends a record in file byte order, after the frame itself has been written: a record must
-  /// never stand for bytes that are not there.
+  /// Appends a record in file byte order. Call it after the frame itself has been written, since a
+  /// record must never stand for bytes that are not there.
   void append(const FrameIndex& record);
-  /// Puts these records in the place of all that were appended, at one stroke.
+  /// Replaces all records that were appended by these, in one step.
   void replace(const std::vector<FrameIndex>& records);
-  /// Closes the journal and leaves it.
+  /// Closes the journal and keeps it.
   void close();
   /// Closes the journal and deletes it.
   void remove();

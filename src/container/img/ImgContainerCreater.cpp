@@ -31,13 +31,13 @@ ImgContainerCreater::~ImgContainerCreater() {
 }
 
 VELMAR_ERROR_CODE_E ImgContainerCreater::open() {
-  // One object writes one file: what is written already must not be truncated.
+  // An object writes one file, and must not truncate what it has written.
   if (file_.isOpen() || writtenBytes_ != 0) return VELMAR_ERROR_CODE_DUPLICATE_INIT_E;
   if (filePath_.empty()) {
     velmar_logger::e(kTag, "filePath_ is empty");
     return VELMAR_ERROR_CODE_INVALID_FILE_NAME_E;
   }
-  // For reading as well: close() moves frames, and may not be allowed to open the file once more.
+  // Readable as well: close() moves frames, and might not be allowed to open the file again.
   file_ = FileDescriptor(temporaryPath_, O_RDWR | O_CREAT | O_TRUNC, 0666);
   if (!file_.isOpen()) {
     velmar_logger::e(kTag, "open filePath_ = %s error", filePath_.c_str());
@@ -56,7 +56,7 @@ VELMAR_ERROR_CODE_E ImgContainerCreater::open() {
 
 void ImgContainerCreater::setUndistortFlags() { metaData_.undistorted = true; }
 
-// The old value stays whole where there is no memory for the new one; close() tells.
+// Keeps the old value if there is no memory for the new one; close() reports that.
 template <typename MakeText>
 void ImgContainerCreater::setText(const char* operation, std::string& field, MakeText makeText) {
   textLost_ |= !guarded(kTag, operation, false, [&] {
@@ -103,7 +103,7 @@ bool ImgContainerCreater::addFrame(const unsigned char* jpegData, unsigned int s
 
 bool ImgContainerCreater::addFrameBytes(const char* data, std::size_t size,
                                         unsigned long sensorTime, unsigned long arrivedTime) {
-  // An empty write would succeed even so.
+  // Writing an empty frame would succeed even without a file.
   if (!file_.isOpen()) {
     velmar_logger::e(kTag, "imgContainerCreaterWrite error");
     return false;
@@ -113,7 +113,7 @@ bool ImgContainerCreater::addFrameBytes(const char* data, std::size_t size,
     return false;
   }
   const FrameIndex record{sensorTime, arrivedTime, writtenBytes_, static_cast<std::uint32_t>(size)};
-  // The record comes first: bytes without one would shift the frames that close() moves.
+  // The record comes first, since bytes without a record would shift the frames that close() moves.
   try {
     frameIndex_.push_back(record.swapped());
   } catch (const std::bad_alloc&) {
@@ -143,15 +143,15 @@ bool ImgContainerCreater::adjustmentFrameAndIndex() {
   if (indexSize >= writtenBytes_ - kFrameIndexStart) return false;
 
   const std::uint64_t movedSize = relocateFirstFrames(indexSize);
-  // The frames go to their new place, on the disk, and the journal says so, before the index covers
-  // the old one: whenever the recorder is killed, the journal leads to every frame.
+  // The frames are on the disk at their new place, and in the journal, before the index overwrites
+  // the old place: whenever the recorder is killed, the journal leads to every frame.
   if (!appendFirstFrames(movedSize) || !file_.sync()) return false;
   journal_.replace(frameIndex_);
   return file_.writeAt(frameIndex_.data(), indexSize, kFrameIndexStart);
 }
 
-/// Gives the first frames their new offsets behind the last one: as many as make room for the
-/// index. Their size in bytes.
+/// Gives as many of the first frames as the index needs room for new offsets behind the last one.
+/// Answers their size in bytes.
 std::uint64_t ImgContainerCreater::relocateFirstFrames(std::uint64_t indexSize) {
   std::uint64_t movedSize = 0;
   for (FrameIndex& record : frameIndex_) {
@@ -162,8 +162,8 @@ std::uint64_t ImgContainerCreater::relocateFirstFrames(std::uint64_t indexSize) 
   return movedSize;
 }
 
-/// Copies the first `size` bytes of frames behind the last, by pieces: together they are as large
-/// as the index, which is in memory already.
+/// Copies the first `size` bytes of frames behind the last one, in pieces: together they are as
+/// large as the index, which already takes memory.
 bool ImgContainerCreater::appendFirstFrames(std::uint64_t size) {
   constexpr std::uint64_t kPieceSize = 1 << 16;
   std::vector<char> piece(std::min(size, kPieceSize));
@@ -196,7 +196,7 @@ VELMAR_ERROR_CODE_E ImgContainerCreater::close() {
   return result;
 }
 
-/// Index, metadata and the metadata's offset.
+/// Writes the index, the metadata and the metadata's offset.
 VELMAR_ERROR_CODE_E ImgContainerCreater::finish() {
   if (!adjustmentFrameAndIndex()) {
     velmar_logger::e(kTag, "adjustmentFrameAndIndex error");

@@ -37,7 +37,7 @@ class ImgContainerCreater final : public VelmarVideoFileCreater {
   void setText(const char* operation, std::string& field, MakeText makeText);
   bool addFrameBytes(const char* data, std::size_t size, unsigned long sensorTime,
                      unsigned long arrivedTime);
-  /// Appends and counts. False once a write has failed.
+  /// Appends the bytes and counts them. False after any write has failed.
   bool imgContainerCreaterWrite(const void* data, std::size_t length);
   /// Moves the first frames behind the last and writes the index over them.
   bool adjustmentFrameAndIndex();
@@ -49,9 +49,9 @@ class ImgContainerCreater final : public VelmarVideoFileCreater {
   std::vector<FrameIndex> frameIndex_;  ///< in file byte order
   std::uint64_t writtenBytes_ = 0;      ///< also the next write position
   FileDescriptor file_;                 ///< the temporary file while the object is open
-  bool writeFailed_ = false;            ///< nothing is written any more
+  bool writeFailed_ = false;            ///< nothing more is written
   ImgMetaData metaData_;
-  bool textLost_ = false;  ///< a setter has found no memory
+  bool textLost_ = false;  ///< a setter had no memory
   const std::string temporaryPath_;
   FrameIndexJournal journal_;
 };

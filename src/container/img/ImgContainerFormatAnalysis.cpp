@@ -108,7 +108,7 @@ VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::mapFile(const std::string& path,
 VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::checkOpening(const std::string& path,
                                                              const char* tag) {
   if (analysed_) return VELMAR_ERROR_CODE_DUPLICATE_INIT_E;
-  forget();  // what an earlier file has left
+  forget();  // an earlier file may have left values
   const auto code = checkFileAccess(path);
   if (code != VELMAR_ERROR_CODE_SUCCESS_E) velmar_logger::e(tag, "checkFileAccess error");
   return code;

@@ -61,7 +61,7 @@ VELMAR_ERROR_CODE_E ImgContainerModifier::finish() {
 VELMAR_ERROR_CODE_E ImgContainerModifier::rewriteMetaData(const std::string& oldText) const {
   const FileDescriptor file(filePath_, O_RDWR);
   struct stat status {};
-  // Not the file that was opened, or no longer as long: the new text would land in frames.
+  // If it is another file, or has another length, the new text could overwrite frames.
   if (!file.isOpen() || ::fstat(file.get(), &status) != 0 || status.st_dev != openedFile_.st_dev ||
       status.st_ino != openedFile_.st_ino ||
       static_cast<unsigned long>(status.st_size) != fileLength_) {

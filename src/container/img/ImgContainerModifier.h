@@ -7,15 +7,15 @@
 #include "container/img/ImgContainerFormatAnalysis.h"
 #include "velmar_video/VelmarVideoFile.h"
 
-/// Edits an "img" file: frame times in the map at once; the metadata in memory, written over the
-/// old block by close().
+/// Edits an "img" file. Frame times change in the map at once. The metadata changes in memory, and
+/// close() writes it over the old block.
 class ImgContainerModifier : public ImgContainerFormatAnalysis, public VelmarVideoFileModifier {
  public:
   explicit ImgContainerModifier(const std::string& path);
 
   VELMAR_ERROR_CODE_E open() override;
-  /// The metadata are replaced by one write: a reader that opens the file finds the old ones or the
-  /// new. Where that cannot be finished, the file keeps the old block.
+  /// Replaces the metadata by one write, so that a reader that opens the file finds the old
+  /// metadata or the new. If that fails, the file keeps the old block.
   VELMAR_ERROR_CODE_E close() override;
   using ImgContainerFormatAnalysis::openMap;
   /// Maps the whole file for reading and writing.
@@ -34,12 +34,12 @@ class ImgContainerModifier : public ImgContainerFormatAnalysis, public VelmarVid
                                           unsigned char* buffer);
 
  private:
-  /// Changes a field of the metadata to what `makeValue` gives.
+  /// Sets a field of the metadata to the result of `makeValue`.
   template <typename T, typename MakeValue>
   VELMAR_ERROR_CODE_E modifyMetaData(T ImgMetaData::*field, MakeValue makeValue);
-  /// Stores a time of a frame in the file.
+  /// Stores a frame's time in the file.
   void storeTime(std::size_t index, std::size_t fieldOffset, unsigned long time);
-  /// What close() does with the open file.
+  /// The part of close() that needs the open file.
   VELMAR_ERROR_CODE_E finish();
   VELMAR_ERROR_CODE_E rewriteMetaData(const std::string& oldText) const;
 

@@ -38,7 +38,7 @@ VELMAR_ERROR_CODE_E ImgContainerReader::open() {
   return analyse(openMap(filePath_), kTag);
 }
 
-// The map's range stays reserved: the unmapping that follows with the destructor must not hit a map
+// The address range stays reserved, so that the destructor, which unmaps it, does not hit a map
 // that another object has made since.
 VELMAR_ERROR_CODE_E ImgContainerReader::close() {
   if (!mapAddr_.isMapped()) return VELMAR_ERROR_CODE_NOT_INIT_E;

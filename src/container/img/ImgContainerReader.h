@@ -49,9 +49,9 @@ class ImgContainerReader : public VelmarVideoFileReader, public ImgContainerForm
   std::string getExtendedInfo() override;
 
  private:
-  /// Only for the scales of the enumeration.
+  /// `scale` has to be in the enumeration.
   static tjscalingfactor getScalingFactor(SCALE_FACTOR_E scale);
-  /// False, and nothing written, unless the format is RGB, BGR or GRAY.
+  /// False unless the format is RGB, BGR or GRAY; then nothing is written.
   static bool getPixelFormat(VELMAR_FORMAT_E format, int* pixelFormat);
   static bool getPixelSize(VELMAR_FORMAT_E format, int* bytes);
 

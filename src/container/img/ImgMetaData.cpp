@@ -12,8 +12,8 @@ namespace {
 
 constexpr char kTag[] = "ImgMetaData_tag";
 
-// The value is parsed aside, so that a text that fails leaves no key, into a fresh one, since the
-// comments of an earlier text would stay.
+// Parses into a new value: a text that fails then leaves no key, and the comments of an earlier
+// text do not stay.
 bool embed(const std::string& text, Json::Value& root, const char* key) {
   Json::Value value;
   if (!parseJson(text, value)) {
@@ -24,18 +24,18 @@ bool embed(const std::string& text, Json::Value& root, const char* key) {
   return true;
 }
 
-// Whether the text can be read again without trying: embedded texts stand deeper in it than by
-// themselves, perhaps too deep, and may have comments, which may hold a zero byte, where readers
-// stop.
+// Whether the text can certainly be read again, so that nobody has to try. Embedded texts are
+// nested deeper than by themselves, perhaps too deep. They may have comments, and a comment may
+// have a zero byte, where readers stop.
 bool isPlain(const std::string& text) {
-  constexpr std::ptrdiff_t kDeep = 500;  // half of what jsoncpp reads
+  constexpr std::ptrdiff_t kDeep = 500;  // half of jsoncpp's limit
   const auto opens = [](char character) { return character == '{' || character == '['; };
   return text.find('/') == text.npos && text.find('\0') == text.npos &&
          std::count_if(text.begin(), text.end(), opens) < kDeep;
 }
 
-// The members of an object, null for those that it does not have. (For them, jsoncpp's own operator
-// gives a static object of its own, which an exit handler may come too late for.)
+// The members of an object; null for missing ones. (jsoncpp's own operator gives a static object
+// for those, which may be destroyed already when an exit handler reads metadata.)
 class Members {
  public:
   explicit Members(const Json::Value& object) : object_(object) {}
@@ -78,7 +78,7 @@ bool ImgMetaData::toText(std::string& text) const {
     Json::Value again;
     if (parseJson(text.c_str(), again)) return true;
   } catch (const Json::Exception&) {
-    // As if it were no JSON.
+    // Treated like text that is no JSON.
   }
   velmar_logger::e(kTag, "build json throw error");
   return false;

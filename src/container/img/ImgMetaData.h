@@ -8,19 +8,19 @@
 
 #include "velmar_video/VelmarVideoCommDef.h"
 
-/// The header of an "img" file, which stands at its end as JSON text.
+/// The header of an "img" file: JSON text at the end of the file.
 struct ImgMetaData {
-  /// Fills `root` with the metadata's keys. False, logged, if one of the two embedded texts is
-  /// not JSON; `root` then holds the keys before it. "frame_index_data_checksum" is left out on
-  /// purpose: no file written by this library has it.
+  /// Fills `root` with the metadata's keys. False, with a log line, if one of the two embedded
+  /// texts is not JSON; `root` then holds the keys before it. "frame_index_data_checksum" is left
+  /// out on purpose: no file written by this library has it.
   bool toJson(Json::Value& root) const;
 
-  /// The text that stands in a file: toJson() styled. False, logged, also for a text that could not
-  /// be read again.
+  /// The text as in the file: toJson(), styled. False, with a log line, if toJson() fails or the
+  /// text could not be read again.
   bool toText(std::string& text) const;
 
-  /// Takes the fields from JSON text. False, logged, if it is no JSON object or a value has an
-  /// unfitting type; fields taken before that keep their new values.
+  /// Reads the fields from JSON text. False, with a log line, if it is no JSON object or a value
+  /// has the wrong type; fields read before that keep their new values.
   bool jsonTo(const char* text);
 
   VELMAR_VERSION_E version = VELMAR_VERSION_1_0_E;

@@ -14,7 +14,7 @@
 
 namespace {
 
-// By where they begin in their text.
+// By their offset in the text.
 using RealNumbers = std::map<std::ptrdiff_t, double>;
 
 std::size_t skipDigits(std::string_view text, std::size_t at) {
@@ -26,7 +26,7 @@ bool isOneOf(std::string_view text, std::size_t at, std::string_view characters)
   return at < text.size() && characters.find(text[at]) != characters.npos;
 }
 
-// Where the number ends that begins there, as Json::Reader sees it.
+// The end of the number that begins at `at`, by the rules of Json::Reader.
 std::size_t numberEnd(std::string_view text, std::size_t at) {
   at = skipDigits(text, at + 1);
   if (isOneOf(text, at, ".")) at = skipDigits(text, at + 1);
@@ -35,7 +35,7 @@ std::size_t numberEnd(std::string_view text, std::size_t at) {
   return skipDigits(text, isOneOf(text, at, "+-") ? at + 1 : at);
 }
 
-// Behind the string or comment that begins there.
+// The end of the string or comment that begins at `at`.
 std::size_t skipText(std::string_view text, std::size_t at) {
   std::size_t end = at + 1;
   if (text[at] == '"') {
@@ -49,7 +49,7 @@ std::size_t skipText(std::string_view text, std::size_t at) {
   return isOneOf(text, end, "/") ? text.find_first_of("\r\n", end) : end;
 }
 
-// Takes the real numbers out of a JSON text and writes zeros over them. Nothing if one is
+// Takes the real numbers out of a JSON text and writes zeros over them. Empty if a number is
 // malformed.
 std::optional<RealNumbers> takeRealNumbers(std::string& text) {
   RealNumbers numbers;
@@ -68,7 +68,7 @@ std::optional<RealNumbers> takeRealNumbers(std::string& text) {
       std::istringstream stream(token);
       stream.imbue(std::locale::classic());
       double value = 0;
-      // What follows would make another number with the zeros.
+      // A rest such as a second point would form another number with the zeros.
       if (!(stream >> value) || !stream.eof() || isOneOf(text, end, ".eE")) return std::nullopt;
       numbers.emplace(at, value);
       text.replace(at, token.size(), token.size(), '0');
@@ -87,7 +87,7 @@ void putBack(const RealNumbers& numbers, Json::Value& value) {
   for (Json::Value& element : value) putBack(numbers, element);
 }
 
-/// While it lives, this thread prints numbers as C does, whatever locale the process has.
+/// During its lifetime this thread prints numbers as in the C locale.
 class PlainNumbers {
  public:
   PlainNumbers() : plain_(::newlocale(LC_ALL_MASK, "C", nullptr)) {
@@ -108,14 +108,15 @@ class PlainNumbers {
 
 }  // namespace
 
-// Json::Reader and Json::StyledWriter are the dialect and the shape that the format was written
-// with; their successors have others (trailing commas and a byte order mark are read, an object
-// begins on a line of its own). Both are deprecated in jsoncpp, neither is going away.
+// The format is defined by what Json::Reader reads and Json::StyledWriter writes. Their successors
+// differ: they read trailing commas and a byte order mark, and begin an object on a line of its
+// own. Both classes are deprecated in jsoncpp, but stay.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 
-// The reader takes real numbers by the process's global locale, where a decimal comma ends them at
-// their point and grouping refuses them. So it does not get to see them there.
+// Json::Reader reads real numbers by the global locale of the process: with a decimal comma it
+// stops at the point, and with digit grouping it refuses them. So in such a locale it gets no real
+// numbers.
 bool parseJson(const std::string& text, Json::Value& value) {
   if (std::locale() == std::locale::classic()) return Json::Reader().parse(text, value, true);
   std::string integers = text;

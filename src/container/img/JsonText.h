@@ -1,5 +1,5 @@
-/// JSON text to values and back, as the metadata of "img" files has it, whatever locale the process
-/// has.
+/// Conversion of JSON text to values and back, in the form that the metadata of "img" files has.
+/// The process's locale makes no difference.
 #ifndef VELMAR_IMG_JSON_TEXT_H
 #define VELMAR_IMG_JSON_TEXT_H
 
@@ -7,13 +7,13 @@
 
 #include <string>
 
-/// Parses with comments kept. False if the text is not JSON; throws jsoncpp's exceptions, for
-/// nesting beyond its limit among others.
+/// Parses the text and keeps its comments. False if it is not JSON. Throws jsoncpp's exceptions,
+/// for example if the nesting is beyond its limit.
 bool parseJson(const std::string& text, Json::Value& value);
 
 /// The text of jsoncpp's StyledWriter: three spaces of indentation, an object's brace behind its
-/// key, short arrays on one line, a final newline. (Value::toStyledString() gave that once, and
-/// gives another in later versions of jsoncpp.) Throws without memory.
+/// key, short arrays on one line, a final newline. (Value::toStyledString() has another shape in
+/// later versions of jsoncpp.) Throws if memory runs out.
 std::string styledText(const Json::Value& value);
 
 #endif

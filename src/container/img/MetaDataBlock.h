@@ -5,10 +5,10 @@
 
 #include "base/FileDescriptor.h"
 
-/// Replaces the text that stands from `offset` to the end of an open file, by one write: a longer
-/// old text is covered with blanks, which JSON does not mind, and is for the caller to cut off.
-/// Room for a longer new text is reserved first, and what is written in part is put back. \return
-/// 0, or the errno of the step that failed; the file then holds the old text
+/// Replaces the text from `offset` to the end of an open file, by one write. If the old text is
+/// longer, blanks cover the rest of it, which JSON ignores, and the caller shortens the file. Room
+/// for a longer new text is reserved first. If the write fails halfway, the old text is put back.
+/// \return 0, or the errno of the step that failed; the file then holds the old text
 int replaceMetaDataBlock(const FileDescriptor& file, unsigned long offset,
                          const std::string& oldText, const std::string& newText);
 

@@ -99,8 +99,8 @@ bool isAbsent(const CanField& field, const unsigned char* value) {
   }
 }
 
-// A full tag table aligns its blocks 131,070 times: with the fields as constants of the compiler,
-// neither of the two has a loop or a switch left.
+// A full tag table aligns its blocks 131,070 times. With the fields as compile-time constants, the
+// two functions have no loop and no switch left.
 template <std::size_t... kField>
 void placeInSlots(const can_data_io& packed, unsigned char* slots,
                   std::index_sequence<kField...> /*fields*/) {
@@ -147,7 +147,7 @@ void printPointer(std::ostream& text, const can_data_io* block, std::size_t fiel
 
 std::string textOf(const can_data_io* block, CAN_SIZE size) {
   std::ostringstream text;
-  text.exceptions(std::ios::badbit);  // else a want of memory would only cut the text short
+  text.exceptions(std::ios::badbit);  // otherwise lack of memory would only cut the text short
   text.imbue(std::locale::classic());
   text << std::hex;
   for (const CanField& field : kFields) {
@@ -175,8 +175,8 @@ void can_data_buf_align(can_data* block) {
   can_data_io packed;
   std::memcpy(&packed, block, sizeof packed);
   auto* slots = reinterpret_cast<unsigned char*>(block);
-  // Behind the packed block lies nothing that could show up in a slot. What a field leaves of its
-  // slot within the packed block stays as it was.
+  // Zeroes the slots behind the packed block. In the slots inside it, bytes that a field does not
+  // fill stay as they were.
   std::memset(slots + sizeof packed, 0, kSlotsSize - sizeof packed);
   placeInSlots(packed, slots, kEveryField);
 }

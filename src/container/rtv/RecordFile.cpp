@@ -13,7 +13,7 @@ namespace {
 
 constexpr char kTag[] = "RecordFile";
 
-// The numbers that the log has always had for the two places where memory may run out.
+// Numbers in the log lines of the two places where memory may run out; kept for existing programs.
 constexpr int kAssignPlace = 135;
 constexpr int kFillPlace = 246;
 
@@ -84,7 +84,7 @@ template std::uint32_t RecordFile::swauto(std::uint32_t) const;
 template std::uint16_t RecordFile::swauto(std::uint16_t) const;
 
 bool RecordFile::mustSwapTag() const {
-  // Asked of every type, so that each has its latch.
+  // Called for every type, since the first call decides for each type.
   const bool swap64 = mustSwap<std::uint64_t>();
   const bool swapSigned32 = mustSwap<std::int32_t>();
   const bool swap32 = mustSwap<std::uint32_t>();
@@ -164,7 +164,7 @@ bool RecordFile::frametag_t::allocate(CAN_SIZE size, const char* place, int numb
 
 void RecordFile::frametag_t::can_data_io_swauto(can_data_io& block) const {
   if (owner_ == nullptr) return;
-  // Asked of every type, so that each has its latch.
+  // Called for every type, since the first call decides for each type.
   const bool swap16 = owner_->mustSwap<std::uint16_t>();
   const bool swap32 = owner_->mustSwap<std::uint32_t>();
   const bool swapFloat = owner_->mustSwap<float>();

@@ -28,8 +28,8 @@ unsigned short slotsFor(unsigned int duration) {
   return duration == 0 ? kRtvFramesMax : static_cast<unsigned short>(duration * kFrameRate);
 }
 
-// The length comes last: the tag of a recorder that is killed in between has none yet, so that it
-// cannot be taken for a whole one.
+// The length comes last: if the recorder is killed in between, the tag has no length yet and cannot
+// be mistaken for a whole one.
 void placeTag(unsigned char* slot, const unsigned char* tag, unsigned int size) {
   constexpr unsigned int kLengthAt = offsetof(frametag_02ver_t, data_length);
   constexpr unsigned int kLengthEnd = kLengthAt + sizeof frametag_02ver_t::data_length;
@@ -73,7 +73,7 @@ RecordFileCreater::~RecordFileCreater() { close(); }
 bool RecordFileCreater::makeTagTable() {
   file_ = std::make_unique<File>(temporaryPath_, O_RDWR | O_CREAT | O_TRUNC, 0644);
   if (!file_->isOpen()) {
-    file_.reset();  // what is there is not this writer's
+    file_.reset();  // a file with that name is not this writer's
     velmar_logger::e(kTag, "Error: open fail %s, %s", temporaryPath_.c_str(), std::strerror(errno));
     return false;
   }
@@ -171,8 +171,7 @@ bool RecordFileCreater::addFrame(int timeFlag, const char* data, unsigned int le
 }
 
 bool RecordFileCreater::appendBytes(const char* data, unsigned int length) {
-  // Without an open file the call is logged that the system refuses.
-  const int file = isOpen() ? file_->get() : -1;
+  const int file = isOpen() ? file_->get() : -1;  // the system refuses -1
   const auto resize = [file](unsigned long size) {
     return ::ftruncate(file, static_cast<off_t>(size)) == 0;
   };
@@ -197,7 +196,7 @@ bool RecordFileCreater::storeTag(const unsigned char* tag, unsigned int index) {
   MemoryMap map;
   if (!map.map(file_->get(), fileSize_, MemoryMap::Access::ReadWrite)) {
     velmar_logger::e(kTag, "Error: mmap fail %s", std::strerror(errno));
-    // The frame counts already, and without its tag the file would not open.
+    // The frame is counted already, and without its tag the file would not open.
     file_->writeAt(tag, layout.tagSize, layout.tagAt(index));
     return false;
   }
@@ -223,7 +222,7 @@ bool RecordFileCreater::publish() {
 bool RecordFileCreater::storeHeader() {
   unsigned char bytes[kRtvHeaderSizeMax] = {};
   encodeHeader(bytes);
-  // The magic comes last: the header of a recorder that is killed in between has none.
+  // The magic code comes last: if the recorder is killed in between, the header has none.
   const auto place = [this, &bytes](unsigned char* file) {
     const RtvLayout layout = rtvLayout(version_);
     std::memcpy(file + layout.magicSize, bytes + layout.magicSize,

@@ -1,4 +1,4 @@
-// RecordFile as readable text, to the log.
+// Writes a RecordFile to the log as readable text.
 #include <cstring>
 
 #include "container/rtv/RtvLayout.h"
@@ -44,7 +44,7 @@ void RecordFile::dump_ver02() {
 }
 
 void RecordFile::dump_ver03() {
-  // The only version whose first line names itself, on purpose.
+  // On purpose only this version is named in its first line.
   velmar_logger::i(kTag, "v03 filename: %s", fileName_.c_str());
   dumpHeader(RTV_VER_03);
   for (std::size_t i = 0; i < tagsVer03_.size(); ++i) {

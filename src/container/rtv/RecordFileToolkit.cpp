@@ -100,5 +100,5 @@ bool RecordFileToolkit::getJPEGResolution(const char* data, unsigned int size,
     tjDestroy(handle);
     return false;
   }
-  return true;  // the handle stays: part of the contract
+  return true;  // the handle leaks: kept for existing programs
 }

@@ -11,12 +11,12 @@ RtvContainerCreater::RtvContainerCreater(const std::string& path)
                                                   RTV_VER_03, nullptr)) {}
 
 RtvContainerCreater::~RtvContainerCreater() {
-  // One that was only made must not replace a recording by an empty one.
+  // A creater that was never used must not replace a recording by an empty one.
   if (!used_) writer_->abandon();
   RtvContainerCreater::close();
 }
 
-// The writer's constructor has done it all. Whether it could is for close() to tell.
+// The writer's constructor has created the file; close() reports if it could not.
 VELMAR_ERROR_CODE_E RtvContainerCreater::open() {
   used_ = true;
   return VELMAR_ERROR_CODE_SUCCESS_E;

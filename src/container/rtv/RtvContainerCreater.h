@@ -7,8 +7,8 @@
 #include "velmar_video/VelmarVideoFile.h"
 #include "velmar_video/rtv/RecordFileCreater.h"
 
-/// Writes an "rtv" file of version 03, up to 65535 frames, behind the facade: without positions.
-/// Microseconds become milliseconds.
+/// Writes an "rtv" file of version 03 with up to 65535 frames and without positions, behind the
+/// facade. Microseconds become milliseconds.
 class RtvContainerCreater : public VelmarVideoFileCreater {
  public:
   /// Creates, sizes and maps the temporary file at once.
@@ -23,7 +23,7 @@ class RtvContainerCreater : public VelmarVideoFileCreater {
   void setVideoResolution(unsigned short width, unsigned short height) override;
   void setFrameFormat(VELMAR_FORMAT_E format) override;
   void setFrameCodec(VELMAR_CODEC_E codec) override;
-  /// True even for a frame that the writer refuses, on purpose; close() tells.
+  /// Answers true even for a frame that the writer refuses, on purpose; close() reports it.
   bool addFrame(const std::string& jpegData, unsigned long sensorTime,
                 unsigned long arrivedTime) override;
   bool addFrame(const unsigned char* jpegData, unsigned int size, unsigned long sensorTime,
@@ -38,7 +38,7 @@ class RtvContainerCreater : public VelmarVideoFileCreater {
   std::shared_ptr<RecordFileCreater> writer_;
   unsigned long startTime_ = 0;  ///< microseconds
   bool closed_ = false;
-  bool used_ = false;     ///< opened, or a frame has been given
+  bool used_ = false;     ///< open() or addFrame() was called
   bool refused_ = false;  ///< a frame is missing
 };
 

@@ -7,8 +7,8 @@
 #include "velmar_video/VelmarVideoFile.h"
 #include "velmar_video/rtv/TaggedVideoParser.h"
 
-/// Reads an "rtv" file behind the facade. Milliseconds become microseconds, frame indexes are cut
-/// to 16 bits and the parser's negative codes turn positive.
+/// Reads an "rtv" file behind the facade: turns milliseconds into microseconds and the parser's
+/// negative codes into positive ones, and cuts frame indexes to 16 bits.
 class RtvContainerReader : public VelmarVideoFileReader {
  public:
   explicit RtvContainerReader(const std::string& path);

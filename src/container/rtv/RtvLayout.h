@@ -1,4 +1,5 @@
-/// Where things lie in an RTV file: what its three versions share, and where they differ.
+/// The places of all fields in an RTV file: those that the three versions share, and those that
+/// differ. The fields inside a tag are in RecordFile.h, those inside a CAN block in CanData.h.
 #ifndef VELMAR_RTV_RTV_LAYOUT_H
 #define VELMAR_RTV_RTV_LAYOUT_H
 
@@ -23,7 +24,7 @@ constexpr unsigned int kLngAt = 46;
 constexpr unsigned int kLatAt = 50;
 constexpr unsigned int kAltAt = 54;  ///< versions 03 and 04
 
-/// What differs, bytes.
+/// What differs between the versions, in bytes.
 struct RtvLayout {
   unsigned int headerSize;
   unsigned int tagSize;
@@ -39,7 +40,7 @@ struct RtvLayout {
   constexpr unsigned int frameCodecAt() const { return headerSize - 5; }
   constexpr unsigned int taggingFlagsAt() const { return headerSize - 4; }
 
-  /// From the start of the file.
+  /// Offset of a frame's tag from the start of the file.
   constexpr unsigned long tagAt(unsigned int index) const {
     return headerSize + static_cast<unsigned long>(index) * tagSize;
   }
@@ -49,7 +50,7 @@ constexpr unsigned long kMicrosecondsPerMillisecond = 1000;  ///< files have the
 
 constexpr unsigned int kRtvHeaderSizeMax = 72;  ///< bytes, of any version
 
-/// Every value but RTV_VER_02 and RTV_VER_03 stands for version 04.
+/// The layout of a version. Every value but RTV_VER_02 and RTV_VER_03 stands for version 04.
 constexpr RtvLayout rtvLayout(version_e version) {
   switch (version) {
     case RTV_VER_02:
@@ -64,8 +65,8 @@ constexpr RtvLayout rtvLayout(version_e version) {
 /// Whether the field is one that modifiers write.
 enum class Edited { No, Yes };
 
-/// Calls `visit(offset, member, Edited)` for each field of the version's header but the magic code.
-/// The flags come first: they say in which byte order the others are.
+/// Calls `visit(offset, member, Edited)` for each field of the version's header except the magic
+/// code. The flags come first, since they give the byte order of the others.
 /// \param header  a RecordFile::header_t
 template <typename Header, typename Visit>
 void visitRtvHeader(version_e version, Header& header, Visit visit) {
@@ -87,7 +88,7 @@ void visitRtvHeader(version_e version, Header& header, Visit visit) {
   visit(layout.taggingFlagsAt(), header.tagging_flags, Edited::Yes);
 }
 
-/// Where the CAN block stands in a tag of version 04: behind what is a tag of version 03.
+/// Offset of the CAN block in a tag of version 04, which begins like a tag of version 03.
 constexpr unsigned int kCanAt = sizeof(frametag03Ver_t);
 
 /// A 24-bit field of a version 02 tag: the low three bytes, least significant first.
@@ -96,7 +97,7 @@ inline void put24(unsigned char (&at)[3], unsigned int value) {
 }
 /// The same, read as signed.
 inline int signed24(const unsigned char (&bytes)[3]) {
-  // Into the upper three bytes and down again, which extends the sign.
+  // Shifting up and down again extends the sign.
   const unsigned int value = bytes[0] | bytes[1] << 8 | static_cast<unsigned int>(bytes[2]) << 16;
   return static_cast<int>(value << 8) >> 8;
 }
@@ -114,7 +115,7 @@ inline frametag03Ver_t widened(const frametag_02ver_t& tag) {
           tag.direction};
 }
 
-/// What version 02 keeps: the low 24 bits of x, y and the distance, and no z.
+/// The tag in version 02, which keeps the low 24 bits of x, y and the distance, and no z.
 inline frametag_02ver_t narrowed(const frametag03Ver_t& tag) {
   frametag_02ver_t narrow{};
   narrow.time_flag = tag.time_flag;

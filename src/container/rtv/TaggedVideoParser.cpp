@@ -22,7 +22,7 @@ constexpr auto& kTag = kTaggedVideoParserTag;
 
 }  // namespace
 
-// For callers: a parser may outlive them.
+// For callers only: a parser may live longer than these strings.
 const std::string TaggedVideoParser::IDENTIFIER = kIdentifier;
 const std::string TaggedVideoParser::TAG = kTag;
 
@@ -95,7 +95,7 @@ ErrorCode_e TaggedVideoParser::open(const char* path, const InitMode& mode) {
   const auto size = static_cast<unsigned long>(status.st_size);
   if (!isKnown || !state_->mMapAddr.map(file.get(), size, access)) {
     velmar_logger::e(mode.tag, "mmap fail: %s", std::strerror(errno));
-    if (isKnown) file.release();  // stays open where the map is refused: part of the contract
+    if (isKnown) file.release();  // leaks: kept for existing programs
     return RTV_ERR_FILE_MMAP_FAIL;
   }
   state_->mFileFd = std::move(file);
@@ -112,7 +112,7 @@ ErrorCode_e TaggedVideoParser::load(const InitMode& mode) {
   return checkComplete(mode);
 }
 
-// What a file that is cut short has lost reads as zeros.
+// Missing bytes of a file that is cut short read as zeros.
 void TaggedVideoParser::copyBytes(unsigned long offset, std::size_t size,
                                   unsigned char* bytes) const {
   const unsigned long fileSize = state_->mFileSize;
@@ -159,7 +159,7 @@ ErrorCode_e TaggedVideoParser::readTags() {
   if (version_ == RTV_VER_02) tagsVer02_.clear();
   if (version_ == RTV_VER_03) tagsVer03_.clear();
   if (version_ == RTV_VER_04) tags_.clear();
-  if (!hasTagTable()) return RTV_ERR_SUCCESS;  // and not complete, as is found next
+  if (!hasTagTable()) return RTV_ERR_SUCCESS;  // checkComplete() finds it next
   const unsigned int count = headerOf(version_).frames_count;
   const unsigned char* table = state_->mMapAddr.data() + rtvLayout(version_).headerSize;
   if (version_ == RTV_VER_02) {
@@ -186,8 +186,8 @@ ErrorCode_e TaggedVideoParser::readTagsVer04(unsigned int count) {
     if (!tag.fill(file + rtvLayout(version_).tagAt(i), CAN_SIZE_ALIGNED)) {
       return RTV_ERR_BUFFER_NOT_ALLOCATED;
     }
-    // The array is to hold what a copy of the tag holds, which aligns the block once more. Doing
-    // that in place saves the second block.
+    // The array has to hold what a copy of the tag would: a copy aligns the block once more. Doing
+    // that in place saves a second block.
     can_data_init_ptr(tag.pCan(), true);
   }
   return RTV_ERR_SUCCESS;
@@ -197,7 +197,7 @@ ErrorCode_e TaggedVideoParser::checkComplete(const InitMode& mode) const {
   const unsigned int count = headerOf(version_).frames_count;
   frametag03Ver_t last{};  // without frames: all zeros
   if (count > 0) {
-    // Where the frame lies stands at the same place of the tag in every version.
+    // Offset and size of the frame are at the same place of the tag in every version.
     unsigned char bytes[sizeof last];
     copyBytes(rtvLayout(version_).tagAt(count - 1), sizeof bytes, bytes);
     last = get<frametag03Ver_t>(bytes);

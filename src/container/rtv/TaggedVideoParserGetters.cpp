@@ -1,4 +1,4 @@
-// What the header and the tags say.
+// The getters for the values of header and tags.
 #include "container/rtv/CanByteOrder.h"
 #include "container/rtv/RtvLayout.h"
 #include "container/rtv/TaggedVideoParserState.h"
@@ -10,7 +10,7 @@ namespace {
 
 constexpr float kHundredths = 100.0F;
 
-// In 32 bits, where the lowest value is its own magnitude.
+// In 32 bits, so the lowest value is its own magnitude.
 unsigned int magnitude(int value) {
   const auto bits = static_cast<unsigned int>(value);
   return value < 0 ? 0U - bits : bits;
@@ -190,7 +190,7 @@ ErrorCode_e TaggedVideoParser::getCANRecord(unsigned short index, can_data_io& r
     return RTV_ERR_SUCCESS;
   }
   record = get<can_data_io>(state_->mMapAddr.data() + rtvLayout(version_).tagAt(index) + kCanAt);
-  // By this file's own flags, not by the latch.
+  // By this file's own flags, not by those of the process's first file.
   const bool fileIsBigEndian = (header_.flags & 1) != 0;
   if (fileIsBigEndian != isCPUBigEndian()) reverseCanFields(record, true, true, true);
   return RTV_ERR_SUCCESS;

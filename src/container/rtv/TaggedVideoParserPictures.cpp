@@ -1,4 +1,4 @@
-// Frames as they are stored, and decoded.
+// The getters for frames, stored and decoded.
 #include <turbojpeg.h>
 
 #include <cstring>

@@ -10,7 +10,7 @@
 
 constexpr char kTaggedVideoParserTag[] = "TaggedVideoParser";  ///< of the log
 
-/// What the public class keeps out of its header.
+/// The private state of the public class, kept out of the public header.
 struct TaggedVideoParser::State {
   FileDescriptor mFileFd;
   MemoryMap mMapAddr;  ///< mapped while, and only while, the parser is initialised
