@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "program/ExitStatus.h"
+#include "program/CommandJob.h"
 
 struct ToolRun {
   ExitStatus status;

@@ -22,7 +22,7 @@ std::string picture(unsigned int i) { return numberedJpeg(i, 40 + i % 2 * 100); 
 
 /// Of version 04 unless said otherwise.
 void record(const std::string& path, version_e version = RTV_VER_04) {
-  if (isRtv(path)) {
+  if (isRtvPath(path)) {
     RecordFileCreater creater(path, kSlots, version, nullptr);
     creater.setVideoResolution(32, 16);
     creater.setFrameFormat(RTV_FMT_BGR);

@@ -55,7 +55,7 @@ std::string quietDifferences(const RecordingDescription& one, const RecordingDes
 void compare(const Recording& winner, const Recording& other, bool isAsked, Job& job) {
   const RecordingDescription kept = winner.description();
   const RecordingDescription left = other.description();
-  if (winner.parser() != nullptr && kept.version != left.version) {
+  if (winner.isRtv() && kept.version != left.version) {
     throw Failure(
         other.path(),
         "its version is another one than that of " + winner.path() + "; convert can change it",

@@ -27,7 +27,7 @@ struct FrameContents {
       const FrameTimes times = recording.times(i);
       const FrameTag tag = recording.tag(i);
       hasArrivalTimes |= times.arrived != times.sensor;
-      hasMicroseconds |= times.sensor % 1000 != 0;
+      hasMicroseconds |= times.sensor % kMillisecond != 0;
       hasPositions |= tag.hasPosition();
       hasHeights |= tag.z != 0;
       isFarAway |= !fitsVersion02(tag);
@@ -98,12 +98,12 @@ std::vector<std::string> lostInRtv(const RecordingDescription& from, const Frame
 RecordingDescription convertedDescription(const Recording& recording, const std::string& output,
                                           std::optional<version_e> version) {
   RecordingDescription description = recording.description();
-  const bool fromRtv = recording.parser() != nullptr;
+  const bool fromRtv = recording.isRtv();
   const version_e after = version.value_or(fromRtv ? description.version : RTV_VER_03);
   if (fromRtv) {
     const int nearest = after == RTV_VER_03 ? description.alt / 100 : 0;
     description.alt = altitudeFor(after, description).value_or(nearest);
-  } else if (isRtv(output)) {
+  } else if (isRtvPath(output)) {
     description.startTime = earliestSensorTime(recording);
   }
   description.version = after;
@@ -115,7 +115,7 @@ std::vector<std::string> lostInConversion(const Recording& recording, const std:
   const RecordingDescription from = recording.description();
   const FrameContents frames(recording);
   std::vector<std::string> lost =
-      isRtv(output) ? lostInRtv(from, frames, version) : lostInImg(from, frames, recording);
+      isRtvPath(output) ? lostInRtv(from, frames, version) : lostInImg(from, frames, recording);
   if (!recording.hasPlainDeviceId()) lost.emplace_back("the exact text of the device id");
   return lost;
 }

@@ -43,8 +43,7 @@ void checkPositions(const std::vector<FrameRange>& ranges, version_e version) {
 
 /// Whether times relative to the start mean the same in both.
 bool sharesStart(const Recording& recording, const RecordingDescription& description) {
-  return recording.parser() != nullptr &&
-         recording.description().startTime == description.startTime;
+  return recording.isRtv() && recording.description().startTime == description.startTime;
 }
 
 /// Frames as they are stored. What is no picture is copied as well: nothing of a recording is lost

@@ -18,8 +18,6 @@
 
 namespace {
 
-constexpr std::uint64_t kMillisecond = 1000;
-
 std::string hexText(const std::string& bytes) {
   if (bytes.empty()) return "none";
   return bytesToHex(reinterpret_cast<const unsigned char*>(bytes.data()),
@@ -54,7 +52,7 @@ EditPlan::EditPlan(const Recording& recording, const EditRequest& request)
 
 // Version 02 does not say.
 void EditPlan::checkByteOrder() const {
-  if (recording_.parser() == nullptr || description_.version == RTV_VER_02) return;
+  if (!recording_.isRtv() || description_.version == RTV_VER_02) return;
   if ((FileBytes(recording_.path()).read(kFlagsAt, 1).at(0) & 1) == 0) return;
   throw Failure(recording_.path(), "a big-endian machine wrote it; such files are not edited",
                 VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
@@ -79,7 +77,7 @@ void EditPlan::checkIndex(const std::string& option, unsigned int index) const {
 
 void EditPlan::planDeviceId(const std::string& id) {
   std::string stored = id;
-  if (recording_.parser() != nullptr) {
+  if (recording_.isRtv()) {
     if (id.size() > kRtvDeviceIdSize) refuse("--device-id", "an rtv holds 24 bytes");
     stored.resize(kRtvDeviceIdSize);  // or the end of the old one would stay
   }
@@ -91,7 +89,7 @@ void EditPlan::planDeviceId(const std::string& id) {
 }
 
 void EditPlan::planUndistorted(bool undistorted) {
-  if (recording_.parser() != nullptr && description_.version == RTV_VER_02) {
+  if (recording_.isRtv() && description_.version == RTV_VER_02) {
     refuse("--undistorted", "version 02 of rtv cannot say so");
   }
   add("undistorted", onOff(description_.undistorted), onOff(undistorted),
@@ -99,7 +97,7 @@ void EditPlan::planUndistorted(bool undistorted) {
 }
 
 void EditPlan::planTaggingFlags(unsigned int flags) {
-  if (recording_.parser() == nullptr) refuse("--tagging-flags", "an img holds none");
+  if (!recording_.isRtv()) refuse("--tagging-flags", "an img holds none");
   if (description_.version == RTV_VER_02) {
     refuse("--tagging-flags", "those of a version 02 cannot be changed");
   }
@@ -114,7 +112,7 @@ void EditPlan::planTaggingFlags(unsigned int flags) {
 void EditPlan::planJson(
     const std::string& option, const std::string& before, const std::string& after,
     VELMAR_ERROR_CODE_E (VelmarVideoFileModifier::*modify)(const std::string&)) {
-  if (recording_.parser() != nullptr) refuse(option, "an rtv holds none");
+  if (recording_.isRtv()) refuse(option, "an rtv holds none");
   add(option.substr(2), toJsonText(parseJson(before)), toJsonText(parseJson(after)),
       [after, modify](auto& modifier) { return (modifier.*modify)(after); });
 }
@@ -134,7 +132,7 @@ void EditPlan::planResolution() {
 }
 
 void EditPlan::planStartTime(std::uint64_t time) {
-  if (recording_.parser() == nullptr) {
+  if (!recording_.isRtv()) {
     refuse("--start-time",
            "an img starts when its frame 0 arrived; --arrived-time 0=... sets that");
   }
@@ -151,7 +149,7 @@ void EditPlan::planStartTime(std::uint64_t time) {
 
 void EditPlan::planSensorTime(const std::string& option, EditRequest::FrameTime change, bool said) {
   checkIndex(option, change.index);
-  const bool rtv = recording_.parser() != nullptr;
+  const bool rtv = recording_.isRtv();
   if (rtv && change.time % kMillisecond != 0) refuse(option, "an rtv holds whole milliseconds");
   if (rtv && !rtvTimeFlag(description_, change.time)) {
     refuse(option, "frame " + std::to_string(change.index) +
@@ -170,7 +168,7 @@ void EditPlan::planSensorTime(const std::string& option, EditRequest::FrameTime 
 
 void EditPlan::planArrivedTime(const std::string& option, EditRequest::FrameTime change,
                                bool said) {
-  if (recording_.parser() != nullptr) refuse(option, "an rtv holds no arrival times");
+  if (recording_.isRtv()) refuse(option, "an rtv holds no arrival times");
   checkIndex(option, change.index);
   const Write write = [change](auto& modifier) {
     unsigned long value = change.time;
@@ -203,7 +201,7 @@ void EditPlan::planAllTimes(const std::string& option, const std::vector<FrameTi
                        " frames");
   }
   if (count == 0) return;
-  const bool rtv = recording_.parser() != nullptr;
+  const bool rtv = recording_.isRtv();
   for (unsigned int i = 0; i < count; ++i) {
     if (rtv && times[i].arrived != times[i].sensor) refuse(option, "an rtv holds no arrival times");
     planSensorTime(option, {i, times[i].sensor}, false);
@@ -229,7 +227,7 @@ std::uint64_t EditPlan::shifted(std::uint64_t time, std::int64_t shift) const {
 }
 
 void EditPlan::planShift(std::int64_t shift) {
-  if (recording_.parser() != nullptr) {
+  if (recording_.isRtv()) {
     // The frames follow, since their times are relative to the start.
     if (shift % static_cast<std::int64_t>(kMillisecond) != 0) {
       refuse("--shift-time", "an rtv holds whole milliseconds");

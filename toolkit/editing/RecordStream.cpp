@@ -51,7 +51,7 @@ class StreamRecorder {
       // Frames that are left out keep their place in time.
       const std::uint64_t number = number_++;
       if (!isFit(*frame, number)) continue;
-      full_ = isRtv(output_) && isBeyondRtv(number);
+      full_ = isRtvPath(output_) && isBeyondRtv(number);
       if (full_) return;
       writer_.add(*frame, {clock_.at(number), clock_.at(number)});
       stage_->advance(writer_.frames());
@@ -73,7 +73,8 @@ class StreamRecorder {
   }
 
   bool isBeyondRtv(std::uint64_t number) const {
-    const std::uint64_t milliseconds = clock_.at(number) / 1000 - clock_.at(0) / 1000;
+    const std::uint64_t milliseconds =
+        clock_.at(number) / kMillisecond - clock_.at(0) / kMillisecond;
     return writer_.frames() == kRtvFramesMax || milliseconds > INT32_MAX;
   }
 

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+constexpr std::uint64_t kMillisecond = 1000;  ///< in microseconds
+
 /// Microseconds since 1970-01-01 00:00:00 UTC.
 struct FrameTimes {
   std::uint64_t sensor;

@@ -68,7 +68,7 @@ Failure openFailure(const std::string& path, VELMAR_ERROR_CODE_E code) {
     return {path, code};
   }
   const FileBytes file(path);
-  const bool named = isRtv(path);
+  const bool named = isRtvPath(path);
   if (named ? beginsAsImg(file) : beginsAsRtv(file)) {
     const std::string words = named ? "it is an img, but its name ends in .rtv; rename it to .img"
                                     : "it is an rtv, but its name ends in .img; rename it to .rtv";

@@ -17,7 +17,7 @@ void checkExtension(const std::string& path) {
 }
 
 void checkSameContainer(const std::string& input, const std::string& output) {
-  if (isRtv(input) == isRtv(output)) return;
+  if (isRtvPath(input) == isRtvPath(output)) return;
   throw Failure(output, "it is of another container than " + input + "; convert can change that",
                 VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
 }
@@ -27,7 +27,7 @@ Recording::Recording(const std::string& path) : path_(path) {
   checkExtension(path);
   reader_ = makeVelmarVideoFileReader(path);
   if (const auto code = reader_->open()) throw openFailure(path, code);
-  if (!isRtv(path)) return;
+  if (!isRtvPath(path)) return;
   parser_ = std::make_unique<TaggedVideoParser>();
   check(rtvErrorCode2VelmarErrorCode(parser_->init(path.c_str())));
 }
@@ -61,7 +61,7 @@ unsigned int Recording::frameSize(unsigned int index) const {
 }
 
 std::string Recording::deviceId() const {
-  if (parser_ == nullptr) {
+  if (!isRtv()) {
     const Json::Value metaInfo = parseJson(reader_->getMetaInfo());
     return metaInfo.isObject() ? metaInfo["camera_id"].asString() : "";
   }
@@ -92,7 +92,7 @@ RecordingDescription Recording::description() const {
   description.startTime = startTime;
   description.cameraParams = reader_->getCameraParams();
   description.extendedInfo = reader_->getExtendedInfo();
-  if (parser_ == nullptr) return description;
+  if (!isRtv()) return description;
   // None of these can fail on a parser that is open.
   parser_->getVersion(description.version);
   parser_->getStartPosition(description.lng, description.lat, description.alt);
@@ -103,7 +103,7 @@ RecordingDescription Recording::description() const {
 
 frametag03Ver_t Recording::storedTag(unsigned int index) const {
   frametag03Ver_t stored{};
-  if (parser_ == nullptr) return stored;
+  if (!isRtv()) return stored;
   check(rtvErrorCode2VelmarErrorCode(parser_->getTag(static_cast<unsigned short>(index), stored)));
   return stored;
 }
@@ -119,7 +119,7 @@ FrameTag Recording::tag(unsigned int index) const {
   tag.relativeDistance = stored.relative_distance;
   tag.speed = stored.speed;
   tag.direction = stored.direction;
-  if (parser_ != nullptr) {
+  if (isRtv()) {
     check(rtvErrorCode2VelmarErrorCode(
         parser_->getCANRecord(static_cast<unsigned short>(index), tag.can)));
   }

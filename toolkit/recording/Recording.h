@@ -23,9 +23,10 @@ class Recording {
   explicit Recording(const std::string& path);
 
   const std::string& path() const { return path_; }
+  bool isRtv() const { return parser_ != nullptr; }
   /// For what the library's codes are wanted of.
   VelmarVideoFileReader& reader() const { return *reader_; }
-  /// Below the facade; null unless the recording is an rtv.
+  /// Below the facade; null unless isRtv().
   TaggedVideoParser* parser() const { return parser_.get(); }
 
   unsigned int framesCount() const;

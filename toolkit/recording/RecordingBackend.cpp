@@ -81,6 +81,6 @@ class RtvBackend final : public RecordingBackend {
 std::unique_ptr<RecordingBackend> makeRecordingBackend(const std::string& path,
                                                        const RecordingDescription& description,
                                                        unsigned int framesMax) {
-  if (isRtv(path)) return std::make_unique<RtvBackend>(path, description, framesMax);
+  if (isRtvPath(path)) return std::make_unique<RtvBackend>(path, description, framesMax);
   return std::make_unique<ImgBackend>(path, description);
 }

@@ -6,13 +6,7 @@
 #include "base/HexText.h"
 #include "toolkit/base/Failure.h"
 
-namespace {
-
-constexpr std::uint64_t kMillisecond = 1000;
-
-}  // namespace
-
-bool isRtv(const std::string& path) { return path.ends_with(".rtv"); }
+bool isRtvPath(const std::string& path) { return path.ends_with(".rtv"); }
 
 std::string bytesOfHex(const std::string& text) {
   std::string bytes(text.size() / 2, '\0');
@@ -44,14 +38,14 @@ std::optional<int> rtvTimeFlag(const RecordingDescription& description, std::uin
 }
 
 void checkFramesCount(const std::string& output, std::size_t frames) {
-  if (!isRtv(output) || frames <= kRtvFramesMax) return;
+  if (!isRtvPath(output) || frames <= kRtvFramesMax) return;
   throw Failure(output, "an rtv holds 65535 frames at the most, not " + std::to_string(frames),
                 VELMAR_ERROR_CODE_OUT_RANGE_E);
 }
 
 void checkRtvTimes(const std::string& output, const RecordingDescription& description,
                    const std::vector<FrameTimes>& times) {
-  if (!isRtv(output)) return;
+  if (!isRtvPath(output)) return;
   if (!rtvStartTime(description)) {
     throw Failure(output, "version 02 of rtv holds no start before 2015",
                   VELMAR_ERROR_CODE_INVALID_PARAMETER_E);

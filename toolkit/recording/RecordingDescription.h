@@ -39,7 +39,8 @@ struct RecordingDescription {
   unsigned int taggingFlags = 0;  ///< besides the mark of undistorted frames
 };
 
-bool isRtv(const std::string& path);
+/// By its name; Recording::isRtv() is for one that is open.
+bool isRtvPath(const std::string& path);
 
 /// The bytes of an identifier's hexadecimal text; a digit too many is left out.
 std::string bytesOfHex(const std::string& text);

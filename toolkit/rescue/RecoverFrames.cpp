@@ -7,6 +7,9 @@
 #include "base/PublishFile.h"
 #include "toolkit/base/Failure.h"
 #include "toolkit/jpeg/FrameInput.h"
+#include "toolkit/jpeg/JpegInspector.h"
+#include "toolkit/recording/FrameLosses.h"
+#include "toolkit/recording/RecordFrames.h"
 
 namespace {
 
@@ -14,46 +17,20 @@ namespace {
 /// pictures without an end marker were recorded like that.
 bool endsInZeros(const std::string& jpeg) { return jpeg.ends_with('\0') && !isWholeJpeg(jpeg); }
 
-}  // namespace
-
-LeftoverFrames::LeftoverFrames(const FileBytes& file, const Leftover& leftover, bool keepDamaged,
-                               Job& job)
-    : file_(file), leftover_(leftover), keepDamaged_(keepDamaged), news_(file.path(), job) {}
-
-std::optional<JpegSize> LeftoverFrames::firstSize() const {
-  std::string jpeg;
-  for (std::size_t i = 0; i < count(); ++i) {
-    if (!take(i, jpeg).empty()) continue;
-    if (const auto size = inspector_.size(jpeg)) return size;
-  }
-  return std::nullopt;
-}
-
-bool LeftoverFrames::read(std::size_t at, NewFrame& frame) {
-  const LeftoverFrame& found = leftover_.frames[at];
-  passMissing(found.number);
-  const std::string flaw = take(at, frame.jpeg);
-  if (!flaw.empty()) {
-    news_.add(found.number, found.number, "lost: " + flaw);
-    return false;
-  }
-  frame.times = found.times.value_or(FrameTimes());
-  if (!leftover_.tags.empty()) frame.tag = leftover_.tags[at];
-  return true;
-}
-
-void LeftoverFrames::finish(std::size_t done) {
-  if (done == count()) passMissing(leftover_.framesCount);
-  news_.finish();
+/// Zeros inside, which a picture of one colour may have as well.
+bool hasHole(const std::string& jpeg) {
+  constexpr std::size_t kSector = 512;
+  const std::size_t end = jpeg.rfind("\xFF\xD9");
+  return end != jpeg.npos && jpeg.find(std::string(kSector, '\0')) < end &&
+         !JpegInspector::decodingProblem(jpeg).text.empty();
 }
 
 /// Why the frame is lost; empty if `jpeg` holds it.
-std::string LeftoverFrames::take(std::size_t at, std::string& jpeg) const {
-  const LeftoverFrame& frame = leftover_.frames[at];
+std::string take(const Rescue& rescue, const LeftoverFrame& frame, std::string& jpeg) {
   if (frame.flaw != nullptr) return frame.flaw;
   if (frame.size > kMaxFrameSize) return "too large for a picture";
-  jpeg = file_.read(frame.offset, frame.size);
-  if (keepDamaged_) return "";
+  jpeg = rescue.file.read(frame.offset, frame.size);
+  if (rescue.keepDamaged) return "";
   if (frame.isCut || endsInZeros(jpeg)) {
     return "the picture is cut short (--keep-damaged keeps such)";
   }
@@ -61,33 +38,68 @@ std::string LeftoverFrames::take(std::size_t at, std::string& jpeg) const {
   return "";
 }
 
-/// Zeros inside, which a picture of one colour may have as well.
-bool LeftoverFrames::hasHole(const std::string& jpeg) const {
-  constexpr std::size_t kSector = 512;
-  const std::size_t end = jpeg.rfind("\xFF\xD9");
-  return end != jpeg.npos && jpeg.find(std::string(kSector, '\0')) < end &&
-         !inspector_.decodingProblem(jpeg).text.empty();
+class RescuedFrames final : public FrameSource {
+ public:
+  RescuedFrames(const Rescue& rescue, Job& job) : rescue_(rescue), news_(rescue.file.path(), job) {}
+
+  std::size_t count() const override { return rescue_.leftover.frames.size(); }
+
+  bool read(std::size_t at, NewFrame& frame) override {
+    const LeftoverFrame& found = rescue_.leftover.frames[at];
+    passMissing(found.number);
+    const std::string flaw = take(rescue_, found, frame.jpeg);
+    if (!flaw.empty()) {
+      news_.add(found.number, found.number, "lost: " + flaw);
+      return false;
+    }
+    frame.times = found.times.value_or(FrameTimes());
+    if (!rescue_.leftover.tags.empty()) frame.tag = rescue_.leftover.tags[at];
+    return true;
+  }
+
+  void finish(std::size_t done) override {
+    if (done == count()) passMissing(rescue_.leftover.framesCount);
+    news_.finish();
+  }
+
+ private:
+  void passMissing(std::uint64_t next) {
+    if (next > number_) {
+      news_.add(number_, next - 1, "lost: neither its record nor its picture is left");
+    }
+    number_ = next + 1;
+  }
+
+  const Rescue& rescue_;
+  FrameNews news_;
+  std::uint64_t number_ = 0;  // that is next in the recording
+};
+
+}  // namespace
+
+std::optional<JpegSize> firstSize(const Rescue& rescue) {
+  const JpegInspector inspector;
+  std::string jpeg;
+  for (const LeftoverFrame& frame : rescue.leftover.frames) {
+    if (!take(rescue, frame, jpeg).empty()) continue;
+    if (const auto size = inspector.size(jpeg)) return size;
+  }
+  return std::nullopt;
 }
 
-void LeftoverFrames::passMissing(std::uint64_t next) {
-  if (next > number_) {
-    news_.add(number_, next - 1, "lost: neither its record nor its picture is left");
-  }
-  number_ = next + 1;
+unsigned int recoverFrames(const Rescue& rescue, const std::string& output,
+                           const RecordingDescription& description, Job& job) {
+  const std::string path = recoveringPath(output);
+  RescuedFrames frames(rescue, job);
+  const unsigned int kept =
+      recordFrames(frames, {path, description, rescue.leftover.framesMax, 0, output}, job);
+  if (renameFile(path, output)) return kept;
+  const int cause = errno;
+  ::unlink(path.c_str());
+  throw Failure::ofSystem(output, "cannot give it its name", cause);
 }
 
 std::string recoveringPath(const std::string& output) {
   const std::size_t extension = output.rfind('.');
   return output.substr(0, extension) + ".recovering" + output.substr(extension);
-}
-
-unsigned int recoverFrames(LeftoverFrames& frames, const std::string& output,
-                           const RecordingDescription& description, unsigned int framesMax,
-                           Job& job) {
-  const std::string path = recoveringPath(output);
-  const unsigned int kept = recordFrames(frames, {path, description, framesMax, 0, output}, job);
-  if (renameFile(path, output)) return kept;
-  const int cause = errno;
-  ::unlink(path.c_str());
-  throw Failure::ofSystem(output, "cannot give it its name", cause);
 }

@@ -116,7 +116,8 @@ bool readHeader(const std::string& front, version_e version, RecordingDescriptio
   if (!front.starts_with(kRtvMagic) || front.size() < layout.headerSize) return false;
   const char* const bytes = front.data();
   description.deviceId.assign(bytes + kDeviceIdAt, kRtvDeviceIdSize);
-  description.startTime = get<std::uint64_t>(bytes + kStartTimeAt) * 1000 + rtvEpoch(version);
+  description.startTime =
+      get<std::uint64_t>(bytes + kStartTimeAt) * kMillisecond + rtvEpoch(version);
   description.lng = get<int>(bytes + kLngAt);
   description.lat = get<int>(bytes + kLatAt);
   if (layout.hasFlagsAndAltitude) description.alt = get<int>(bytes + kAltAt);

@@ -10,7 +10,6 @@
 #include "toolkit/jpeg/FrameInput.h"
 #include "toolkit/jpeg/JpegInspector.h"
 #include "toolkit/recording/FramePlaces.h"
-#include "toolkit/recording/OpenFailure.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/text/JsonText.h"
 
@@ -21,9 +20,9 @@ using Severity = Finding::Severity;
 /// Checks a recording that opens.
 class Verifier {
  public:
-  Verifier(const std::string& path, bool decode, FindingMerger& findings)
-      : recording_(path),
-        file_(path),
+  Verifier(const Recording& recording, bool decode, FindingMerger& findings)
+      : recording_(recording),
+        file_(recording.path()),
         places_(recording_, file_),
         description_(recording_.description()),
         decode_(decode),
@@ -36,7 +35,7 @@ class Verifier {
       checkPicture(i);
       if (i > 0) checkOrder(i);
     }
-    if (recording_.parser() == nullptr) {
+    if (!recording_.isRtv()) {
       checkMetaData();
     } else {
       checkRtv();
@@ -144,7 +143,7 @@ class Verifier {
     if (times.sensor < before.sensor) {
       reportFrame(Severity::Warning, index, "was captured before the frame before it");
     }
-    if (recording_.parser() == nullptr && times.arrived < before.arrived) {
+    if (!recording_.isRtv() && times.arrived < before.arrived) {
       reportFrame(Severity::Warning, index, "arrived before the frame before it");
     }
   }
@@ -206,7 +205,7 @@ class Verifier {
     }
   }
 
-  const Recording recording_;
+  const Recording& recording_;
   const FileBytes file_;
   const FramePlaces places_;
   const RecordingDescription description_;
@@ -215,26 +214,28 @@ class Verifier {
   const JpegInspector inspector_;
 };
 
+/// Nothing if it does not open, which is a finding.
+std::optional<Recording> opened(const std::string& path, const FindingMerger::Report& report) {
+  std::string words =
+      "its name has to end in .img or .rtv (what an interrupted recording left is for the command "
+      "recover)";
+  try {
+    if (makeVelmarVideoFileReader(path) != nullptr) return Recording(path);
+  } catch (const Failure& failure) {
+    words = failure.words();
+  }
+  report({Severity::Error, {}, {}, "does not open: " + words});
+  return std::nullopt;
+}
+
 }  // namespace
 
 unsigned int verify(const std::string& path, bool decode, const FindingMerger::Report& report) {
-  const auto reader = makeVelmarVideoFileReader(path);
-  if (reader == nullptr) {
-    report({Severity::Error,
-            {},
-            {},
-            "does not open: its name has to end in .img or .rtv (what an interrupted recording "
-            "left is for the command recover)"});
-    return 0;
-  }
-  const VELMAR_ERROR_CODE_E code = reader->open();
-  if (code != VELMAR_ERROR_CODE_SUCCESS_E) {
-    report({Severity::Error, {}, {}, "does not open: " + openFailure(path, code).words()});
-    return 0;
-  }
+  const auto recording = opened(path, report);
+  if (!recording) return 0;
   FindingMerger findings(report);
   try {
-    const unsigned int count = Verifier(path, decode, findings).run();
+    const unsigned int count = Verifier(*recording, decode, findings).run();
     findings.finish();
     return count;
   } catch (const Failure&) {

@@ -91,7 +91,7 @@ class LineBuilder {
 }  // namespace
 
 FrameLine::FrameLine(const Recording& recording) : recording_(recording) {
-  if (recording.parser() == nullptr) return;
+  if (!recording.isRtv()) return;
   const version_e version = recording.description().version;
   track_.emplace(recording);
   hasCan_ = version == RTV_VER_04;

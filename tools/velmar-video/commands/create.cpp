@@ -100,10 +100,10 @@ void checkUsage(const Options& options) {
     throw UsageError("create: the frames' times come from --times or from --fps");
   }
   if (options.framesPerSecond) clockOf(options);
-  if (options.startTime && !options.framesPerSecond && !isRtv(options.output)) {
+  if (options.startTime && !options.framesPerSecond && !isRtvPath(options.output)) {
     throw UsageError("create: --start-time goes with --fps or with an .rtv");
   }
-  if (!options.tagsFile.empty() && !isRtv(options.output)) {
+  if (!options.tagsFile.empty() && !isRtvPath(options.output)) {
     throw UsageError("create: --tags needs an .rtv");
   }
   if (options.readsStream() && !(options.timesFile.empty() && options.tagsFile.empty())) {

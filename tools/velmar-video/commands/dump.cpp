@@ -49,7 +49,7 @@ struct Options {
 
 ExitStatus dump(const Options& options, CommandJob& job) {
   const std::string& file = options.file;
-  if (!isRtv(file)) {
+  if (!isRtvPath(file)) {
     throw Failure(file, "only rtv recordings can be dumped; info shows others",
                   VELMAR_ERROR_CODE_NOT_VELMAR_VIDEO_FORMAT_E);
   }

@@ -37,7 +37,7 @@ void checkOutputs(const Options& options) {
   checkStandardOutput(options.file);
   for (const std::string& file : {options.gpxFile, options.geoJsonFile}) {
     if (file.empty()) continue;
-    if (!isRtv(options.file)) {
+    if (!isRtvPath(options.file)) {
       throw Failure(options.file, "an img holds no positions, so it has no track",
                     VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
     }

@@ -48,7 +48,7 @@ Info readInfo(const std::string& file) {
   const Recording recording(file);
   Info info;
   info.file = file;
-  info.container = isRtv(file) ? "rtv" : "img";
+  info.container = recording.isRtv() ? "rtv" : "img";
   info.framesCount = recording.framesCount();
   // Neither can fail on a reader that is open.
   recording.reader().getVersion(info.version);
@@ -58,7 +58,7 @@ Info readInfo(const std::string& file) {
   info.duration = durationOf(recording);
   info.cameraParams = parseJson(info.description.cameraParams);
   info.extendedInfo = parseJson(info.description.extendedInfo);
-  if (recording.parser() != nullptr) info.start = Track(recording).start();
+  if (recording.isRtv()) info.start = Track(recording).start();
   struct stat status {};
   if (stat(file.c_str(), &status) == 0) info.bytes = static_cast<std::uint64_t>(status.st_size);
   return info;

@@ -39,7 +39,7 @@ RecordingDescription describe(const Options& options, const Leftover& leftover, 
   if (!isDescribed || options.size) description.setSize(options.size.value_or(firstSize));
   if (isDescribed) return description;
   job.note(options.input, leftover.undescribed + "; a new header is made of what the options give");
-  if (isRtv(options.output) && !options.startTime) {
+  if (isRtvPath(options.output) && !options.startTime) {
     job.lose(options.input, "the start time is not known; edit --start-time sets it");
   }
   if (description.deviceId.empty()) {
@@ -59,7 +59,7 @@ void showResult(const Options& options, unsigned int kept, const Leftover& lefto
 void checkContainer(const Options& options) {
   std::string name = options.input;
   if (name.ends_with(".tmp")) name.resize(name.size() - 4);
-  if (!name.ends_with(isRtv(options.output) ? ".img" : ".rtv")) return;
+  if (!name.ends_with(isRtvPath(options.output) ? ".img" : ".rtv")) return;
   throw Failure(options.output, "it is of another container than " + options.input,
                 VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
 }
@@ -79,20 +79,19 @@ ExitStatus recover(const Options& options, CommandJob& job) {
   checkOutputOf(options);
   const FileBytes file(options.input);
   const Leftover leftover =
-      isRtv(options.output)
+      isRtvPath(options.output)
           ? findRtvLeftover(file, options.description.rtvVersion.version(options.output))
           : findImgLeftover(file, timesOf(options, job));
-  LeftoverFrames frames(file, leftover, options.keepDamaged, job);
-  const auto firstSize = frames.firstSize();
-  if (!firstSize) {
+  const Rescue rescue{file, leftover, options.keepDamaged};
+  const auto size = firstSize(rescue);
+  if (!size) {
     throw Failure(options.input,
                   "no frame can be recovered from it as from an " +
-                      std::string(isRtv(options.output) ? "rtv" : "img"),
+                      std::string(isRtvPath(options.output) ? "rtv" : "img"),
                   VELMAR_ERROR_CODE_ALL_IMAGES_CORRUPTED_E);
   }
-  const auto description = describe(options, leftover, *firstSize, job);
-  const unsigned int kept =
-      recoverFrames(frames, options.output, description, leftover.framesMax, job);
+  const auto description = describe(options, leftover, *size, job);
+  const unsigned int kept = recoverFrames(rescue, options.output, description, job);
   if (leftover.strayBytes > 0) {
     job.lose(options.input, std::to_string(leftover.strayBytes) +
                                 " bytes belong to no whole frame, perhaps the one that was "
@@ -103,14 +102,14 @@ ExitStatus recover(const Options& options, CommandJob& job) {
 }
 
 void checkUsage(const Options& options) {
-  if (isRtv(options.output) && (options.framesPerSecond || !options.timesFile.empty())) {
+  if (isRtvPath(options.output) && (options.framesPerSecond || !options.timesFile.empty())) {
     throw UsageError("recover: an rtv has its frames' times in the file; no --fps or --times");
   }
   if (options.framesPerSecond) FrameClock(0, *options.framesPerSecond);
   if (options.framesPerSecond && !options.timesFile.empty()) {
     throw UsageError("recover: --fps and --times exclude each other");
   }
-  if (options.startTime && !isRtv(options.output) && !options.framesPerSecond) {
+  if (options.startTime && !isRtvPath(options.output) && !options.framesPerSecond) {
     throw UsageError("recover: --start-time goes with --fps or with an .rtv");
   }
   options.description.rtvVersion.version(options.output);

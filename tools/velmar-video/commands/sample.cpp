@@ -3,7 +3,6 @@
 
 #include "program/DescriptionOptions.h"
 #include "program/OutputGuard.h"
-#include "program/Progress.h"
 #include "program/Tool.h"
 #include "scene/SampleScene.h"
 #include "toolkit/recording/RecordFrames.h"

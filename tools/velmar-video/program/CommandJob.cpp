@@ -1,29 +1,111 @@
 #include "program/CommandJob.h"
 
+#include <poll.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <iostream>
+
 #include "program/Diagnostics.h"
-#include "program/Progress.h"
-#include "program/StopSignal.h"
 
 namespace {
 
-class CommandStage final : public Job::Stage {
+/// Turns signals into a question.
+class StopSignal {
  public:
-  CommandStage(const std::string& name, std::size_t total, bool quiet)
-      : progress_(name, total, quiet) {}
+  StopSignal() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int number : {SIGINT, SIGTERM}) {
+      struct sigaction action {};
+      sigaction(number, nullptr, &action);
+      if (action.sa_handler != SIG_IGN) sigaddset(&signals, number);
+    }
+    // Blocked signals wait in the descriptor, so none can slip in between a look and a read.
+    signalFd_ = signalfd(-1, &signals, SFD_CLOEXEC);
+    if (signalFd_ < 0) throw Failure::ofSystem("signals", "cannot wait for them", errno);
+    pthread_sigmask(SIG_BLOCK, &signals, &previousMask_);
+  }
+  StopSignal(const StopSignal&) = delete;
+  StopSignal& operator=(const StopSignal&) = delete;
+  ~StopSignal() {
+    // What has come is answered; left pending it would kill the program now.
+    signalfd_siginfo received;
+    while (isPending(0, -1) && read(signalFd_, &received, sizeof received) > 0) continue;
+    ::close(signalFd_);
+    pthread_sigmask(SIG_SETMASK, &previousMask_, nullptr);
+  }
 
-  void advance(std::size_t done) override { progress_.update(done); }
-  bool stopRequested() override { return stop_.requested(); }
-  bool waitReadable(int fd) override { return stop_.waitReadable(fd); }
+  bool requested() {
+    if (!requested_) requested_ = isPending(0, -1);
+    return requested_;
+  }
+  /// Waits for a signal, or until `fd` can be read.
+  bool comesBefore(int fd) {
+    if (!requested_) requested_ = isPending(-1, fd);
+    return requested_;
+  }
 
  private:
+  bool isPending(int timeout, int fd) const {
+    pollfd waits[] = {{signalFd_, POLLIN, 0}, {fd, POLLIN, 0}};
+    while (poll(waits, 2, timeout) < 0) {
+      if (errno != EINTR && errno != EAGAIN) return true;
+    }
+    return waits[0].revents != 0;
+  }
+
+  sigset_t previousMask_;
+  int signalFd_ = -1;
+  bool requested_ = false;
+};
+
+/// Shows how many frames are done a few times a second, and leaves the last count there.
+class CommandStage final : public Job::Stage {
+ public:
+  CommandStage(const std::string& name, std::size_t total, bool isShown)
+      : name_(name), total_(total), isShown_(isShown) {}
+  CommandStage(const CommandStage&) = delete;
+  CommandStage& operator=(const CommandStage&) = delete;
+  ~CommandStage() override {
+    if (!isShown_ || done_ == 0) return;
+    show();
+    std::cerr << '\n';
+  }
+
+  void advance(std::size_t done) override {
+    done_ = done;
+    if (!isShown_) return;
+    const auto now = std::chrono::steady_clock::now();
+    if (now < next_) return;
+    next_ = now + std::chrono::milliseconds(200);
+    show();
+  }
+  bool stopRequested() override { return stop_.requested(); }
+  bool waitReadable(int fd) override { return !stop_.comesBefore(fd); }
+
+ private:
+  void show() const {
+    std::string text = "\r\033[K" + name_ + ": " + std::to_string(done_);
+    if (total_ != 0) text += " of " + std::to_string(total_);
+    std::cerr << text + " frames" << std::flush;
+  }
+
   StopSignal stop_;
-  Progress progress_;
+  std::string name_;
+  std::size_t total_;
+  bool isShown_;
+  std::size_t done_ = 0;
+  std::chrono::steady_clock::time_point next_;
 };
 
 }  // namespace
 
 std::unique_ptr<Job::Stage> CommandJob::begin(const std::string& name, std::size_t total) {
-  return std::make_unique<CommandStage>(name, total, quiet_);
+  return std::make_unique<CommandStage>(name, total, !quiet_ && isatty(STDERR_FILENO) != 0);
 }
 
 void CommandJob::lose(const std::string& what, const std::string& words) {

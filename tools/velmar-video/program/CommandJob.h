@@ -1,14 +1,22 @@
 #ifndef VELMAR_TOOL_COMMAND_JOB_H
 #define VELMAR_TOOL_COMMAND_JOB_H
 
-#include "program/ExitStatus.h"
 #include "toolkit/base/Failure.h"
 #include "toolkit/base/Job.h"
 
+enum class ExitStatus : int {
+  Done = 0,
+  Failed = 1,
+  Usage = 2,
+  Loss = 3,  ///< done, but something was lost or skipped
+};
+
 /// The work of a command: what it has to tell goes to standard error and into the exit status, the
-/// wish to stop is SIGINT or SIGTERM.
+/// wish to stop is SIGINT or SIGTERM. A signal that the program was started to ignore stays
+/// ignored.
 class CommandJob final : public Job {
  public:
+  /// \param quiet  shows no progress; that is for terminals only
   explicit CommandJob(bool quiet) : quiet_(quiet) {}
 
   std::unique_ptr<Stage> begin(const std::string& name, std::size_t total) override;

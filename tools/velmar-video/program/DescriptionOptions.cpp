@@ -148,7 +148,7 @@ void RtvVersionOption::addTo(CLI::App& command) {
 
 std::optional<version_e> RtvVersionOption::version(const std::string& output) const {
   if (text.empty()) return std::nullopt;
-  if (!isRtv(output)) throw UsageError("--rtv-version needs an .rtv");
+  if (!isRtvPath(output)) throw UsageError("--rtv-version needs an .rtv");
   return kVersions.at(text);
 }
 
@@ -174,7 +174,7 @@ void DescriptionOptions::addTo(CLI::App& command) {
 }
 
 void DescriptionOptions::refuseWhatIsNotHeld(const std::string& output, version_e version) const {
-  if (!isRtv(output)) {
+  if (!isRtvPath(output)) {
     if (!startPosition.empty()) throw UsageError("--start-position needs an .rtv");
     return;
   }
