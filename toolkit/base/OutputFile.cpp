@@ -9,7 +9,7 @@
 #include "base/FileDescriptor.h"
 #include "toolkit/base/Failure.h"
 
-void writeFile(const std::string& path, const std::string& bytes) {
+void replaceFile(const std::string& path, const std::string& bytes) {
   // A name of its own and a file of its own: what has that name already, a link to the input
   // perhaps, must not be written to.
   const std::string temporary = path + "." + std::to_string(::getpid()) + ".tmp";

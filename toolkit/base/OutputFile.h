@@ -5,6 +5,6 @@
 
 /// Writes a whole file under a temporary name and renames it, so that `path` never stands for a
 /// part of it. What was there is replaced. Throws Failure and leaves nothing behind.
-void writeFile(const std::string& path, const std::string& bytes);
+void replaceFile(const std::string& path, const std::string& bytes);
 
 #endif

@@ -117,7 +117,7 @@ bool Extraction::extractNext(PictureSource& source) {
   if (const FrameFlaw flaw = source.read(frames_[at], bytes)) {
     losses_.add(frames_[at], flaw);
   } else {
-    writeFile(pathOf(frames_[at]), bytes);
+    replaceFile(pathOf(frames_[at]), bytes);
     written_[at] = 1;
   }
   return true;

@@ -1,8 +1,19 @@
 #include "toolkit/recording/FrameTimes.h"
 
 #include <cmath>
+#include <optional>
 
 #include "toolkit/base/Failure.h"
+#include "toolkit/text/NumberText.h"
+
+double parseFrameRate(std::string_view text) {
+  const std::size_t slash = text.find('/');
+  const auto frames = numberOf<double>(text.substr(0, slash));
+  const auto seconds =
+      slash == text.npos ? std::optional(1.0) : numberOf<double>(text.substr(slash + 1));
+  if (frames && seconds) return *frames / *seconds;
+  throw UsageError("--fps is a number of frames a second, such as 25 or 30000/1001");
+}
 
 FrameClock::FrameClock(std::uint64_t start, double framesPerSecond)
     : start_(start), framesPerSecond_(framesPerSecond) {

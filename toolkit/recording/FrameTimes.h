@@ -3,6 +3,7 @@
 #define VELMAR_TOOLKIT_FRAME_TIMES_H
 
 #include <cstdint>
+#include <string_view>
 
 constexpr std::uint64_t kMillisecond = 1000;  ///< in microseconds
 
@@ -11,6 +12,9 @@ struct FrameTimes {
   std::uint64_t sensor;
   std::uint64_t arrived;
 };
+
+/// Frames a second, a number or a fraction such as "30000/1001". Throws UsageError.
+double parseFrameRate(std::string_view text);
 
 /// Gives frames that come at an even rate their capture times.
 class FrameClock {

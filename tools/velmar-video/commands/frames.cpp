@@ -46,7 +46,7 @@ void checkOutputs(const Options& options) {
 }
 
 void writeText(const std::string& file, const std::string& text) {
-  if (file != "-") return writeFile(file, text);
+  if (file != "-") return replaceFile(file, text);
   StandardOutput output;
   output.write(text);
   output.flush();

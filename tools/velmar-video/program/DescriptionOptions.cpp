@@ -119,15 +119,6 @@ void checkStandardInputOnce(const std::vector<std::string>& files) {
   }
 }
 
-double parseFrameRate(std::string_view text) {
-  const std::size_t slash = text.find('/');
-  const auto frames = numberOf<double>(text.substr(0, slash));
-  const auto seconds =
-      slash == text.npos ? std::optional(1.0) : numberOf<double>(text.substr(slash + 1));
-  if (frames && seconds) return *frames / *seconds;
-  throw UsageError("--fps is a number of frames a second, such as 25 or 30000/1001");
-}
-
 void addFrameRateOption(CLI::App& command, const std::function<void(double)>& take,
                         const std::string& help) {
   addParsedOption(command, "--fps", "RATE", help,

@@ -36,9 +36,6 @@ CLI::Option* addStartTimeOption(CLI::App& command, std::optional<std::uint64_t>&
 /// Throws UsageError if more than one of the files is standard input, "-".
 void checkStandardInputOnce(const std::vector<std::string>& files);
 
-/// Frames a second, a number or a fraction such as "30000/1001". Throws UsageError.
-double parseFrameRate(std::string_view text);
-
 /// --fps, whose value `take` gets.
 void addFrameRateOption(CLI::App& command, const std::function<void(double)>& take,
                         const std::string& help);

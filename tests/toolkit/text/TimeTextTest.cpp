@@ -4,7 +4,6 @@
 
 #include <cmath>
 
-#include "program/DescriptionOptions.h"
 #include "toolkit/base/Failure.h"
 #include "toolkit/recording/FrameTimes.h"
 

@@ -1,0 +1,118 @@
+#include "toolkit/editing/Extraction.h"
+
+#include <gtest/gtest.h>
+
+#include "support/Pictures.h"
+#include "support/TestSupport.h"
+#include "toolkit/TestJob.h"
+#include "toolkit/base/Failure.h"
+
+namespace {
+
+using Kind = PictureForm::Kind;
+using Lines = std::vector<std::string>;
+using namespace std::string_literals;
+
+std::vector<std::string> extract(const std::string& file, const std::string& output, Job& job,
+                                 const PictureForm& form = {}, unsigned int threads = 1) {
+  Extraction extraction(file, {}, form, output);
+  extraction.run(threads, job);
+  return extraction.outputs();
+}
+
+TEST(Extraction, MakesFilesOfEachForm) {
+  const TempFolder folder;
+  recordFrames(folder / "a.img", {numberedJpeg(7)});
+  const struct {
+    PictureForm form;
+    const char* name;
+    std::string start;
+    std::size_t size;
+  } cases[] = {
+      {{}, "frame_000000.jpg", numberedJpeg(7), numberedJpeg(7).size()},
+      {{Kind::Pnm}, "frame_000000.ppm", "P6\n32 16\n255\n", 13 + 3 * 32 * 16},
+      {{Kind::Pnm, VELMAR_FORMAT_GRAY_E}, "frame_000000.pgm", "P5\n32 16\n255\n", 13 + 32 * 16},
+      {{Kind::Pnm, VELMAR_FORMAT_RGB_E, SCALE_FACTOR_1_2_E, 5, 2},
+       "frame_000000.ppm",
+       "P6\n16 4\n255\n",
+       12 + 3 * 16 * 4},
+      {{Kind::Png},
+       "frame_000000.png",
+       "\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\0\x20\0\0\0\x10\x08\x02"s,
+       0},
+  };
+  for (const auto& [form, name, start, size] : cases) {
+    SCOPED_TRACE(name);
+    TestJob job;
+    const auto written = extract(folder / "a.img", folder / "deep/er", job, form);
+    ASSERT_EQ(written, Lines{folder / "deep/er/" + name});
+    const std::string file = readFile(written[0]);
+    EXPECT_EQ(file.substr(0, start.size()), start);
+    EXPECT_TRUE(size == 0 || file.size() == size) << file.size();
+    EXPECT_EQ(job.lines, Lines());
+  }
+}
+
+TEST(Extraction, BgrHasTheBytesOfRgbBackwards) {
+  const TempFolder folder;
+  recordFrames(folder / "a.img", {numberedJpeg(7)});
+  TestJob job;
+  const auto pixels = [&](VELMAR_FORMAT_E format) {
+    const auto files = extract(folder / "a.img", folder / "out", job, {Kind::Pnm, format});
+    return readFile(files[0]).substr(13);
+  };
+  const std::string rgb = pixels(VELMAR_FORMAT_RGB_E);
+  std::string bgr = pixels(VELMAR_FORMAT_BGR_E);
+  EXPECT_NE(bgr, rgb);
+  for (std::size_t i = 0; i < bgr.size(); i += 3) std::swap(bgr[i], bgr[i + 2]);
+  EXPECT_EQ(bgr, rgb);
+}
+
+TEST(Extraction, ThreadsMakeTheSameAndNameWhatIsMissing) {
+  const TempFolder folder;
+  std::vector<std::string> frames;
+  for (unsigned int i = 0; i < 60; ++i) frames.push_back(numberedJpeg(i, i % 5 * 300));
+  frames[3] = frames[4] = frames[41] = "no picture";
+  recordFrames(folder / "a.img", frames);
+  for (const unsigned int threads : {1U, 7U, 100U}) {
+    SCOPED_TRACE(threads);
+    TestJob job;
+    const auto written = extract(folder / "a.img", folder / "out", job, {}, threads);
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+      const bool isPicture = frames[i] != "no picture";
+      EXPECT_EQ(exists(written[i]), isPicture) << i;
+      EXPECT_TRUE(!isPicture || readFile(written[i]) == frames[i]) << i;
+    }
+    const std::string flaw =
+        "skipped: its bytes are no JPEG picture (VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E)";
+    EXPECT_EQ(job.lines, (Lines{"a.img frames 3 to 4 are " + flaw, "a.img frame 41 is " + flaw}));
+    std::filesystem::remove_all(folder / "out");
+  }
+}
+
+TEST(Extraction, LeavesNothingBehindIfItFails) {
+  const TempFolder folder;
+  TestJob job;
+  recordFrames(folder / "bad.img", {std::string(100, 'x')});
+  EXPECT_THROW(extract(folder / "bad.img", folder / "none/at/all", job), Failure);
+  EXPECT_FALSE(exists(folder / "none"));
+
+  recordFrames(folder / "good.img", std::vector(20, numberedJpeg(1)));
+  std::filesystem::create_directories(folder / "out/frame_000011.jpg/taken");
+  for (const unsigned int threads : {1U, 4U}) {
+    EXPECT_THROW(extract(folder / "good.img", folder / "out", job, {}, threads), Failure);
+    const std::filesystem::directory_iterator left(folder / "out");
+    EXPECT_EQ(std::distance(begin(left), end(left)), 1) << threads;
+  }
+}
+
+TEST(Extraction, StopsWhenItIsTo) {
+  const TempFolder folder;
+  recordFrames(folder / "a.img", std::vector(20, numberedJpeg(1)));
+  TestJob job(3);
+  const auto written = extract(folder / "a.img", folder / "out", job);
+  EXPECT_EQ(job.lines, Lines{"a.img 3 of 20"});
+  EXPECT_TRUE(exists(written[2]) && !exists(written[3]));
+}
+
+}  // namespace
