@@ -52,6 +52,7 @@ CLI::Option* addChoice(CLI::App& command, const std::string& name, const std::st
                        const std::string& help, const std::map<std::string, Value>& choices,
                        Value& chosen) {
   std::vector<std::string> names;
+  names.reserve(choices.size());
   for (const auto& choice : choices) names.push_back(choice.first);
   return command
       .add_option_function<std::string>(
