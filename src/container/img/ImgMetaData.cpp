@@ -76,7 +76,11 @@ bool ImgMetaData::toText(std::string& text) const {
   if (isPlain(text)) return true;
   try {
     Json::Value again;
-    if (parseJson(text.c_str(), again)) return true;
+    // A comment that the writer puts in a bad place can swallow what follows it.
+    if (parseJson(text.c_str(), again) &&
+        styledText(withoutComments(again)) == styledText(withoutComments(root))) {
+      return true;
+    }
   } catch (const Json::Exception&) {
     // Treated like text that is no JSON.
   }

@@ -87,6 +87,17 @@ void putBack(const RealNumbers& numbers, Json::Value& value) {
   for (Json::Value& element : value) putBack(numbers, element);
 }
 
+// StyledWriter begins no line behind a blank: a comment that ends with one would swallow what
+// follows it.
+void trimComments(Json::Value& value) {
+  for (const auto place : {Json::commentBefore, Json::commentAfterOnSameLine, Json::commentAfter}) {
+    if (!value.hasComment(place)) continue;
+    const std::string comment = value.getComment(place);
+    value.setComment(comment.substr(0, comment.find_last_not_of(' ') + 1), place);
+  }
+  for (Json::Value& member : value) trimComments(member);
+}
+
 /// During its lifetime this thread prints numbers as in the C locale.
 class PlainNumbers {
  public:
@@ -118,12 +129,20 @@ class PlainNumbers {
 // stops at the point, and with digit grouping it refuses them. So in such a locale it gets no real
 // numbers.
 bool parseJson(const std::string& text, Json::Value& value) {
-  if (std::locale() == std::locale::classic()) return Json::Reader().parse(text, value, true);
+  const bool plainNumbers = std::locale() == std::locale::classic();
   std::string integers = text;
-  const auto numbers = takeRealNumbers(integers);
+  const auto numbers = plainNumbers ? RealNumbers() : takeRealNumbers(integers);
   if (!numbers || !Json::Reader().parse(integers, value, true)) return false;
-  putBack(*numbers, value);
+  if (!numbers->empty()) putBack(*numbers, value);
+  trimComments(value);
   return true;
+}
+
+Json::Value withoutComments(const Json::Value& value) {
+  Json::Value bare;
+  bare.copyPayload(value);
+  for (Json::Value& member : bare) member = withoutComments(member);
+  return bare;
 }
 
 std::string styledText(const Json::Value& value) {

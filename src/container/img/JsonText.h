@@ -7,9 +7,12 @@
 
 #include <string>
 
-/// Parses the text and keeps its comments. False if it is not JSON. Throws jsoncpp's exceptions,
-/// for example if the nesting is beyond its limit.
+/// Parses the text and keeps its comments, without blanks at their ends. False if it is not JSON.
+/// Throws jsoncpp's exceptions, for example if the nesting is beyond its limit.
 bool parseJson(const std::string& text, Json::Value& value);
+
+/// A copy that has no comments, neither its own nor its members'.
+Json::Value withoutComments(const Json::Value& value);
 
 /// The text of jsoncpp's StyledWriter: three spaces of indentation, an object's brace behind its
 /// key, short arrays on one line, a final newline. (Value::toStyledString() has another shape in

@@ -139,6 +139,26 @@ TEST(ImgMetaData, KeepsCommentsWithTheTextTheyBelongTo) {
   EXPECT_EQ(styledText(root["extendedInfo"]), "{\n   \"b\" : 1\n}\n");
 }
 
+// The blank behind a comment would let it swallow the next line.
+TEST(ImgMetaData, KeepsWhatFollowsACommentThatEndsWithABlank) {
+  ImgMetaData metaData;
+  metaData.cameraParams = "{\"a\":[{}, // why \n2], \"b\":{\"c\":3} // why not \n} // end ";
+  metaData.extendedInfo = "{\"d\":4} // done \n";
+  metaData.framesCount = 7;
+  std::string text;
+  ASSERT_TRUE(metaData.toText(text));
+  ImgMetaData again;
+  ASSERT_TRUE(again.jsonTo(text.c_str()));
+  EXPECT_EQ(again.framesCount, 7);
+  Json::Value params;
+  ASSERT_TRUE(parseJson(again.cameraParams, params));
+  EXPECT_EQ(params["a"].size(), 2);
+  EXPECT_EQ(params["b"]["c"], 3);
+  Json::Value info;
+  ASSERT_TRUE(parseJson(again.extendedInfo, info));
+  EXPECT_EQ(info.getMemberNames(), std::vector<std::string>{"d"});
+}
+
 // The first two are no JSON, the others could not be read again.
 TEST(ImgMetaData, RefusesToEmbedWhatIsNotJson) {
   const auto nested = [](int depth) { return std::string(depth, '[') + std::string(depth, ']'); };
@@ -147,6 +167,7 @@ TEST(ImgMetaData, RefusesToEmbedWhatIsNotJson) {
       {std::string(10000, '['), "3 ImgMetaData_tag: build json throw error"},
       {nested(1000), "3 ImgMetaData_tag: build json throw error"},
       {std::string("{//\0\n}", 6), "3 ImgMetaData_tag: build json throw error"},
+      {"1/*/", "3 ImgMetaData_tag: build json throw error"},
       {nested(999), ""},
   };
   for (const auto& [json, line] : rows) {
