@@ -12,6 +12,8 @@
 
 #include "Bench.h"
 
+using namespace velmar::detail;
+
 namespace {
 
 namespace fs = std::filesystem;

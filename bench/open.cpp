@@ -10,6 +10,8 @@
 #include "OpenRows.h"
 #include "Peers.h"
 
+using namespace velmar::detail;
+
 namespace {
 
 double openOurs(const std::string& path) {

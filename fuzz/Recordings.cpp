@@ -9,6 +9,8 @@
 #include "support.h"
 #include "velmar_video/rtv/RecordFile.h"
 
+using namespace velmar::detail;
+
 namespace {
 
 constexpr std::size_t kMostPictureBytes = 1 << 16;  // that the harness itself asks for

@@ -10,6 +10,9 @@
 #include "support.h"
 #include "toolkit/rescue/Verification.h"
 
+using namespace velmar::toolkit;
+using namespace velmar::tool;
+
 namespace {
 
 /// The command says much on standard output and error; the fuzzer goes on using the latter.

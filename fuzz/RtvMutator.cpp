@@ -6,6 +6,8 @@
 #include "container/rtv/RtvLayout.h"
 #include "support.h"
 
+using namespace velmar::detail;
+
 extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t maxSize);
 
 namespace {

@@ -4,6 +4,8 @@
 #include "toolkit/tables/TimesCsv.h"
 #include "toolkit/text/CsvTable.h"
 
+using namespace velmar::toolkit;
+
 namespace {
 
 const std::vector<std::string> kFiles = {"in/1.jpg", "in/2.jpg", "a/2.jpg"};

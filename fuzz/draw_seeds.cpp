@@ -18,6 +18,9 @@
 #include "velmar_video/VelmarVideoFile.h"
 #include "velmar_video/rtv/RecordFileCreater.h"
 
+using namespace velmar::detail;
+using namespace velmar::toolkit;
+
 namespace {
 
 namespace fs = std::filesystem;

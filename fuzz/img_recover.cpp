@@ -5,6 +5,8 @@
 #include "container/img/FrameIndex.h"
 #include "support.h"
 
+using namespace velmar::toolkit;
+
 // With the file's own index as the journal, with a part of that, or without: an empty journal is
 // like none.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -4,6 +4,8 @@
 #include "support.h"
 #include "toolkit/jpeg/JpegStreamSplitter.h"
 
+using namespace velmar::toolkit;
+
 namespace {
 
 struct Split {

@@ -4,6 +4,8 @@
 
 #include <cstring>
 
+namespace velmar::detail {
+
 /// The value whose bytes stand there.
 template <typename T>
 T get(const void* at) {
@@ -17,5 +19,7 @@ template <typename T>
 void put(void* at, const T& value) {
   std::memcpy(at, &value, sizeof value);
 }
+
+}  // namespace velmar::detail
 
 #endif

@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <utility>
 
+namespace velmar::detail {
+
 namespace {
 
 // Calls `transfer` (a read or a write) until nothing is left, despite short counts and interrupts.
@@ -74,3 +76,5 @@ bool FileDescriptor::reserve(unsigned long offset, unsigned long size) const {
   } while (result != 0 && errno == EINTR);
   return result == 0 || errno == EOPNOTSUPP || errno == ENOSYS;
 }
+
+}  // namespace velmar::detail

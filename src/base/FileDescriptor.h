@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <string>
 
+namespace velmar::detail {
+
 /// Owns an open file. Failures leave their cause in errno.
 class FileDescriptor {
  public:
@@ -40,5 +42,7 @@ class FileDescriptor {
  private:
   int fd_ = -1;
 };
+
+}  // namespace velmar::detail
 
 #endif

@@ -6,6 +6,8 @@
 
 #include "velmar_logger/velmar_logger.h"
 
+namespace velmar::detail {
+
 /// Returns what `work` returns. Nothing may be thrown at the library's callers: if `work` throws,
 /// as a rule because memory runs out, the exception is logged with the name of the operation, and
 /// the result is `failed`.
@@ -23,5 +25,7 @@ Result guarded(const char* tag, const char* operation, Result failed, Work work)
 inline std::string guardedCopy(const char* tag, const char* operation, const std::string& text) {
   return guarded(tag, operation, std::string(), [&] { return text; });
 }
+
+}  // namespace velmar::detail
 
 #endif

@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <cstring>
 
+namespace velmar::detail {
+
 std::string bytesToHex(const unsigned char* bytes, unsigned int length) {
   static constexpr char kDigits[] = "0123456789abcdef";
   std::string text;
@@ -23,3 +25,5 @@ void hexToBytes(const std::string& text, unsigned char* bytes, unsigned int leng
     bytes[i] = static_cast<unsigned char>(std::strtol(digits.c_str(), nullptr, 16));
   }
 }
+
+}  // namespace velmar::detail

@@ -4,6 +4,8 @@
 #include <memory>
 #include <utility>
 
+namespace velmar::detail {
+
 /// An allocator for vectors of plain data that are resized and then filled: resize() does not write
 /// zeros first, which costs as much as filling a large array.
 template <typename T>
@@ -22,5 +24,7 @@ struct LeaveUninitialized : std::allocator<T> {
     std::construct_at(place, std::forward<Arguments>(arguments)...);
   }
 };
+
+}  // namespace velmar::detail
 
 #endif

@@ -4,6 +4,8 @@
 
 #include <utility>
 
+namespace velmar::detail {
+
 MemoryMap::~MemoryMap() { unmap(); }
 
 bool MemoryMap::map(int fd, unsigned long length, Access access) {
@@ -34,3 +36,5 @@ void MemoryMap::retire() {
   if (reserved == MAP_FAILED) unmap();
   retired_ = true;
 }
+
+}  // namespace velmar::detail

@@ -1,6 +1,8 @@
 #ifndef VELMAR_BASE_MEMORY_MAP_H
 #define VELMAR_BASE_MEMORY_MAP_H
 
+namespace velmar::detail {
+
 /// Owns a shared map of a file from its beginning. Failures leave their cause in errno.
 class MemoryMap {
  public:
@@ -32,5 +34,7 @@ class MemoryMap {
   unsigned long length_ = 0;
   bool retired_ = false;
 };
+
+}  // namespace velmar::detail
 
 #endif

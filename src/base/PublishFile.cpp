@@ -9,6 +9,8 @@
 
 #include "base/FileDescriptor.h"
 
+namespace velmar::detail {
+
 namespace {
 
 std::string folderOf(const std::string& path) {
@@ -46,3 +48,5 @@ bool renameFile(const std::string& temporaryPath, const std::string& finalPath) 
   if (folder.isOpen()) ::fsync(folder.get());
   return true;
 }
+
+}  // namespace velmar::detail

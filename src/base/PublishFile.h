@@ -3,6 +3,8 @@
 
 #include <string>
 
+namespace velmar::detail {
+
 /// Gives a finished file its final name, and brings the rename to the disk as far as the folder
 /// allows. A file that has the final name is replaced. The content has to be on the disk already
 /// (FileDescriptor::sync()); then neither a crash nor a power cut can leave the name on an
@@ -16,5 +18,7 @@ int syncFile(const std::string& path);
 /// Brings the name of the file to the disk. If its folder cannot be read or synchronised, the file
 /// may lose its name in a power cut.
 void syncName(const std::string& path);
+
+}  // namespace velmar::detail
 
 #endif

@@ -5,6 +5,8 @@
 
 #include "base/Guarded.h"
 
+using namespace velmar::detail;
+
 namespace {
 
 // A compile-time constant: valid before any constructor has run and after every destructor.

@@ -4,6 +4,8 @@
 
 #include "base/Guarded.h"
 
+using namespace velmar::detail;
+
 namespace {
 
 constexpr char kTag[] = "VelmarVideoFile";

@@ -13,6 +13,8 @@
 #include "velmar_video/VelmarVideoFile.h"
 #include "velmar_video/rtv/RtvContainerModifier.h"
 
+using namespace velmar::detail;
+
 namespace {
 
 // Compile-time constants, so that static objects of a program can use the factories at any time.

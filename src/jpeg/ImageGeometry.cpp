@@ -1,5 +1,7 @@
 #include "jpeg/ImageGeometry.h"
 
+namespace velmar::detail {
+
 namespace {
 
 unsigned int scaled(unsigned short dimension, tjscalingfactor factor) {
@@ -18,3 +20,5 @@ ImageGeometry::ImageGeometry(unsigned short imageWidth, unsigned short imageHeig
       top(scaled(cropTop, factor)),
       bottom(scaled(cropBottom, factor)),
       bytesPerPixel(static_cast<unsigned int>(pixelSize)) {}
+
+}  // namespace velmar::detail

@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+namespace velmar::detail {
+
 /// The shape of a decoded picture: scaled, with rows cut at top and bottom.
 struct ImageGeometry {
   /// \param imageWidth, imageHeight  of the unscaled image, pixels
@@ -35,5 +37,7 @@ struct ImageGeometry {
   unsigned int bottom;
   unsigned int bytesPerPixel;
 };
+
+}  // namespace velmar::detail
 
 #endif

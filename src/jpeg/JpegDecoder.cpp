@@ -5,6 +5,8 @@
 #include <cstring>
 #include <new>
 
+namespace velmar::detail {
+
 namespace {
 
 constexpr unsigned int kLargestScale = 2;  // TurboJPEG enlarges small frames up to this
@@ -87,3 +89,5 @@ unsigned char* JpegDecoder::scratch(std::size_t size) {
   const auto address = reinterpret_cast<std::uintptr_t>(scratch_.get());
   return scratch_.get() + (kBoundary - address % kBoundary) + kBoundary / 2;
 }
+
+}  // namespace velmar::detail

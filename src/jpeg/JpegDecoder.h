@@ -9,6 +9,8 @@
 #include "jpeg/TjHandle.h"
 #include "velmar_video/VelmarVideoErrMsg.h"
 
+namespace velmar::detail {
+
 /// Decodes JPEG frames with a handle and a scratch image that are kept between frames.
 class JpegDecoder {
  public:
@@ -42,5 +44,7 @@ class JpegDecoder {
   std::size_t scratchCapacity_ = 0;
   const char* cause_ = "";
 };
+
+}  // namespace velmar::detail
 
 #endif

@@ -1,5 +1,7 @@
 #include "jpeg/JpegHeader.h"
 
+namespace velmar::detail {
+
 namespace {
 
 // TurboJPEG's result. It may leave a size in `size` even if it fails.
@@ -61,3 +63,5 @@ bool isPlausible(JpegSize size, const unsigned char* jpeg, unsigned long jpegSiz
   return pixels <= kPixelsForAny || pixels / kPixelsPerByte <= jpegSize ||
          !isKeptWhole(jpeg, jpegSize);
 }
+
+}  // namespace velmar::detail

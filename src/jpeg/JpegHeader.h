@@ -5,6 +5,8 @@
 
 #include <optional>
 
+namespace velmar::detail {
+
 /// Pixels.
 struct JpegSize {
   int width;
@@ -27,5 +29,7 @@ std::optional<JpegSize> readAnyJpegSize(tjhandle decompressor, const unsigned ch
 /// picture, decoders keep the whole of it in memory, by the size that the header claims and before
 /// they look at the rest: what would take absurdly much for its bytes is not to be tried.
 bool isPlausible(JpegSize size, const unsigned char* jpeg, unsigned long jpegSize);
+
+}  // namespace velmar::detail
 
 #endif

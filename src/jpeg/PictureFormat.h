@@ -7,11 +7,15 @@
 
 #include <array>
 
+namespace velmar::detail {
+
 /// 1/1 to 1/8; the last, 1/1 again, serves SCALE_FACTOR_MAX_E.
 constexpr std::array<tjscalingfactor, 9> tjSalingFactor = {
     {{1, 1}, {7, 8}, {3, 4}, {5, 8}, {1, 2}, {3, 8}, {1, 4}, {1, 8}, {1, 1}}};
 
 /// RGB, BGR, GRAY.
 constexpr std::array<int, 3> tjpfTable = {TJPF_RGB, TJPF_BGR, TJPF_GRAY};
+
+}  // namespace velmar::detail
 
 #endif

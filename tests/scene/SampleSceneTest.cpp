@@ -6,6 +6,9 @@
 
 #include "toolkit/jpeg/JpegInspector.h"
 
+using namespace velmar::detail;
+using namespace velmar::toolkit;
+
 TEST(SampleScene, DrawsEachFrameTheSameAgain) {
   SampleScene scene(161, 95);
   const std::string third = scene.jpeg(3);

@@ -20,6 +20,8 @@
 #include "velmar_logger/control.h"
 #include "velmar_video/velmar_video.h"
 
+using namespace velmar::detail;
+
 namespace {
 
 constexpr auto kSuccess = VELMAR_ERROR_CODE_SUCCESS_E;

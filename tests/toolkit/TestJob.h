@@ -9,7 +9,7 @@
 #include "toolkit/recording/RecordingWriter.h"
 
 /// Keeps what it is told, and wants to stop once so many frames are done.
-class TestJob : public Job {
+class TestJob : public velmar::toolkit::Job {
  public:
   explicit TestJob(std::size_t stopAfter = SIZE_MAX) : stopAfter_(stopAfter) {}
 
@@ -39,10 +39,11 @@ class TestJob : public Job {
 
 /// Records the frames, of 32 x 16 pixels by their description, one a microsecond.
 inline void recordFrames(const std::string& path, const std::vector<std::string>& frames) {
-  RecordingDescription description;
+  velmar::toolkit::RecordingDescription description;
   description.setSize({32, 16});
-  RecordingWriter writer(path, description, static_cast<unsigned int>(frames.size()),
-                         RecordingWriter::OnFailure::RemoveFrames);
+  velmar::toolkit::RecordingWriter writer(
+      path, description, static_cast<unsigned int>(frames.size()),
+      velmar::toolkit::RecordingWriter::OnFailure::RemoveFrames);
   for (const std::string& frame : frames) writer.add(frame, {writer.frames(), writer.frames()});
   writer.finish();
 }

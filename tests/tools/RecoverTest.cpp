@@ -18,6 +18,9 @@
 #include "toolkit/recording/Recording.h"
 #include "velmar_video/rtv/RecordFileCreater.h"
 
+using namespace velmar::toolkit;
+using namespace velmar::tool;
+
 namespace {
 
 using namespace std::string_literals;

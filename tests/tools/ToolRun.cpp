@@ -6,6 +6,9 @@
 
 #include "program/Tool.h"
 
+using namespace velmar::toolkit;
+using namespace velmar::tool;
+
 ToolRun runTool(void (*command)(Tool&), std::vector<std::string> arguments) {
   Tool tool;
   command(tool);

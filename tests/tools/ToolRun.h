@@ -5,17 +5,15 @@
 #include <string>
 #include <vector>
 
-#include "program/CommandJob.h"
+#include "program/Tool.h"
 
 struct ToolRun {
-  ExitStatus status;
+  velmar::tool::ExitStatus status;
   std::string diagnostics;  ///< what it said on standard error, or its failure
 };
 
-struct Tool;
-
 /// \param command    of main's list, such as addRecoverCommand
 /// \param arguments  from the command's name on
-ToolRun runTool(void (*command)(Tool&), std::vector<std::string> arguments);
+ToolRun runTool(void (*command)(velmar::tool::Tool&), std::vector<std::string> arguments);
 
 #endif

@@ -3,6 +3,8 @@
 #include <cerrno>
 #include <cstring>
 
+namespace velmar::toolkit {
+
 namespace {
 
 VELMAR_ERROR_CODE_E codeOfCause(int cause) {
@@ -74,3 +76,5 @@ std::string plainWords(VELMAR_ERROR_CODE_E code) {
       return "the operation failed";
   }
 }
+
+}  // namespace velmar::toolkit

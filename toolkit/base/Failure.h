@@ -8,6 +8,8 @@
 
 #include "velmar_video/VelmarVideoErrMsg.h"
 
+namespace velmar::toolkit {
+
 /// Work could not be done. what() is the line to show: the file, plain words and the code's name.
 class Failure : public std::runtime_error {
  public:
@@ -34,5 +36,7 @@ class UsageError : public std::runtime_error {
 
 /// What the library's code means to somebody who does not know the library.
 std::string plainWords(VELMAR_ERROR_CODE_E code);
+
+}  // namespace velmar::toolkit
 
 #endif

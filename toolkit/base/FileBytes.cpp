@@ -9,6 +9,8 @@
 #include "toolkit/base/Failure.h"
 #include "toolkit/base/FileKind.h"
 
+namespace velmar::toolkit {
+
 // Without O_NONBLOCK a pipe that nobody writes to would not open.
 FileBytes::FileBytes(std::string path)
     : path_(std::move(path)), file_(path_, O_RDONLY | O_NONBLOCK) {
@@ -32,3 +34,5 @@ std::string FileBytes::read(std::uint64_t offset, std::uint64_t length) const {
   }
   return bytes;
 }
+
+}  // namespace velmar::toolkit

@@ -7,6 +7,8 @@
 
 #include "base/FileDescriptor.h"
 
+namespace velmar::toolkit {
+
 /// A file of any size, of which parts are read. Reading leaves it as it is. Any thread.
 class FileBytes {
  public:
@@ -28,8 +30,10 @@ class FileBytes {
 
  private:
   std::string path_;
-  FileDescriptor file_;
+  detail::FileDescriptor file_;
   std::uint64_t size_ = 0;
 };
+
+}  // namespace velmar::toolkit
 
 #endif

@@ -5,11 +5,15 @@
 
 #include <string>
 
+namespace velmar::toolkit {
+
 /// What something is that is no regular file, such as "a folder".
 inline std::string kindOf(mode_t mode) {
   if (S_ISDIR(mode)) return "a folder";
   if (S_ISFIFO(mode)) return "a pipe";
   return S_ISSOCK(mode) ? "a socket" : "a device";
 }
+
+}  // namespace velmar::toolkit
 
 #endif

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace velmar::toolkit {
+
 void FindingMerger::add(const Finding& finding) {
   if (!finding.frame) {
     finish();
@@ -28,3 +30,5 @@ void FindingMerger::finish() {
   for (const Finding& range : open_) report_(range);
   open_.clear();
 }
+
+}  // namespace velmar::toolkit

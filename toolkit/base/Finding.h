@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+namespace velmar::toolkit {
+
 /// Something that is wrong with a recording.
 struct Finding {
   enum class Severity {
@@ -42,5 +44,7 @@ class FindingMerger {
   Report report_;
   std::vector<Finding> open_;
 };
+
+}  // namespace velmar::toolkit
 
 #endif

@@ -10,10 +10,13 @@
 #include "base/FileDescriptor.h"
 #include "toolkit/base/Failure.h"
 
+namespace velmar::toolkit {
+
 std::string readFile(const std::string& path, std::size_t limit) {
   constexpr std::size_t kLeast = 4096;
   const bool isInput = path == "-";
-  const FileDescriptor file = isInput ? FileDescriptor() : FileDescriptor(path, O_RDONLY);
+  const detail::FileDescriptor file =
+      isInput ? detail::FileDescriptor() : detail::FileDescriptor(path, O_RDONLY);
   const int fd = isInput ? STDIN_FILENO : file.get();
   struct stat status {};
   if ((!isInput && !file.isOpen()) || fstat(fd, &status) != 0) {
@@ -36,3 +39,5 @@ std::string readFile(const std::string& path, std::size_t limit) {
   bytes.resize(filled);
   return bytes;
 }
+
+}  // namespace velmar::toolkit

@@ -4,7 +4,11 @@
 #include <cstddef>
 #include <string>
 
+namespace velmar::toolkit {
+
 /// The bytes of the file, or of standard input for "-", at most `limit`. Throws Failure.
 std::string readFile(const std::string& path, std::size_t limit = std::string::npos);
+
+}  // namespace velmar::toolkit
 
 #endif

@@ -5,6 +5,8 @@
 #include <memory>
 #include <string>
 
+namespace velmar::toolkit {
+
 /// What long work tells whoever asked for it, and asks them. One thread at a time.
 class Job {
  public:
@@ -32,5 +34,7 @@ class Job {
   /// Nothing is lost, but somebody may want to know.
   virtual void note(const std::string& what, const std::string& words) = 0;
 };
+
+}  // namespace velmar::toolkit
 
 #endif

@@ -7,6 +7,8 @@
 #include "toolkit/jpeg/JpegInspector.h"
 #include "toolkit/text/Joined.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 struct Difference {
@@ -95,3 +97,5 @@ void concatenate(const std::vector<Recording>& recordings, const Recording& winn
   }
   copyFrames(ranges, output, description, job);
 }
+
+}  // namespace velmar::toolkit

@@ -6,6 +6,8 @@
 #include "toolkit/editing/CopyFrames.h"
 #include "toolkit/text/JsonText.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 bool saysSomething(const std::string& json) {
@@ -119,3 +121,5 @@ std::vector<std::string> lostInConversion(const Recording& recording, const std:
   if (!recording.hasPlainDeviceId()) lost.emplace_back("the exact text of the device id");
   return lost;
 }
+
+}  // namespace velmar::toolkit

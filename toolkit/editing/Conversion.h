@@ -8,6 +8,8 @@
 
 #include "toolkit/recording/Recording.h"
 
+namespace velmar::toolkit {
+
 /// What the recording says of itself, as `output` can say it.
 /// \param version  of an rtv; that of the recording, or 03, if not given
 RecordingDescription convertedDescription(const Recording& recording, const std::string& output,
@@ -16,5 +18,7 @@ RecordingDescription convertedDescription(const Recording& recording, const std:
 /// What of the recording `output` cannot hold, in words.
 std::vector<std::string> lostInConversion(const Recording& recording, const std::string& output,
                                           version_e version);
+
+}  // namespace velmar::toolkit
 
 #endif

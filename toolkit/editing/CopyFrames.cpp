@@ -9,6 +9,8 @@
 #include "toolkit/recording/RecordFrames.h"
 #include "toolkit/recording/StoredFrame.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 std::size_t countOf(const std::vector<FrameRange>& ranges) {
@@ -126,3 +128,5 @@ void copyFrames(const std::vector<FrameRange>& ranges, const std::string& output
   const auto count = static_cast<unsigned int>(frames.count());
   recordFrames(frames, {output, description, count}, job);
 }
+
+}  // namespace velmar::toolkit

@@ -9,6 +9,8 @@
 #include "toolkit/editing/Rebase.h"
 #include "toolkit/recording/Recording.h"
 
+namespace velmar::toolkit {
+
 /// Frames of a recording, in the order in which they are to be copied.
 struct FrameRange {
   const Recording* recording;
@@ -29,5 +31,7 @@ void checkDeviceId(const Recording& recording, Job& job);
 /// and, where it is asked to stop, of the rest. Throws Failure.
 void copyFrames(const std::vector<FrameRange>& ranges, const std::string& output,
                 const RecordingDescription& description, Job& job);
+
+}  // namespace velmar::toolkit
 
 #endif

@@ -16,12 +16,14 @@
 #include "toolkit/text/TimeText.h"
 #include "velmar_video/rtv/RtvContainerModifier.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 std::string hexText(const std::string& bytes) {
   if (bytes.empty()) return "none";
-  return bytesToHex(reinterpret_cast<const unsigned char*>(bytes.data()),
-                    static_cast<unsigned int>(bytes.size()));
+  return detail::bytesToHex(reinterpret_cast<const unsigned char*>(bytes.data()),
+                            static_cast<unsigned int>(bytes.size()));
 }
 
 std::string onOff(bool value) { return value ? "on" : "off"; }
@@ -53,7 +55,7 @@ EditPlan::EditPlan(const Recording& recording, const EditRequest& request)
 // Version 02 does not say.
 void EditPlan::checkByteOrder() const {
   if (!recording_.isRtv() || description_.version == RTV_VER_02) return;
-  if ((FileBytes(recording_.path()).read(kFlagsAt, 1).at(0) & 1) == 0) return;
+  if ((FileBytes(recording_.path()).read(detail::kFlagsAt, 1).at(0) & 1) == 0) return;
   throw Failure(recording_.path(), "a big-endian machine wrote it; such files are not edited",
                 VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
 }
@@ -247,7 +249,7 @@ void EditPlan::apply() const {
     if (code != VELMAR_ERROR_CODE_SUCCESS_E) throw Failure(recording_.path(), words, code);
   };
   // The modifier does not say why it cannot open it.
-  const FileDescriptor file(recording_.path(), O_RDWR);
+  const detail::FileDescriptor file(recording_.path(), O_RDWR);
   if (!file.isOpen()) throw Failure::ofSystem(recording_.path(), "cannot change it", errno);
   const auto modifier = makeVelmarVideoFileModifier(recording_.path());
   check(modifier->open(), "it cannot be opened for writing");
@@ -265,3 +267,5 @@ std::string EditPlan::text() const {
   }
   return text;
 }
+
+}  // namespace velmar::toolkit

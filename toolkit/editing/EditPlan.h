@@ -9,6 +9,8 @@
 
 #include "toolkit/recording/Recording.h"
 
+namespace velmar::toolkit {
+
 /// What `edit` is asked to do, as it stands on the command line.
 struct EditRequest {
   struct FrameTime {
@@ -72,5 +74,7 @@ class EditPlan {
   RecordingDescription description_;  ///< with the start time as it will be
   std::vector<Change> changes_;
 };
+
+}  // namespace velmar::toolkit
 
 #endif

@@ -10,6 +10,8 @@
 #include "toolkit/base/Failure.h"
 #include "toolkit/base/OutputFile.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -128,3 +130,5 @@ void Extraction::removeWritten() const {
     if (written_[i] != 0) ::unlink(pathOf(frames_[i]).c_str());
   }
 }
+
+}  // namespace velmar::toolkit

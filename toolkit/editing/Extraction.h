@@ -13,6 +13,8 @@
 #include "toolkit/recording/FrameSelection.h"
 #include "toolkit/recording/PictureSource.h"
 
+namespace velmar::toolkit {
+
 /// Writes frames of a recording as picture files into a folder, once.
 class Extraction {
  public:
@@ -47,5 +49,7 @@ class Extraction {
   std::mutex failureMutex_;
   std::exception_ptr failure_;
 };
+
+}  // namespace velmar::toolkit
 
 #endif

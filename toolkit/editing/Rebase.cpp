@@ -5,6 +5,8 @@
 
 #include "velmar_video/rtv/RecordFileToolkit.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 constexpr double kHundredths = 100;
@@ -54,3 +56,5 @@ std::optional<FrameTag> Rebase::apply(const FrameTag& tag) const {
   moved.y = *north;
   return moved;
 }
+
+}  // namespace velmar::toolkit

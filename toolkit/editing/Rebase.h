@@ -6,6 +6,8 @@
 #include "toolkit/recording/FrameTag.h"
 #include "toolkit/recording/RecordingDescription.h"
 
+namespace velmar::toolkit {
+
 /// Whether positions mean a place on the earth.
 bool hasStartPosition(const RecordingDescription& description);
 
@@ -33,5 +35,7 @@ class Rebase {
   long rise_ = 0;  ///< hundredths of a metre to add to z
   bool isVersion02_ = false;
 };
+
+}  // namespace velmar::toolkit
 
 #endif

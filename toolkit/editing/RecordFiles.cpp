@@ -7,6 +7,8 @@
 #include "toolkit/jpeg/FrameInput.h"
 #include "toolkit/jpeg/JpegInspector.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 class FileFrames final : public FrameSource {
@@ -17,7 +19,7 @@ class FileFrames final : public FrameSource {
     for (const std::string& path : files.paths) check(path);
   }
 
-  JpegSize size() const { return size_; }
+  detail::JpegSize size() const { return size_; }
   std::size_t count() const override { return files_.paths.size(); }
 
   bool read(std::size_t at, NewFrame& frame) override {
@@ -29,7 +31,7 @@ class FileFrames final : public FrameSource {
 
  private:
   void check(const std::string& path) const {
-    const JpegSize size = inspector_.sizeOfFile(path);
+    const detail::JpegSize size = inspector_.sizeOfFile(path);
     if (!(size == size_)) {
       throw Failure(path, differenceText(size, size_), VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
     }
@@ -55,7 +57,7 @@ class FileFrames final : public FrameSource {
   const FrameFiles& files_;
   Job& job_;
   const JpegInspector inspector_;
-  const JpegSize size_;
+  const detail::JpegSize size_;
 };
 
 }  // namespace
@@ -71,3 +73,5 @@ void recordFiles(const FrameFiles& files, NewRecording recording, Job& job) {
   recording.framesMax = static_cast<unsigned int>(frames.count());
   recordFrames(frames, recording, job);
 }
+
+}  // namespace velmar::toolkit

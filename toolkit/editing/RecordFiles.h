@@ -9,6 +9,8 @@
 #include "toolkit/base/Job.h"
 #include "toolkit/recording/RecordFrames.h"
 
+namespace velmar::toolkit {
+
 /// JPEG files to record, with the times and the tag of each.
 struct FrameFiles {
   std::vector<std::string> paths;
@@ -21,5 +23,7 @@ struct FrameFiles {
 /// All files are checked before anything is written; what has changed for the worse since then is
 /// left out, and the job is told. `recording` lacks the size and the start. Throws Failure.
 void recordFiles(const FrameFiles& files, NewRecording recording, Job& job);
+
+}  // namespace velmar::toolkit
 
 #endif

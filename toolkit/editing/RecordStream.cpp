@@ -13,6 +13,8 @@
 #include "toolkit/jpeg/JpegStreamSplitter.h"
 #include "toolkit/recording/RecordingWriter.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 class StreamRecorder {
@@ -97,7 +99,7 @@ class StreamRecorder {
   RecordingWriter writer_;
   JpegStreamSplitter splitter_;
   JpegInspector inspector_;
-  std::optional<JpegSize> size_;
+  std::optional<detail::JpegSize> size_;
   std::uint64_t number_ = 0;
   bool full_ = false;
 };
@@ -108,3 +110,5 @@ void recordStream(const JpegStream& stream, const FrameClock& clock, const NewRe
                   Job& job) {
   StreamRecorder(stream, clock, recording, job).run();
 }
+
+}  // namespace velmar::toolkit

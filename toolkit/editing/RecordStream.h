@@ -7,6 +7,8 @@
 #include "toolkit/recording/FrameTimes.h"
 #include "toolkit/recording/RecordFrames.h"
 
+namespace velmar::toolkit {
+
 struct JpegStream {
   int fd;
   std::string name;  ///< for messages
@@ -17,5 +19,7 @@ struct JpegStream {
 /// stop comes or the recording is full; then it is finished. Throws Failure.
 void recordStream(const JpegStream& stream, const FrameClock& clock, const NewRecording& recording,
                   Job& job);
+
+}  // namespace velmar::toolkit
 
 #endif

@@ -6,6 +6,8 @@
 #include "toolkit/base/Failure.h"
 #include "toolkit/text/NaturalOrder.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -52,3 +54,5 @@ std::vector<std::string> listFrameFiles(const std::vector<std::string>& inputs) 
   }
   return files;
 }
+
+}  // namespace velmar::toolkit

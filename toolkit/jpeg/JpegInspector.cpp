@@ -9,6 +9,8 @@
 #include "toolkit/jpeg/FrameInput.h"
 #include "toolkit/jpeg/JpegStreamSplitter.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 const unsigned char* bytesOf(const std::string& jpeg) {
@@ -17,12 +19,12 @@ const unsigned char* bytesOf(const std::string& jpeg) {
 
 }  // namespace
 
-std::optional<JpegSize> JpegInspector::size(const std::string& jpeg) const {
+std::optional<detail::JpegSize> JpegInspector::size(const std::string& jpeg) const {
   const char* cause = nullptr;
-  return readAnyJpegSize(handle_.get(), bytesOf(jpeg), jpeg.size(), cause);
+  return detail::readAnyJpegSize(handle_.get(), bytesOf(jpeg), jpeg.size(), cause);
 }
 
-JpegSize JpegInspector::sizeOfFile(const std::string& path) const {
+detail::JpegSize JpegInspector::sizeOfFile(const std::string& path) const {
   // The header nearly always lies in the first bytes, unless large thumbnails precede it.
   for (const std::size_t limit : {std::size_t{1} << 17, kMaxFrameSize}) {
     const std::string start = readFile(path, limit);
@@ -35,9 +37,9 @@ JpegSize JpegInspector::sizeOfFile(const std::string& path) const {
 JpegInspector::DecodingProblem JpegInspector::decodingProblem(const std::string& jpeg) {
   constexpr tjscalingfactor kSmall{1, 8};
   // By itself: a decoder keeps tables for the next frame.
-  const TjHandle handle(tjInitDecompress());
+  const detail::TjHandle handle(tjInitDecompress());
   const char* cause = nullptr;
-  const auto picture = readAnyJpegSize(handle.get(), bytesOf(jpeg), jpeg.size(), cause);
+  const auto picture = detail::readAnyJpegSize(handle.get(), bytesOf(jpeg), jpeg.size(), cause);
   if (!picture) return {cause, true};
   if (!isPlausible(*picture, bytesOf(jpeg), jpeg.size()))
     return {"far too short for its size", true};
@@ -52,11 +54,11 @@ JpegInspector::DecodingProblem JpegInspector::decodingProblem(const std::string&
   return {tjGetErrorStr2(handle.get()), tjGetErrorCode(handle.get()) == TJERR_FATAL};
 }
 
-std::string toText(JpegSize size) {
+std::string toText(detail::JpegSize size) {
   return std::to_string(size.width) + "x" + std::to_string(size.height);
 }
 
-std::string differenceText(JpegSize size, JpegSize first) {
+std::string differenceText(detail::JpegSize size, detail::JpegSize first) {
   return "the picture is " + toText(size) + ", but the first one is " + toText(first);
 }
 
@@ -82,3 +84,5 @@ bool isWholeJpegFile(const std::string& path) {
   return endsAsJpeg(file.read(file.size() - size, size)) ||
          isWholeJpeg(file.read(0, kMaxFrameSize));
 }
+
+}  // namespace velmar::toolkit

@@ -8,16 +8,18 @@
 #include "jpeg/JpegHeader.h"
 #include "jpeg/TjHandle.h"
 
+namespace velmar::toolkit {
+
 /// Reads the sizes of JPEGs from their headers. One thread at a time.
 class JpegInspector {
  public:
   JpegInspector() : handle_(tjInitDecompress()) {}
 
   /// Nothing if the bytes hold no JPEG header.
-  std::optional<JpegSize> size(const std::string& jpeg) const;
+  std::optional<detail::JpegSize> size(const std::string& jpeg) const;
   /// The same from no more of the file than it takes. Throws Failure if the file cannot be read or
   /// holds no JPEG header.
-  JpegSize sizeOfFile(const std::string& path) const;
+  detail::JpegSize sizeOfFile(const std::string& path) const;
 
   struct DecodingProblem {
     std::string text;  ///< the decoder's words; empty if there is none
@@ -27,10 +29,10 @@ class JpegInspector {
   static DecodingProblem decodingProblem(const std::string& jpeg);
 
  private:
-  TjHandle handle_;
+  detail::TjHandle handle_;
 };
 
-inline bool operator==(JpegSize one, JpegSize other) {
+inline bool operator==(detail::JpegSize one, detail::JpegSize other) {
   return one.width == other.width && one.height == other.height;
 }
 
@@ -47,9 +49,11 @@ bool isWholeJpeg(const std::string& jpeg);
 bool isWholeJpegFile(const std::string& path);
 
 /// "1280x800"
-std::string toText(JpegSize size);
+std::string toText(detail::JpegSize size);
 
 /// What is wrong with a picture of another size than the recording's first.
-std::string differenceText(JpegSize size, JpegSize first);
+std::string differenceText(detail::JpegSize size, detail::JpegSize first);
+
+}  // namespace velmar::toolkit
 
 #endif

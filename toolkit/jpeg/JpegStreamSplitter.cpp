@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace velmar::toolkit {
+
 namespace {
 
 constexpr unsigned char kMarkerStart = 0xFF;
@@ -136,3 +138,5 @@ JpegStreamSplitter::Step JpegStreamSplitter::abandon(std::size_t resumeAt) {
   state_ = State::Between;
   return Step::Go;
 }
+
+}  // namespace velmar::toolkit

@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+namespace velmar::toolkit {
+
 /// Cuts a stream of JPEGs, which comes in pieces of any size, into its frames.
 ///
 /// It follows each JPEG from marker to marker, so that a thumbnail inside one is no frame of its
@@ -52,5 +54,7 @@ class JpegStreamSplitter {
   std::uint64_t forgottenBytes_ = 0;  // of the stream, before the buffer
   std::uint64_t frameOffset_ = 0;
 };
+
+}  // namespace velmar::toolkit
 
 #endif

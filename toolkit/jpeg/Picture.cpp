@@ -4,6 +4,8 @@
 
 #include <stdexcept>
 
+namespace velmar::toolkit {
+
 std::string encodePng(const Picture& picture) {
   png_image image{};
   image.version = PNG_IMAGE_VERSION;
@@ -26,3 +28,5 @@ std::string encodePnm(const Picture& picture) {
   file += std::to_string(picture.width) + " " + std::to_string(picture.height) + "\n255\n";
   return file.append(reinterpret_cast<const char*>(picture.pixels.data()), picture.pixels.size());
 }
+
+}  // namespace velmar::toolkit

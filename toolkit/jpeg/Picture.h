@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+namespace velmar::toolkit {
+
 /// A decoded frame: rows from top to bottom without padding.
 struct Picture {
   unsigned short width = 0;
@@ -18,5 +20,7 @@ std::string encodePng(const Picture& picture);
 
 /// As a binary PPM file, PGM if grey.
 std::string encodePnm(const Picture& picture);
+
+}  // namespace velmar::toolkit
 
 #endif

@@ -2,6 +2,8 @@
 
 #include "toolkit/base/Failure.h"
 
+namespace velmar::toolkit {
+
 FrameNews::FrameNews(const std::string& file, Job& job)
     : merger_([file, &job](const Finding& finding) {
         const std::string first = std::to_string(*finding.frame);
@@ -33,3 +35,5 @@ void FrameLosses::report(const std::string& file, std::size_t wanted, Job& job) 
   for (const auto& [index, flaw] : flaws_) news.add(index, index, "skipped: " + flaw.text());
   news.finish();
 }
+
+}  // namespace velmar::toolkit

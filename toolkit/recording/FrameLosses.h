@@ -11,6 +11,8 @@
 #include "toolkit/base/Job.h"
 #include "toolkit/recording/StoredFrame.h"
 
+namespace velmar::toolkit {
+
 /// Tells what happens to frames of a file as their numbers come, of neighbours at once.
 class FrameNews {
  public:
@@ -40,5 +42,7 @@ class FrameLosses {
   std::mutex mutex_;
   std::map<unsigned int, FrameFlaw> flaws_;
 };
+
+}  // namespace velmar::toolkit
 
 #endif

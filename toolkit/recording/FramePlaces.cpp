@@ -3,13 +3,15 @@
 #include "container/img/FrameIndex.h"
 #include "container/rtv/RtvLayout.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 std::vector<FilePlace> readIndex(const FileBytes& file, unsigned int count) {
-  const std::string bytes = file.read(kFrameIndexStart, count * sizeof(FrameIndex));
+  const std::string bytes = file.read(detail::kFrameIndexStart, count * sizeof(FrameIndex));
   std::vector<FilePlace> places;
   for (std::size_t at = 0; at + sizeof(FrameIndex) <= bytes.size(); at += sizeof(FrameIndex)) {
-    const FrameIndex record = readFrameIndex(bytes.data() + at);
+    const FrameIndex record = detail::readFrameIndex(bytes.data() + at);
     places.push_back({record.frameOffset, record.frameSize});
   }
   return places;
@@ -43,7 +45,7 @@ std::string cutWords(const FileBytes& file) {
 
 FramePlaces::FramePlaces(const Recording& recording, const FileBytes& file) {
   const unsigned int count = recording.framesCount();
-  std::uint64_t start = kFrameIndexStart + count * sizeof(FrameIndex);
+  std::uint64_t start = detail::kFrameIndexStart + count * sizeof(FrameIndex);
   std::uint64_t end = file.size();
   TaggedVideoParser* const parser = recording.parser();
   mayBeginWithGap = parser == nullptr;
@@ -57,7 +59,9 @@ FramePlaces::FramePlaces(const Recording& recording, const FileBytes& file) {
     // Neither can fail on a parser that is open.
     parser->getVersion(version);
     parser->getFramesMax(slots);
-    start = rtvLayout(version).tagAt(slots);
+    start = detail::rtvLayout(version).tagAt(slots);
   }
   room = {start, end > start ? end - start : 0};
 }
+
+}  // namespace velmar::toolkit

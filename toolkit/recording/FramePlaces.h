@@ -8,6 +8,8 @@
 #include "toolkit/base/FileBytes.h"
 #include "toolkit/recording/Recording.h"
 
+namespace velmar::toolkit {
+
 /// Bytes of a file.
 struct FilePlace {
   std::uint64_t offset;
@@ -36,5 +38,7 @@ constexpr std::uint64_t kLongestFile = std::uint64_t{1} << 48;
 
 /// How an img that was finished is cut short; empty if its metadata are there, at least in part.
 std::string cutWords(const FileBytes& file);
+
+}  // namespace velmar::toolkit
 
 #endif

@@ -5,6 +5,8 @@
 #include "toolkit/base/Failure.h"
 #include "toolkit/text/TimeText.h"
 
+namespace velmar::toolkit {
+
 void FrameSelection::setRange(std::string_view text) {
   const std::size_t colon = text.find(':');
   const auto begin = parseNumber(text.substr(0, colon));
@@ -63,3 +65,5 @@ std::vector<unsigned int> FrameSelection::frames(const Recording& recording) con
   }
   return selected;
 }
+
+}  // namespace velmar::toolkit

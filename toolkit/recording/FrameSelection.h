@@ -10,6 +10,8 @@
 
 #include "toolkit/recording/Recording.h"
 
+namespace velmar::toolkit {
+
 /// Which frames of a recording a command works on: all, or those of a range or a time.
 class FrameSelection {
  public:
@@ -32,5 +34,7 @@ class FrameSelection {
   std::optional<std::pair<std::uint64_t, std::uint64_t>> range_;
   std::optional<std::pair<TimePoint, TimePoint>> time_;
 };
+
+}  // namespace velmar::toolkit
 
 #endif

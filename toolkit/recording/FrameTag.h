@@ -5,6 +5,8 @@
 
 #include "velmar_video/rtv/CanData.h"
 
+namespace velmar::toolkit {
+
 /// What the fields of 24 bits that version 02 of rtv has for position and distance hold.
 constexpr int kLowest24Bits = -(1 << 23);
 constexpr int kHighest24Bits = (1 << 23) - 1;
@@ -32,5 +34,7 @@ struct FrameTag {
   /// there. By the capture time if not set.
   std::optional<int> timeFlag;
 };
+
+}  // namespace velmar::toolkit
 
 #endif

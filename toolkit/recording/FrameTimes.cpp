@@ -6,6 +6,8 @@
 #include "toolkit/base/Failure.h"
 #include "toolkit/text/NumberText.h"
 
+namespace velmar::toolkit {
+
 double parseFrameRate(std::string_view text) {
   const std::size_t slash = text.find('/');
   const auto frames = numberOf<double>(text.substr(0, slash));
@@ -27,3 +29,5 @@ std::uint64_t FrameClock::at(std::uint64_t frame) const {
   const long double elapsed = static_cast<long double>(frame) * 1000000 / framesPerSecond_;
   return start_ + static_cast<std::uint64_t>(std::round(elapsed));
 }
+
+}  // namespace velmar::toolkit

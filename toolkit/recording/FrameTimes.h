@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string_view>
 
+namespace velmar::toolkit {
+
 constexpr std::uint64_t kMillisecond = 1000;  ///< in microseconds
 
 /// Microseconds since 1970-01-01 00:00:00 UTC.
@@ -28,5 +30,7 @@ class FrameClock {
   std::uint64_t start_;
   double framesPerSecond_;
 };
+
+}  // namespace velmar::toolkit
 
 #endif

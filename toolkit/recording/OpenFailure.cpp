@@ -10,20 +10,22 @@
 #include "toolkit/recording/FramePlaces.h"
 #include "toolkit/recording/RecordingDescription.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
-constexpr unsigned int kHeaderSize = rtvLayout(RTV_VER_04).headerSize;
+constexpr unsigned int kHeaderSize = detail::rtvLayout(RTV_VER_04).headerSize;
 
 bool isZero(const std::string& bytes) { return bytes.find_first_not_of('\0') == bytes.npos; }
 
 bool beginsAsRtv(const FileBytes& file) {
-  return file.read(kMagicCodeAt, kRtvMagic.size()) == kRtvMagic;
+  return file.read(detail::kMagicCodeAt, detail::kRtvMagic.size()) == detail::kRtvMagic;
 }
 
 /// Whether the number in front leads to what may be the metadata.
 bool beginsAsImg(const FileBytes& file) {
   const std::uint64_t offset = imgMetaDataOffset(file);
-  return offset >= kFrameIndexStart && file.read(offset, 1) == "{";
+  return offset >= detail::kFrameIndexStart && file.read(offset, 1) == "{";
 }
 
 /// A file with neither a number in front that could be an offset nor metadata at its end never was
@@ -80,3 +82,5 @@ Failure openFailure(const std::string& path, VELMAR_ERROR_CODE_E code) {
       imgCode == VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E ? cutWords(file) : std::string();
   return cut.empty() ? Failure(path, imgCode) : Failure(path, cut, imgCode);
 }
+
+}  // namespace velmar::toolkit

@@ -7,10 +7,14 @@
 
 #include "toolkit/base/Failure.h"
 
+namespace velmar::toolkit {
+
 /// What there is at the path if that is no file that could be a recording.
 std::optional<Failure> pathFailure(const std::string& path);
 
 /// For a recording whose opening ended with `code`.
 Failure openFailure(const std::string& path, VELMAR_ERROR_CODE_E code);
+
+}  // namespace velmar::toolkit
 
 #endif

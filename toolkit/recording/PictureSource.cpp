@@ -4,6 +4,8 @@
 
 #include "toolkit/base/Failure.h"
 
+namespace velmar::toolkit {
+
 const char* PictureForm::extension() const {
   if (kind == Kind::Stored) return "jpg";
   if (kind == Kind::Png) return "png";
@@ -43,3 +45,5 @@ void PictureSource::preparePicture() {
   picture_.gray = form_.format == VELMAR_FORMAT_GRAY_E;
   picture_.pixels.resize(size);
 }
+
+}  // namespace velmar::toolkit

@@ -7,6 +7,8 @@
 #include "toolkit/recording/Recording.h"
 #include "toolkit/recording/StoredFrame.h"
 
+namespace velmar::toolkit {
+
 /// What becomes of a frame. The stored bytes stay as they are; the rest is for the other kinds.
 struct PictureForm {
   enum class Kind { Stored, Png, Pnm };
@@ -40,5 +42,7 @@ class PictureSource {
   Recording recording_;
   Picture picture_;
 };
+
+}  // namespace velmar::toolkit
 
 #endif

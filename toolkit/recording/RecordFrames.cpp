@@ -2,6 +2,8 @@
 
 #include "toolkit/recording/RecordingWriter.h"
 
+namespace velmar::toolkit {
+
 unsigned int recordFrames(FrameSource& frames, const NewRecording& recording, Job& job) {
   const std::size_t count = frames.count();
   const auto stage = job.begin(recording.shownAs, count);
@@ -18,3 +20,5 @@ unsigned int recordFrames(FrameSource& frames, const NewRecording& recording, Jo
   if (done < count) job.loseRest(recording.shownAs, done, count);
   return writer.frames();
 }
+
+}  // namespace velmar::toolkit

@@ -9,6 +9,8 @@
 #include "toolkit/recording/FrameTimes.h"
 #include "toolkit/recording/RecordingDescription.h"
 
+namespace velmar::toolkit {
+
 /// A frame as it is recorded.
 struct NewFrame {
   std::string jpeg;
@@ -39,5 +41,7 @@ struct NewRecording {
 /// leaves nothing behind.
 /// \return the number of recorded frames
 unsigned int recordFrames(FrameSource& frames, const NewRecording& recording, Job& job);
+
+}  // namespace velmar::toolkit
 
 #endif

@@ -8,6 +8,8 @@
 #include "toolkit/text/JsonText.h"
 #include "velmar_video/TypeConversion.h"
 
+namespace velmar::toolkit {
+
 void checkExtension(const std::string& path) {
   // A reader that is not opened touches no file.
   if (makeVelmarVideoFileReader(path) == nullptr) {
@@ -68,14 +70,14 @@ std::string Recording::deviceId() const {
   unsigned char id[kRtvDeviceIdSize];
   check(reader_->getDeviceId(id, kRtvDeviceIdSize));
   const bool isSet = std::any_of(id, id + kRtvDeviceIdSize, [](auto byte) { return byte != 0; });
-  return isSet ? bytesToHex(id, kRtvDeviceIdSize) : "";
+  return isSet ? detail::bytesToHex(id, kRtvDeviceIdSize) : "";
 }
 
 bool Recording::hasPlainDeviceId() const {
   const std::string text = deviceId();
   const std::string bytes = bytesOfHex(text);
-  return text == bytesToHex(reinterpret_cast<const unsigned char*>(bytes.data()),
-                            static_cast<unsigned int>(bytes.size()));
+  return text == detail::bytesToHex(reinterpret_cast<const unsigned char*>(bytes.data()),
+                                    static_cast<unsigned int>(bytes.size()));
 }
 
 RecordingDescription Recording::description() const {
@@ -125,3 +127,5 @@ FrameTag Recording::tag(unsigned int index) const {
   }
   return tag;
 }
+
+}  // namespace velmar::toolkit

@@ -11,6 +11,8 @@
 #include "velmar_video/VelmarVideoFile.h"
 #include "velmar_video/rtv/TaggedVideoParser.h"
 
+namespace velmar::toolkit {
+
 /// Throws Failure unless the path's extension names a container.
 void checkExtension(const std::string& path);
 
@@ -53,5 +55,7 @@ class Recording {
   std::shared_ptr<VelmarVideoFileReader> reader_;
   std::unique_ptr<TaggedVideoParser> parser_;
 };
+
+}  // namespace velmar::toolkit
 
 #endif

@@ -4,6 +4,8 @@
 #include "velmar_video/VelmarVideoFile.h"
 #include "velmar_video/rtv/RecordFileCreater.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 const unsigned char* bytesOf(const std::string& text) {
@@ -84,3 +86,5 @@ std::unique_ptr<RecordingBackend> makeRecordingBackend(const std::string& path,
   if (isRtvPath(path)) return std::make_unique<RtvBackend>(path, description, framesMax);
   return std::make_unique<ImgBackend>(path, description);
 }
+
+}  // namespace velmar::toolkit

@@ -9,6 +9,8 @@
 #include "toolkit/recording/RecordingDescription.h"
 #include "velmar_video/VelmarVideoErrMsg.h"
 
+namespace velmar::toolkit {
+
 /// The library's writer of one container. Destroying it finishes what is open.
 class RecordingBackend {
  public:
@@ -24,5 +26,7 @@ class RecordingBackend {
 std::unique_ptr<RecordingBackend> makeRecordingBackend(const std::string& path,
                                                        const RecordingDescription& description,
                                                        unsigned int framesMax);
+
+}  // namespace velmar::toolkit
 
 #endif

@@ -6,12 +6,14 @@
 #include "base/HexText.h"
 #include "toolkit/base/Failure.h"
 
+namespace velmar::toolkit {
+
 bool isRtvPath(const std::string& path) { return path.ends_with(".rtv"); }
 
 std::string bytesOfHex(const std::string& text) {
   std::string bytes(text.size() / 2, '\0');
-  hexToBytes(text, reinterpret_cast<unsigned char*>(bytes.data()),
-             static_cast<unsigned int>(bytes.size()));
+  detail::hexToBytes(text, reinterpret_cast<unsigned char*>(bytes.data()),
+                     static_cast<unsigned int>(bytes.size()));
   return bytes;
 }
 
@@ -58,3 +60,5 @@ void checkRtvTimes(const std::string& output, const RecordingDescription& descri
                   VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
   }
 }
+
+}  // namespace velmar::toolkit

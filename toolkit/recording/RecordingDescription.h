@@ -11,10 +11,12 @@
 #include "velmar_video/VelmarVideoCommDef.h"
 #include "velmar_video/rtv/RecordFile.h"
 
+namespace velmar::toolkit {
+
 /// What a recording says of itself besides its frames.
 struct RecordingDescription {
-  JpegSize size() const { return {width, height}; }
-  void setSize(JpegSize size) {
+  detail::JpegSize size() const { return {width, height}; }
+  void setSize(detail::JpegSize size) {
     width = static_cast<unsigned short>(size.width);
     height = static_cast<unsigned short>(size.height);
   }
@@ -65,5 +67,7 @@ void checkFramesCount(const std::string& output, std::size_t frames);
 /// The same if it cannot hold the start time or the time of a frame.
 void checkRtvTimes(const std::string& output, const RecordingDescription& description,
                    const std::vector<FrameTimes>& times);
+
+}  // namespace velmar::toolkit
 
 #endif

@@ -10,6 +10,8 @@
 #include "base/PublishFile.h"
 #include "toolkit/recording/Recording.h"
 
+namespace velmar::toolkit {
+
 RecordingWriter::RecordingWriter(std::string path, const RecordingDescription& description,
                                  unsigned int framesMax, OnFailure onFailure,
                                  const std::string& shownAs)
@@ -60,12 +62,12 @@ Failure RecordingWriter::failure(const std::string& words, VELMAR_ERROR_CODE_E c
 
 void RecordingWriter::sync() {
   const std::string temporary = path_ + ".tmp";
-  if (frames_ == syncInterval_) syncName(temporary);
+  if (frames_ == syncInterval_) detail::syncName(temporary);
   const std::string journal = temporary + ".index";
   // The frames before the index journal, which must not lead to any that are not there. Neither an
   // rtv has one nor an img that could not make one.
   const bool hasJournal = ::access(journal.c_str(), F_OK) == 0;
-  if (syncFile(temporary) == 0 && (!hasJournal || syncFile(journal) == 0)) return;
+  if (detail::syncFile(temporary) == 0 && (!hasJournal || detail::syncFile(journal) == 0)) return;
   throw failure("cannot bring frame " + std::to_string(frames_ - 1) + " to the disk",
                 VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
 }
@@ -74,7 +76,7 @@ void RecordingWriter::sync() {
 Failure RecordingWriter::creationFailure(const std::string& name, VELMAR_ERROR_CODE_E code) const {
   const std::string temporary = path_ + ".tmp";
   const bool isThere = ::access(temporary.c_str(), F_OK) == 0;
-  const FileDescriptor file(temporary, O_WRONLY | O_CREAT, 0666);
+  const detail::FileDescriptor file(temporary, O_WRONLY | O_CREAT, 0666);
   if (!file.isOpen()) return Failure::ofCreation(isThere ? temporary : name, errno);
   removeTemporaryFiles();
   return {name, "cannot create it, the disk may be full", code};
@@ -84,3 +86,5 @@ void RecordingWriter::removeTemporaryFiles() const {
   ::unlink((path_ + ".tmp").c_str());
   ::unlink((path_ + ".tmp.index").c_str());
 }
+
+}  // namespace velmar::toolkit

@@ -7,6 +7,8 @@
 #include "toolkit/base/Failure.h"
 #include "toolkit/recording/RecordingBackend.h"
 
+namespace velmar::toolkit {
+
 /// Writes one recording and tidies up if that fails.
 class RecordingWriter {
  public:
@@ -53,5 +55,7 @@ class RecordingWriter {
   unsigned int syncInterval_ = 0;
   bool finished_ = false;
 };
+
+}  // namespace velmar::toolkit
 
 #endif

@@ -3,6 +3,8 @@
 #include "toolkit/base/Failure.h"
 #include "toolkit/jpeg/JpegInspector.h"
 
+namespace velmar::toolkit {
+
 FrameFlaw::FrameFlaw(VELMAR_ERROR_CODE_E cause)
     : code(cause),
       words(cause == VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E
@@ -20,3 +22,5 @@ FrameFlaw readStoredFrame(const Recording& recording, unsigned int index, std::s
   flaw.hasBytes = true;
   return flaw;
 }
+
+}  // namespace velmar::toolkit

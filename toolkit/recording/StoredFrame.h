@@ -5,6 +5,8 @@
 
 #include "toolkit/recording/Recording.h"
 
+namespace velmar::toolkit {
+
 /// Why a frame cannot be had as it should be.
 struct FrameFlaw {
   FrameFlaw() = default;
@@ -23,5 +25,7 @@ struct FrameFlaw {
 /// Reads a frame as it is stored. One of a recording whose codec is H264 may begin with anything.
 /// \return what is wrong with it: it has no bytes, or they do not begin as a JPEG
 FrameFlaw readStoredFrame(const Recording& recording, unsigned int index, std::string& bytes);
+
+}  // namespace velmar::toolkit
 
 #endif

@@ -12,6 +12,8 @@
 #include "toolkit/rescue/UnrecordedFrames.h"
 #include "toolkit/text/JsonText.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 constexpr std::uint64_t kPiece = std::uint64_t{1} << 20;
@@ -69,7 +71,7 @@ bool repeatsTheFront(const FileBytes& file, std::uint64_t start,
                      const std::vector<LeftoverFrame>& recorded) {
   const std::uint64_t size = file.size() - start;
   const Repetition whole = repetitionOf(recorded, recorded.size());
-  if (size > whole.bytes || !areEqual(file, kFrameIndexStart, start, size)) return false;
+  if (size > whole.bytes || !areEqual(file, detail::kFrameIndexStart, start, size)) return false;
   return size == whole.bytes || !endsAsJpeg(file.read(start, size));
 }
 
@@ -135,7 +137,7 @@ void setTimes(std::vector<LeftoverFrame>& frames, const LeftoverTimes& known) {
 
 /// Where the last of the frames that have a place in the file ends.
 std::uint64_t endOf(const std::vector<LeftoverFrame>& frames, const FileBytes& file) {
-  std::uint64_t end = kFrameIndexStart;
+  std::uint64_t end = detail::kFrameIndexStart;
   for (const LeftoverFrame& frame : frames) {
     end = std::max(end, std::min(frame.end(), file.size()));
   }
@@ -145,7 +147,7 @@ std::uint64_t endOf(const std::vector<LeftoverFrame>& frames, const FileBytes& f
 /// Whether an index of so many records ends before the frames and has a place for each of them. The
 /// metadata that say the number may be damaged, too.
 bool canBeCount(std::uint64_t count, const std::vector<LeftoverFrame>& frames) {
-  const std::uint64_t end = kFrameIndexStart + count * sizeof(FrameIndex);
+  const std::uint64_t end = detail::kFrameIndexStart + count * sizeof(FrameIndex);
   return !frames.empty() && count > frames.back().number &&
          std::all_of(frames.begin(), frames.end(),
                      [end](auto& frame) { return frame.flaw != nullptr || frame.offset >= end; });
@@ -163,7 +165,7 @@ Foot readFoot(const FileBytes& file, const std::vector<LeftoverFrame>& frames,
   const std::uint64_t stored = imgMetaDataOffset(file);
   const std::uint64_t end = endOf(frames, file);
   for (const std::uint64_t offset : {stored, end}) {
-    if (offset < kFrameIndexStart || file.read(offset, 1) != "{") continue;
+    if (offset < detail::kFrameIndexStart || file.read(offset, 1) != "{") continue;
     const auto count = readMetaData(file.read(offset, kMaxFrameSize), description);
     if (count) return {offset, true, canBeCount(*count, frames) ? count : std::nullopt};
   }
@@ -179,7 +181,7 @@ void numberPictures(std::vector<LeftoverFrame>& frames, std::optional<std::uint6
     bytes += frames[frames.size() - ++moved].size;
   }
   // What damaged the index may have reached into the frames behind it.
-  const bool isWhole = !frames.empty() && frames.front().offset == kFrameIndexStart + bytes;
+  const bool isWhole = !frames.empty() && frames.front().offset == detail::kFrameIndexStart + bytes;
   const std::uint64_t total = std::max<std::uint64_t>(count.value_or(0), frames.size());
   const std::uint64_t missing = isWhole ? 0 : total - frames.size();
   std::rotate(frames.begin(), frames.end() - static_cast<std::ptrdiff_t>(moved), frames.end());
@@ -190,7 +192,7 @@ void numberPictures(std::vector<LeftoverFrame>& frames, std::optional<std::uint6
 std::string whyUndescribed(const FileBytes& file, bool hasJournal) {
   const std::uint64_t stored = imgMetaDataOffset(file);
   if (stored == 0) {
-    const bool isUnfinished = hasJournal || beginsAsJpeg(file.read(kFrameIndexStart, 2));
+    const bool isUnfinished = hasJournal || beginsAsJpeg(file.read(detail::kFrameIndexStart, 2));
     return isUnfinished ? "it was not finished" : "it was not finished, or its start is destroyed";
   }
   if (stored >= kLongestFile) return "its start is destroyed";
@@ -213,7 +215,7 @@ void checkTimesAreKnown(const FileBytes& file, const std::vector<LeftoverFrame>&
 /// That belong to none of the frames.
 std::uint64_t strayBytes(const FileBytes& file, const std::vector<LeftoverFrame>& frames) {
   return std::accumulate(frames.begin(), frames.end(),
-                         file.size() - std::min(file.size(), kFrameIndexStart),
+                         file.size() - std::min(file.size(), detail::kFrameIndexStart),
                          [](std::uint64_t left, auto& frame) { return left - frame.size; });
 }
 
@@ -228,7 +230,7 @@ Leftover findImgLeftover(const FileBytes& file, const LeftoverTimes& times) {
   const bool isFrontBetter = wholeFrames(front) > wholeFrames(frames);
   if (isFrontBetter) frames = std::move(front);
   const bool isRecorded = !frames.empty();
-  if (!isRecorded) frames = findPictures(file, kFrameIndexStart, file.size());
+  if (!isRecorded) frames = findPictures(file, detail::kFrameIndexStart, file.size());
 
   Foot foot = readFoot(file, frames, leftover.description);
   if (!foot.hasMetaData) leftover.undescribed = whyUndescribed(file, hasJournal);
@@ -252,3 +254,5 @@ Leftover findImgLeftover(const FileBytes& file, const LeftoverTimes& times) {
   setTimes(frames, times);
   return leftover;
 }
+
+}  // namespace velmar::toolkit

@@ -8,6 +8,8 @@
 #include "toolkit/jpeg/JpegInspector.h"
 #include "toolkit/recording/FramePlaces.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 /// Takes records in their order and keeps those that count.
@@ -105,7 +107,8 @@ std::vector<LeftoverFrame> readJournal(const FileBytes& file) {
   RecordScan scan(file, UINT64_MAX);
   const std::size_t count = bytes.size() / sizeof(FrameIndex);  // the last one may be cut short
   for (std::size_t i = 0; i < count; ++i) {
-    scan.add(readFrameIndex(bytes.data() + i * sizeof(FrameIndex)), i, kFrameIndexStart);
+    scan.add(detail::readFrameIndex(bytes.data() + i * sizeof(FrameIndex)), i,
+             detail::kFrameIndexStart);
   }
   return std::move(scan.frames());
 }
@@ -114,10 +117,10 @@ std::vector<LeftoverFrame> readFrontIndex(const FileBytes& file) {
   constexpr std::uint64_t kRecordsAtOnce = 4096;
   const std::uint64_t metaData = imgMetaDataOffset(file);
   const bool isFinished = metaData != 0;
-  if (!isFinished && beginsAsJpeg(file.read(kFrameIndexStart, 2))) return {};
+  if (!isFinished && beginsAsJpeg(file.read(detail::kFrameIndexStart, 2))) return {};
   RecordScan scan(file, std::max(file.size(), metaData));
   std::uint64_t number = 0;
-  std::uint64_t at = kFrameIndexStart;
+  std::uint64_t at = detail::kFrameIndexStart;
   // The index reaches to the first frame at most.
   for (std::string bytes = " "; !bytes.empty() && at < scan.lowestOffset();) {
     bytes = file.read(at, kRecordsAtOnce * sizeof(FrameIndex));
@@ -125,7 +128,7 @@ std::vector<LeftoverFrame> readFrontIndex(const FileBytes& file) {
     for (std::size_t i = 0; i < bytes.size(); i += sizeof(FrameIndex)) {
       at += sizeof(FrameIndex);
       if (at > scan.lowestOffset()) break;
-      scan.add(readFrameIndex(bytes.data() + i), number++, at);
+      scan.add(detail::readFrameIndex(bytes.data() + i), number++, at);
     }
   }
   std::vector<LeftoverFrame> frames = std::move(scan.frames());
@@ -133,3 +136,5 @@ std::vector<LeftoverFrame> readFrontIndex(const FileBytes& file) {
   dropTornTimes(frames, isFinished);
   return frames;
 }
+
+}  // namespace velmar::toolkit

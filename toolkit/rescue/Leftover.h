@@ -13,6 +13,8 @@
 #include "toolkit/recording/FrameTimes.h"
 #include "toolkit/recording/RecordingDescription.h"
 
+namespace velmar::toolkit {
+
 struct LeftoverFrame {
   std::uint64_t number = 0;  ///< in the recording
   std::uint64_t offset = 0;
@@ -68,5 +70,7 @@ Leftover findImgLeftover(const FileBytes& file, const LeftoverTimes& times);
 /// \param version  if it is known
 /// Throws Failure if the file cannot be read.
 Leftover findRtvLeftover(const FileBytes& file, std::optional<version_e> version);
+
+}  // namespace velmar::toolkit
 
 #endif

@@ -11,6 +11,8 @@
 #include "toolkit/recording/FrameLosses.h"
 #include "toolkit/recording/RecordFrames.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 /// What was not on the disk when the power failed is zeros now, as is a sector that was lost. Other
@@ -77,7 +79,7 @@ class RescuedFrames final : public FrameSource {
 
 }  // namespace
 
-std::optional<JpegSize> firstSize(const Rescue& rescue) {
+std::optional<detail::JpegSize> firstSize(const Rescue& rescue) {
   const JpegInspector inspector;
   std::string jpeg;
   for (const LeftoverFrame& frame : rescue.leftover.frames) {
@@ -93,7 +95,7 @@ unsigned int recoverFrames(const Rescue& rescue, const std::string& output,
   RescuedFrames frames(rescue, job);
   const unsigned int kept =
       recordFrames(frames, {path, description, rescue.leftover.framesMax, 0, output}, job);
-  if (renameFile(path, output)) return kept;
+  if (detail::renameFile(path, output)) return kept;
   const int cause = errno;
   ::unlink(path.c_str());
   throw Failure::ofSystem(output, "cannot give it its name", cause);
@@ -103,3 +105,5 @@ std::string recoveringPath(const std::string& output) {
   const std::size_t extension = output.rfind('.');
   return output.substr(0, extension) + ".recovering" + output.substr(extension);
 }
+
+}  // namespace velmar::toolkit

@@ -7,6 +7,8 @@
 #include "toolkit/base/Job.h"
 #include "toolkit/rescue/Leftover.h"
 
+namespace velmar::toolkit {
+
 /// What is to be recovered. All of it must outlive its use.
 struct Rescue {
   const FileBytes& file;
@@ -15,7 +17,7 @@ struct Rescue {
 };
 
 /// Of the first frame that can be had.
-std::optional<JpegSize> firstSize(const Rescue& rescue);
+std::optional<detail::JpegSize> firstSize(const Rescue& rescue);
 
 /// Makes a recording of the frames that can be had; the job is told of the others. Until it is
 /// complete it is at recoveringPath(output), since the output's temporary file may be the very one
@@ -26,5 +28,7 @@ unsigned int recoverFrames(const Rescue& rescue, const std::string& output,
 
 /// Beside the output, so that the two are on one file system.
 std::string recoveringPath(const std::string& output);
+
+}  // namespace velmar::toolkit
 
 #endif

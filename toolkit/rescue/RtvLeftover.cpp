@@ -7,6 +7,8 @@
 #include "toolkit/rescue/Leftover.h"
 #include "velmar_video/TypeConversion.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 /// A slot of the tag table.
@@ -17,7 +19,7 @@ struct Slot {
 };
 
 /// Whether the tags of a number of slots end there.
-bool isSizeOfTable(std::uint64_t end, const RtvLayout& layout) {
+bool isSizeOfTable(std::uint64_t end, const detail::RtvLayout& layout) {
   return end >= layout.headerSize && (end - layout.headerSize) % layout.tagSize == 0;
 }
 
@@ -32,12 +34,12 @@ struct Table {
 
   /// The number of slots, by what lies between header and frames.
   unsigned int framesMax() const {
-    const RtvLayout layout = rtvLayout(version);
+    const detail::RtvLayout layout = detail::rtvLayout(version);
     const std::uint64_t start = std::max<std::uint64_t>(dataStart, layout.headerSize);
     return static_cast<unsigned int>(
         std::min<std::uint64_t>((start - layout.headerSize) / layout.tagSize, kRtvFramesMax));
   }
-  bool isExact() const { return isSizeOfTable(dataStart, rtvLayout(version)); }
+  bool isExact() const { return isSizeOfTable(dataStart, detail::rtvLayout(version)); }
   void takePlaceOf(const LeftoverFrame& frame) {
     dataStart = std::min(dataStart, frame.offset);
     dataEnd = std::max(dataEnd, frame.offset + frame.size);
@@ -45,10 +47,10 @@ struct Table {
 };
 
 Slot decodeSlot(const char* bytes, version_e version) {
-  const auto stored =
-      version == RTV_VER_02 ? widened(get<frametag_02ver_t>(bytes)) : get<frametag03Ver_t>(bytes);
+  const auto stored = version == RTV_VER_02 ? detail::widened(detail::get<frametag_02ver_t>(bytes))
+                                            : detail::get<frametag03Ver_t>(bytes);
   Slot slot;
-  slot.isEmpty = std::all_of(bytes, bytes + rtvLayout(version).tagSize,
+  slot.isEmpty = std::all_of(bytes, bytes + detail::rtvLayout(version).tagSize,
                              [](char byte) { return byte == '\0'; });
   slot.frame.offset = stored.data_offset;
   slot.frame.size = stored.data_length;
@@ -59,7 +61,7 @@ Slot decodeSlot(const char* bytes, version_e version) {
   slot.tag.relativeDistance = stored.relative_distance;
   slot.tag.speed = stored.speed;
   slot.tag.direction = stored.direction;
-  if (version == RTV_VER_04) slot.tag.can = get<can_data_io>(bytes + kCanAt);
+  if (version == RTV_VER_04) slot.tag.can = detail::get<can_data_io>(bytes + detail::kCanAt);
   return slot;
 }
 
@@ -74,7 +76,7 @@ const char* flawOf(const Slot& slot, std::uint64_t slotEnd, const FileBytes& fil
 }
 
 Table readTable(const FileBytes& file, const std::string& front, version_e version) {
-  const RtvLayout layout = rtvLayout(version);
+  const detail::RtvLayout layout = detail::rtvLayout(version);
   Table table{version, {}, file.size(), 0, 0, 0};
   for (unsigned int i = 0; i < kRtvFramesMax; ++i) {
     const std::uint64_t slotEnd = layout.tagAt(i + 1);
@@ -112,20 +114,21 @@ bool isLikelier(const Table& one, const Table& other) {
 
 /// The header, which the recorder writes at the end: only if it got there.
 bool readHeader(const std::string& front, version_e version, RecordingDescription& description) {
-  const RtvLayout layout = rtvLayout(version);
-  if (!front.starts_with(kRtvMagic) || front.size() < layout.headerSize) return false;
+  const detail::RtvLayout layout = detail::rtvLayout(version);
+  if (!front.starts_with(detail::kRtvMagic) || front.size() < layout.headerSize) return false;
   const char* const bytes = front.data();
-  description.deviceId.assign(bytes + kDeviceIdAt, kRtvDeviceIdSize);
+  description.deviceId.assign(bytes + detail::kDeviceIdAt, kRtvDeviceIdSize);
   description.startTime =
-      get<std::uint64_t>(bytes + kStartTimeAt) * kMillisecond + rtvEpoch(version);
-  description.lng = get<int>(bytes + kLngAt);
-  description.lat = get<int>(bytes + kLatAt);
-  if (layout.hasFlagsAndAltitude) description.alt = get<int>(bytes + kAltAt);
-  description.width = get<unsigned short>(bytes + layout.widthAt());
-  description.height = get<unsigned short>(bytes + layout.heightAt());
-  description.format = rtvFormat2VelmarFormat(get<format_e>(bytes + layout.frameFormatAt()));
-  description.codec = rtvCodec2VelmarCodec(get<codec_e>(bytes + layout.frameCodecAt()));
-  const auto flags = get<unsigned int>(bytes + layout.taggingFlagsAt());
+      detail::get<std::uint64_t>(bytes + detail::kStartTimeAt) * kMillisecond + rtvEpoch(version);
+  description.lng = detail::get<int>(bytes + detail::kLngAt);
+  description.lat = detail::get<int>(bytes + detail::kLatAt);
+  if (layout.hasFlagsAndAltitude) description.alt = detail::get<int>(bytes + detail::kAltAt);
+  description.width = detail::get<unsigned short>(bytes + layout.widthAt());
+  description.height = detail::get<unsigned short>(bytes + layout.heightAt());
+  description.format =
+      rtvFormat2VelmarFormat(detail::get<format_e>(bytes + layout.frameFormatAt()));
+  description.codec = rtvCodec2VelmarCodec(detail::get<codec_e>(bytes + layout.frameCodecAt()));
+  const auto flags = detail::get<unsigned int>(bytes + layout.taggingFlagsAt());
   description.undistorted = (flags & kRtvUndistortedFlag) != 0;
   description.taggingFlags = flags & ~kRtvUndistortedFlag;
   return true;
@@ -134,7 +137,7 @@ bool readHeader(const std::string& front, version_e version, RecordingDescriptio
 }  // namespace
 
 Leftover findRtvLeftover(const FileBytes& file, std::optional<version_e> version) {
-  const std::string front = file.read(0, rtvLayout(RTV_VER_04).tagAt(kRtvFramesMax));
+  const std::string front = file.read(0, detail::rtvLayout(RTV_VER_04).tagAt(kRtvFramesMax));
   Table table = readTable(file, front, version.value_or(RTV_VER_03));
   if (!version) {
     for (const version_e other : {RTV_VER_02, RTV_VER_04}) {
@@ -146,7 +149,8 @@ Leftover findRtvLeftover(const FileBytes& file, std::optional<version_e> version
   Leftover leftover;
   leftover.description.version = table.version;
   if (!readHeader(front, table.version, leftover.description)) {
-    const bool isEmpty = front.find_first_not_of('\0') >= rtvLayout(table.version).headerSize;
+    const bool isEmpty =
+        front.find_first_not_of('\0') >= detail::rtvLayout(table.version).headerSize;
     leftover.undescribed = isEmpty ? "it was not finished" : "its header is destroyed";
   }
   leftover.framesMax = table.framesMax();
@@ -158,3 +162,5 @@ Leftover findRtvLeftover(const FileBytes& file, std::optional<version_e> version
   if (table.wholeFrames > 0) leftover.strayBytes = file.size() - table.dataEnd;
   return leftover;
 }
+
+}  // namespace velmar::toolkit

@@ -7,6 +7,8 @@
 #include "toolkit/jpeg/FrameInput.h"
 #include "toolkit/jpeg/JpegStreamSplitter.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 std::vector<std::size_t> orderOfPlaces(const std::vector<LeftoverFrame>& frames) {
@@ -89,7 +91,7 @@ void UnrecordedFrames::takeBetween(std::uint64_t before, std::uint64_t next, std
 /// one.
 std::uint64_t UnrecordedFrames::takeFront(const LeftoverFrame& first, std::uint64_t most) {
   if (most == 0) return first.number;
-  std::vector<LeftoverFrame> pictures = findPictures(file_, kFrameIndexStart, first.offset);
+  std::vector<LeftoverFrame> pictures = findPictures(file_, detail::kFrameIndexStart, first.offset);
   if (pictures.size() > most) {
     pictures.erase(pictures.begin(), pictures.end() - static_cast<std::ptrdiff_t>(most));
   }
@@ -109,3 +111,5 @@ void UnrecordedFrames::takeEnd(std::uint64_t before, std::uint64_t next, std::ui
   strayBytes_ = end_ - from;
   for (std::size_t i = known; i < found_.size(); ++i) strayBytes_ -= found_[i].size;
 }
+
+}  // namespace velmar::toolkit

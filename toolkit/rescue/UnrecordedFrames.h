@@ -5,6 +5,8 @@
 
 #include "toolkit/rescue/Leftover.h"
 
+namespace velmar::toolkit {
+
 /// Follows JPEGs from marker to marker: frames without numbers and times.
 std::vector<LeftoverFrame> findPictures(const FileBytes& file, std::uint64_t from,
                                         std::uint64_t to);
@@ -47,5 +49,7 @@ class UnrecordedFrames {
   std::vector<LeftoverFrame> found_;
   std::uint64_t strayBytes_ = 0;
 };
+
+}  // namespace velmar::toolkit
 
 #endif

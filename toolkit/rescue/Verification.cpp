@@ -13,6 +13,8 @@
 #include "toolkit/recording/Recording.h"
 #include "toolkit/text/JsonText.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 using Severity = Finding::Severity;
@@ -176,9 +178,9 @@ class Verifier {
     const auto warn = [this](std::uint64_t offset, const std::string& text) {
       findings_.add({Severity::Warning, {}, offset, text});
     };
-    const RtvLayout layout = rtvLayout(description_.version);
-    if (file_.read(kMagicCodeAt, kRtvMagic.size()) != kRtvMagic)
-      warn(kMagicCodeAt, "the magic code differs");
+    const detail::RtvLayout layout = detail::rtvLayout(description_.version);
+    if (file_.read(detail::kMagicCodeAt, detail::kRtvMagic.size()) != detail::kRtvMagic)
+      warn(detail::kMagicCodeAt, "the magic code differs");
     if (byteAt(layout.frameFormatAt()) > RTV_FMT_GRAY) {
       warn(layout.frameFormatAt(), "the frame format is unknown");
     }
@@ -243,3 +245,5 @@ unsigned int verify(const std::string& path, bool decode, const FindingMerger::R
     throw;
   }
 }
+
+}  // namespace velmar::toolkit

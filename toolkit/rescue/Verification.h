@@ -5,6 +5,8 @@
 
 #include "toolkit/base/Finding.h"
 
+namespace velmar::toolkit {
+
 /// Checks what opening a recording does not. Findings come in the order of the checks: places,
 /// then frames one by one, then what is said of the whole. What is wrong with neighbouring frames
 /// is one finding.
@@ -12,5 +14,7 @@
 /// \return the number of frames; 0 if the recording does not open, which is a finding, too
 /// Throws Failure if the file cannot be read on.
 unsigned int verify(const std::string& path, bool decode, const FindingMerger::Report& report);
+
+}  // namespace velmar::toolkit
 
 #endif

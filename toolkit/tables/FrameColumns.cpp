@@ -5,6 +5,8 @@
 #include "toolkit/base/InputFile.h"
 #include "toolkit/text/Joined.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 std::vector<std::string> allNames() {
@@ -50,3 +52,5 @@ CsvTable readFrameTable(const std::string& path, Job& job, const std::vector<std
   if (!unknown.empty()) job.note(path, "columns that are not read: " + joined(unknown));
   return table;
 }
+
+}  // namespace velmar::toolkit

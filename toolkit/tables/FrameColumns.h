@@ -9,6 +9,8 @@
 #include "toolkit/text/CsvTable.h"
 #include "velmar_video/rtv/CanData.h"
 
+namespace velmar::toolkit {
+
 /// The names in their order, with commas.
 /// \param ofRtv   with time flag, position, distance, speed and direction
 /// \param hasCan  and with the CAN signals
@@ -21,5 +23,7 @@ const std::vector<CanField>& canSignals();
 /// `others`; nobody reads them. Throws Failure.
 CsvTable readFrameTable(const std::string& path, Job& job,
                         const std::vector<std::string>& others = {});
+
+}  // namespace velmar::toolkit
 
 #endif

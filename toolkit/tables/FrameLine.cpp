@@ -8,6 +8,8 @@
 #include "toolkit/text/NumberText.h"
 #include "toolkit/text/TimeText.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 template <typename T>
@@ -141,3 +143,5 @@ std::string FrameLine::text(unsigned int index) const {
 }
 
 std::string FrameLine::textHeader() { return textLine("frame", "captured", "arrived", "bytes"); }
+
+}  // namespace velmar::toolkit

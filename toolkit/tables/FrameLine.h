@@ -7,6 +7,8 @@
 #include "toolkit/recording/Recording.h"
 #include "toolkit/tables/Track.h"
 
+namespace velmar::toolkit {
+
 /// Shows the frames of a recording, each as a line of text. JSON keys and CSV columns are alike; a
 /// frame of an rtv has more of them, one of version 04 the CAN signals, too.
 class FrameLine {
@@ -31,5 +33,7 @@ class FrameLine {
   bool hasCan_ = false;
   bool isVersion02_ = false;
 };
+
+}  // namespace velmar::toolkit
 
 #endif

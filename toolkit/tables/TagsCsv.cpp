@@ -10,6 +10,8 @@
 #include "toolkit/text/Joined.h"
 #include "toolkit/text/NumberText.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 /// Puts a cell's value into a tag; false if it does not fit.
@@ -135,3 +137,5 @@ std::string lostFromTags(const std::vector<FrameTag>& tags, version_e version) {
   }
   return joined(lost);
 }
+
+}  // namespace velmar::toolkit

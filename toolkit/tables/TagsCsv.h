@@ -8,6 +8,8 @@
 #include "toolkit/text/CsvTable.h"
 #include "velmar_video/VelmarVideoCommDef.h"
 
+namespace velmar::toolkit {
+
 /// The tags of the files, in their order, from a table whose rows name their frame (see
 /// rowsOfFrames()) and have any of the columns x, y, z, relative_distance, speed and direction
 /// and of the CAN signals' names. Values are stored integers (floats for signals that are); an
@@ -18,5 +20,7 @@ std::vector<FrameTag> readTags(const CsvTable& table, const std::vector<std::str
 
 /// What is in the tags that the version has no field for, in words; empty if there is nothing.
 std::string lostFromTags(const std::vector<FrameTag>& tags, version_e version);
+
+}  // namespace velmar::toolkit
 
 #endif

@@ -3,6 +3,8 @@
 #include "toolkit/base/Failure.h"
 #include "toolkit/text/TimeText.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 FrameTimes timesOf(const CsvTable& table, const CsvTable::Row& row, std::size_t sensorColumn,
@@ -38,3 +40,5 @@ std::vector<FrameTimes> readAllTimes(const CsvTable& table) {
   }
   return times;
 }
+
+}  // namespace velmar::toolkit

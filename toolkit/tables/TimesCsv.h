@@ -7,6 +7,8 @@
 #include "toolkit/recording/FrameTimes.h"
 #include "toolkit/text/CsvTable.h"
 
+namespace velmar::toolkit {
+
 /// The times of the files, in their order, from a table with the columns sensor_time_us and
 /// arrived_time_us whose rows name their frame; see rowsOfFrames(). Throws Failure.
 std::vector<FrameTimes> readTimes(const CsvTable& table, const std::vector<std::string>& files);
@@ -14,5 +16,7 @@ std::vector<FrameTimes> readTimes(const CsvTable& table, const std::vector<std::
 /// Rows in the frames' order with the column sensor_time_us and perhaps arrived_time_us; others
 /// count for nothing, but an index has to be right. Throws Failure.
 std::vector<FrameTimes> readAllTimes(const CsvTable& table);
+
+}  // namespace velmar::toolkit
 
 #endif

@@ -6,6 +6,8 @@
 #include "toolkit/text/TimeText.h"
 #include "velmar_video/rtv/RecordFileToolkit.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 constexpr double kHundredths = 100;
@@ -79,3 +81,5 @@ std::string Track::geoJson(const std::vector<unsigned int>& frames) const {
                  : R"("geometry":{"type":"Point","coordinates":)";
   return text + joined(places, ",") + (isLine ? "]}}\n" : "}}\n");
 }
+
+}  // namespace velmar::toolkit

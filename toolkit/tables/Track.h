@@ -6,6 +6,8 @@
 
 #include "toolkit/recording/Recording.h"
 
+namespace velmar::toolkit {
+
 /// A place on the WGS 84 ellipsoid.
 struct Place {
   double lng;  ///< degrees
@@ -32,5 +34,7 @@ class Track {
   const Recording& recording_;
   Place start_{};
 };
+
+}  // namespace velmar::toolkit
 
 #endif

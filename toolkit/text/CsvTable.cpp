@@ -9,6 +9,8 @@
 #include "toolkit/text/Joined.h"
 #include "toolkit/text/TimeText.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 constexpr std::size_t kAmbiguous = static_cast<std::size_t>(-1);
@@ -210,3 +212,5 @@ std::vector<const CsvTable::Row*> rowsOfFrames(const CsvTable& table,
   }
   return rows;
 }
+
+}  // namespace velmar::toolkit

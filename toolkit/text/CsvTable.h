@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+namespace velmar::toolkit {
+
 /// A table of text: a header with the columns' names, then rows with as many fields. Fields in
 /// quotation marks may hold commas, line ends and, doubled, quotation marks. Empty lines count for
 /// nothing. Columns may come in any order; capitals and blanks in their names make no difference.
@@ -49,5 +51,7 @@ std::string_view trimmed(std::string_view text);
 /// unless rows and frames match one to one.
 std::vector<const CsvTable::Row*> rowsOfFrames(const CsvTable& table,
                                                const std::vector<std::string>& files);
+
+}  // namespace velmar::toolkit
 
 #endif

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace velmar::toolkit {
+
 /// The texts with the separator between them.
 inline std::string joined(const std::vector<std::string>& texts,
                           const std::string& separator = ", ") {
@@ -11,5 +13,7 @@ inline std::string joined(const std::vector<std::string>& texts,
   for (const std::string& text : texts) all.append(all.empty() ? "" : separator).append(text);
   return all;
 }
+
+}  // namespace velmar::toolkit
 
 #endif

@@ -8,6 +8,8 @@
 #include "toolkit/base/Failure.h"
 #include "toolkit/base/InputFile.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 bool parse(const std::string& text, bool allowComments, Json::Value& value, std::string& errors) {
@@ -64,3 +66,5 @@ std::string toJsonText(const Json::Value& value) {
   builder["indentation"] = "";
   return Json::writeString(builder, value);
 }
+
+}  // namespace velmar::toolkit

@@ -6,6 +6,8 @@
 
 #include <string>
 
+namespace velmar::toolkit {
+
 /// The file's text, which is valid JSON; Failure says where it is not.
 std::string readJsonFile(const std::string& path);
 
@@ -14,5 +16,7 @@ Json::Value parseJson(const std::string& text);
 
 /// On one line, in ASCII.
 std::string toJsonText(const Json::Value& value);
+
+}  // namespace velmar::toolkit
 
 #endif

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace velmar::toolkit {
+
 namespace {
 
 bool isDigit(char character) { return character >= '0' && character <= '9'; }
@@ -41,3 +43,5 @@ bool naturalLess(std::string_view left, std::string_view right) {
   if (a.empty() != b.empty()) return a.empty();
   return left < right;
 }
+
+}  // namespace velmar::toolkit

@@ -3,8 +3,12 @@
 
 #include <string_view>
 
+namespace velmar::toolkit {
+
 /// Whether `left` comes before `right` as people count: "2.jpg" before "10.jpg". Numbers that
 /// differ only in leading zeros come in the order of the whole texts.
 bool naturalLess(std::string_view left, std::string_view right);
+
+}  // namespace velmar::toolkit
 
 #endif

@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+namespace velmar::toolkit {
+
 /// The shortest text that gives the value back.
 template <typename T>
 std::string numberText(T value) {
@@ -34,5 +36,7 @@ inline std::string fixedText(double value, int digits) {
 
 /// Degrees down to a tenth of a millimetre on the ground.
 inline std::string degreesText(double degrees) { return fixedText(degrees, 9); }
+
+}  // namespace velmar::toolkit
 
 #endif

@@ -4,6 +4,8 @@
 
 #include "toolkit/text/NumberText.h"
 
+namespace velmar::toolkit {
+
 namespace {
 
 using std::chrono::sys_days;
@@ -155,3 +157,5 @@ std::string formatTime(std::uint64_t time) {
   appendNumber(text, clock.subseconds().count(), 6, 'Z');
   return text;
 }
+
+}  // namespace velmar::toolkit

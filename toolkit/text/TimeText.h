@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+namespace velmar::toolkit {
+
 /// Decimal digits and nothing else, within 64 bits.
 std::optional<std::uint64_t> parseNumber(std::string_view text);
 
@@ -22,5 +24,7 @@ std::string formatTime(std::uint64_t time);
 
 /// 9999-12-31 23:59:59.999999
 constexpr std::uint64_t kLastFormattedTime = 253402300799999999;
+
+}  // namespace velmar::toolkit
 
 #endif

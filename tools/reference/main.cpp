@@ -5,6 +5,8 @@
 #include "Forms.h"
 #include "program/Tool.h"
 
+using namespace velmar::tool;
+
 namespace {
 
 bool writeFile(const char* path, const std::string& text) {

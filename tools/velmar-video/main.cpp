@@ -15,6 +15,8 @@
 #include <velmar_logger/control.h>
 #endif
 
+using namespace velmar::tool;
+
 namespace {
 
 /// A standard stream that is closed must not become the number of a file that is opened later.

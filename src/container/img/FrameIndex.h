@@ -6,9 +6,6 @@
 #include "base/Bytes.h"
 #include "velmar_video/VelmarVideoCommDef.h"
 
-/// Where the index of an "img" file begins: behind the 64-bit offset of the metadata.
-constexpr std::uint64_t kFrameIndexStart = 8;
-
 /// A record of the index of an "img" file, 28 bytes as in the file. Big-endian in the file and in
 /// the writer, host order in readers.
 struct __attribute__((packed)) FrameIndex {
@@ -25,7 +22,14 @@ struct __attribute__((packed)) FrameIndex {
 };
 static_assert(sizeof(FrameIndex) == 28);
 
+namespace velmar::detail {
+
+/// Where the index of an "img" file begins: behind the 64-bit offset of the metadata.
+constexpr std::uint64_t kFrameIndexStart = 8;
+
 /// A record as bytes of a file have it, in host order.
 inline FrameIndex readFrameIndex(const char* bytes) { return get<FrameIndex>(bytes).swapped(); }
+
+}  // namespace velmar::detail
 
 #endif

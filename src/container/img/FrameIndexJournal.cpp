@@ -9,6 +9,8 @@
 
 #include "velmar_logger/velmar_logger.h"
 
+namespace velmar::detail {
+
 FrameIndexJournal::FrameIndexJournal(const std::string& path)
     : path_(path), newPath_(path + ".new") {}
 
@@ -45,3 +47,5 @@ void FrameIndexJournal::giveUp() {
                    path_.c_str(), std::strerror(errno));
   file_.close();
 }
+
+}  // namespace velmar::detail

@@ -7,6 +7,8 @@
 #include "base/FileDescriptor.h"
 #include "container/img/FrameIndex.h"
 
+namespace velmar::detail {
+
 /// Keeps the index of a running recording in a file of its own, since an "img" file gets its index
 /// only when it is finished. If the recorder is killed, its frames are recovered with the journal.
 ///
@@ -37,5 +39,7 @@ class FrameIndexJournal {
   const std::string newPath_;
   FileDescriptor file_;
 };
+
+}  // namespace velmar::detail
 
 #endif

@@ -15,6 +15,8 @@
 #include "base/PublishFile.h"
 #include "velmar_logger/velmar_logger.h"
 
+using namespace velmar::detail;
+
 namespace {
 
 constexpr char kTag[] = "ImgContainerCreater_TAG";

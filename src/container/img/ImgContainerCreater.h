@@ -46,14 +46,14 @@ class ImgContainerCreater final : public VelmarVideoFileCreater {
   VELMAR_ERROR_CODE_E finish();
   VELMAR_ERROR_CODE_E publish();
 
-  std::vector<FrameIndex> frameIndex_;  ///< in file byte order
-  std::uint64_t writtenBytes_ = 0;      ///< also the next write position
-  FileDescriptor file_;                 ///< the temporary file while the object is open
-  bool writeFailed_ = false;            ///< nothing more is written
+  std::vector<FrameIndex> frameIndex_;   ///< in file byte order
+  std::uint64_t writtenBytes_ = 0;       ///< also the next write position
+  velmar::detail::FileDescriptor file_;  ///< the temporary file while the object is open
+  bool writeFailed_ = false;             ///< nothing more is written
   ImgMetaData metaData_;
   bool textLost_ = false;  ///< a setter had no memory
   const std::string temporaryPath_;
-  FrameIndexJournal journal_;
+  velmar::detail::FrameIndexJournal journal_;
 };
 
 #endif

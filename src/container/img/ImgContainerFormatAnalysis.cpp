@@ -10,6 +10,8 @@
 #include "base/Guarded.h"
 #include "velmar_logger/velmar_logger.h"
 
+using namespace velmar::detail;
+
 namespace {
 
 constexpr char kTag[] = "ImgContainerFormatAnalysis_Tag";

@@ -43,7 +43,7 @@ class ImgContainerFormatAnalysis {
   /// \param mapped  the result of mapping the file
   VELMAR_ERROR_CODE_E analyse(VELMAR_ERROR_CODE_E mapped, const char* tag);
   /// As openMap(), with the given access.
-  VELMAR_ERROR_CODE_E mapFile(const std::string& path, MemoryMap::Access access);
+  VELMAR_ERROR_CODE_E mapFile(const std::string& path, velmar::detail::MemoryMap::Access access);
   /// Whether there is such a frame.
   /// \retval VELMAR_ERROR_CODE_OUT_RANGE_E  no frame has that index
   /// \retval VELMAR_ERROR_CODE_NOT_INIT_E   no file is open
@@ -64,11 +64,12 @@ class ImgContainerFormatAnalysis {
   /// Returns to the state of a new object.
   void forget();
 
-  std::vector<FrameIndex, LeaveUninitialized<FrameIndex>> frameIndex_;  ///< host byte order
+  std::vector<FrameIndex, velmar::detail::LeaveUninitialized<FrameIndex>>
+      frameIndex_;  ///< host byte order
   unsigned long metaDataOffset_ = 0;
   unsigned long fileLength_ = 0;
   struct stat openedFile_ {};
-  MemoryMap mapAddr_;
+  velmar::detail::MemoryMap mapAddr_;
   ImgMetaData metaData_;
   bool analysed_ = false;  ///< open() has succeeded; close() clears it
 };

@@ -15,6 +15,8 @@
 #include "jpeg/TjHandle.h"
 #include "velmar_logger/velmar_logger.h"
 
+using namespace velmar::detail;
+
 namespace {
 
 constexpr char kTag[] = "ImgContainerModifier_Tag";

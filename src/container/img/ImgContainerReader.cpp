@@ -14,6 +14,8 @@
 #include "jpeg/PictureFormat.h"
 #include "velmar_logger/velmar_logger.h"
 
+using namespace velmar::detail;
+
 namespace {
 
 constexpr char kTag[] = "ImgContainerReader_TAG";

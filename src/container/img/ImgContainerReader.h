@@ -55,7 +55,7 @@ class ImgContainerReader : public VelmarVideoFileReader, public ImgContainerForm
   static bool getPixelFormat(VELMAR_FORMAT_E format, int* pixelFormat);
   static bool getPixelSize(VELMAR_FORMAT_E format, int* bytes);
 
-  JpegDecoder decoder_;
+  velmar::detail::JpegDecoder decoder_;
   bool memoryLocked_ = false;
 };
 

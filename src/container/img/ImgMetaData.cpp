@@ -8,6 +8,8 @@
 #include "container/img/JsonText.h"
 #include "velmar_logger/velmar_logger.h"
 
+using namespace velmar::detail;
+
 namespace {
 
 constexpr char kTag[] = "ImgMetaData_tag";

@@ -12,6 +12,8 @@
 #include <sstream>
 #include <string_view>
 
+namespace velmar::detail {
+
 namespace {
 
 // By their offset in the text.
@@ -151,3 +153,5 @@ std::string styledText(const Json::Value& value) {
 }
 
 #pragma GCC diagnostic pop
+
+}  // namespace velmar::detail

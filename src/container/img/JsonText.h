@@ -7,6 +7,8 @@
 
 #include <string>
 
+namespace velmar::detail {
+
 /// Parses the text and keeps its comments, without blanks at their ends. False if it is not JSON.
 /// Throws jsoncpp's exceptions, for example if the nesting is beyond its limit.
 bool parseJson(const std::string& text, Json::Value& value);
@@ -18,5 +20,7 @@ Json::Value withoutComments(const Json::Value& value);
 /// key, short arrays on one line, a final newline. (Value::toStyledString() has another shape in
 /// later versions of jsoncpp.) Throws if memory runs out.
 std::string styledText(const Json::Value& value);
+
+}  // namespace velmar::detail
 
 #endif

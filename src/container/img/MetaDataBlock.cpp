@@ -4,6 +4,8 @@
 
 #include <cerrno>
 
+namespace velmar::detail {
+
 int replaceMetaDataBlock(const FileDescriptor& file, unsigned long offset,
                          const std::string& oldText, const std::string& newText) {
   if (newText.size() > oldText.size() && !file.reserve(offset, newText.size())) return errno;
@@ -17,3 +19,5 @@ int replaceMetaDataBlock(const FileDescriptor& file, unsigned long offset,
   }
   return 0;
 }
+
+}  // namespace velmar::detail

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace velmar::detail {
+
 void reverseCanFields(can_data_io& block, bool unsigned16, bool unsigned32, bool floats) {
   auto* bytes = reinterpret_cast<unsigned char*>(&block);
   for (const CanField& field : canFields()) {
@@ -11,3 +13,5 @@ void reverseCanFields(can_data_io& block, bool unsigned16, bool unsigned32, bool
     if (reverse) std::reverse(bytes + field.offset, bytes + field.offset + field.size());
   }
 }
+
+}  // namespace velmar::detail

@@ -3,7 +3,11 @@
 
 #include "velmar_video/rtv/CanData.h"
 
+namespace velmar::detail {
+
 /// Reverses the bytes of the fields of the given types, each field by itself.
 void reverseCanFields(can_data_io& block, bool unsigned16, bool unsigned32, bool floats);
+
+}  // namespace velmar::detail
 
 #endif

@@ -11,6 +11,8 @@
 #include "base/Bytes.h"
 #include "base/Guarded.h"
 
+using namespace velmar::detail;
+
 namespace {
 
 constexpr std::size_t kSlotSize = 4;

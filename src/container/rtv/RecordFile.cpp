@@ -9,6 +9,8 @@
 #include "container/rtv/CanByteOrder.h"
 #include "velmar_logger/velmar_logger.h"
 
+using namespace velmar::detail;
+
 namespace {
 
 constexpr char kTag[] = "RecordFile";

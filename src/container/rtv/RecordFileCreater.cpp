@@ -18,6 +18,8 @@
 #include "container/rtv/RtvLayout.h"
 #include "velmar_logger/velmar_logger.h"
 
+using namespace velmar::detail;
+
 namespace {
 
 constexpr char kTag[] = "RecordFileCreater";

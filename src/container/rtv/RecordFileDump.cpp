@@ -5,6 +5,8 @@
 #include "velmar_logger/velmar_logger.h"
 #include "velmar_video/rtv/RecordFile.h"
 
+using namespace velmar::detail;
+
 namespace {
 
 constexpr char kTag[] = "RecordFile";

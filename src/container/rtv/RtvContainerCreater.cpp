@@ -3,6 +3,8 @@
 #include "container/rtv/RtvLayout.h"
 #include "velmar_video/TypeConversion.h"
 
+using namespace velmar::detail;
+
 namespace {}  // namespace
 
 RtvContainerCreater::RtvContainerCreater(const std::string& path)

@@ -10,6 +10,8 @@
 #include "velmar_logger/velmar_logger.h"
 #include "velmar_video/TypeConversion.h"
 
+using namespace velmar::detail;
+
 namespace {
 
 constexpr char kTag[] = "RtvContainerModifier_TAG";

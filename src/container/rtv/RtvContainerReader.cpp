@@ -4,6 +4,8 @@
 #include "velmar_logger/velmar_logger.h"
 #include "velmar_video/TypeConversion.h"
 
+using namespace velmar::detail;
+
 namespace {
 
 constexpr char kTag[] = "RtvContainerReader_TAG";

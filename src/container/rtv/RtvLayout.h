@@ -10,6 +10,8 @@
 
 #include "velmar_video/rtv/RecordFile.h"
 
+namespace velmar::detail {
+
 /// What the files of every version begin with, followed by zeros.
 constexpr std::string_view kRtvMagic = "velmar.rtv";
 
@@ -128,5 +130,7 @@ inline frametag_02ver_t narrowed(const frametag03Ver_t& tag) {
   narrow.direction = tag.direction;
   return narrow;
 }
+
+}  // namespace velmar::detail
 
 #endif

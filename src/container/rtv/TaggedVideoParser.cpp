@@ -15,6 +15,8 @@
 #include "container/rtv/TaggedVideoParserState.h"
 #include "velmar_logger/velmar_logger.h"
 
+using namespace velmar::detail;
+
 namespace {
 
 constexpr char kIdentifier[] = "velmar";

@@ -6,6 +6,8 @@
 #include "velmar_video/rtv/RecordFileToolkit.h"
 #include "velmar_video/rtv/TaggedVideoParser.h"
 
+using namespace velmar::detail;
+
 namespace {
 
 constexpr float kHundredths = 100.0F;

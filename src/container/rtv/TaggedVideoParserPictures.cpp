@@ -11,6 +11,8 @@
 #include "velmar_video/TypeConversion.h"
 #include "velmar_video/rtv/TaggedVideoParser.h"
 
+using namespace velmar::detail;
+
 namespace {
 
 constexpr auto& kTag = kTaggedVideoParserTag;

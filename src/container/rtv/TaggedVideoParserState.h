@@ -12,10 +12,10 @@ constexpr char kTaggedVideoParserTag[] = "TaggedVideoParser";  ///< of the log
 
 /// The private state of the public class, kept out of the public header.
 struct TaggedVideoParser::State {
-  FileDescriptor mFileFd;
-  MemoryMap mMapAddr;  ///< mapped while, and only while, the parser is initialised
+  velmar::detail::FileDescriptor mFileFd;
+  velmar::detail::MemoryMap mMapAddr;  ///< mapped while, and only while, the parser is initialised
   unsigned long mFileSize = 0;
-  JpegDecoder decoder;
+  velmar::detail::JpegDecoder decoder;
   std::mutex mMutex;  ///< held by init() and clear()
 };
 

@@ -8,6 +8,8 @@
 #include "support/TestSupport.h"
 #include "velmar_video/rtv/CanData.h"
 
+using namespace velmar::detail;
+
 namespace {
 
 std::string textOf(const ImgMetaData& metaData) {

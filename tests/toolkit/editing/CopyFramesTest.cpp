@@ -6,6 +6,8 @@
 #include "support/TestSupport.h"
 #include "toolkit/TestJob.h"
 
+using namespace velmar::toolkit;
+
 namespace {
 
 using Lines = std::vector<std::string>;

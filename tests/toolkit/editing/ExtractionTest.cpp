@@ -7,6 +7,8 @@
 #include "toolkit/TestJob.h"
 #include "toolkit/base/Failure.h"
 
+using namespace velmar::toolkit;
+
 namespace {
 
 using Kind = PictureForm::Kind;

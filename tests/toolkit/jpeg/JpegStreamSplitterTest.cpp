@@ -6,6 +6,8 @@
 
 #include "scene/SampleScene.h"
 
+using namespace velmar::toolkit;
+
 namespace {
 
 using namespace std::string_literals;

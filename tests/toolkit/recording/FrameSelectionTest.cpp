@@ -8,6 +8,8 @@
 #include "toolkit/recording/Recording.h"
 #include "toolkit/recording/RecordingWriter.h"
 
+using namespace velmar::toolkit;
+
 namespace {
 
 using Frames = std::vector<unsigned int>;

@@ -10,6 +10,9 @@
 #include "toolkit/recording/FramePlaces.h"
 #include "velmar_video/rtv/RecordFileCreater.h"
 
+using namespace velmar::detail;
+using namespace velmar::toolkit;
+
 namespace {
 
 using namespace std::string_literals;

@@ -4,6 +4,8 @@
 
 #include "toolkit/base/Failure.h"
 
+using namespace velmar::toolkit;
+
 namespace {
 
 const std::vector<std::string> kFiles = {"in/1.jpg", "in/2.jpg"};

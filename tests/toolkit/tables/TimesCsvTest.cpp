@@ -4,6 +4,8 @@
 
 #include "toolkit/base/Failure.h"
 
+using namespace velmar::toolkit;
+
 namespace {
 
 const std::string kHeader = "file,sensor_time_us,arrived_time_us\n";

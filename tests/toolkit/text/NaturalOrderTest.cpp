@@ -4,6 +4,8 @@
 
 #include <string>
 
+using namespace velmar::toolkit;
+
 TEST(NaturalOrder, CountsNumbersInNames) {
   // Each pair in order; the opposite must not hold.
   const std::string_view pairs[][2] = {

@@ -7,6 +7,8 @@
 #include "toolkit/base/Failure.h"
 #include "toolkit/recording/FrameTimes.h"
 
+using namespace velmar::toolkit;
+
 namespace {
 
 constexpr std::uint64_t kNoon = 1700000000000000;  // 2023-11-14T22:13:20Z

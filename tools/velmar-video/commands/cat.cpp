@@ -6,6 +6,8 @@
 #include "program/Tool.h"
 #include "toolkit/recording/FrameLosses.h"
 
+namespace velmar::tool {
+
 namespace {
 
 struct Options {
@@ -48,3 +50,5 @@ void addCatCommand(Tool& tool) {
                             "  velmar-video cat drive.img | ffmpeg -f mjpeg -i - preview.mp4"},
                            {addOptions, writeFrames});
 }
+
+}  // namespace velmar::tool

@@ -4,6 +4,8 @@
 #include "program/Tool.h"
 #include "toolkit/editing/Concatenation.h"
 
+namespace velmar::tool {
+
 namespace {
 
 struct Options {
@@ -56,3 +58,5 @@ void addConcatCommand(Tool& tool) {
                             "concat day.img morning.img evening.img"},
                            {addOptions, concat});
 }
+
+}  // namespace velmar::tool

@@ -5,6 +5,8 @@
 #include "toolkit/editing/CopyFrames.h"
 #include "toolkit/text/Joined.h"
 
+namespace velmar::tool {
+
 namespace {
 
 struct Options {
@@ -52,3 +54,5 @@ void addConvertCommand(Tool& tool) {
        "convert drive.img drive.rtv --rtv-version 04"},
       {addOptions, convert, checkUsage});
 }
+
+}  // namespace velmar::tool

@@ -14,6 +14,8 @@
 #include "toolkit/tables/TagsCsv.h"
 #include "toolkit/tables/TimesCsv.h"
 
+namespace velmar::tool {
+
 namespace {
 
 struct Options {
@@ -184,3 +186,5 @@ void addCreateCommand(Tool& tool) {
        "are."},
       {addOptions, create, checkUsage});
 }
+
+}  // namespace velmar::tool

@@ -3,6 +3,8 @@
 #include "program/Tool.h"
 #include "toolkit/editing/CopyFrames.h"
 
+namespace velmar::tool {
+
 namespace {
 
 struct Options {
@@ -37,3 +39,5 @@ void addCutCommand(Tool& tool) {
                             "cut drive.img scene.img --time +10s:+12.5s"},
                            {addOptions, cut});
 }
+
+}  // namespace velmar::tool

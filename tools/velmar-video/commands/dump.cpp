@@ -6,6 +6,9 @@
 
 #if __has_include(<velmar_logger/control.h>)
 #include <velmar_logger/control.h>
+
+namespace velmar::tool {
+
 #endif
 
 namespace {
@@ -91,3 +94,5 @@ void addDumpCommand(Tool& tool) {
        "frames --json\nshows them as they are."},
       {addOptions, dump});
 }
+
+}  // namespace velmar::tool

@@ -9,6 +9,8 @@
 #include "toolkit/text/JsonText.h"
 #include "toolkit/text/TimeText.h"
 
+namespace velmar::tool {
+
 namespace {
 
 struct Options {
@@ -156,3 +158,5 @@ void addEditCommand(Tool& tool) {
        "edit drive.img --device-id 0aff --shift-time -3600s --dry-run"},
       {addOptions, edit, checkUsage});
 }
+
+}  // namespace velmar::tool

@@ -5,6 +5,8 @@
 #include "program/Tool.h"
 #include "toolkit/editing/Extraction.h"
 
+namespace velmar::tool {
+
 namespace {
 
 const std::map<std::string, PictureForm::Kind> kKinds = {{"jpg", PictureForm::Kind::Stored},
@@ -103,3 +105,5 @@ void addExtractCommand(Tool& tool) {
        "extract drive.img --output pictures --range 0:10 --as png --scale 1/2 --crop-top 100"},
       {addOptions, extract, checkUsage});
 }
+
+}  // namespace velmar::tool

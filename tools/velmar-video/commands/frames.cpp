@@ -9,6 +9,8 @@
 #include "toolkit/tables/FrameLine.h"
 #include "toolkit/tables/Track.h"
 
+namespace velmar::tool {
+
 namespace {
 
 struct Options {
@@ -106,3 +108,5 @@ void addFramesCommand(Tool& tool) {
       {"frames", "List the frames of a recording.", "frames drive.img --time +10s:+12.5s"},
       {addOptions, showFrames});
 }
+
+}  // namespace velmar::tool

@@ -13,6 +13,8 @@
 #include "toolkit/text/NumberText.h"
 #include "toolkit/text/TimeText.h"
 
+namespace velmar::tool {
+
 namespace {
 
 struct Options {
@@ -169,3 +171,5 @@ void addInfoCommand(Tool& tool) {
       {"info", "Show what recordings hold and how they were made.", "info drive.img"},
       {addOptions, showInfo});
 }
+
+}  // namespace velmar::tool

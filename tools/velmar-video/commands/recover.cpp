@@ -7,6 +7,8 @@
 #include "toolkit/tables/FrameColumns.h"
 #include "toolkit/tables/TimesCsv.h"
 
+namespace velmar::tool {
+
 namespace {
 
 struct Options {
@@ -15,7 +17,7 @@ struct Options {
   std::optional<double> framesPerSecond;
   std::string timesFile;
   std::optional<std::uint64_t> startTime;
-  std::optional<JpegSize> size;
+  std::optional<detail::JpegSize> size;
   DescriptionOptions description;
   bool keepDamaged = false;
   bool force = false;
@@ -30,8 +32,8 @@ LeftoverTimes timesOf(const Options& options, Job& job) {
 }
 
 /// What the options say, else what the file says. What neither does is lost.
-RecordingDescription describe(const Options& options, const Leftover& leftover, JpegSize firstSize,
-                              Job& job) {
+RecordingDescription describe(const Options& options, const Leftover& leftover,
+                              detail::JpegSize firstSize, Job& job) {
   RecordingDescription description = leftover.description;
   options.description.change(description, options.output, job);
   if (options.startTime) description.startTime = *options.startTime;
@@ -158,3 +160,5 @@ void addRecoverCommand(Tool& tool) {
        "The options go before what the file says itself, if the recorder came to write that."},
       {addOptions, recover, checkUsage});
 }
+
+}  // namespace velmar::tool

@@ -8,6 +8,8 @@
 #include "toolkit/recording/RecordFrames.h"
 #include "toolkit/recording/Recording.h"
 
+namespace velmar::tool {
+
 namespace {
 
 // Fixed, so that two samples are equal.
@@ -24,7 +26,7 @@ constexpr int kStartAltitude = 519;  // metres
 struct Options {
   std::string output;
   unsigned int frames = 50;
-  JpegSize size{1280, 800};
+  detail::JpegSize size{1280, 800};
   double framesPerSecond = 30;
   RtvVersionOption rtvVersion;
   bool force = false;
@@ -151,3 +153,5 @@ void addSampleCommand(Tool& tool) {
        "sample drive.img --frames 300"},
       {addOptions, drawSample, checkUsage});
 }
+
+}  // namespace velmar::tool

@@ -6,6 +6,8 @@
 #include "toolkit/rescue/Verification.h"
 #include "toolkit/text/JsonText.h"
 
+namespace velmar::tool {
+
 namespace {
 
 struct Options {
@@ -110,3 +112,5 @@ void addVerifyCommand(Tool& tool) {
        "Exit status 1 if there is an error, 0 if there are only warnings."},
       {addOptions, verifyFiles});
 }
+
+}  // namespace velmar::tool

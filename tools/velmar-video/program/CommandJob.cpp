@@ -11,6 +11,8 @@
 
 #include "program/Diagnostics.h"
 
+namespace velmar::tool {
+
 namespace {
 
 /// Turns signals into a question.
@@ -126,3 +128,5 @@ void CommandJob::fail(const Failure& failure) {
   status_ = ExitStatus::Failed;
   say(failure.what());
 }
+
+}  // namespace velmar::tool

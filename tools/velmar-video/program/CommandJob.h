@@ -1,8 +1,11 @@
 #ifndef VELMAR_TOOL_COMMAND_JOB_H
 #define VELMAR_TOOL_COMMAND_JOB_H
 
+#include "program/Toolkit.h"
 #include "toolkit/base/Failure.h"
 #include "toolkit/base/Job.h"
+
+namespace velmar::tool {
 
 enum class ExitStatus : int {
   Done = 0,
@@ -32,5 +35,7 @@ class CommandJob final : public Job {
   bool quiet_;
   ExitStatus status_ = ExitStatus::Done;
 };
+
+}  // namespace velmar::tool
 
 #endif

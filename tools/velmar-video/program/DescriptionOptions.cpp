@@ -11,6 +11,8 @@
 #include "toolkit/text/NumberText.h"
 #include "toolkit/text/TimeText.h"
 
+namespace velmar::tool {
+
 namespace {
 
 const std::map<std::string, version_e> kVersions = {
@@ -125,7 +127,7 @@ void addFrameRateOption(CLI::App& command, const std::function<void(double)>& ta
                   [take](const std::string& text) { take(parseFrameRate(text)); });
 }
 
-JpegSize parsePictureSize(std::string_view text) {
+detail::JpegSize parsePictureSize(std::string_view text) {
   const std::size_t cross = text.find('x');
   return {parseSide(text.substr(0, cross)),
           parseSide(cross == text.npos ? "" : text.substr(cross + 1))};
@@ -202,3 +204,5 @@ std::vector<std::string> DescriptionOptions::inputs() const {
   }
   return files;
 }
+
+}  // namespace velmar::tool

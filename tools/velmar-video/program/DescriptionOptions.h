@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "jpeg/JpegHeader.h"
+#include "program/Toolkit.h"
 #include "toolkit/base/Job.h"
 #include "toolkit/recording/RecordingDescription.h"
 
@@ -16,6 +17,8 @@ namespace CLI {
 class App;
 class Option;
 }  // namespace CLI
+
+namespace velmar::tool {
 
 /// A point in time for `option`, microseconds since 1970. Throws UsageError.
 std::uint64_t parseTimeOption(const std::string& option, const std::string& text);
@@ -41,7 +44,7 @@ void addFrameRateOption(CLI::App& command, const std::function<void(double)>& ta
                         const std::string& help);
 
 /// The pixels of --size, "1280x800". Throws UsageError.
-JpegSize parsePictureSize(std::string_view text);
+detail::JpegSize parsePictureSize(std::string_view text);
 
 /// --rtv-version. This object has to outlive the parsing.
 struct RtvVersionOption {
@@ -75,5 +78,7 @@ struct DescriptionOptions {
  private:
   void refuseWhatIsNotHeld(const std::string& output, version_e version) const;
 };
+
+}  // namespace velmar::tool
 
 #endif

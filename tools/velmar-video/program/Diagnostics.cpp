@@ -4,6 +4,8 @@
 
 #include <iostream>
 
+namespace velmar::tool {
+
 void say(const std::string& line) {
   // On a terminal the line replaces the progress that may stand there.
   std::string text = isatty(STDERR_FILENO) != 0 ? "\r\033[K" : "";
@@ -18,3 +20,5 @@ std::string printable(std::string text) {
   }
   return text;
 }
+
+}  // namespace velmar::tool

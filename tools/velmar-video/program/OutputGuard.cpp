@@ -5,8 +5,11 @@
 
 #include <optional>
 
+#include "program/Toolkit.h"
 #include "toolkit/base/Failure.h"
 #include "toolkit/base/FileKind.h"
+
+namespace velmar::tool {
 
 namespace {
 
@@ -74,3 +77,5 @@ void checkStandardOutput(const std::string& input) {
     throw refusal(input, "it is also where standard output goes");
   }
 }
+
+}  // namespace velmar::tool

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+namespace velmar::tool {
+
 /// Throws Failure if a file that is written must not be: one that exists, unless `force` is given,
 /// one that is no regular file, and one that is among `inputs` ("-" is standard input) under
 /// whatever name.
@@ -17,5 +19,7 @@ void checkRecordingOutput(const std::string& path, const std::vector<std::string
 
 /// Throws Failure if standard output goes into `input`.
 void checkStandardOutput(const std::string& input);
+
+}  // namespace velmar::tool
 
 #endif

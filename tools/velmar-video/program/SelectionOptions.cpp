@@ -2,6 +2,8 @@
 
 #include "program/DescriptionOptions.h"
 
+namespace velmar::tool {
+
 void addSelectionOptions(CLI::App& command, FrameSelection& selection) {
   auto* range =
       addParsedOption(command, "--range", "A:B", "Only frames A to B-1, counted from 0",
@@ -13,3 +15,5 @@ void addSelectionOptions(CLI::App& command, FrameSelection& selection) {
       [&selection](const std::string& text) { selection.setTime(text); });
   range->excludes(time);
 }
+
+}  // namespace velmar::tool

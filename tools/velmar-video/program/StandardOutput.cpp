@@ -4,7 +4,10 @@
 
 #include <cerrno>
 
+#include "program/Toolkit.h"
 #include "toolkit/base/Failure.h"
+
+namespace velmar::tool {
 
 void StandardOutput::write(std::string_view text) {
   constexpr std::size_t kPiece = 1 << 16;
@@ -22,3 +25,5 @@ void StandardOutput::flush() {
   }
   pending_.clear();
 }
+
+}  // namespace velmar::tool

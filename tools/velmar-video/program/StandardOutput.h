@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+namespace velmar::tool {
+
 /// Collects results and writes them to standard output in large pieces. Throws Failure as soon as
 /// they cannot be written. What is not flushed is lost.
 class StandardOutput {
@@ -14,5 +16,7 @@ class StandardOutput {
  private:
   std::string pending_;
 };
+
+}  // namespace velmar::tool
 
 #endif

@@ -1,5 +1,7 @@
 #include "program/Tool.h"
 
+namespace velmar::tool {
+
 Tool::Tool() : app("Makes, shows and takes apart recordings of a vehicle's camera.") {
   app.name("velmar-video");
   app.require_subcommand(0, 1);
@@ -41,3 +43,5 @@ void addCommands(Tool& tool) {
   addVerifyCommand(tool);
   addSampleCommand(tool);
 }
+
+}  // namespace velmar::tool

@@ -8,7 +8,10 @@
 #include <string>
 
 #include "program/CommandJob.h"
+#include "program/Toolkit.h"
 #include "toolkit/base/Failure.h"
+
+namespace velmar::tool {
 
 /// A command's name, what it is for and, behind the program's name, an example.
 struct CommandWords {
@@ -74,5 +77,7 @@ void addDumpCommand(Tool& tool);
 void addRecoverCommand(Tool& tool);
 void addVerifyCommand(Tool& tool);
 void addSampleCommand(Tool& tool);
+
+}  // namespace velmar::tool
 
 #endif

@@ -4,6 +4,8 @@
 #include <numeric>
 #include <utility>
 
+namespace velmar::tool {
+
 namespace {
 
 /// Letters to insert, to leave out, to replace or to swap with their neighbour.
@@ -73,3 +75,5 @@ std::optional<std::string> unexpectedArgument(const CLI::App& app,
   if (!chosen.empty()) return where + *found + " is one argument too many";
   return "there is no command " + *found + suggestion(*found, commandNames(app));
 }
+
+}  // namespace velmar::tool

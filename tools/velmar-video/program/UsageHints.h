@@ -6,9 +6,13 @@
 #include <string>
 #include <vector>
 
+namespace velmar::tool {
+
 /// What is wrong with the first of the arguments that the parser had no place for, with the command
 /// or option that may have been meant. Nothing if all had one.
 std::optional<std::string> unexpectedArgument(const CLI::App& app,
                                               const std::vector<std::string>& arguments);
+
+}  // namespace velmar::tool
 
 #endif
