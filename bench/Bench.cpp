@@ -27,7 +27,7 @@ Quartiles quartiles(std::vector<double> values) {
   return {quantile(values, 0.25), quantile(values, 0.5), quantile(values, 0.75)};
 }
 
-/// One side's measurements, in the order of the repetitions.
+// One side's measurements, in the order of the repetitions.
 struct Track {
   const Side* side;
   std::vector<double> values;

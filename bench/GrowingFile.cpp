@@ -11,7 +11,7 @@ namespace {
 constexpr unsigned int kFramesPerRun = 16;
 constexpr unsigned int kFramesPerHollow = 256;
 
-/// A recording that is added to run after run.
+// A recording that is added to run after run.
 class GrowingRecording {
  public:
   GrowingRecording(Container container, const Frames& frames, unsigned int framesBefore)
@@ -63,7 +63,7 @@ class GrowingRecording {
   unsigned int count_ = 0;
 };
 
-/// The same without a format.
+// The same without a format.
 class GrowingBareFile {
  public:
   GrowingBareFile(const Frames& frames, unsigned long length)

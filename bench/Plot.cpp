@@ -21,7 +21,7 @@ constexpr char kReached[] = "#2e7d5b";
 constexpr char kMissed[] = "#c0392b";
 constexpr char kNeutral[] = "#6b7a8f";
 
-/// Where a ratio lies on the picture.
+// Where a ratio lies on the picture.
 class Scale {
  public:
   explicit Scale(double highest) : highest_(highest) {}

@@ -18,7 +18,7 @@ std::string number(double value, int digits) {
   return text;
 }
 
-/// Three digits or so, whatever the size.
+// Three digits or so, whatever the size.
 std::string threeDigits(double value) {
   return number(value, value < 10 ? 2 : value < 100 ? 1 : 0);
 }
@@ -65,7 +65,7 @@ std::string row(const std::vector<std::string>& cells) {
   return text + "\n";
 }
 
-/// What both tables have.
+// What both tables have.
 std::vector<std::string> measuredCells(const Result& result) {
   return {result.name,
           result.limitName,
@@ -104,7 +104,7 @@ std::string fileSystem(const std::string& folder) {
   }
 }
 
-/// Major and minor only: what follows may tell whose machine it is.
+// Major and minor only: what follows may tell whose machine it is.
 std::string kernelVersion() {
   struct utsname name {};
   if (::uname(&name) != 0) return "unknown";

@@ -11,7 +11,7 @@ namespace {
 
 constexpr unsigned int kDecodes = 6;  // in a run
 
-/// How a picture is to come out.
+// How a picture is to come out.
 struct Output {
   unsigned int denominator;
   unsigned short cropTop;
@@ -22,7 +22,7 @@ struct Output {
   }
 };
 
-/// One handle and one buffer, kept.
+// One handle and one buffer, kept.
 class BareDecoder {
  public:
   explicit BareDecoder(unsigned int denominator)
@@ -39,7 +39,7 @@ class BareDecoder {
         "frame not decoded");
   }
 
-  /// For ours as well: where a picture lies in memory makes a difference.
+  // For ours as well: where a picture lies in memory makes a difference.
   unsigned char* pixels() { return pixels_.data(); }
 
  private:

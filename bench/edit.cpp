@@ -38,7 +38,7 @@ void storeTimeInImg(const std::string& path) {
   std::memcpy(file.data() + sizeof time + changedFrame() * sizeof(IndexRecord), &time, sizeof time);
 }
 
-/// The figure is twice the mechanics and the JSON once, so half of it goes to the limit.
+// The figure is twice the mechanics and the JSON once, so half of it goes to the limit.
 double storeTimeAndHalfTheJson(const std::string& path, const std::string& metaData) {
   const CpuTimer timer;
   storeTimeInImg(path);

@@ -16,7 +16,7 @@ Buffer frameBuffer() {
   return std::make_shared<std::vector<unsigned char>>(Frames::camera().largest());
 }
 
-/// The same every time.
+// The same every time.
 std::vector<unsigned int> randomOrder(unsigned int count) {
   std::vector<unsigned int> order(cameraFrames());
   std::iota(order.begin(), order.end(), 0U);

@@ -37,7 +37,7 @@ void replaceLine(std::string& text, const std::string& mark, const std::string& 
   text.replace(at, mark.size() + 1, by);
 }
 
-/// The template with what has been measured so far.
+// The template with what has been measured so far.
 std::string filled(std::string text, const std::string& folder) {
   replaceLine(text, "{{machine}}", machineList(folder));
   replaceLine(text, "{{figures}}", figuresTable(results()));

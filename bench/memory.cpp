@@ -12,7 +12,7 @@ constexpr unsigned int kFrameSize = 155000;  // 65,535 of them are 10 GB
 
 unsigned int frames() { return frameCount(kRtvFramesMax); }
 
-/// What a process of its own says that it needed.
+// What a process of its own says that it needed.
 double probe(const std::string& work, const std::string& path) {
   const std::string command = std::string(VELMAR_BENCH_MEMORY_PROBE) + " " + work + " '" + path +
                               "' " + std::to_string(frames()) + " " + std::to_string(kFrameSize);

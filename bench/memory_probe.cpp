@@ -27,7 +27,7 @@ unsigned long anonymousBytes() {
   return 0;
 }
 
-/// Watches this process while it lives.
+// Watches this process while it lives.
 class Peak {
  public:
   Peak() : watcher_([this](const std::stop_token& stop) { watch(stop); }) {

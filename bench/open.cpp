@@ -73,7 +73,7 @@ double mapTable(const std::string& path, Container container, unsigned int count
   return timer.seconds();
 }
 
-/// One allocated block a tag, which takes the 109 bytes that the tag ends with.
+// One allocated block a tag, which takes the 109 bytes that the tag ends with.
 double mapTableAndCan(const std::string& path, unsigned int count) {
   const unsigned int tagSize = rtvTagSize(Container::Rtv04);
   const auto release = [](can_data* block) { std::free(block); };

@@ -14,7 +14,7 @@ namespace {
 constexpr unsigned int kFrames = 200;  // of a whole recording, some 30 MB
 constexpr int kRepetitions = 11;
 
-/// The same bytes without any format: what comes first, frames, index or nothing, metadata.
+// The same bytes without any format: what comes first, frames, index or nothing, metadata.
 double writeBare(const std::string& path, std::size_t before, std::size_t behind) {
   const std::string front(before, '\0');
   const std::string back(behind, '\0');

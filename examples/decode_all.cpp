@@ -14,10 +14,10 @@ constexpr auto kFormat = VELMAR_FORMAT_GRAY_E;
 constexpr auto kScale = SCALE_FACTOR_1_4_E;
 
 struct Totals {
-  std::atomic<unsigned int> next{0};  ///< frame to decode
+  std::atomic<unsigned int> next{0};  // frame to decode
   std::atomic<unsigned int> decoded{0};
   std::atomic<unsigned int> failed{0};
-  std::atomic<unsigned long> brightness{0};  ///< of all frames
+  std::atomic<unsigned long> brightness{0};  // of all frames
 };
 
 void decodeFrames(const char* path, Totals& totals) {

@@ -19,7 +19,7 @@ std::string mutated(std::string bytes, std::size_t maxSize) {
   return bytes;
 }
 
-/// Makes the metadata speak of as many frames as there is room for. Their number.
+// Makes the metadata speak of as many frames as there is room for. Their number.
 std::size_t mendCount(std::string& metaData, std::size_t room) {
   constexpr char kKey[] = "\"frames_count\" : ";
   const std::size_t at = metaData.find(kKey);

@@ -71,7 +71,7 @@ std::string readStored(VelmarVideoFileReader& reader, unsigned int index) {
   return frame;
 }
 
-/// A picture that is itself as large as a recording's header can say needs as much memory.
+// A picture that is itself as large as a recording's header can say needs as much memory.
 bool isTall(const std::string& frame) {
   constexpr int kTall = 2000;
   const TjHandle decompressor(tjInitDecompress());
@@ -103,7 +103,7 @@ void decode(VelmarVideoFileReader& reader, unsigned int index, const std::string
   }
 }
 
-/// Numbers that follow from bytes.
+// Numbers that follow from bytes.
 class Numbers {
  public:
   Numbers(const std::uint8_t* data, std::size_t size) {

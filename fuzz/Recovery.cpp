@@ -15,7 +15,7 @@ using namespace velmar::tool;
 
 namespace {
 
-/// The command says much on standard output and error; the fuzzer goes on using the latter.
+// The command says much on standard output and error; the fuzzer goes on using the latter.
 bool silence() {
   std::cerr.setstate(std::ios::failbit);
   const int nowhere = ::open("/dev/null", O_WRONLY);

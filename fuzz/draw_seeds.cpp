@@ -35,7 +35,7 @@ std::string readFile(const fs::path& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// Saves the bytes as a whole and up to each edge.
+// Saves the bytes as a whole and up to each edge.
 void save(const fs::path& folder, const std::string& name, const std::string& bytes, Edges edges) {
   fs::create_directories(folder);
   edges.insert(bytes.size());
@@ -61,7 +61,7 @@ std::vector<std::string> drawFrames(unsigned int count) {
   return frames;
 }
 
-/// The same picture, for which a decoder holds all coefficients at once.
+// The same picture, for which a decoder holds all coefficients at once.
 std::string progressive(const std::string& jpeg) {
   const TjHandle transformer(tjInitTransform());
   tjtransform how{};
@@ -186,7 +186,7 @@ void drawStreams(const fs::path& folder) {
   }
 }
 
-/// A table for three files with a value in each column.
+// A table for three files with a value in each column.
 std::string frameTable(bool ofRtv, bool hasCan) {
   const std::string header = "file" + frameColumns(ofRtv, hasCan).substr(std::strlen("index"));
   std::string values;

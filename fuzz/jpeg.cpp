@@ -30,7 +30,7 @@ Split split(std::string_view stream, std::size_t pieceSize, std::size_t maxFrame
 
 }  // namespace
 
-/// The first byte says how the rest comes in.
+// The first byte says how the rest comes in.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
   const std::string_view stream(reinterpret_cast<const char*>(data) + 1, size - 1);

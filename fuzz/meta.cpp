@@ -25,7 +25,7 @@ bool isWrittenExactly(const std::string& text) {
   return std::all_of(text.begin(), text.end(), isAscii) && text.find("\\u") == text.npos;
 }
 
-/// What can be written can be read again.
+// What can be written can be read again.
 void writeAndRead(const ImgMetaData& metaData) {
   std::string text;
   if (!metaData.toText(text)) return;

@@ -24,7 +24,7 @@ constexpr int kError = 3;
 
 struct State {
   std::atomic<int> level = kWarning;
-  std::shared_mutex mutex;  ///< of the sink, not held while it is called
+  std::shared_mutex mutex;  // of the sink, not held while it is called
   std::shared_ptr<const Sink> sink;
 };
 

@@ -51,10 +51,10 @@ bool isNear(double value, double target, double tolerance) {
   return std::abs(value - target) < tolerance;
 }
 
-/// The ground across the road, at one distance.
+// The ground across the road, at one distance.
 class GroundLine {
  public:
-  /// \param along  metres from the start of the road
+  // \param along  metres from the start of the road
   GroundLine(double along, double distance)
       : fine_(along * 12, kGroundSeed),
         coarse_(along * 0.5, kGroundSeed),

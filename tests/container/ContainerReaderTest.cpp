@@ -237,8 +237,8 @@ TEST_F(Readers, DecodeExactlyAsTurboJpeg) {
 }
 
 TEST_F(Readers, DecodeRealFramesExactly) {
-  const std::string stills = std::string(VELMAR_SHARED_DATA) + "/stills/";
-  if (!exists(stills)) GTEST_SKIP() << "no real frames here";
+  const std::string stills = std::string(VELMAR_REAL_FRAMES) + "/stills/";
+  if (!exists(stills)) GTEST_SKIP() << "VELMAR_REAL_FRAMES names no folder of real frames";
   const struct {
     const char* name;
     int width, height;

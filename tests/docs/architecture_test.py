@@ -26,6 +26,14 @@ LAYERS = [
     ["tools/velmar-video/commands"],
     ["tools/velmar-video", "tools/reference"],
 ]
+# What the names of these folders are in.
+NAMESPACES = {
+    "src/base/": "velmar::detail",
+    "src/jpeg/": "velmar::detail",
+    "toolkit/": "velmar::toolkit",
+    "tools/velmar-video/commands/": "velmar::tool",
+    "tools/velmar-video/program/": "velmar::tool",
+}
 # Where the paths of #include lines begin.
 STARTS = ["include", "src", "logger", "tools/velmar-video", ""]
 
@@ -82,5 +90,9 @@ for folders in LAYERS:
         count = sum(str(pathlib.PurePosixPath(path).parent) == folder for path in sources)
         if count > MOST_SOURCES:
             faults.append(f"{folder} has {count} sources, {MOST_SOURCES} at most")
+for folder, namespace in NAMESPACES.items():
+    for path in sorted(path for path in sources if path.startswith(folder)):
+        if f"\nnamespace {namespace} {{\n" not in (ROOT / path).read_text():
+            faults.append(f"{path} has its names outside {namespace}")
 print("\n".join(faults) or f"{len(sources)} sources, {sum(map(len, arrows.values()))} includes")
 sys.exit(bool(faults))

@@ -23,7 +23,7 @@ class Library(unittest.TestCase):
             for link in re.findall(r"\]\(([^)#:]+)[^):]*\)", document.read_text()):
                 self.assertTrue((document.parent / link).exists(), f"{document}: {link}")
 
-    def test_doors(self):
+    def test_commands_are_run_by_ci(self):
         ci = (ROOT / ".ci/run").read_text()
         offered = subprocess.run([ROOT / "dev", "help"], stdout=subprocess.PIPE, text=True).stdout
         contributing = (ROOT / "CONTRIBUTING.md").read_text()

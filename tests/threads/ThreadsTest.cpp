@@ -69,7 +69,7 @@ void useTables(const std::string& path) {
   EXPECT_NE(makeVelmarVideoFileReader(path + ".img")->open(), kSuccess);
 }
 
-/// Of the version of an rtv file, or 0 for an img file.
+// Of the version of an rtv file, or 0 for an img file.
 class Threads : public testing::TestWithParam<int> {
  protected:
   Threads() {
@@ -96,7 +96,7 @@ class Threads : public testing::TestWithParam<int> {
     return file.bytes();
   }
 
-  /// As the file has it.
+  // As the file has it.
   unsigned long storedTime(Reader& reader, unsigned frame) const {
     const unsigned long time = got(reader, &Reader::getSensorTime, frame);
     return isRtv_ ? (time - got(reader, &Reader::getStartTime)) / 1000 : time;

@@ -31,7 +31,7 @@ constexpr unsigned short kSlots = 400;
 struct Kind {
   const char* name;
   const char* extension;
-  version_e version;  ///< of an rtv
+  version_e version;  // of an rtv
   unsigned int headerSize;
   unsigned int tagSize;
 };
@@ -43,7 +43,7 @@ const Kind kKinds[] = {kImg, kRtv02, kRtv03, kRtv04};
 
 std::string picture(unsigned int i) { return numberedJpeg(i, 40 + i % 7 * 300); }
 
-/// Records frames whose numbers are in all that is kept of them.
+// Records frames whose numbers are in all that is kept of them.
 class Recorder {
  public:
   Recorder(const Kind& kind, const std::string& path, unsigned short slots = kSlots) {
@@ -69,7 +69,7 @@ class Recorder {
   std::unique_ptr<RecordFileCreater> rtv_;
 };
 
-/// The numbers of the frames in the recording; -1 where a frame is not as it was recorded.
+// The numbers of the frames in the recording; -1 where a frame is not as it was recorded.
 std::vector<int> framesIn(const std::string& path) {
   const Recording recording(path);
   std::vector<int> numbers;
@@ -93,14 +93,14 @@ std::vector<int> numbersTo(int end) {
   return numbers;
 }
 
-/// What the recording process tells of itself.
+// What the recording process tells of itself.
 struct Telling {
   std::atomic<unsigned int> added = 0;
   std::atomic<bool> closing = false;
 };
 
-/// Kills a recorder after some frames or while it closes the file; the frames it had been told
-/// were added.
+// Kills a recorder after some frames or while it closes the file; the frames it had been told
+// were added.
 unsigned int recordAndKill(const Kind& kind, const std::string& path, std::mt19937& random) {
   constexpr unsigned int kFrames = kSlots;
   void* shared =
@@ -169,7 +169,7 @@ TEST(Recover, KeepsEveryFrameThatWasAddedBeforeTheKill) {
 
 constexpr unsigned int kLeft = 5;
 
-/// Frames as they were first written.
+// Frames as they were first written.
 std::size_t placeOf(unsigned int frame, const Kind& kind, unsigned int slots = kSlots) {
   std::size_t offset = kind.version == RTV_VER_MAX ? 8 : kind.headerSize + slots * kind.tagSize;
   for (unsigned int i = 0; i < frame; ++i) offset += picture(i).size();
@@ -190,10 +190,10 @@ void leave(const Kind& kind, const std::string& path, bool isFinished,
 using Damage = std::function<void(const std::string& leftover)>;
 using Options = std::vector<std::string>;
 
-/// What may be wrong with what is left, and what comes of it.
+// What may be wrong with what is left, and what comes of it.
 struct Case {
   const Kind& kind;
-  bool isFinished;  ///< the recorder came to write all, but not to give the file its name
+  bool isFinished;  // the recorder came to write all, but not to give the file its name
   Damage damage;
   Options options;
   ExitStatus status;
@@ -245,17 +245,17 @@ void cutJournal(const std::string& file) {
 
 void zeroJournalEnd(const std::string& file) { zero(3 * 28, 2 * 28)(file + ".index"); }
 
-/// A frame that is said to be where a picture is, but to have no byte of it.
+// A frame that is said to be where a picture is, but to have no byte of it.
 void emptyRecord(const std::string& file) { zero(4 * 28 + 24, 4)(file + ".index"); }
 
 void removeJournal(const std::string& file) { std::filesystem::remove(file + ".index"); }
 
-/// As the recorder does before it says in the journal where the frames went.
+// As the recorder does before it says in the journal where the frames went.
 void repeatFront(const std::string& file) {
   writeFile(file, readFile(file) + readFile(file).substr(8, 200));
 }
 
-/// What `frames --csv` would print.
+// What `frames --csv` would print.
 void cutJournalAndWriteTimes(const std::string& file) {
   cutJournal(file);
   std::string table = "index,sensor_time_us,arrived_time_us\n";

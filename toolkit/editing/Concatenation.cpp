@@ -20,7 +20,7 @@ std::string deviceText(const Recording& recording) {
   return id.empty() ? "none" : id;
 }
 
-/// What one recording cannot have twice.
+// What one recording cannot have twice.
 std::vector<Difference> differences(const Recording& oneRecording,
                                     const Recording& otherRecording) {
   const RecordingDescription one = oneRecording.description();
@@ -40,7 +40,7 @@ std::vector<Difference> differences(const Recording& oneRecording,
   return all;
 }
 
-/// What is taken from the winner without asking.
+// What is taken from the winner without asking.
 std::string quietDifferences(const RecordingDescription& one, const RecordingDescription& other) {
   std::vector<std::string> list;
   const auto note = [&list](bool differs, const char* what) {
@@ -76,7 +76,7 @@ void compare(const Recording& winner, const Recording& other, bool isAsked, Job&
   if (!quiet.empty()) job.lose(other.path(), "not kept: its " + quiet);
 }
 
-/// Where one start position is not known, positions stay as they are.
+// Where one start position is not known, positions stay as they are.
 Rebase rebaseTo(const RecordingDescription& description, const Recording& recording) {
   const RecordingDescription from = recording.description();
   if (!hasStartPosition(from) || !hasStartPosition(description)) return {};

@@ -15,13 +15,13 @@ bool saysSomething(const std::string& json) {
   return !value.isNull() && !(value.isObject() && value.empty());
 }
 
-/// Whether version 02 has the bits for position and distance, which is signed there.
+// Whether version 02 has the bits for position and distance, which is signed there.
 bool fitsVersion02(const FrameTag& tag) {
   const auto fits = [](int value) { return value >= kLowest24Bits && value <= kHighest24Bits; };
   return fits(tag.x) && fits(tag.y) && fits(static_cast<int>(tag.relativeDistance));
 }
 
-/// What of the frames gets lost.
+// What of the frames gets lost.
 struct FrameContents {
   explicit FrameContents(const Recording& recording) {
     const unsigned int count = recording.framesCount();
@@ -45,7 +45,7 @@ struct FrameContents {
   bool hasCan = false;
 };
 
-/// What of `from` an img cannot hold.
+// What of `from` an img cannot hold.
 std::vector<std::string> lostInImg(const RecordingDescription& from, const FrameContents& frames,
                                    const Recording& recording) {
   std::vector<std::string> lost;
@@ -59,8 +59,8 @@ std::vector<std::string> lostInImg(const RecordingDescription& from, const Frame
   return lost;
 }
 
-/// Altitudes of versions 03 and 04 are read with different units; nothing for one that does not
-/// fit.
+// Altitudes of versions 03 and 04 are read with different units; nothing for one that does not
+// fit.
 std::optional<int> altitudeFor(version_e version, const RecordingDescription& from) {
   if (version == from.version || from.alt == 0) return from.alt;
   if (version != RTV_VER_04)
@@ -70,7 +70,7 @@ std::optional<int> altitudeFor(version_e version, const RecordingDescription& fr
   return static_cast<int>(hundredths);
 }
 
-/// What of `from` an rtv of the version cannot hold.
+// What of `from` an rtv of the version cannot hold.
 std::vector<std::string> lostInRtv(const RecordingDescription& from, const FrameContents& frames,
                                    version_e version) {
   std::vector<std::string> lost;

@@ -43,16 +43,16 @@ void checkPositions(const std::vector<FrameRange>& ranges, version_e version) {
   }
 }
 
-/// Whether times relative to the start mean the same in both.
+// Whether times relative to the start mean the same in both.
 bool sharesStart(const Recording& recording, const RecordingDescription& description) {
   return recording.isRtv() && recording.description().startTime == description.startTime;
 }
 
-/// Frames as they are stored. What is no picture is copied as well: nothing of a recording is lost
-/// that can be had.
+// Frames as they are stored. What is no picture is copied as well: nothing of a recording is lost
+// that can be had.
 class CopiedFrames final : public FrameSource {
  public:
-  /// All of them must outlive it.
+  // All of them must outlive it.
   CopiedFrames(const std::vector<FrameRange>& ranges, const RecordingDescription& description,
                Job& job)
       : count_(countOf(ranges)), description_(description), job_(job), range_(ranges.begin()) {
@@ -93,7 +93,7 @@ class CopiedFrames final : public FrameSource {
   const RecordingDescription& description_;
   Job& job_;
   std::vector<FrameRange>::const_iterator range_;
-  std::size_t next_ = 0;  ///< of the range's frames
+  std::size_t next_ = 0;  // of the range's frames
   bool keepsTimeFlags_ = false;
   std::optional<FrameNews> news_;
 };

@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A folder with the folders above it, as far as they were missing.
+// A folder with the folders above it, as far as they were missing.
 class OutputFolder {
  public:
   explicit OutputFolder(const fs::path& path) {
@@ -32,7 +32,7 @@ class OutputFolder {
     }
   }
 
-  /// Takes away what was created, as far as it is empty.
+  // Takes away what was created, as far as it is empty.
   void remove() const {
     for (const fs::path& folder : created_) ::rmdir(folder.c_str());
   }
@@ -80,7 +80,7 @@ std::string Extraction::pathOf(unsigned int frame) const {
   return fs::path(folder_) / ("frame_" + number + "." + source_.form().extension());
 }
 
-/// The calling thread is one of them; it alone has to do with the job.
+// The calling thread is one of them; it alone has to do with the job.
 void Extraction::runThreads(unsigned int count, Job::Stage& stage) {
   std::vector<std::jthread> threads;
   for (std::size_t i = 1; i < std::min<std::size_t>(count, frames_.size()); ++i) {
@@ -98,7 +98,7 @@ void Extraction::runThreads(unsigned int count, Job::Stage& stage) {
   });
 }
 
-/// A thread's work; its failure ends that of the others.
+// A thread's work; its failure ends that of the others.
 template <typename Work>
 void Extraction::guarded(Work work) {
   try {
@@ -110,7 +110,7 @@ void Extraction::guarded(Work work) {
   }
 }
 
-/// False if there is nothing more to do.
+// False if there is nothing more to do.
 bool Extraction::extractNext(PictureSource& source) {
   if (stopped_) return false;
   const std::size_t at = next_++;

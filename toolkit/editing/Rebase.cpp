@@ -11,7 +11,7 @@ namespace {
 
 constexpr double kHundredths = 100;
 
-/// Metres in hundredths; nothing beyond what the field holds, nor for what is not a number.
+// Metres in hundredths; nothing beyond what the field holds, nor for what is not a number.
 std::optional<int> hundredths(double metres, bool is24Bits) {
   const double value = std::round(metres * kHundredths);
   const double low = is24Bits ? kLowest24Bits : std::numeric_limits<int>::min();

@@ -13,7 +13,7 @@ namespace {
 
 class FileFrames final : public FrameSource {
  public:
-  /// Both must outlive it. Throws Failure unless the pictures are whole and have one size.
+  // Both must outlive it. Throws Failure unless the pictures are whole and have one size.
   FileFrames(const FrameFiles& files, Job& job)
       : files_(files), job_(job), size_(inspector_.sizeOfFile(files.paths.front())) {
     for (const std::string& path : files.paths) check(path);

@@ -64,7 +64,7 @@ JpegStreamSplitter::Step JpegStreamSplitter::findStart() {
   return Step::Go;
 }
 
-/// At an image's first marker.
+// At an image's first marker.
 void JpegStreamSplitter::startFrame() {
   start_ = position_;
   lastSegment_ = position_;
@@ -99,7 +99,7 @@ JpegStreamSplitter::Step JpegStreamSplitter::readMarker() {
   return readSegment(marker);
 }
 
-/// A marker with a length, which counts its own two bytes.
+// A marker with a length, which counts its own two bytes.
 JpegStreamSplitter::Step JpegStreamSplitter::readSegment(unsigned char marker) {
   if (size() - position_ < 4) return Step::Wait;
   const std::size_t length = std::size_t{byte(position_ + 2)} << 8 | byte(position_ + 3);
@@ -113,7 +113,7 @@ JpegStreamSplitter::Step JpegStreamSplitter::readSegment(unsigned char marker) {
   return Step::Go;
 }
 
-/// Coded data, in which 0xFF is followed by 0 or by a restart marker's second byte.
+// Coded data, in which 0xFF is followed by 0 or by a restart marker's second byte.
 JpegStreamSplitter::Step JpegStreamSplitter::readScan() {
   while (position_ < size()) {
     position_ = std::min(buffer_.find('\xFF', position_), size());
@@ -128,8 +128,8 @@ JpegStreamSplitter::Step JpegStreamSplitter::readScan() {
   return Step::Wait;
 }
 
-/// Gives the frame up and looks for the next one from `resumeAt` on: a wrong length may have
-/// reached over its beginning.
+// Gives the frame up and looks for the next one from `resumeAt` on: a wrong length may have
+// reached over its beginning.
 JpegStreamSplitter::Step JpegStreamSplitter::abandon(std::size_t resumeAt) {
   resumeAt = std::min(resumeAt, size());
   skippedBytes_ += resumeAt - start_;

@@ -22,14 +22,14 @@ bool beginsAsRtv(const FileBytes& file) {
   return file.read(detail::kMagicCodeAt, detail::kRtvMagic.size()) == detail::kRtvMagic;
 }
 
-/// Whether the number in front leads to what may be the metadata.
+// Whether the number in front leads to what may be the metadata.
 bool beginsAsImg(const FileBytes& file) {
   const std::uint64_t offset = imgMetaDataOffset(file);
   return offset >= detail::kFrameIndexStart && file.read(offset, 1) == "{";
 }
 
-/// A file with neither a number in front that could be an offset nor metadata at its end never was
-/// an img.
+// A file with neither a number in front that could be an offset nor metadata at its end never was
+// an img.
 VELMAR_ERROR_CODE_E codeOfImg(const FileBytes& file) {
   const bool mayBeOffset = imgMetaDataOffset(file) < kLongestFile;
   const std::string end = file.read(file.size() - std::min<std::uint64_t>(file.size(), 2), 2);

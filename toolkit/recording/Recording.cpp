@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "base/HexText.h"
+#include "container/img/MetaDataKeys.h"
+#include "container/rtv/RtvContainerReader.h"
 #include "toolkit/base/Failure.h"
 #include "toolkit/recording/OpenFailure.h"
 #include "toolkit/text/JsonText.h"
@@ -28,10 +30,9 @@ Recording::Recording(const std::string& path) : path_(path) {
   if (const auto failure = pathFailure(path)) throw Failure(*failure);
   checkExtension(path);
   reader_ = makeVelmarVideoFileReader(path);
-  if (const auto code = reader_->open()) throw openFailure(path, code);
-  if (!isRtvPath(path)) return;
-  parser_ = std::make_unique<TaggedVideoParser>();
-  check(rtvErrorCode2VelmarErrorCode(parser_->init(path.c_str())));
+  const auto code = reader_->open();
+  if (code != VELMAR_ERROR_CODE_SUCCESS_E) throw openFailure(path, code);
+  if (isRtvPath(path)) parser_ = &static_cast<RtvContainerReader&>(*reader_).parser();
 }
 
 void Recording::check(VELMAR_ERROR_CODE_E code) const {
@@ -65,7 +66,7 @@ unsigned int Recording::frameSize(unsigned int index) const {
 std::string Recording::deviceId() const {
   if (!isRtv()) {
     const Json::Value metaInfo = parseJson(reader_->getMetaInfo());
-    return metaInfo.isObject() ? metaInfo["camera_id"].asString() : "";
+    return metaInfo.isObject() ? metaInfo[detail::kCameraIdKey].asString() : "";
   }
   unsigned char id[kRtvDeviceIdSize];
   check(reader_->getDeviceId(id, kRtvDeviceIdSize));

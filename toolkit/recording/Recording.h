@@ -26,10 +26,10 @@ class Recording {
 
   const std::string& path() const { return path_; }
   bool isRtv() const { return parser_ != nullptr; }
-  /// For what the library's codes are wanted of.
+  /// For calls whose error code the caller handles itself.
   VelmarVideoFileReader& reader() const { return *reader_; }
   /// Below the facade; null unless isRtv().
-  TaggedVideoParser* parser() const { return parser_.get(); }
+  TaggedVideoParser* parser() const { return parser_; }
 
   unsigned int framesCount() const;
   std::uint64_t sensorTime(unsigned int index) const;
@@ -53,7 +53,7 @@ class Recording {
 
   std::string path_;
   std::shared_ptr<VelmarVideoFileReader> reader_;
-  std::unique_ptr<TaggedVideoParser> parser_;
+  TaggedVideoParser* parser_ = nullptr;  ///< the reader's
 };
 
 }  // namespace velmar::toolkit

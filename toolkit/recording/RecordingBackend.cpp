@@ -39,7 +39,7 @@ class ImgBackend final : public RecordingBackend {
   std::shared_ptr<VelmarVideoFileCreater> creater_;
 };
 
-/// Below the facade, which knows neither versions nor tags.
+// Below the facade, which knows neither versions nor tags.
 class RtvBackend final : public RecordingBackend {
  public:
   RtvBackend(const std::string& path, const RecordingDescription& description,

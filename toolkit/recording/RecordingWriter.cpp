@@ -72,7 +72,7 @@ void RecordingWriter::sync() {
                 VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
 }
 
-/// The library does not say why; trying once more does.
+// The library does not say why; trying once more does.
 Failure RecordingWriter::creationFailure(const std::string& name, VELMAR_ERROR_CODE_E code) const {
   const std::string temporary = path_ + ".tmp";
   const bool isThere = ::access(temporary.c_str(), F_OK) == 0;

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "container/img/FrameIndex.h"
+#include "container/img/MetaDataKeys.h"
 #include "toolkit/base/Failure.h"
 #include "toolkit/jpeg/FrameInput.h"
 #include "toolkit/jpeg/JpegInspector.h"
@@ -23,28 +24,28 @@ std::size_t wholeFrames(const std::vector<LeftoverFrame>& frames) {
       std::count_if(frames.begin(), frames.end(), [](auto& frame) { return !frame.flaw; }));
 }
 
-/// The number of frames, if the text is that of the metadata.
+// The number of frames, if the text is that of the metadata.
 std::optional<std::uint64_t> readMetaData(const std::string& text,
                                           RecordingDescription& description) {
   const Json::Value root = parseJson(text);
-  if (!root.isObject() || !root["frames_count"].isUInt()) return std::nullopt;
+  if (!root.isObject() || !root[detail::kFramesCountKey].isUInt()) return std::nullopt;
   try {
-    description.deviceId = bytesOfHex(root["camera_id"].asString());
-    description.width = static_cast<unsigned short>(root["width"].asUInt());
-    description.height = static_cast<unsigned short>(root["height"].asUInt());
-    description.format = string2RvelmarFormat(root["frame_format"].asString());
-    description.codec = string2VelmarCodec(root["frame_codec"].asString());
-    description.undistorted = root["undistorted"].asBool();
-    description.cameraParams = toJsonText(root["camera_params"]);
-    description.extendedInfo = toJsonText(root["extendedInfo"]);
-    return root["frames_count"].asUInt();
+    description.deviceId = bytesOfHex(root[detail::kCameraIdKey].asString());
+    description.width = static_cast<unsigned short>(root[detail::kWidthKey].asUInt());
+    description.height = static_cast<unsigned short>(root[detail::kHeightKey].asUInt());
+    description.format = string2RvelmarFormat(root[detail::kFrameFormatKey].asString());
+    description.codec = string2VelmarCodec(root[detail::kFrameCodecKey].asString());
+    description.undistorted = root[detail::kUndistortedKey].asBool();
+    description.cameraParams = toJsonText(root[detail::kCameraParamsKey]);
+    description.extendedInfo = toJsonText(root[detail::kExtendedInfoKey]);
+    return root[detail::kFramesCountKey].asUInt();
   } catch (const Json::Exception&) {
     return std::nullopt;
   }
 }
 
-/// The recorder finishes a file by repeating its first frames at the end, before the index covers
-/// them: how many of the frames, and their bytes.
+// The recorder finishes a file by repeating its first frames at the end, before the index covers
+// them: how many of the frames, and their bytes.
 struct Repetition {
   std::size_t frames = 0;
   std::uint64_t bytes = 0;
@@ -66,7 +67,7 @@ bool areEqual(const FileBytes& file, std::uint64_t one, std::uint64_t other, std
   return true;
 }
 
-/// Whether the bytes from `start` on are such a repetition, whole or cut inside a frame.
+// Whether the bytes from `start` on are such a repetition, whole or cut inside a frame.
 bool repeatsTheFront(const FileBytes& file, std::uint64_t start,
                      const std::vector<LeftoverFrame>& recorded) {
   const std::uint64_t size = file.size() - start;
@@ -75,8 +76,8 @@ bool repeatsTheFront(const FileBytes& file, std::uint64_t start,
   return size == whole.bytes || !endsAsJpeg(file.read(start, size));
 }
 
-/// The same among frames that were found without a journal: they may as well be frames of a scene
-/// in which nothing moved.
+// The same among frames that were found without a journal: they may as well be frames of a scene
+// in which nothing moved.
 void markRepetition(const FileBytes& file, std::vector<LeftoverFrame>& frames) {
   Repetition repetition;
   for (std::size_t count = frames.size(); count > 0; --count) {
@@ -95,9 +96,9 @@ void markRepetition(const FileBytes& file, std::vector<LeftoverFrame>& frames) {
   }
 }
 
-/// The times of a frame that has no record, if frames come at an even rate.
-/// \param before  the last frame before it that has one
-/// \param first   the first frame of all that has one
+// The times of a frame that has no record, if frames come at an even rate.
+// \param before  the last frame before it that has one
+// \param first   the first frame of all that has one
 FrameTimes evenTimes(std::uint64_t number, const LeftoverFrame* before, const LeftoverFrame* first,
                      const LeftoverTimes& known) {
   const auto after = [&known](std::uint64_t start, std::uint64_t frames) {
@@ -115,7 +116,7 @@ FrameTimes evenTimes(std::uint64_t number, const LeftoverFrame* before, const Le
   return {early(first->times->sensor), early(first->times->arrived)};
 }
 
-/// Gives frames without a record their times.
+// Gives frames without a record their times.
 void setTimes(std::vector<LeftoverFrame>& frames, const LeftoverTimes& known) {
   const LeftoverFrame* before = nullptr;
   const auto found =
@@ -135,7 +136,7 @@ void setTimes(std::vector<LeftoverFrame>& frames, const LeftoverTimes& known) {
   }
 }
 
-/// Where the last of the frames that have a place in the file ends.
+// Where the last of the frames that have a place in the file ends.
 std::uint64_t endOf(const std::vector<LeftoverFrame>& frames, const FileBytes& file) {
   std::uint64_t end = detail::kFrameIndexStart;
   for (const LeftoverFrame& frame : frames) {
@@ -144,8 +145,8 @@ std::uint64_t endOf(const std::vector<LeftoverFrame>& frames, const FileBytes& f
   return end;
 }
 
-/// Whether an index of so many records ends before the frames and has a place for each of them. The
-/// metadata that say the number may be damaged, too.
+// Whether an index of so many records ends before the frames and has a place for each of them. The
+// metadata that say the number may be damaged, too.
 bool canBeCount(std::uint64_t count, const std::vector<LeftoverFrame>& frames) {
   const std::uint64_t end = detail::kFrameIndexStart + count * sizeof(FrameIndex);
   return !frames.empty() && count > frames.back().number &&
@@ -153,7 +154,7 @@ bool canBeCount(std::uint64_t count, const std::vector<LeftoverFrame>& frames) {
                      [end](auto& frame) { return frame.flaw != nullptr || frame.offset >= end; });
 }
 
-/// Where in the file frames end, and what the metadata behind them say.
+// Where in the file frames end, and what the metadata behind them say.
 struct Foot {
   std::uint64_t offset = 0;
   bool hasMetaData = false;
@@ -172,8 +173,8 @@ Foot readFoot(const FileBytes& file, const std::vector<LeftoverFrame>& frames,
   return {stored >= end && stored < file.size() ? stored : file.size(), false, std::nullopt};
 }
 
-/// Numbers frames of which none has a record, `count` of them once. In a finished file those that
-/// made room for the index lie at the end.
+// Numbers frames of which none has a record, `count` of them once. In a finished file those that
+// made room for the index lie at the end.
 void numberPictures(std::vector<LeftoverFrame>& frames, std::optional<std::uint64_t> count) {
   std::size_t moved = 0;
   std::uint64_t bytes = 0;
@@ -188,7 +189,7 @@ void numberPictures(std::vector<LeftoverFrame>& frames, std::optional<std::uint6
   for (std::size_t i = 0; i < frames.size(); ++i) frames[i].number = i < moved ? i : i + missing;
 }
 
-/// Why there are no metadata.
+// Why there are no metadata.
 std::string whyUndescribed(const FileBytes& file, bool hasJournal) {
   const std::uint64_t stored = imgMetaDataOffset(file);
   if (stored == 0) {
@@ -212,7 +213,7 @@ void checkTimesAreKnown(const FileBytes& file, const std::vector<LeftoverFrame>&
       VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
 }
 
-/// That belong to none of the frames.
+// That belong to none of the frames.
 std::uint64_t strayBytes(const FileBytes& file, const std::vector<LeftoverFrame>& frames) {
   return std::accumulate(frames.begin(), frames.end(),
                          file.size() - std::min(file.size(), detail::kFrameIndexStart),

@@ -12,13 +12,13 @@ namespace velmar::toolkit {
 
 namespace {
 
-/// Takes records in their order and keeps those that count.
+// Takes records in their order and keeps those that count.
 class RecordScan {
  public:
-  /// \param end  of the frames; the file may have been cut before it
+  // \param end  of the frames; the file may have been cut before it
   RecordScan(const FileBytes& file, std::uint64_t end) : file_(file), end_(end), lowest_(end) {}
 
-  /// \param dataStart  where frames can begin
+  // \param dataStart  where frames can begin
   void add(const FrameIndex& record, std::uint64_t number, std::uint64_t dataStart) {
     if (record.frameOffset < dataStart || record.frameOffset >= end_ || record.frameSize == 0 ||
         record.frameSize > end_ - record.frameOffset) {
@@ -33,7 +33,7 @@ class RecordScan {
     before_ = frame;
   }
 
-  /// Of the frames that are there.
+  // Of the frames that are there.
   std::uint64_t lowestOffset() const { return lowest_; }
   std::vector<LeftoverFrame>& frames() { return frames_; }
 
@@ -60,13 +60,13 @@ class RecordScan {
   LeftoverFrame before_;  // whether it is kept or not
 };
 
-/// Whether a time is far before those of its neighbours, as zeros in its first bytes make it.
+// Whether a time is far before those of its neighbours, as zeros in its first bytes make it.
 bool isTorn(const FrameTimes& times, const FrameTimes& neighbour) {
   return times.sensor < neighbour.sensor / 2 || times.arrived < neighbour.arrived / 2;
 }
 
-/// Zeros may end inside a record, which then has its place, but not its times.
-/// \param isFirstWhole  the number in front of the first record is there, so it is not such a one
+// Zeros may end inside a record, which then has its place, but not its times.
+// \param isFirstWhole  the number in front of the first record is there, so it is not such a one
 void dropTornTimes(std::vector<LeftoverFrame>& frames, bool isFirstWhole) {
   for (std::size_t i = 0; i + 1 < frames.size(); ++i) {
     if (i == 0 && frames[i].number == 0 && isFirstWhole) continue;
@@ -78,8 +78,8 @@ void dropTornTimes(std::vector<LeftoverFrame>& frames, bool isFirstWhole) {
   }
 }
 
-/// They may begin inside one as well, so that the frame is said to be shorter than it is: then
-/// nothing follows it.
+// They may begin inside one as well, so that the frame is said to be shorter than it is: then
+// nothing follows it.
 void dropTornSizes(std::vector<LeftoverFrame>& frames, const FileBytes& file,
                    std::uint64_t metaData) {
   const std::uint64_t first = frames.empty() ? 0 : frames.front().offset;

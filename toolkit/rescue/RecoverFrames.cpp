@@ -15,11 +15,11 @@ namespace velmar::toolkit {
 
 namespace {
 
-/// What was not on the disk when the power failed is zeros now, as is a sector that was lost. Other
-/// pictures without an end marker were recorded like that.
+// What was not on the disk when the power failed is zeros now, as is a sector that was lost. Other
+// pictures without an end marker were recorded like that.
 bool endsInZeros(const std::string& jpeg) { return jpeg.ends_with('\0') && !isWholeJpeg(jpeg); }
 
-/// Zeros inside, which a picture of one colour may have as well.
+// Zeros inside, which a picture of one colour may have as well.
 bool hasHole(const std::string& jpeg) {
   constexpr std::size_t kSector = 512;
   const std::size_t end = jpeg.rfind("\xFF\xD9");
@@ -27,7 +27,7 @@ bool hasHole(const std::string& jpeg) {
          !JpegInspector::decodingProblem(jpeg).text.empty();
 }
 
-/// Why the frame is lost; empty if `jpeg` holds it.
+// Why the frame is lost; empty if `jpeg` holds it.
 std::string take(const Rescue& rescue, const LeftoverFrame& frame, std::string& jpeg) {
   if (frame.flaw != nullptr) return frame.flaw;
   if (frame.size > kMaxFrameSize) return "too large for a picture";

@@ -11,28 +11,28 @@ namespace velmar::toolkit {
 
 namespace {
 
-/// A slot of the tag table.
+// A slot of the tag table.
 struct Slot {
   LeftoverFrame frame;
   FrameTag tag;
   bool isEmpty = true;
 };
 
-/// Whether the tags of a number of slots end there.
+// Whether the tags of a number of slots end there.
 bool isSizeOfTable(std::uint64_t end, const detail::RtvLayout& layout) {
   return end >= layout.headerSize && (end - layout.headerSize) % layout.tagSize == 0;
 }
 
-/// The tag table, read as one of a version.
+// The tag table, read as one of a version.
 struct Table {
   version_e version;
-  std::vector<Slot> slots;  ///< up to the last that is not empty
-  std::uint64_t dataStart;  ///< of the first frame
-  std::uint64_t dataEnd;    ///< of the last frame
-  long wholeFrames;         ///< those without a flaw
-  long strangeTags;         ///< those that are there and have one
+  std::vector<Slot> slots;  // up to the last that is not empty
+  std::uint64_t dataStart;  // of the first frame
+  std::uint64_t dataEnd;    // of the last frame
+  long wholeFrames;         // those without a flaw
+  long strangeTags;         // those that are there and have one
 
-  /// The number of slots, by what lies between header and frames.
+  // The number of slots, by what lies between header and frames.
   unsigned int framesMax() const {
     const detail::RtvLayout layout = detail::rtvLayout(version);
     const std::uint64_t start = std::max<std::uint64_t>(dataStart, layout.headerSize);
@@ -65,7 +65,7 @@ Slot decodeSlot(const char* bytes, version_e version) {
   return slot;
 }
 
-/// Why the tag leads to no frame; null if it does.
+// Why the tag leads to no frame; null if it does.
 const char* flawOf(const Slot& slot, std::uint64_t slotEnd, const FileBytes& file) {
   const LeftoverFrame& frame = slot.frame;
   if (slot.isEmpty) return "the tag is missing";
@@ -101,8 +101,8 @@ Table readTable(const FileBytes& file, const std::string& front, version_e versi
   return table;
 }
 
-/// Whether it is the likelier one. Tags of versions 03 and 04 begin alike, so that a single frame
-/// leaves it to the size of the table and to the CAN block, which says its own length.
+// Whether it is the likelier one. Tags of versions 03 and 04 begin alike, so that a single frame
+// leaves it to the size of the table and to the CAN block, which says its own length.
 bool isLikelier(const Table& one, const Table& other) {
   const auto rank = [](const Table& table) {
     const bool hasCan = table.version == RTV_VER_04 && !table.slots.empty() &&
@@ -112,7 +112,7 @@ bool isLikelier(const Table& one, const Table& other) {
   return rank(one) > rank(other);
 }
 
-/// The header, which the recorder writes at the end: only if it got there.
+// The header, which the recorder writes at the end: only if it got there.
 bool readHeader(const std::string& front, version_e version, RecordingDescription& description) {
   const detail::RtvLayout layout = detail::rtvLayout(version);
   if (!front.starts_with(detail::kRtvMagic) || front.size() < layout.headerSize) return false;

@@ -64,7 +64,7 @@ void UnrecordedFrames::addTo(std::vector<LeftoverFrame>& frames) {
             [](auto& one, auto& other) { return one.number < other.number; });
 }
 
-/// How many numbers lie between the two, from the last one on to the first.
+// How many numbers lie between the two, from the last one on to the first.
 std::uint64_t UnrecordedFrames::missing(std::uint64_t before, std::uint64_t next) const {
   return (next + count_ - before - 1) % count_;
 }
@@ -87,8 +87,8 @@ void UnrecordedFrames::takeBetween(std::uint64_t before, std::uint64_t next, std
   }
 }
 
-/// Before the frame that lies first. The number of the first frame that is found there, or of that
-/// one.
+// Before the frame that lies first. The number of the first frame that is found there, or of that
+// one.
 std::uint64_t UnrecordedFrames::takeFront(const LeftoverFrame& first, std::uint64_t most) {
   if (most == 0) return first.number;
   std::vector<LeftoverFrame> pictures = findPictures(file_, detail::kFrameIndexStart, first.offset);
@@ -103,7 +103,7 @@ std::uint64_t UnrecordedFrames::takeFront(const LeftoverFrame& first, std::uint6
   return number;
 }
 
-/// Behind the frame that lies last.
+// Behind the frame that lies last.
 void UnrecordedFrames::takeEnd(std::uint64_t before, std::uint64_t next, std::uint64_t from) {
   if (from >= end_) return;
   const std::size_t known = found_.size();

@@ -4,6 +4,7 @@
 #include <numeric>
 #include <vector>
 
+#include "container/img/MetaDataKeys.h"
 #include "container/rtv/RtvLayout.h"
 #include "toolkit/base/Failure.h"
 #include "toolkit/base/FileBytes.h"
@@ -19,7 +20,7 @@ namespace {
 
 using Severity = Finding::Severity;
 
-/// Checks a recording that opens.
+// Checks a recording that opens.
 class Verifier {
  public:
   Verifier(const Recording& recording, bool decode, FindingMerger& findings)
@@ -75,7 +76,7 @@ class Verifier {
     }
   }
 
-  /// In the order in which they lie in the file, frames must not overlap and leave nothing out.
+  // In the order in which they lie in the file, frames must not overlap and leave nothing out.
   void checkNeighbours() const {
     std::vector<unsigned int> order(count());
     std::iota(order.begin(), order.end(), 0U);
@@ -101,7 +102,7 @@ class Verifier {
     if (end < places_.room.end()) reportBytes(end, places_.room.end());
   }
 
-  /// The start and the end of the frame are enough for most pictures.
+  // The start and the end of the frame are enough for most pictures.
   void checkPicture(unsigned int index) const {
     constexpr std::uint64_t kStart = 4096;
     constexpr std::uint64_t kEnd = 256;
@@ -150,7 +151,7 @@ class Verifier {
     }
   }
 
-  /// What an edit would write must say what the file says.
+  // What an edit would write must say what the file says.
   void checkMetaData() const {
     const std::uint64_t offset = places_.room.end();
     const auto warn = [&](const std::string& text) {
@@ -161,14 +162,14 @@ class Verifier {
     const Json::Value read = parseJson(recording_.reader().getMetaInfo());
     for (const std::string& key : read.getMemberNames()) {
       if (!stored.isMember(key)) {
-        if (key != "extendedInfo") warn("\"" + key + "\" is missing");
+        if (key != detail::kExtendedInfoKey) warn("\"" + key + "\" is missing");
       } else if (stored[key] != read[key]) {
         warn("\"" + key + "\" is " + toJsonText(stored[key]) + ", read as " +
              toJsonText(read[key]));
       }
     }
     for (const std::string& key : stored.getMemberNames()) {
-      if (!read.isMember(key) && key != "frame_index_data_checksum") {
+      if (!read.isMember(key) && key != detail::kIndexChecksumKey) {
         warn("\"" + key + "\" is unknown, an edit would lose it");
       }
     }
@@ -216,7 +217,7 @@ class Verifier {
   const JpegInspector inspector_;
 };
 
-/// Nothing if it does not open, which is a finding.
+// Nothing if it does not open, which is a finding.
 std::optional<Recording> opened(const std::string& path, const FindingMerger::Report& report) {
   std::string words =
       "its name has to end in .img or .rtv (what an interrupted recording left is for the command "

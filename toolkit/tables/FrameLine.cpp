@@ -19,7 +19,7 @@ T valueAt(const can_data_io& can, const CanField& field) {
   return value;
 }
 
-/// Empty for infinity, which no signal can have and JSON cannot say.
+// Empty for infinity, which no signal can have and JSON cannot say.
 std::string signalText(const can_data_io& can, const CanField& field) {
   switch (field.type) {
     case CanFieldType::Float: {
@@ -64,7 +64,7 @@ std::string textLine(const std::string& index, const std::string& sensor,
   return column(index, 10) + column(sensor, 29) + column(arrived, 29) + column(size, 12) + "\n";
 }
 
-/// Numbers in the order of the columns, between names or without them.
+// Numbers in the order of the columns, between names or without them.
 class LineBuilder {
  public:
   LineBuilder(std::string_view columns, bool named) : columns_(columns), named_(named) {}

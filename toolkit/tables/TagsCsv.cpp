@@ -14,10 +14,10 @@ namespace velmar::toolkit {
 
 namespace {
 
-/// Puts a cell's value into a tag; false if it does not fit.
+// Puts a cell's value into a tag; false if it does not fit.
 using Setter = std::function<bool(FrameTag& tag, const std::string& text)>;
 
-/// A number of the tag within limits, which version 02 has narrower.
+// A number of the tag within limits, which version 02 has narrower.
 template <typename T>
 Setter numberSetter(T FrameTag::*field, long lowest, long highest) {
   return [=](FrameTag& tag, const std::string& text) {
@@ -55,7 +55,7 @@ struct Column {
   Setter set;
 };
 
-/// Version 02 has it as 24 bits with a sign, which tables show as 32 without one.
+// Version 02 has it as 24 bits with a sign, which tables show as 32 without one.
 bool setDistance02(FrameTag& tag, const std::string& text) {
   const auto value = numberOf<unsigned int>(text);
   const auto distance = static_cast<int>(value.value_or(0));
@@ -64,8 +64,8 @@ bool setDistance02(FrameTag& tag, const std::string& text) {
   return true;
 }
 
-/// What a version holds is limited by its fields; z and the CAN signals, which not all of them
-/// have, are read for any.
+// What a version holds is limited by its fields; z and the CAN signals, which not all of them
+// have, are read for any.
 std::vector<Column> columnsOf(version_e version) {
   const bool is02 = version == RTV_VER_02;
   const long low = is02 ? kLowest24Bits : std::numeric_limits<int>::min();
@@ -89,7 +89,7 @@ std::vector<Column> columnsOf(version_e version) {
   return columns;
 }
 
-/// What to do with the cells of a column of the table.
+// What to do with the cells of a column of the table.
 struct Use {
   std::size_t column;
   Setter set;

@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t kAmbiguous = static_cast<std::size_t>(-1);
 
-/// Takes rows off the front of a text.
+// Takes rows off the front of a text.
 class CsvScanner {
  public:
   explicit CsvScanner(std::string_view text) : rest_(text) {}
@@ -23,7 +23,7 @@ class CsvScanner {
   bool finished() const { return rest_.empty(); }
   std::size_t line() const { return line_; }
 
-  /// The fields up to the end of the line; nothing if a quotation mark is not closed.
+  // The fields up to the end of the line; nothing if a quotation mark is not closed.
   std::optional<std::vector<std::string>> row() {
     std::vector<std::string> fields(1);
     bool quoted = false;
@@ -57,12 +57,12 @@ class CsvScanner {
   std::size_t line_ = 1;
 };
 
-/// A line of commas, which spreadsheets write for rows that were cleared, is empty as well.
+// A line of commas, which spreadsheets write for rows that were cleared, is empty as well.
 bool isEmpty(const std::vector<std::string>& fields) {
   return std::all_of(fields.begin(), fields.end(), [](auto& field) { return field.empty(); });
 }
 
-/// What two names of the same column have in common.
+// What two names of the same column have in common.
 std::string plainName(const std::string& name) {
   std::string plain;
   for (const char character : name) {
@@ -72,7 +72,7 @@ std::string plainName(const std::string& name) {
   return plain;
 }
 
-/// Which file a name stands for.
+// Which file a name stands for.
 using FilesByName = std::map<std::string, std::size_t, std::less<>>;
 
 FilesByName nameFiles(const std::vector<std::string>& files) {
@@ -90,7 +90,7 @@ FilesByName nameFiles(const std::vector<std::string>& files) {
   return paths;
 }
 
-/// The frame that a row names, in either way.
+// The frame that a row names, in either way.
 class FrameFinder {
  public:
   FrameFinder(const CsvTable& table, const std::vector<std::string>& files)

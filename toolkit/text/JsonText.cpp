@@ -29,7 +29,7 @@ bool parse(const std::string& text, bool allowComments, Json::Value& value, std:
   }
 }
 
-/// The first of several lines such as "* Line 1, Column 2\n  Syntax error".
+// The first of several lines such as "* Line 1, Column 2\n  Syntax error".
 std::string firstError(const std::string& errors) {
   std::string line;
   for (const char character : errors.substr(errors.find_first_not_of("* "))) {

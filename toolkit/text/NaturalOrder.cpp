@@ -8,7 +8,7 @@ namespace {
 
 bool isDigit(char character) { return character >= '0' && character <= '9'; }
 
-/// Takes the leading digits off `text`, without their leading zeros.
+// Takes the leading digits off `text`, without their leading zeros.
 std::string_view takeNumber(std::string_view& text) {
   const auto end = std::find_if_not(text.begin(), text.end(), isDigit);
   std::string_view number = text.substr(0, static_cast<std::size_t>(end - text.begin()));
@@ -17,7 +17,7 @@ std::string_view takeNumber(std::string_view& text) {
   return number;
 }
 
-/// Below 0, 0 or above 0, as std::string_view::compare().
+// Below 0, 0 or above 0, as std::string_view::compare().
 int compareNumbers(std::string_view left, std::string_view right) {
   if (left.size() != right.size()) return left.size() < right.size() ? -1 : 1;
   return left.compare(right);

@@ -15,14 +15,14 @@ constexpr std::int64_t kSecond = 1000000;
 
 bool isDigit(char character) { return character >= '0' && character <= '9'; }
 
-/// Takes pieces off the front of a text. After the first one that is not there, all fail.
+// Takes pieces off the front of a text. After the first one that is not there, all fail.
 class Scanner {
  public:
   explicit Scanner(std::string_view text) : rest_(text) {}
 
   bool finished() const { return valid_ && rest_.empty(); }
 
-  /// A number of exactly `digits` digits.
+  // A number of exactly `digits` digits.
   int number(std::size_t digits) {
     int value = 0;
     for (std::size_t i = 0; i < digits; ++i) {
@@ -34,7 +34,7 @@ class Scanner {
     return value;
   }
 
-  /// One character out of `choices`; 0 if there is none of them, which is no failure.
+  // One character out of `choices`; 0 if there is none of them, which is no failure.
   char optional(std::string_view choices) {
     if (!valid_ || rest_.empty() || choices.find(rest_.front()) == choices.npos) return 0;
     const char found = rest_.front();
@@ -48,7 +48,7 @@ class Scanner {
     return found;
   }
 
-  /// The digits behind a decimal point as microseconds.
+  // The digits behind a decimal point as microseconds.
   std::int64_t fraction() {
     std::int64_t value = number(1) * (kSecond / 10);
     for (std::int64_t weight = kSecond / 100; valid_ && !rest_.empty() && isDigit(rest_.front());
@@ -63,7 +63,7 @@ class Scanner {
   bool valid_ = true;
 };
 
-/// A colon, minutes below 60.
+// A colon, minutes below 60.
 std::int64_t minutes(Scanner& scanner, bool& valid) {
   scanner.required(":");
   const int value = scanner.number(2);
@@ -71,7 +71,7 @@ std::int64_t minutes(Scanner& scanner, bool& valid) {
   return value;
 }
 
-/// "Z" or an offset from UTC, in seconds.
+// "Z" or an offset from UTC, in seconds.
 std::int64_t zone(Scanner& scanner, bool& valid) {
   const char sign = scanner.required("Zz+-");
   if (sign != '+' && sign != '-') return 0;
@@ -106,7 +106,7 @@ std::optional<std::uint64_t> parseRfc3339(std::string_view text) {
   return static_cast<std::uint64_t>(seconds * kSecond + micros);
 }
 
-/// Exactly `digits` digits, then `behind`.
+// Exactly `digits` digits, then `behind`.
 void appendNumber(std::string& text, std::int64_t value, std::size_t digits, char behind) {
   const std::string number = std::to_string(value);
   text.append(digits - number.size(), '0');

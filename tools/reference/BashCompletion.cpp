@@ -13,7 +13,7 @@ std::string allNames(const CommandEntry& command) {
   return joined(names, " ");
 }
 
-/// Choices and folders, then a line of all options whose values nobody can guess.
+// Choices and folders, then a line of all options whose values nobody can guess.
 void writeValues(std::ostream& out, const CommandEntry& command) {
   std::vector<std::string> free;
   for (const OptionEntry& option : command.options) {

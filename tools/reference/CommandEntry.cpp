@@ -6,7 +6,7 @@ namespace {
 
 std::string withDashes(const std::string& name) { return (name.size() == 1 ? "-" : "--") + name; }
 
-/// The parser gives the value's name and the checks on it in one text: "KIND:{jpg,png}".
+// The parser gives the value's name and the checks on it in one text: "KIND:{jpg,png}".
 void readValue(const CLI::Option& option, OptionEntry& entry) {
   if (option.get_type_size() == 0) return;
   const std::string type = option.get_type_name();

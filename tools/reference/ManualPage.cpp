@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Text to be typed as it stands.
+// Text to be typed as it stands.
 std::string literal(const std::string& text) {
   std::string result;
   for (const char c : text) {
@@ -22,7 +22,7 @@ std::string literal(const std::string& text) {
   return result;
 }
 
-/// Text that the page may fill and break; options and negative numbers are as they are typed.
+// Text that the page may fill and break; options and negative numbers are as they are typed.
 std::string prose(const std::string& text) {
   std::istringstream words(text);
   std::string result;
@@ -35,7 +35,7 @@ std::string prose(const std::string& text) {
   return result.find_first_of(".'") == 0 ? "\\&" + result : result;
 }
 
-/// A command line that fits on a page: a long one goes on, as a shell takes it, on the next.
+// A command line that fits on a page: a long one goes on, as a shell takes it, on the next.
 std::string commandLine(const std::string& text) {
   constexpr std::size_t kMost = 66;
   const std::string kIndent = "    ";
@@ -80,7 +80,7 @@ void writePositional(std::ostream& out, const OptionEntry& positional) {
       << sentence(prose(positional.help)) << '\n';
 }
 
-/// Paragraphs, in which indented lines are to be typed as they stand.
+// Paragraphs, in which indented lines are to be typed as they stand.
 void writeFooter(std::ostream& out, const std::string& footer) {
   std::istringstream lines(footer);
   bool paragraph = false;

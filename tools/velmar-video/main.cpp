@@ -19,7 +19,7 @@ using namespace velmar::tool;
 
 namespace {
 
-/// A standard stream that is closed must not become the number of a file that is opened later.
+// A standard stream that is closed must not become the number of a file that is opened later.
 void occupyStandardStreams() {
   int fd = 0;
   while (fd >= 0 && fd <= STDERR_FILENO) fd = ::open("/dev/null", O_RDONLY);
@@ -31,7 +31,7 @@ ExitStatus reportUsage(const std::string& words) {
   return ExitStatus::Usage;
 }
 
-/// Help and the version are asked for by what CLI11 treats as errors.
+// Help and the version are asked for by what CLI11 treats as errors.
 ExitStatus reportParseError(const Tool& tool, const CLI::ParseError& error,
                             const std::vector<std::string>& arguments) {
   if (error.get_exit_code() != 0) {

@@ -152,8 +152,8 @@ bool ImgContainerCreater::adjustmentFrameAndIndex() {
   return file_.writeAt(frameIndex_.data(), indexSize, kFrameIndexStart);
 }
 
-/// Gives as many of the first frames as the index needs room for new offsets behind the last one.
-/// Answers their size in bytes.
+// Gives as many of the first frames as the index needs room for new offsets behind the last one.
+// Answers their size in bytes.
 std::uint64_t ImgContainerCreater::relocateFirstFrames(std::uint64_t indexSize) {
   std::uint64_t movedSize = 0;
   for (FrameIndex& record : frameIndex_) {
@@ -164,8 +164,8 @@ std::uint64_t ImgContainerCreater::relocateFirstFrames(std::uint64_t indexSize) 
   return movedSize;
 }
 
-/// Copies the first `size` bytes of frames behind the last one, in pieces: together they are as
-/// large as the index, which already takes memory.
+// Copies the first `size` bytes of frames behind the last one, in pieces: together they are as
+// large as the index, which already takes memory.
 bool ImgContainerCreater::appendFirstFrames(std::uint64_t size) {
   constexpr std::uint64_t kPieceSize = 1 << 16;
   std::vector<char> piece(std::min(size, kPieceSize));
@@ -198,7 +198,7 @@ VELMAR_ERROR_CODE_E ImgContainerCreater::close() {
   return result;
 }
 
-/// Writes the index, the metadata and the metadata's offset.
+// Writes the index, the metadata and the metadata's offset.
 VELMAR_ERROR_CODE_E ImgContainerCreater::finish() {
   if (!adjustmentFrameAndIndex()) {
     velmar_logger::e(kTag, "adjustmentFrameAndIndex error");

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "container/img/JsonText.h"
+#include "container/img/MetaDataKeys.h"
 #include "velmar_logger/velmar_logger.h"
 
 using namespace velmar::detail;
@@ -56,15 +57,16 @@ class Members {
 
 bool ImgMetaData::toJson(Json::Value& root) const {
   try {
-    root["camera_id"] = cameraId;
-    root["version"] = velmarVersion2String(version);
-    root["frames_count"] = framesCount;
-    root["width"] = static_cast<Json::Int>(width);
-    root["height"] = static_cast<Json::Int>(height);
-    root["frame_format"] = velmarFormat2String(format);
-    root["frame_codec"] = velmarCodec2String(codec);
-    root["undistorted"] = undistorted;
-    return embed(cameraParams, root, "camera_params") && embed(extendedInfo, root, "extendedInfo");
+    root[kCameraIdKey] = cameraId;
+    root[kVersionKey] = velmarVersion2String(version);
+    root[kFramesCountKey] = framesCount;
+    root[kWidthKey] = static_cast<Json::Int>(width);
+    root[kHeightKey] = static_cast<Json::Int>(height);
+    root[kFrameFormatKey] = velmarFormat2String(format);
+    root[kFrameCodecKey] = velmarCodec2String(codec);
+    root[kUndistortedKey] = undistorted;
+    return embed(cameraParams, root, kCameraParamsKey) &&
+           embed(extendedInfo, root, kExtendedInfoKey);
   } catch (...) {
     velmar_logger::e(kTag, "build json throw error");
     return false;
@@ -100,17 +102,17 @@ bool ImgMetaData::jsonTo(const char* text) {
     // null is an object without keys.
     if (!root.isObject() && !root.isNull()) throw Json::LogicError("not an object");
     const Members members(root);
-    version = string2VelmarVersion(members["version"].asString());
-    cameraId = members["camera_id"].asString();
-    framesCount = members["frames_count"].asUInt();
-    width = static_cast<std::uint16_t>(members["width"].asUInt());
-    height = static_cast<std::uint16_t>(members["height"].asUInt());
-    format = string2RvelmarFormat(members["frame_format"].asString());
-    codec = string2VelmarCodec(members["frame_codec"].asString());
-    undistorted = members["undistorted"].asBool();
-    cameraParams = styledText(members["camera_params"]);
-    frameIndexDataChecksum = members["frame_index_data_checksum"].asString();
-    if (root.isMember("extendedInfo")) extendedInfo = styledText(members["extendedInfo"]);
+    version = string2VelmarVersion(members[kVersionKey].asString());
+    cameraId = members[kCameraIdKey].asString();
+    framesCount = members[kFramesCountKey].asUInt();
+    width = static_cast<std::uint16_t>(members[kWidthKey].asUInt());
+    height = static_cast<std::uint16_t>(members[kHeightKey].asUInt());
+    format = string2RvelmarFormat(members[kFrameFormatKey].asString());
+    codec = string2VelmarCodec(members[kFrameCodecKey].asString());
+    undistorted = members[kUndistortedKey].asBool();
+    cameraParams = styledText(members[kCameraParamsKey]);
+    frameIndexDataChecksum = members[kIndexChecksumKey].asString();
+    if (root.isMember(kExtendedInfoKey)) extendedInfo = styledText(members[kExtendedInfoKey]);
     return true;
   } catch (...) {
     velmar_logger::e(kTag, "readMetaData throw error");

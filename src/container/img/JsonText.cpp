@@ -100,7 +100,7 @@ void trimComments(Json::Value& value) {
   for (Json::Value& member : value) trimComments(member);
 }
 
-/// During its lifetime this thread prints numbers as in the C locale.
+// During its lifetime this thread prints numbers as in the C locale.
 class PlainNumbers {
  public:
   PlainNumbers() : plain_(::newlocale(LC_ALL_MASK, "C", nullptr)) {

@@ -45,6 +45,9 @@ class RtvContainerReader : public VelmarVideoFileReader {
   std::string getMetaInfo() override;
   std::string getExtendedInfo() override;
 
+  /// For what the facade does not show; open together with this object.
+  TaggedVideoParser& parser() const { return *parser_; }
+
  private:
   std::shared_ptr<TaggedVideoParser> parser_;
 };

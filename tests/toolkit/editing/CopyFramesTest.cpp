@@ -12,7 +12,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-/// The frames of a recording as they are stored.
+// The frames of a recording as they are stored.
 std::vector<std::string> framesOf(const std::string& path) {
   const Recording recording(path);
   std::vector<std::string> frames(recording.framesCount());
@@ -20,7 +20,7 @@ std::vector<std::string> framesOf(const std::string& path) {
   return frames;
 }
 
-/// Frames 1 and 2 are no pictures, frames 3 and 5 are said to be larger than the file.
+// Frames 1 and 2 are no pictures, frames 3 and 5 are said to be larger than the file.
 void recordDamaged(const std::string& path) {
   recordFrames(path, {numberedJpeg(0), "no", "picture", numberedJpeg(3), numberedJpeg(4), "lost"});
   std::string bytes = readFile(path);

@@ -21,7 +21,7 @@ std::string segment(char marker, const std::string& content) {
   return head + content;
 }
 
-/// Coded data with a stuffed 0xFF and restart markers.
+// Coded data with a stuffed 0xFF and restart markers.
 std::string scan(const std::string& data) {
   return segment('\xDA', "abc") + data + "\xFF\0\xFF\xD0..\xFF\xD7"s + data;
 }

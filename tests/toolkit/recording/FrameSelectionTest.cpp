@@ -14,7 +14,7 @@ namespace {
 
 using Frames = std::vector<unsigned int>;
 
-/// A recording with frames captured at the given times.
+// A recording with frames captured at the given times.
 class TimedRecording {
  public:
   explicit TimedRecording(const std::vector<std::uint64_t>& times)

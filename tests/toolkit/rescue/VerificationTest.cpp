@@ -23,7 +23,7 @@ constexpr std::size_t kImgIndexEnd = 8 + 28 * kFrames;
 
 std::string picture(unsigned int i) { return numberedJpeg(i, 40 + i % 2 * 100); }
 
-/// Of version 04 unless said otherwise.
+// Of version 04 unless said otherwise.
 void record(const std::string& path, version_e version = RTV_VER_04) {
   if (isRtvPath(path)) {
     RecordFileCreater creater(path, kSlots, version, nullptr);
@@ -56,7 +56,7 @@ std::vector<std::string> findingsOf(const std::string& path) {
 struct Case {
   const char* extension;
   std::size_t offset;
-  std::string bytes;  ///< to put there
+  std::string bytes;  // to put there
   std::vector<std::string> findings;
 };
 
@@ -142,7 +142,7 @@ TEST(Verification, NamesWhatIsWrong) {
   }
 }
 
-/// What a reader answers of the pictures; empty if it does not open the recording.
+// What a reader answers of the pictures; empty if it does not open the recording.
 std::vector<std::string> picturesIn(const std::string& path) {
   const auto reader = makeVelmarVideoFileReader(path);
   std::vector<std::string> answers;

@@ -11,7 +11,7 @@ namespace {
 const std::string kHeader = "file,sensor_time_us,arrived_time_us\n";
 const std::vector<std::string> kFiles = {"in/1.jpg", "in/2.jpg"};
 
-/// The capture times of the files, or the failure's text.
+// The capture times of the files, or the failure's text.
 std::string match(const std::string& rows, const std::vector<std::string>& files = kFiles) {
   std::string text;
   try {

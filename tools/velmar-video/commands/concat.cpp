@@ -21,7 +21,7 @@ void checkInput(const Options& options, const std::string& input) {
   checkSameContainer(input, options.output);
 }
 
-/// The recording whose description counts.
+// The recording whose description counts.
 const Recording& winnerOf(const Options& options, const std::vector<Recording>& recordings) {
   if (!options.hasWinner()) return recordings.front();
   const auto found = std::find(options.inputs.begin(), options.inputs.end(), options.force);

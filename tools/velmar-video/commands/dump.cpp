@@ -13,12 +13,12 @@ namespace velmar::tool {
 
 namespace {
 
-/// Puts the library's log lines together to lines of text.
+// Puts the library's log lines together to lines of text.
 class DumpText {
  public:
   explicit DumpText(StandardOutput& output) : output_(output) {}
 
-  /// The device id comes in pieces, between its name and a line end.
+  // The device id comes in pieces, between its name and a line end.
   void take(std::string_view message) {
     if (message == "device_id: ") inDeviceId_ = true;
     if (message == "\n") inDeviceId_ = false;
@@ -28,7 +28,7 @@ class DumpText {
   }
 
  private:
-  /// A file's bytes must not end a line or steer a terminal.
+  // A file's bytes must not end a line or steer a terminal.
   void write(std::string_view text) {
     static constexpr char kDigits[] = "0123456789abcdef";
     for (const char character : text) {

@@ -48,7 +48,7 @@ ExitStatus edit(const Options& options, CommandJob& job) {
   return job.status();
 }
 
-/// "I=TIME"
+// "I=TIME"
 EditRequest::FrameTime parseFrameTime(const std::string& option, const std::string& text) {
   const std::size_t equals = text.find('=');
   const auto index = parseNumber(std::string_view(text).substr(0, equals));
@@ -58,7 +58,7 @@ EditRequest::FrameTime parseFrameTime(const std::string& option, const std::stri
   return {static_cast<unsigned int>(*index), parseTimeOption(option, text.substr(equals + 1))};
 }
 
-/// Microseconds with a sign, or seconds such as "-1.5s".
+// Microseconds with a sign, or seconds such as "-1.5s".
 std::int64_t parseShift(const std::string& text) {
   std::int64_t micros = 0;
   const char* const begin = text.data() + (text.starts_with('+') ? 1 : 0);

@@ -28,7 +28,7 @@ struct Options {
   PictureForm form;
   unsigned int jobs = 1;
   bool force = false;
-  std::vector<const CLI::Option*> decoding;  ///< make no sense for stored bytes
+  std::vector<const CLI::Option*> decoding;  // make no sense for stored bytes
 };
 
 ExitStatus extract(const Options& options, CommandJob& job) {
@@ -48,7 +48,7 @@ void checkUsage(const Options& options) {
   }
 }
 
-/// An option that takes one of the names.
+// An option that takes one of the names.
 template <typename Value>
 CLI::Option* addChoice(CLI::App& command, const std::string& name, const std::string& type,
                        const std::string& help, const std::map<std::string, Value>& choices,

@@ -22,11 +22,11 @@ struct Options {
   std::string geoJsonFile;
   bool force = false;
 
-  /// A track alone is no wish for a list.
+  // A track alone is no wish for a list.
   bool lists() const { return json || csv || (gpxFile.empty() && geoJsonFile.empty()); }
 };
 
-/// Before anything is written.
+// Before anything is written.
 void checkOutputs(const Options& options) {
   const bool gpxToOutput = options.gpxFile == "-";
   const bool geoJsonToOutput = options.geoJsonFile == "-";

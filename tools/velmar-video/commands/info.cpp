@@ -34,10 +34,10 @@ struct Info {
   Json::Value cameraParams;
   Json::Value extendedInfo;
   std::uint64_t bytes = 0;
-  std::optional<Place> start;  ///< of an rtv
+  std::optional<Place> start;  // of an rtv
 };
 
-/// From the first frame's capture to the last one's.
+// From the first frame's capture to the last one's.
 std::uint64_t durationOf(const Recording& recording) {
   const unsigned int count = recording.framesCount();
   if (count < 2) return 0;
@@ -66,7 +66,7 @@ Info readInfo(const std::string& file) {
   return info;
 }
 
-/// jsoncpp would sort the keys; people who look at the line want them in order.
+// jsoncpp would sort the keys; people who look at the line want them in order.
 std::string jsonLine(const Info& info) {
   const std::pair<const char*, Json::Value> members[] = {
       {"file", info.file},

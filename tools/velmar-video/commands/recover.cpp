@@ -31,7 +31,7 @@ LeftoverTimes timesOf(const Options& options, Job& job) {
   return times;
 }
 
-/// What the options say, else what the file says. What neither does is lost.
+// What the options say, else what the file says. What neither does is lost.
 RecordingDescription describe(const Options& options, const Leftover& leftover,
                               detail::JpegSize firstSize, Job& job) {
   RecordingDescription description = leftover.description;
@@ -57,7 +57,7 @@ void showResult(const Options& options, unsigned int kept, const Leftover& lefto
   output.flush();
 }
 
-/// By its name; a temporary file ends in more than that.
+// By its name; a temporary file ends in more than that.
 void checkContainer(const Options& options) {
   std::string name = options.input;
   if (name.ends_with(".tmp")) name.resize(name.size() - 4);
@@ -66,7 +66,7 @@ void checkContainer(const Options& options) {
                 VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
 }
 
-/// The files that are read must not be written.
+// The files that are read must not be written.
 void checkOutputOf(const Options& options) {
   checkExtension(options.output);
   checkContainer(options);

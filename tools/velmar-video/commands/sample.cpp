@@ -32,7 +32,7 @@ struct Options {
   bool force = false;
 };
 
-/// The camera that SampleScene draws with.
+// The camera that SampleScene draws with.
 std::string cameraParams(const Options& options) {
   const std::string focalLength = std::to_string(options.size.width * 4 / 5);
   const std::string centerX = std::to_string(options.size.width / 2);
@@ -60,7 +60,7 @@ RecordingDescription describe(const Options& options) {
 
 int hundredths(double value) { return static_cast<int>(std::lround(value * 100)); }
 
-/// Position, speed and bus signals that fit the picture.
+// Position, speed and bus signals that fit the picture.
 FrameTag tagOf(const SampleScene::Motion& motion, double framesPerSecond) {
   constexpr double kMetresPerWheelTick = 0.02;
   constexpr double kDegreesPerRadian = 57.29577951308232;
@@ -89,7 +89,7 @@ FrameTag tagOf(const SampleScene::Motion& motion, double framesPerSecond) {
   return tag;
 }
 
-/// Draws them.
+// Draws them.
 class SampleFrames final : public FrameSource {
  public:
   explicit SampleFrames(const Options& options)

@@ -16,7 +16,7 @@ struct Options {
   bool json = false;
 };
 
-/// What is found in one file.
+// What is found in one file.
 struct Report {
   unsigned int frames = 0;
   std::uint64_t errors = 0;
@@ -51,7 +51,7 @@ std::string counted(std::uint64_t count, const std::string& noun) {
   return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
-/// Text is shown as it comes, JSON as a whole.
+// Text is shown as it comes, JSON as a whole.
 Report verifyFile(const std::string& file, const Options& options, StandardOutput& output) {
   Report report;
   std::string json;

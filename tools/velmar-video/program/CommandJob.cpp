@@ -15,7 +15,7 @@ namespace velmar::tool {
 
 namespace {
 
-/// Turns signals into a question.
+// Turns signals into a question.
 class StopSignal {
  public:
   StopSignal() {
@@ -45,7 +45,7 @@ class StopSignal {
     if (!requested_) requested_ = isPending(0, -1);
     return requested_;
   }
-  /// Waits for a signal, or until `fd` can be read.
+  // Waits for a signal, or until `fd` can be read.
   bool comesBefore(int fd) {
     if (!requested_) requested_ = isPending(-1, fd);
     return requested_;
@@ -65,7 +65,7 @@ class StopSignal {
   bool requested_ = false;
 };
 
-/// Shows how many frames are done a few times a second, and leaves the last count there.
+// Shows how many frames are done a few times a second, and leaves the last count there.
 class CommandStage final : public Job::Stage {
  public:
   CommandStage(const std::string& name, std::size_t total, bool isShown)

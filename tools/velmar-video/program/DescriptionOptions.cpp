@@ -21,7 +21,7 @@ const std::map<std::string, version_e> kVersions = {
 constexpr int kQuarterCircle = 1 << 30;  // NDS units
 constexpr double kRoundingError = 1e-6;  // of a product of decimal numbers
 
-/// "LNG,LAT" or "LNG,LAT,ALT".
+// "LNG,LAT" or "LNG,LAT,ALT".
 std::vector<double> parsePosition(const std::string& text) {
   std::vector<double> numbers;
   const char* next = text.data();
@@ -41,7 +41,7 @@ std::vector<double> parsePosition(const std::string& text) {
   return isPlace ? numbers : std::vector<double>();
 }
 
-/// Says if the version has no unit as small as the altitude needs.
+// Says if the version has no unit as small as the altitude needs.
 int storedAltitude(double metres, version_e version, const std::string& output, Job& job) {
   const double unitsPerMetre = version == RTV_VER_04 ? 100 : 1;
   const double units = metres * unitsPerMetre;
@@ -79,7 +79,7 @@ int parseSide(std::string_view text) {
   return static_cast<int>(*pixels);
 }
 
-/// The bytes of hexadecimal text.
+// The bytes of hexadecimal text.
 std::string parseDeviceId(const std::string& text) {
   if (text.empty() || text.size() % 2 != 0 ||
       text.find_first_not_of("0123456789abcdefABCDEF") != text.npos) {

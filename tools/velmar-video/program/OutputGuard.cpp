@@ -33,7 +33,7 @@ bool exists(const std::string& path) {
   return lstat(path.c_str(), &status) == 0;
 }
 
-/// `path` is the output or a file beside it that is needed while writing.
+// `path` is the output or a file beside it that is needed while writing.
 void refuseInput(const std::string& path, const std::vector<std::string>& inputs) {
   const auto status = statusOf(path);
   if (!status) return;

@@ -8,7 +8,7 @@ namespace velmar::tool {
 
 namespace {
 
-/// Letters to insert, to leave out, to replace or to swap with their neighbour.
+// Letters to insert, to leave out, to replace or to swap with their neighbour.
 std::size_t distance(const std::string& one, const std::string& other) {
   std::vector<std::size_t> twoBefore;
   std::vector<std::size_t> before(other.size() + 1);
@@ -43,8 +43,8 @@ std::vector<std::string> optionNames(const CLI::App& command) {
   return names;
 }
 
-/// "; did you mean info?" for the candidate that differs from the word in few letters, if there is
-/// one.
+// "; did you mean info?" for the candidate that differs from the word in few letters, if there is
+// one.
 std::string suggestion(const std::string& word, const std::vector<std::string>& candidates) {
   const std::string* nearest = nullptr;
   std::size_t least = std::max<std::size_t>(word.size() / 3, 1) + 1;
