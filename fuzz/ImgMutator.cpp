@@ -8,6 +8,8 @@
 #include "container/img/FrameIndex.h"
 #include "support.h"
 
+using namespace velmar::detail;
+
 extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t maxSize);
 
 namespace {

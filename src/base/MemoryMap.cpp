@@ -8,19 +8,14 @@ namespace velmar::detail {
 
 MemoryMap::~MemoryMap() { unmap(); }
 
-bool MemoryMap::map(int fd, unsigned long length, Access access) {
+bool MemoryMap::map(int fd, unsigned long length) {
   unmap();
-  const int protection = access == Access::ReadWrite ? PROT_READ | PROT_WRITE : PROT_READ;
-  void* address = ::mmap(nullptr, length, protection, MAP_SHARED, fd, 0);
+  void* address = ::mmap(nullptr, length, PROT_READ, MAP_SHARED, fd, 0);
   if (address == MAP_FAILED) return false;
   address_ = static_cast<unsigned char*>(address);
   length_ = length;
   retired_ = false;
   return true;
-}
-
-void MemoryMap::flush() const {
-  if (isMapped()) ::msync(address_, length_, MS_ASYNC);
 }
 
 bool MemoryMap::unmap() {

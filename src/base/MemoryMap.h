@@ -3,11 +3,10 @@
 
 namespace velmar::detail {
 
-/// Owns a shared map of a file from its beginning. Failures leave their cause in errno.
+/// Owns a shared map of a file from its beginning, for reading: a store could need space that a
+/// full disk does not have, which would end the process. Failures leave their cause in errno.
 class MemoryMap {
  public:
-  enum class Access { ReadOnly, ReadWrite };
-
   MemoryMap() = default;
   MemoryMap(const MemoryMap&) = delete;
   MemoryMap& operator=(const MemoryMap&) = delete;
@@ -16,9 +15,7 @@ class MemoryMap {
   /// Maps `length` bytes in place of an earlier map. All of them have to be inside the file: take
   /// its size from the descriptor, since another file may have got the path meanwhile. The
   /// descriptor may be closed afterwards.
-  bool map(int fd, unsigned long length, Access access);
-  /// Starts writing the changes to the disk.
-  void flush() const;
+  bool map(int fd, unsigned long length);
   /// False if the system refuses; the object has no map afterwards in either case.
   bool unmap();
   /// Unmaps the file but keeps the address range reserved, inaccessible and without memory, until
@@ -27,7 +24,7 @@ class MemoryMap {
 
   bool isMapped() const { return address_ != nullptr && !retired_; }
   /// Null unless mapped.
-  unsigned char* data() const { return isMapped() ? address_ : nullptr; }
+  const unsigned char* data() const { return isMapped() ? address_ : nullptr; }
 
  private:
   unsigned char* address_ = nullptr;

@@ -1,13 +1,13 @@
 #include "base/PublishFile.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <new>
-
-#include "base/FileDescriptor.h"
 
 namespace velmar::detail {
 
@@ -28,7 +28,39 @@ FileDescriptor openFolder(const std::string& path) {
   }
 }
 
+// Whether the file is this process's now. Some file systems have no locks.
+bool lock(const FileDescriptor& file) {
+  int result = 0;
+  do {
+    result = ::flock(file.get(), LOCK_EX | LOCK_NB);
+  } while (result != 0 && errno == EINTR);
+  return result == 0 || errno == EOPNOTSUPP || errno == ENOLCK;
+}
+
+// Whether the name still stands for the file. Whoever had locked it may have given it another name.
+bool isStill(const std::string& path, const struct stat& opened) {
+  struct stat named {};
+  return ::lstat(path.c_str(), &named) == 0 && named.st_dev == opened.st_dev &&
+         named.st_ino == opened.st_ino;
+}
+
 }  // namespace
+
+FileDescriptor claimFile(const std::string& path, unsigned int mode) {
+  while (true) {
+    FileDescriptor file(path, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK, mode);
+    struct stat status {};
+    if (!file.isOpen() || ::fstat(file.get(), &status) != 0) return {};
+    if (!S_ISREG(status.st_mode)) {
+      errno = EINVAL;
+      return {};
+    }
+    if (!lock(file)) return {};
+    if (!isStill(path, status)) continue;
+    if (::ftruncate(file.get(), 0) != 0) return {};
+    return file;
+  }
+}
 
 int syncFile(const std::string& path) {
   FileDescriptor file(path, O_RDONLY);
@@ -36,9 +68,10 @@ int syncFile(const std::string& path) {
   return file.isOpen() && file.sync() ? 0 : errno;
 }
 
-void syncName(const std::string& path) {
+int syncName(const std::string& path) {
   const FileDescriptor folder = openFolder(path);
-  if (folder.isOpen()) ::fsync(folder.get());
+  const bool isSynced = !folder.isOpen() || ::fsync(folder.get()) == 0;
+  return isSynced || errno == EINVAL || errno == EROFS ? 0 : errno;
 }
 
 bool renameFile(const std::string& temporaryPath, const std::string& finalPath) {

@@ -3,7 +3,15 @@
 
 #include <string>
 
+#include "base/FileDescriptor.h"
+
 namespace velmar::detail {
+
+/// Makes an empty file for this descriptor alone, readable and writable: as long as it is open, the
+/// file is locked (flock(2)), as far as the file system has locks. A file that has the name already
+/// is emptied unless it is locked. Not open, with the cause in errno, if the file is locked
+/// (EWOULDBLOCK), no regular file or a symbolic link.
+FileDescriptor claimFile(const std::string& path, unsigned int mode);
 
 /// Gives a finished file its final name, and brings the rename to the disk as far as the folder
 /// allows. A file that has the final name is replaced. The content has to be on the disk already
@@ -15,9 +23,10 @@ bool renameFile(const std::string& temporaryPath, const std::string& finalPath);
 /// \return 0 or the errno of the step that failed
 int syncFile(const std::string& path);
 
-/// Brings the name of the file to the disk. If its folder cannot be read or synchronised, the file
-/// may lose its name in a power cut.
-void syncName(const std::string& path);
+/// Brings the name of the file to the disk. A folder that cannot be read or synchronised is no
+/// failure: then the file may lose its name in a power cut.
+/// \return 0 or the errno of the disk's failure
+int syncName(const std::string& path);
 
 }  // namespace velmar::detail
 

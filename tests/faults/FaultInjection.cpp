@@ -105,10 +105,6 @@ int munmap(void* at, std::size_t size) noexcept {
   return fails(Call::Munmap) ? -1 : result;
 }
 
-int msync(void* at, std::size_t size, int flags) {
-  return fails(Call::Msync) ? -1 : next<int>("msync", at, size, flags);
-}
-
 int rename(const char* from, const char* to) noexcept {
   return fails(Call::Rename) ? -1 : next<int>("rename", from, to);
 }

@@ -12,8 +12,7 @@ enum class Call {
   Ftruncate,
   Mmap,     ///< of a file
   Reserve,  ///< mmap() without a file
-  Msync,
-  Munmap,  ///< unmaps all the same: nothing could be done about a map that stays
+  Munmap,   ///< unmaps all the same: nothing could be done about a map that stays
   Open,
   OpenFolder,
   Pread,

@@ -4,10 +4,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 #include <utility>
 
-#include "base/FileDescriptor.h"
 #include "base/PublishFile.h"
+#include "toolkit/base/LockHolder.h"
 #include "toolkit/recording/Recording.h"
 
 namespace velmar::toolkit {
@@ -60,23 +61,32 @@ Failure RecordingWriter::failure(const std::string& words, VELMAR_ERROR_CODE_E c
   return {path_, words + "; the frames recorded so far are in " + place, code};
 }
 
+void RecordingWriter::syncEvery(unsigned int frames) {
+  syncInterval_ = frames;
+  if (frames == 0) return;
+  temporary_ = detail::FileDescriptor(path_ + ".tmp", O_RDONLY);
+  // Neither an rtv has one nor an img that could not make one.
+  journal_ = detail::FileDescriptor(path_ + ".tmp.index", O_RDONLY);
+}
+
 void RecordingWriter::sync() {
-  const std::string temporary = path_ + ".tmp";
-  if (frames_ == syncInterval_) detail::syncName(temporary);
-  const std::string journal = temporary + ".index";
-  // The frames before the index journal, which must not lead to any that are not there. Neither an
-  // rtv has one nor an img that could not make one.
-  const bool hasJournal = ::access(journal.c_str(), F_OK) == 0;
-  if (detail::syncFile(temporary) == 0 && (!hasJournal || detail::syncFile(journal) == 0)) return;
-  throw failure("cannot bring frame " + std::to_string(frames_ - 1) + " to the disk",
+  const bool isNamed = frames_ != syncInterval_ || detail::syncName(path_ + ".tmp") == 0;
+  // The frames before the index journal, which must not lead to any that are not there.
+  if (isNamed && temporary_.sync() && (!journal_.isOpen() || journal_.sync())) return;
+  throw failure("frames " + std::to_string(frames_ - syncInterval_) + " to " +
+                    std::to_string(frames_ - 1) +
+                    " may not be on the disk: " + std::strerror(errno),
                 VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
 }
 
 // The library does not say why; trying once more does.
 Failure RecordingWriter::creationFailure(const std::string& name, VELMAR_ERROR_CODE_E code) const {
   const std::string temporary = path_ + ".tmp";
+  if (const auto holder = lockHolder(temporary)) {
+    return {temporary, *holder + " is recording to it", code};
+  }
   const bool isThere = ::access(temporary.c_str(), F_OK) == 0;
-  const detail::FileDescriptor file(temporary, O_WRONLY | O_CREAT, 0666);
+  const detail::FileDescriptor file(temporary, O_WRONLY | O_CREAT | O_NOFOLLOW, 0666);
   if (!file.isOpen()) return Failure::ofCreation(isThere ? temporary : name, errno);
   removeTemporaryFiles();
   return {name, "cannot create it, the disk may be full", code};

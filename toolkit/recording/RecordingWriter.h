@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "base/FileDescriptor.h"
 #include "toolkit/base/Failure.h"
 #include "toolkit/recording/RecordingBackend.h"
 
@@ -31,7 +32,7 @@ class RecordingWriter {
   /// Instead of the description's.
   void setSize(unsigned short width, unsigned short height) { backend_->setSize(width, height); }
   /// Brings the frames to the disk after every `frames` of them; never if that is 0.
-  void syncEvery(unsigned int frames) { syncInterval_ = frames; }
+  void syncEvery(unsigned int frames);
   unsigned int frames() const { return frames_; }
 
   /// Throws Failure if the frame cannot be written or not be brought to the disk.
@@ -49,6 +50,9 @@ class RecordingWriter {
   void removeTemporaryFiles() const;
 
   std::string path_;
+  // Open from the first frame on: a descriptor hears only of what failed since it was opened.
+  detail::FileDescriptor temporary_;
+  detail::FileDescriptor journal_;
   OnFailure onFailure_;
   std::unique_ptr<RecordingBackend> backend_;
   unsigned int frames_ = 0;

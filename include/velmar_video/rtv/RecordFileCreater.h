@@ -3,7 +3,6 @@
 #ifndef VELMAR_VIDEO_RTV_RECORD_FILE_CREATER_H
 #define VELMAR_VIDEO_RTV_RECORD_FILE_CREATER_H
 
-#include <functional>
 #include <memory>
 #include <string>
 
@@ -97,8 +96,6 @@ class VELMAR_VIDEO_API RecordFileCreater : public RecordFile {
   bool logged(const char* step) const;
   bool publish();
   void encodeHeader(unsigned char* bytes) const;
-  /// Changes the file through a map of the whole file.
-  bool changeMapped(const std::function<void(unsigned char*)>& change);
   header_t& headerWithAllFields();
 
   std::string temporaryPath_;

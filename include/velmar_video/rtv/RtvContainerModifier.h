@@ -53,7 +53,7 @@ class VELMAR_VIDEO_API RtvContainerModifier : public VelmarVideoFileModifier,
  private:
   VELMAR_ERROR_CODE_E checkEditable() const;
   VELMAR_ERROR_CODE_E checkByteOrder() const;
-  void writeHeader(unsigned char* file) const;
+  bool writeHeader() const;
 };
 
 #endif

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "base/PublishFile.h"
 #include "velmar_logger/velmar_logger.h"
 
 namespace velmar::detail {
@@ -14,25 +15,31 @@ namespace velmar::detail {
 FrameIndexJournal::FrameIndexJournal(const std::string& path)
     : path_(path), newPath_(path + ".new") {}
 
+// What has the name belongs to another recording, whose file has gone.
+FileDescriptor FrameIndexJournal::create(const std::string& path) {
+  ::unlink(path.c_str());
+  return {path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0644};
+}
+
 void FrameIndexJournal::open() {
-  file_ = FileDescriptor(path_, O_WRONLY | O_CREAT | O_TRUNC, 0644);
-  if (file_.isOpen()) return;
-  giveUp();
-  ::unlink(path_.c_str());  // an old one belongs to another recording
+  file_ = create(path_);
+  if (!file_.isOpen()) giveUp();
 }
 
 void FrameIndexJournal::append(const FrameIndex& record) {
   if (file_.isOpen() && !file_.write(&record, sizeof record)) giveUp();
 }
 
-void FrameIndexJournal::replace(const std::vector<FrameIndex>& records) {
-  if (!file_.isOpen()) return;
-  file_ = FileDescriptor(newPath_, O_WRONLY | O_CREAT | O_TRUNC, 0644);
-  if (!file_.isOpen() || !file_.write(records.data(), records.size() * sizeof(FrameIndex)) ||
-      !file_.sync() || std::rename(newPath_.c_str(), path_.c_str()) != 0) {
-    giveUp();
-    ::unlink(newPath_.c_str());
+bool FrameIndexJournal::replace(const std::vector<FrameIndex>& records) {
+  if (!file_.isOpen()) return true;
+  file_ = create(newPath_);
+  if (file_.isOpen() && file_.write(records.data(), records.size() * sizeof(FrameIndex)) &&
+      file_.sync() && std::rename(newPath_.c_str(), path_.c_str()) == 0 && syncName(path_) == 0) {
+    return true;
   }
+  giveUp();
+  ::unlink(newPath_.c_str());
+  return false;
 }
 
 void FrameIndexJournal::close() { file_.close(); }

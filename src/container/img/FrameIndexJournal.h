@@ -25,14 +25,17 @@ class FrameIndexJournal {
   /// Appends a record in file byte order. Call it after the frame itself has been written, since a
   /// record must never stand for bytes that are not there.
   void append(const FrameIndex& record);
-  /// Replaces all records that were appended by these, in one step.
-  void replace(const std::vector<FrameIndex>& records);
+  /// Replaces all records that were appended by these, in one step, and brings them to the disk.
+  /// False if the journal is as it was. True as well if there is none, since then nothing can be
+  /// saved by stopping.
+  bool replace(const std::vector<FrameIndex>& records);
   /// Closes the journal and keeps it.
   void close();
   /// Closes the journal and deletes it.
   void remove();
 
  private:
+  static FileDescriptor create(const std::string& path);
   void giveUp();
 
   const std::string path_;

@@ -39,8 +39,8 @@ VELMAR_ERROR_CODE_E ImgContainerCreater::open() {
     velmar_logger::e(kTag, "filePath_ is empty");
     return VELMAR_ERROR_CODE_INVALID_FILE_NAME_E;
   }
-  // Readable as well: close() moves frames, and might not be allowed to open the file again.
-  file_ = FileDescriptor(temporaryPath_, O_RDWR | O_CREAT | O_TRUNC, 0666);
+  // Locked until close(). Readable as well: close() moves frames.
+  file_ = claimFile(temporaryPath_, 0666);
   if (!file_.isOpen()) {
     velmar_logger::e(kTag, "open filePath_ = %s error", filePath_.c_str());
     return VELMAR_ERROR_CODE_FILE_OPEN_FAIL_E;
@@ -145,10 +145,11 @@ bool ImgContainerCreater::adjustmentFrameAndIndex() {
   if (indexSize >= writtenBytes_ - kFrameIndexStart) return false;
 
   const std::uint64_t movedSize = relocateFirstFrames(indexSize);
-  // The frames are on the disk at their new place, and in the journal, before the index overwrites
-  // the old place: whenever the recorder is killed, the journal leads to every frame.
-  if (!appendFirstFrames(movedSize) || !file_.sync()) return false;
-  journal_.replace(frameIndex_);
+  // The frames are on the disk at their new place, and so is a journal that leads there, before the
+  // index overwrites the old place: whenever the recorder is killed or the power fails, the journal
+  // leads to every frame.
+  if (!appendFirstFrames(movedSize) || !file_.sync() || !journal_.replace(frameIndex_))
+    return false;
   return file_.writeAt(frameIndex_.data(), indexSize, kFrameIndexStart);
 }
 

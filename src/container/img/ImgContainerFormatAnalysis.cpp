@@ -92,19 +92,20 @@ VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::checkFileAccess(const std::strin
 }
 
 VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::openMap(const std::string& path) {
-  return mapFile(path, MemoryMap::Access::ReadOnly);
+  FileDescriptor file;
+  return mapFile(path, O_RDONLY, file);
 }
 
-VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::mapFile(const std::string& path,
-                                                        MemoryMap::Access access) {
+VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::mapFile(const std::string& path, int flags,
+                                                        FileDescriptor& file) {
   if (!getLength(path)) return VELMAR_ERROR_CODE_FILE_SIZE_IS_ZERO_E;
-  const FileDescriptor file(path, access == MemoryMap::Access::ReadOnly ? O_RDONLY : O_RDWR);
+  file = FileDescriptor(path, flags);
   if (!file.isOpen()) return VELMAR_ERROR_CODE_FILE_OPEN_FAIL_E;
   // Another file may have got the path meanwhile.
   if (::fstat(file.get(), &openedFile_) != 0) return VELMAR_ERROR_CODE_FILE_MMAP_FAIL_E;
   fileLength_ = static_cast<unsigned long>(openedFile_.st_size);
-  return mapAddr_.map(file.get(), fileLength_, access) ? VELMAR_ERROR_CODE_SUCCESS_E
-                                                       : VELMAR_ERROR_CODE_FILE_MMAP_FAIL_E;
+  return mapAddr_.map(file.get(), fileLength_) ? VELMAR_ERROR_CODE_SUCCESS_E
+                                               : VELMAR_ERROR_CODE_FILE_MMAP_FAIL_E;
 }
 
 VELMAR_ERROR_CODE_E ImgContainerFormatAnalysis::checkOpening(const std::string& path,

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "base/FileDescriptor.h"
 #include "base/LeaveUninitialized.h"
 #include "base/MemoryMap.h"
 #include "container/img/FrameIndex.h"
@@ -42,8 +43,9 @@ class ImgContainerFormatAnalysis {
   /// it with `tag` and releases everything.
   /// \param mapped  the result of mapping the file
   VELMAR_ERROR_CODE_E analyse(VELMAR_ERROR_CODE_E mapped, const char* tag);
-  /// As openMap(), with the given access.
-  VELMAR_ERROR_CODE_E mapFile(const std::string& path, velmar::detail::MemoryMap::Access access);
+  /// As openMap(); opens `file` with the given flags and leaves it open.
+  VELMAR_ERROR_CODE_E mapFile(const std::string& path, int flags,
+                              velmar::detail::FileDescriptor& file);
   /// Whether there is such a frame.
   /// \retval VELMAR_ERROR_CODE_OUT_RANGE_E  no frame has that index
   /// \retval VELMAR_ERROR_CODE_NOT_INIT_E   no file is open

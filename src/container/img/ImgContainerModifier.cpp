@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstddef>
 #include <cstring>
 
@@ -32,15 +33,14 @@ VELMAR_ERROR_CODE_E ImgContainerModifier::open() {
   return analyse(openMap(), kTag);
 }
 
-VELMAR_ERROR_CODE_E ImgContainerModifier::openMap() {
-  return mapFile(filePath_, MemoryMap::Access::ReadWrite);
-}
+VELMAR_ERROR_CODE_E ImgContainerModifier::openMap() { return mapFile(filePath_, O_RDWR, file_); }
 
 VELMAR_ERROR_CODE_E ImgContainerModifier::close() {
   if (!mapAddr_.isMapped()) return VELMAR_ERROR_CODE_NOT_INIT_E;
   const auto result =
       guarded(kTag, "close", VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E, [this] { return finish(); });
   mapAddr_.unmap();
+  file_.close();
   analysed_ = false;
   metaDataChanged_ = false;
   return result;
@@ -128,23 +128,27 @@ VELMAR_ERROR_CODE_E ImgContainerModifier::modifyTimestamp(unsigned int index,
   velmar_logger::i(kTag, " modifyTimestamp usec = %llu",
                    static_cast<unsigned long long>(timestamp));
   if (const auto code = checkFrame(index); code != VELMAR_ERROR_CODE_SUCCESS_E) return code;
-  frameIndex_[index].sensorTime = timestamp;
-  storeTime(index, offsetof(FrameIndex, sensorTime), timestamp);
-  return VELMAR_ERROR_CODE_SUCCESS_E;
+  const auto code = storeTime(index, offsetof(FrameIndex, sensorTime), timestamp);
+  if (code == VELMAR_ERROR_CODE_SUCCESS_E) frameIndex_[index].sensorTime = timestamp;
+  return code;
 }
 
 VELMAR_ERROR_CODE_E ImgContainerModifier::modifyArrivalTime(unsigned int index,
                                                             unsigned long& time) {
   velmar_logger::i(kTag, " modifyArrivalTime usec = %llu", static_cast<unsigned long long>(time));
   if (const auto code = checkFrame(index); code != VELMAR_ERROR_CODE_SUCCESS_E) return code;
-  frameIndex_[index].arrivedTime = time;
-  storeTime(index, offsetof(FrameIndex, arrivedTime), time);
-  return VELMAR_ERROR_CODE_SUCCESS_E;
+  const auto code = storeTime(index, offsetof(FrameIndex, arrivedTime), time);
+  if (code == VELMAR_ERROR_CODE_SUCCESS_E) frameIndex_[index].arrivedTime = time;
+  return code;
 }
 
-void ImgContainerModifier::storeTime(std::size_t index, std::size_t fieldOffset,
-                                     unsigned long time) {
-  put(mapAddr_.data() + kFrameIndexStart + sizeof(FrameIndex) * index + fieldOffset, htonll(time));
+VELMAR_ERROR_CODE_E ImgContainerModifier::storeTime(std::size_t index, std::size_t fieldOffset,
+                                                    unsigned long time) {
+  const unsigned long bytes = htonll(time);
+  const std::uint64_t at = kFrameIndexStart + sizeof(FrameIndex) * index + fieldOffset;
+  if (file_.writeAt(&bytes, sizeof bytes, at)) return VELMAR_ERROR_CODE_SUCCESS_E;
+  velmar_logger::e(kTag, "time of frame %zu not written: %s", index, std::strerror(errno));
+  return VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
 }
 
 // The format has no start time.

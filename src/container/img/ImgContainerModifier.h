@@ -7,7 +7,7 @@
 #include "container/img/ImgContainerFormatAnalysis.h"
 #include "velmar_video/VelmarVideoFile.h"
 
-/// Edits an "img" file. Frame times change in the map at once. The metadata changes in memory, and
+/// Edits an "img" file. Frame times change in the file at once. The metadata changes in memory, and
 /// close() writes it over the old block.
 class ImgContainerModifier : public ImgContainerFormatAnalysis, public VelmarVideoFileModifier {
  public:
@@ -18,7 +18,7 @@ class ImgContainerModifier : public ImgContainerFormatAnalysis, public VelmarVid
   /// metadata or the new. If that fails, the file keeps the old block.
   VELMAR_ERROR_CODE_E close() override;
   using ImgContainerFormatAnalysis::openMap;
-  /// Maps the whole file for reading and writing.
+  /// Opens the file for writing and maps all of it.
   virtual VELMAR_ERROR_CODE_E openMap();
   VELMAR_ERROR_CODE_E modifyCameraID(const unsigned char* id, unsigned int length) override;
   VELMAR_ERROR_CODE_E modifyUndistorted(bool undistorted) override;
@@ -38,11 +38,13 @@ class ImgContainerModifier : public ImgContainerFormatAnalysis, public VelmarVid
   template <typename T, typename MakeValue>
   VELMAR_ERROR_CODE_E modifyMetaData(T ImgMetaData::*field, MakeValue makeValue);
   /// Stores a frame's time in the file.
-  void storeTime(std::size_t index, std::size_t fieldOffset, unsigned long time);
+  /// \retval VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E  it cannot be written, perhaps only in part
+  VELMAR_ERROR_CODE_E storeTime(std::size_t index, std::size_t fieldOffset, unsigned long time);
   /// The part of close() that needs the open file.
   VELMAR_ERROR_CODE_E finish();
   VELMAR_ERROR_CODE_E rewriteMetaData(const std::string& oldText) const;
 
+  velmar::detail::FileDescriptor file_;  ///< while the file is mapped, for the times
   bool metaDataChanged_ = false;
 };
 

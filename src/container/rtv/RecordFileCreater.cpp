@@ -1,19 +1,16 @@
 #include "velmar_video/rtv/RecordFileCreater.h"
 
-#include <fcntl.h>
-#include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 #include "base/FileDescriptor.h"
 #include "base/Guarded.h"
-#include "base/MemoryMap.h"
 #include "base/PublishFile.h"
 #include "container/rtv/RtvLayout.h"
 #include "velmar_logger/velmar_logger.h"
@@ -30,23 +27,11 @@ unsigned short slotsFor(unsigned int duration) {
   return duration == 0 ? kRtvFramesMax : static_cast<unsigned short>(duration * kFrameRate);
 }
 
-// The length comes last: if the recorder is killed in between, the tag has no length yet and cannot
-// be mistaken for a whole one.
-void placeTag(unsigned char* slot, const unsigned char* tag, unsigned int size) {
-  constexpr unsigned int kLengthAt = offsetof(frametag_02ver_t, data_length);
-  constexpr unsigned int kLengthEnd = kLengthAt + sizeof frametag_02ver_t::data_length;
-  static_assert(kLengthAt == offsetof(frametag03Ver_t, data_length));
-  std::memcpy(slot, tag, kLengthAt);
-  std::memcpy(slot + kLengthEnd, tag + kLengthEnd, size - kLengthEnd);
-  std::atomic_signal_fence(std::memory_order_release);
-  std::memcpy(slot + kLengthAt, tag + kLengthAt, kLengthEnd - kLengthAt);
-}
-
 }  // namespace
 
 // Nested, so that programs may have a FileDescriptor of their own.
 struct RecordFileCreater::File : FileDescriptor {
-  using FileDescriptor::FileDescriptor;
+  explicit File(FileDescriptor&& file) : FileDescriptor(std::move(file)) {}
 };
 
 RecordFileCreater::RecordFileCreater(const std::string& fileName, unsigned short framesMax,
@@ -73,15 +58,14 @@ RecordFileCreater::RecordFileCreater(std::string fileName, unsigned int duration
 RecordFileCreater::~RecordFileCreater() { close(); }
 
 bool RecordFileCreater::makeTagTable() {
-  file_ = std::make_unique<File>(temporaryPath_, O_RDWR | O_CREAT | O_TRUNC, 0644);
+  file_ = std::make_unique<File>(claimFile(temporaryPath_, 0644));
   if (!file_->isOpen()) {
     file_.reset();  // a file with that name is not this writer's
     velmar_logger::e(kTag, "Error: open fail %s, %s", temporaryPath_.c_str(), std::strerror(errno));
     return false;
   }
   if (::ftruncate(file_->get(), static_cast<off_t>(fileSize_)) != 0) return logged("ftruncate");
-  if (!file_->reserve(0, fileSize_)) return logged("fallocate");
-  return changeMapped([this](unsigned char* file) { std::memset(file, 0, fileSize_); });
+  return file_->reserve(0, fileSize_) || logged("fallocate");
 }
 
 void RecordFileCreater::abandon() {
@@ -169,7 +153,12 @@ bool RecordFileCreater::addFrame(int timeFlag, const char* data, unsigned int le
     can_data_io_purge(&block);
     put(bytes + kCanAt, can != nullptr ? *can : block);
   }
-  return storeTag(bytes, index);
+  if (storeTag(bytes, index)) return true;
+  // Without its tag the frame would keep the file from being opened.
+  --framesWritten_;
+  fileSize_ = offset;
+  if (::ftruncate(file_->get(), static_cast<off_t>(fileSize_)) != 0) logged("ftruncate");
+  return false;
 }
 
 bool RecordFileCreater::appendBytes(const char* data, unsigned int length) {
@@ -193,19 +182,22 @@ bool RecordFileCreater::logged(const char* step) const {
   return false;
 }
 
+// Not through a map: on file systems that copy what they change, a store may need space and would
+// end the process if there is none.
 bool RecordFileCreater::storeTag(const unsigned char* tag, unsigned int index) {
+  constexpr unsigned int kLengthAt = offsetof(frametag_02ver_t, data_length);
+  constexpr unsigned int kLengthSize = sizeof frametag_02ver_t::data_length;
+  static_assert(kLengthAt == offsetof(frametag03Ver_t, data_length));
+  // The length comes last: if the recorder is killed in between, the tag has no length yet and
+  // cannot be mistaken for a whole one.
   const RtvLayout layout = rtvLayout(version_);
-  MemoryMap map;
-  if (!map.map(file_->get(), fileSize_, MemoryMap::Access::ReadWrite)) {
-    velmar_logger::e(kTag, "Error: mmap fail %s", std::strerror(errno));
-    // The frame is counted already, and without its tag the file would not open.
-    file_->writeAt(tag, layout.tagSize, layout.tagAt(index));
-    return false;
-  }
-  placeTag(map.data() + layout.tagAt(index), tag, layout.tagSize);
-  map.flush();
-  if (!map.unmap()) velmar_logger::e(kTag, "Error: munmap fail: %s", temporaryPath_.c_str());
-  return true;
+  const unsigned long slot = layout.tagAt(index);
+  unsigned char withoutLength[kTagSizeMax];
+  std::memcpy(withoutLength, tag, layout.tagSize);
+  std::memset(withoutLength + kLengthAt, 0, kLengthSize);
+  return (file_->writeAt(withoutLength, layout.tagSize, slot) &&
+          file_->writeAt(tag + kLengthAt, kLengthSize, slot + kLengthAt)) ||
+         logged("pwrite");
 }
 
 bool RecordFileCreater::close() {
@@ -225,14 +217,11 @@ bool RecordFileCreater::storeHeader() {
   unsigned char bytes[kRtvHeaderSizeMax] = {};
   encodeHeader(bytes);
   // The magic code comes last: if the recorder is killed in between, the header has none.
-  const auto place = [this, &bytes](unsigned char* file) {
-    const RtvLayout layout = rtvLayout(version_);
-    std::memcpy(file + layout.magicSize, bytes + layout.magicSize,
-                layout.headerSize - layout.magicSize);
-    std::atomic_signal_fence(std::memory_order_release);
-    std::memcpy(file, bytes, layout.magicSize);
-  };
-  return changeMapped(place) || file_->writeAt(bytes, rtvLayout(version_).headerSize, 0);
+  const RtvLayout layout = rtvLayout(version_);
+  return (file_->writeAt(bytes + layout.magicSize, layout.headerSize - layout.magicSize,
+                         layout.magicSize) &&
+          file_->writeAt(bytes, layout.magicSize, 0)) ||
+         logged("pwrite");
 }
 
 void RecordFileCreater::encodeHeader(unsigned char* bytes) const {
@@ -247,20 +236,4 @@ void RecordFileCreater::encodeHeader(unsigned char* bytes) const {
   visitRtvHeader(version_, header, [bytes](unsigned int at, const auto& field, Edited /*edited*/) {
     put(bytes + at, field);
   });
-}
-
-bool RecordFileCreater::changeMapped(const std::function<void(unsigned char*)>& change) {
-  MemoryMap map;
-  if (!map.map(file_->get(), fileSize_, MemoryMap::Access::ReadWrite)) {
-    velmar_logger::e(kTag, "Error: mmap fail: pHeader: %p, %s, %s", MAP_FAILED,
-                     temporaryPath_.c_str(), std::strerror(errno));
-    return false;
-  }
-  change(map.data());
-  map.flush();
-  if (!map.unmap()) {
-    velmar_logger::e(kTag, "Error: munmap fail: %s, %s", temporaryPath_.c_str(),
-                     std::strerror(errno));
-  }
-  return true;
 }

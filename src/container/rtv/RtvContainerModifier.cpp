@@ -1,6 +1,7 @@
 #include "velmar_video/rtv/RtvContainerModifier.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 
 #include "container/rtv/RtvLayout.h"
@@ -31,19 +32,24 @@ ErrorCode_e RtvContainerModifier::init(const char* path) {
 }
 
 VELMAR_ERROR_CODE_E RtvContainerModifier::close() {
-  unsigned char* file = state_ != nullptr ? state_->mMapAddr.data() : nullptr;
-  if (file == nullptr) return VELMAR_ERROR_CODE_SUCCESS_E;
-  if (checkByteOrder() == VELMAR_ERROR_CODE_SUCCESS_E) writeHeader(file);
+  if (state_ == nullptr || !state_->mMapAddr.isMapped()) return VELMAR_ERROR_CODE_SUCCESS_E;
+  const bool isWritten = checkByteOrder() != VELMAR_ERROR_CODE_SUCCESS_E || writeHeader();
   state_->mFileFd.close();
-  return state_->mMapAddr.unmap() ? VELMAR_ERROR_CODE_SUCCESS_E
-                                  : static_cast<VELMAR_ERROR_CODE_E>(-1);
+  if (!state_->mMapAddr.unmap()) return static_cast<VELMAR_ERROR_CODE_E>(-1);
+  return isWritten ? VELMAR_ERROR_CODE_SUCCESS_E : VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
 }
 
-void RtvContainerModifier::writeHeader(unsigned char* file) const {
+bool RtvContainerModifier::writeHeader() const {
+  unsigned char bytes[kRtvHeaderSizeMax];
+  const std::size_t size = std::min<std::size_t>(rtvLayout(version_).headerSize, state_->mFileSize);
+  std::memcpy(bytes, state_->mMapAddr.data(), size);
   visitRtvHeader(version_, headerOf(version_),
-                 [file](unsigned int at, const auto& field, Edited edited) {
-                   if (edited == Edited::Yes) put(file + at, field);
+                 [&bytes](unsigned int at, const auto& field, Edited edited) {
+                   if (edited == Edited::Yes) put(bytes + at, field);
                  });
+  if (state_->mFileFd.writeAt(bytes, size, 0)) return true;
+  velmar_logger::e(kTag, "header of %s not written: %s", filePath_.c_str(), std::strerror(errno));
+  return false;
 }
 
 VELMAR_ERROR_CODE_E RtvContainerModifier::checkEditable() const {
@@ -105,8 +111,11 @@ VELMAR_ERROR_CODE_E RtvContainerModifier::modifyTimestamp(unsigned int index,
   // By the start time as it has been changed so far.
   const auto timeFlag =
       static_cast<int>(timestamp / kMicrosecondsPerMillisecond - header.start_time);
-  put(state_->mMapAddr.data() + rtvLayout(version_).tagAt(index), timeFlag);
-  return VELMAR_ERROR_CODE_SUCCESS_E;
+  if (state_->mFileFd.writeAt(&timeFlag, sizeof timeFlag, rtvLayout(version_).tagAt(index))) {
+    return VELMAR_ERROR_CODE_SUCCESS_E;
+  }
+  velmar_logger::e(kTag, "time of frame %u not written: %s", index, std::strerror(errno));
+  return VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
 }
 
 VELMAR_ERROR_CODE_E RtvContainerModifier::modifyArrivalTime(unsigned int /*index*/,

@@ -91,11 +91,10 @@ ErrorCode_e TaggedVideoParser::open(const char* path, const InitMode& mode) {
                      std::strerror(errno));
     return RTV_ERR_FILE_OPEN_FAIL;
   }
-  const auto access = mode.writable ? MemoryMap::Access::ReadWrite : MemoryMap::Access::ReadOnly;
   // Another file may have got the path meanwhile.
   const bool isKnown = ::fstat(file.get(), &status) == 0;
   const auto size = static_cast<unsigned long>(status.st_size);
-  if (!isKnown || !state_->mMapAddr.map(file.get(), size, access)) {
+  if (!isKnown || !state_->mMapAddr.map(file.get(), size)) {
     velmar_logger::e(mode.tag, "mmap fail: %s", std::strerror(errno));
     if (isKnown) file.release();  // leaks: kept for existing programs
     return RTV_ERR_FILE_MMAP_FAIL;

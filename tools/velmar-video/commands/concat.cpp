@@ -34,7 +34,7 @@ const Recording& winnerOf(const Options& options, const std::vector<Recording>& 
 ExitStatus concat(const Options& options, CommandJob& job) {
   checkExtension(options.output);
   for (const std::string& input : options.inputs) checkInput(options, input);
-  checkRecordingOutput(options.output, options.inputs, !options.force.empty());
+  const ReservedOutput reserved(options.output, options.inputs, !options.force.empty());
   std::vector<Recording> recordings;
   for (const std::string& input : options.inputs) recordings.emplace_back(input);
   concatenate(recordings, winnerOf(options, recordings), options.hasWinner(), options.output, job);

@@ -19,7 +19,7 @@ struct Options {
 
 ExitStatus convert(const Options& options, CommandJob& job) {
   checkExtension(options.output);
-  checkRecordingOutput(options.output, {options.input}, options.force);
+  const ReservedOutput reserved(options.output, {options.input}, options.force);
   const Recording recording(options.input);
   checkFramesCount(options.output, recording.framesCount());
   const RecordingDescription description =

@@ -59,19 +59,19 @@ std::vector<FrameTag> tagsOf(const Options& options, const std::vector<std::stri
   return tags;
 }
 
-void checkOutputOf(const Options& options, std::vector<std::string> inputs) {
+ReservedOutput reserveOutput(const Options& options, std::vector<std::string> inputs) {
   for (const std::string& file : options.description.inputs()) inputs.push_back(file);
   for (const std::string& file : {options.timesFile, options.tagsFile}) {
     if (!file.empty()) inputs.push_back(file);
   }
   checkExtension(options.output);
-  checkRecordingOutput(options.output, inputs, options.force);
+  return {options.output, inputs, options.force};
 }
 
 ExitStatus recordPictures(const Options& options, CommandJob& job) {
   FrameFiles files;
   files.paths = listFrameFiles(options.inputs);
-  checkOutputOf(options, files.paths);
+  const ReservedOutput reserved = reserveOutput(options, files.paths);
   checkFramesCount(options.output, files.paths.size());
   const auto description = options.description.description(options.output, job);
   files.times = timesOf(options, files.paths, job);
@@ -83,7 +83,7 @@ ExitStatus recordPictures(const Options& options, CommandJob& job) {
 }
 
 ExitStatus recordStandardInput(const Options& options, CommandJob& job) {
-  checkOutputOf(options, options.inputs);
+  const ReservedOutput reserved = reserveOutput(options, options.inputs);
   RecordingDescription description = options.description.description(options.output, job);
   const FrameClock clock = clockOf(options);
   description.startTime = clock.at(0);

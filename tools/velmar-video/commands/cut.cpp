@@ -17,7 +17,7 @@ struct Options {
 ExitStatus cut(const Options& options, CommandJob& job) {
   checkExtension(options.output);
   checkSameContainer(options.input, options.output);
-  checkRecordingOutput(options.output, {options.input}, options.force);
+  const ReservedOutput reserved(options.output, {options.input}, options.force);
   const Recording recording(options.input);
   checkDeviceId(recording, job);
   copyFrames({{&recording, options.selection.frames(recording)}}, options.output,

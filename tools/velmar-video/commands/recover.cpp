@@ -67,18 +67,19 @@ void checkContainer(const Options& options) {
 }
 
 // The files that are read must not be written.
-void checkOutputOf(const Options& options) {
+ReservedOutput reserveOutput(const Options& options) {
   checkExtension(options.output);
   checkContainer(options);
   std::vector<std::string> inputs = options.description.inputs();
   inputs.insert(inputs.end(), {options.input, options.input + ".index"});
   if (!options.timesFile.empty()) inputs.push_back(options.timesFile);
   checkOutput(options.output, inputs, options.force);
-  checkRecordingOutput(recoveringPath(options.output), inputs, options.force);
+  // What an earlier recover left when it was interrupted can be made again.
+  return {recoveringPath(options.output), inputs, true};
 }
 
 ExitStatus recover(const Options& options, CommandJob& job) {
-  checkOutputOf(options);
+  const ReservedOutput reserved = reserveOutput(options);
   const FileBytes file(options.input);
   const Leftover leftover =
       isRtvPath(options.output)

@@ -117,7 +117,7 @@ class SampleFrames final : public FrameSource {
 
 ExitStatus drawSample(const Options& options, CommandJob& job) {
   checkExtension(options.output);
-  checkRecordingOutput(options.output, {}, options.force);
+  const ReservedOutput reserved(options.output, {}, options.force);
   checkFramesCount(options.output, options.frames);
   SampleFrames frames(options);
   recordFrames(frames, {options.output, describe(options), options.frames}, job);

@@ -1,13 +1,19 @@
 #include "program/OutputGuard.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <optional>
+#include <utility>
 
+#include "base/FileDescriptor.h"
 #include "program/Toolkit.h"
 #include "toolkit/base/Failure.h"
 #include "toolkit/base/FileKind.h"
+#include "toolkit/base/LockHolder.h"
+#include "toolkit/recording/RecordingDescription.h"
 
 namespace velmar::tool {
 
@@ -56,18 +62,42 @@ void checkOutput(const std::string& path, const std::vector<std::string>& inputs
   if (exists(path) && !force) throw refusal(path, "it is already there; --force replaces it");
 }
 
-void checkRecordingOutput(const std::string& path, const std::vector<std::string>& inputs,
-                          bool force) {
-  const std::string temporary = path + ".tmp";
-  refuseInput(temporary, inputs);
-  refuseInput(temporary + ".index", inputs);
+ReservedOutput::ReservedOutput(const std::string& path, const std::vector<std::string>& inputs,
+                               bool force)
+    : temporary_(path + ".tmp") {
+  const std::string journal = temporary_ + ".index";
+  refuseInput(temporary_, inputs);
+  refuseInput(journal, inputs);
   checkOutput(path, inputs, force);
-  if (exists(temporary) && !force) {
-    throw refusal(
-        temporary,
-        "it is already there, perhaps an interrupted recording, which the command recover "
-        "saves; --force replaces it");
+  if (const auto holder = lockHolder(temporary_)) {
+    throw refusal(temporary_, *holder + " is recording to it");
   }
+  if (force) return;
+  const detail::FileDescriptor file(temporary_, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW,
+                                    isRtvPath(path) ? 0644 : 0666);
+  const int cause = errno;
+  if (!file.isOpen() && cause != EEXIST) throw Failure::ofCreation(path, cause);
+  for (const std::string& leftover : {temporary_, journal}) {
+    if (leftover == temporary_ ? file.isOpen() : !exists(leftover)) continue;
+    if (file.isOpen()) ::unlink(temporary_.c_str());
+    throw refusal(leftover,
+                  "it is already there, perhaps an interrupted recording, which the command "
+                  "recover saves; --force replaces it");
+  }
+  // Another program may have finished its recording meanwhile.
+  if (!exists(path)) return;
+  ::unlink(temporary_.c_str());
+  checkOutput(path, inputs, force);
+}
+
+ReservedOutput::ReservedOutput(ReservedOutput&& other) noexcept
+    : temporary_(std::exchange(other.temporary_, "")) {}
+
+ReservedOutput::~ReservedOutput() {
+  struct stat status {};
+  const bool isEmpty =
+      lstat(temporary_.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size == 0;
+  if (isEmpty && !lockHolder(temporary_)) ::unlink(temporary_.c_str());
 }
 
 void checkStandardOutput(const std::string& input) {

@@ -12,10 +12,19 @@ namespace velmar::tool {
 /// whatever name.
 void checkOutput(const std::string& path, const std::vector<std::string>& inputs, bool force);
 
-/// The same for a recording, whose temporary files count as well: what an interrupted recording
-/// left there can be saved.
-void checkRecordingOutput(const std::string& path, const std::vector<std::string>& inputs,
-                          bool force);
+/// A new recording's temporary file, which no other program takes meanwhile. It goes at the end if
+/// nothing has been recorded.
+class ReservedOutput {
+ public:
+  /// As checkOutput() for a recording, whose temporary files count as well: what an interrupted
+  /// recording left there can be saved. Not even `force` takes them from a running recorder.
+  ReservedOutput(const std::string& path, const std::vector<std::string>& inputs, bool force);
+  ReservedOutput(ReservedOutput&& other) noexcept;
+  ~ReservedOutput();
+
+ private:
+  std::string temporary_;
+};
 
 /// Throws Failure if standard output goes into `input`.
 void checkStandardOutput(const std::string& input);
