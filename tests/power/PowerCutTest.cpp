@@ -1,0 +1,182 @@
+// What a disk may hold after a power cut at any moment of recording, recovering and copying.
+// VELMAR_CUTS sets the number of states of each, VELMAR_SEED repeats a run.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <iostream>
+
+#include "power/DiskLog.h"
+#include "scene/SampleScene.h"
+#include "support/TestSupport.h"
+#include "toolkit/TestJob.h"
+#include "toolkit/editing/CopyFrames.h"
+#include "toolkit/rescue/RecoverFrames.h"
+#include "toolkit/rescue/Verification.h"
+
+using namespace velmar::toolkit;
+
+namespace {
+
+constexpr unsigned int kFrames = 200;  // an img's index has more than one page
+constexpr unsigned int kSyncInterval = 25;
+constexpr std::uint64_t kStart = 1700000000000000;
+constexpr unsigned int kAll = UINT32_MAX;  // promised: the recording is finished
+
+unsigned long numberFrom(const char* variable, unsigned long otherwise) {
+  const char* text = std::getenv(variable);
+  return text != nullptr ? std::stoul(text) : otherwise;
+}
+
+const std::vector<std::string>& frames() {
+  static const std::vector<std::string> made = [] {
+    SampleScene scene(32, 16);
+    std::vector<std::string> jpegs;
+    for (unsigned int i = 0; i < kFrames; ++i) jpegs.push_back(scene.jpeg(i));
+    return jpegs;
+  }();
+  return made;
+}
+
+FrameTimes timesOf(std::uint64_t frame) { return {kStart + frame * 33000, kStart + frame * 33000}; }
+
+FrameTag tagOf(unsigned int frame) {
+  FrameTag tag;
+  tag.x = static_cast<int>(frame) + 1;
+  tag.speed = static_cast<unsigned short>(frame + 1);
+  tag.direction = static_cast<unsigned short>(frame + 1);
+  return tag;
+}
+
+RecordingDescription description() {
+  RecordingDescription description;
+  description.setSize({32, 16});
+  description.startTime = kStart;
+  return description;
+}
+
+// The frames of a recording by their numbers, each of which is to be as it was recorded.
+std::size_t checkFrames(const std::string& path) {
+  const Recording recording(path);
+  for (unsigned int i = 0; i < recording.framesCount(); ++i) {
+    const std::uint64_t time = recording.sensorTime(i);
+    const auto number = static_cast<unsigned int>((time - kStart) / 33000);
+    std::string jpeg;
+    recording.reader().getRawImage(i, jpeg);
+    EXPECT_TRUE(number < kFrames && jpeg == frames()[number]) << "frame " << i;
+    const FrameTag tag = recording.isRtv() ? tagOf(number) : FrameTag();
+    EXPECT_EQ(recording.tag(i).x, tag.x) << "frame " << i;
+    EXPECT_EQ(recording.tag(i).direction, tag.direction) << "frame " << i;
+  }
+  return recording.framesCount();
+}
+
+void expectWhole(const std::string& path) {
+  std::string findings;
+  verify(path, false, [&](const Finding& finding) { findings += finding.text + "\n"; });
+  EXPECT_EQ(findings, "");
+  EXPECT_EQ(checkFrames(path), kFrames);
+}
+
+class PowerCuts : public testing::TestWithParam<const char*> {
+ protected:
+  using Check = std::function<void(const Files& files, std::size_t promised)>;
+
+  PowerCuts() : extension_(GetParam()), path_(folder_ / ("a." + extension_)) {}
+
+  void record(const std::string& path, unsigned int syncInterval, DiskLog* log) {
+    RecordingWriter writer(path, description(), kFrames, RecordingWriter::OnFailure::KeepFrames);
+    writer.syncEvery(syncInterval);
+    for (unsigned int i = 0; i < kFrames; ++i) {
+      writer.add(frames()[i], timesOf(i), tagOf(i));
+      if (log != nullptr && writer.frames() % syncInterval == 0) log->promise(writer.frames());
+    }
+    writer.finish();
+  }
+
+  // Tries states of the disk for cuts before, inside and behind everything that was logged.
+  void tryStates(const DiskLog& log, const Check& check) {
+    static const unsigned long seed = numberFrom("VELMAR_SEED", std::random_device()());
+    std::mt19937 random(static_cast<unsigned int>(seed));
+    const std::size_t states = numberFrom("VELMAR_CUTS", 150);
+    for (std::size_t i = 0; i < states && !HasFailure(); ++i) {
+      // Every other one near the end, where a file gets its name.
+      const std::size_t events = log.events().size();
+      const std::size_t last = i % 2 == 0 ? events : std::min<std::size_t>(events, 24);
+      const std::size_t before = events - random() % (last + 1);
+      const DiskModel model = i % 4 < 2 ? DiskModel::Ordered : DiskModel::Weak;
+      const Files files = log.cut(before, model, random);
+      std::filesystem::remove_all(disk_ / "");
+      std::filesystem::create_directory(disk_ / "");
+      for (const auto& [name, bytes] : files) writeFile(disk_ / name, bytes);
+      SCOPED_TRACE("state " + std::to_string(i) + ", VELMAR_SEED=" + std::to_string(seed));
+      check(files, log.promisedBefore(before));
+    }
+  }
+
+  // How many frames come back from the temporary file of a recording on the disk.
+  std::size_t recovered(const std::string& path) {
+    TestJob job;
+    const FileBytes file(path + ".tmp");
+    LeftoverTimes times;
+    if (!exists(path + ".tmp.index")) times.framesPerSecond = 30;
+    const Leftover leftover =
+        extension_ == "rtv" ? findRtvLeftover(file, RTV_VER_03) : findImgLeftover(file, times);
+    if (!firstSize({file, leftover, false})) return 0;
+    recoverFrames({file, leftover, false}, path, description(), job);
+    return checkFrames(path);
+  }
+
+  TempFolder folder_, disk_;
+  std::string extension_, path_;
+};
+
+TEST_P(PowerCuts, LoseNoFrameThatWasSynchronised) {
+  DiskLog log(folder_ / "");
+  record(path_, kSyncInterval, &log);
+  log.promise(kAll);
+  log.stop();
+  const std::string name = "a." + extension_;
+  tryStates(log, [&](const Files& files, std::size_t promised) {
+    if (files.contains(name)) return expectWhole(disk_ / name);
+    if (promised == 0) return;
+    ASSERT_TRUE(files.contains(name + ".tmp"));
+    EXPECT_GE(recovered(disk_ / name), std::min<std::size_t>(promised, kFrames));
+  });
+}
+
+TEST_P(PowerCuts, GiveNoNameToHalfAFile) {
+  record(path_, 0, nullptr);
+  std::filesystem::rename(path_, path_ + ".tmp");
+  const std::string copy = folder_ / ("b." + extension_);
+  TestJob job;
+  DiskLog log(folder_ / "");
+  {
+    const FileBytes file(path_ + ".tmp");
+    const Leftover leftover =
+        extension_ == "rtv" ? findRtvLeftover(file, RTV_VER_03) : findImgLeftover(file, {});
+    recoverFrames({file, leftover, false}, path_, description(), job);
+    log.promise(1);
+    const Recording recording(path_);
+    std::vector<unsigned int> all(kFrames);
+    for (unsigned int i = 0; i < kFrames; ++i) all[i] = i;
+    copyFrames({{&recording, all}}, copy, recording.description(), job);
+    log.promise(2);
+  }
+  log.stop();
+  const std::string name = "a." + extension_;
+  const std::string copyName = "b." + extension_;
+  tryStates(log, [&](const Files& files, std::size_t promised) {
+    if (files.contains(name)) expectWhole(disk_ / name);
+    if (files.contains(copyName)) expectWhole(disk_ / copyName);
+    EXPECT_TRUE(files.contains(name) || promised < 1);
+    EXPECT_TRUE(files.contains(copyName) || promised < 2);
+    EXPECT_TRUE(files.contains(name + ".tmp"));
+  });
+}
+
+INSTANTIATE_TEST_SUITE_P(Containers, PowerCuts, testing::Values("img", "rtv"),
+                         [](const auto& test) { return std::string(test.param); });
+
+}  // namespace
