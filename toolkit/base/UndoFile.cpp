@@ -120,10 +120,10 @@ std::optional<Undo> decode(std::string_view text) {
   return undo;
 }
 
-// What a power cut leaves of a file that was not on the disk yet: a part of it, or zeros.
+// What a power cut leaves of a file that was not on the disk yet: a part of it, and zeros.
 bool mayBeUnfinished(std::string_view text) {
   const std::string_view begin = text.substr(0, kMagic.size());
-  return begin == kMagic.substr(0, begin.size()) || begin.find_first_not_of('\0') == begin.npos;
+  return kMagic.starts_with(begin.substr(0, begin.find_last_not_of('\0') + 1));
 }
 
 bool fits(const FileBytes& file, const Undo& undo) {

@@ -199,8 +199,9 @@ void addRecoverCommand(Tool& tool) {
       {"recover",
        "Make a recording of what an interrupted or damaged one left, or undo an interrupted edit.",
        "recover drive.img.tmp drive.img --device-id 0aff\n"
-       "  velmar-video recover drive.rtv.tmp drive.rtv --start-time 2026-11-21T08:00:00Z\n"
-       "  velmar-video recover drive.img    # of which an edit was interrupted\n\n"
+       "  velmar-video recover drive.rtv.tmp drive.rtv --start-time 2026-11-21T08:00:00Z\n\n"
+       "Without an OUTPUT, as in recover drive.img, an edit of the recording that was interrupted "
+       "is\nundone in place.\n"
        "The options go before what the file says itself, if the recorder came to write that."},
       {addOptions, recover, checkUsage});
 }
