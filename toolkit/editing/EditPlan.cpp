@@ -263,7 +263,7 @@ void EditPlan::planShift(std::int64_t shift) {
 
 EditedPlaces EditPlan::places() const {
   // Of the frames at either end: that another recording has the same is out of the question.
-  constexpr std::uint64_t kSample = 16 << 10;
+  constexpr std::uint64_t kSample = 64 << 10;
   const FileBytes file(recording_.path());
   EditedPlaces places = times_;
   std::uint64_t tail = file.size();
