@@ -189,9 +189,8 @@ class Verifier {
       warn(layout.frameCodecAt(), "the frame codec is unknown");
     }
     for (unsigned int i = 0; i < count(); ++i) {
-      if (recording_.timeFlag(i) < 0) {
-        reportFrame(Severity::Warning, i,
-                    "has a time before the start, which is read as one after it");
+      if (isMisread(recording_.timeFlag(i))) {
+        reportFrame(Severity::Warning, i, std::string("has ") + kMisreadTime);
       }
     }
     unsigned short slots = 0;

@@ -107,7 +107,7 @@ TEST(EditPlan, IsUndoneWhereverItWasInterrupted) {
       const Edited edited(path, request);
       EXPECT_FALSE(exists(path + ".undo"));
       EXPECT_NE(edited.before, edited.after);
-      for (int i = 0; i < 40; ++i) {
+      for (int i = 0; i < 15; ++i) {
         writeFile(path, i == 0 ? edited.after : edited.interrupted(random));
         writeFile(path + ".undo", edited.undo);
         EXPECT_EQ(undo(path), UndoState::Pending);
