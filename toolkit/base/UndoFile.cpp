@@ -126,10 +126,11 @@ bool mayBeUnfinished(std::string_view text) {
   return kMagic.starts_with(begin.substr(0, begin.find_last_not_of('\0') + 1));
 }
 
+// An edit can cut off no more than it has kept, so that a wild size takes no memory.
 bool fits(const FileBytes& file, const Undo& undo) {
-  std::uint64_t end = file.size();
-  for (const OldBytes& old : undo.old) end = std::max(end, old.end());
-  return undo.size <= end && undo.headEnd <= undo.size && restoredSum(file, undo) == undo.sum;
+  std::uint64_t most = file.size();
+  for (const OldBytes& old : undo.old) most += old.bytes.size();
+  return undo.size <= most && undo.headEnd <= undo.size && restoredSum(file, undo) == undo.sum;
 }
 
 struct Found {
@@ -141,7 +142,7 @@ Found find(const std::string& path) {
   const std::string beside = undoPath(path);
   struct stat status {};
   if (::lstat(beside.c_str(), &status) != 0) {
-    if (errno == ENOENT) return {};
+    if (errno == ENOENT || errno == ENAMETOOLONG) return {};
     throw Failure::ofSystem(beside, "cannot look at it", errno);
   }
   if (!S_ISREG(status.st_mode)) return {UndoState::Foreign, {}};
@@ -215,7 +216,8 @@ void keepForUndo(const std::string& path, const EditedPlaces& places) {
   const unsigned int mode = ::stat(path.c_str(), &status) == 0 ? status.st_mode & 0666U : 0600U;
   const detail::FileDescriptor file(beside, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
   if (!file.isOpen()) throw Failure::ofCreation(beside, errno);
-  if (!file.write(text.data(), text.size()) || !file.sync()) {
+  // Whoever reads the recording has to find out, whatever the umask is.
+  if (::fchmod(file.get(), mode) != 0 || !file.write(text.data(), text.size()) || !file.sync()) {
     const int cause = errno;
     ::unlink(beside.c_str());
     throw Failure::ofSystem(beside, "cannot write it", cause);
