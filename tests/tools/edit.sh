@@ -76,26 +76,47 @@ grep -q 'nothing to change' out || fail "nothing to change"
 
 # What cannot be is refused before anything is written.
 cp a.img kept.img
-cp 04.rtv kept.rtv
 echo '{' >bad.json
 expect 1 "--sensor-time: there is no frame 3, only 3 frames (VELMAR_ERROR_CODE_OUT_RANGE_E)" edit a.img --device-id 01 --sensor-time 3=5
 expect 1 "bad.json: it is not valid JSON" edit a.img --device-id 01 --camera-params bad.json
-expect 1 "a.img: --start-time: an img starts when its frame 0 arrived" edit a.img --start-time 5
-expect 1 "a.img: --tagging-flags: an img holds none" edit a.img --tagging-flags 5
-expect 1 "--sensor-time: frame 1 is there twice" edit a.img --sensor-time 1=5 --sensor-time 1=6
-expect 1 "--shift-time: times would leave 64 bits" edit a.img --shift-time -9000000000000000000
-expect 1 "04.rtv: --camera-params: an rtv holds none" edit 04.rtv --device-id 01 --camera-params params.json
-expect 1 "04.rtv: --arrived-time: an rtv holds no arrival times" edit 04.rtv --arrived-time 0=5
-expect 1 "04.rtv: --sensor-time: an rtv holds whole milliseconds" edit 04.rtv --sensor-time 0=1900000000000001
-expect 1 "04.rtv: --sensor-time: frame 0 would be captured before the start" edit 04.rtv --sensor-time 0=1000
-expect 1 "04.rtv: --device-id: an rtv holds 24 bytes" edit 04.rtv --device-id "${id}00"
-head -3 all.csv >short.csv
-expect 1 "a.img: --times: it has 2 rows for 3 frames" edit a.img --times short.csv
 expect 2 "there is no change to make" edit a.img
 expect 2 "--sensor-time is I=TIME" edit a.img --sensor-time 5
 expect 2 "excludes" edit a.img --shift-time 5 --times all.csv
 cmp a.img kept.img
-cmp 04.rtv kept.rtv
+
+# An edit that is killed halfway: the times are changed, the metadata are cut off. Readers say so,
+# recover and the next edit undo it first.
+printf '{"long":"%09000d"}' 0 >long.json
+interrupt() {
+  cp kept.img half.img
+  (ulimit -f $(($(stat -c %s half.img) / 1024 + 2)) -c 0
+    "$tool" edit half.img --shift-time +3600s --extended-info long.json) >out 2>&1 && fail "not interrupted"
+  [ -e half.img.undo ] && ! cmp -s half.img kept.img || fail "nothing is half done"
+}
+interrupted="half.img: an edit of it was interrupted and may be half done; the command recover, with its name alone, undoes"
+interrupt
+expect 1 "$interrupted" info half.img
+expect 1 "$interrupted" recover half.img made.img --fps 3
+absent made.img
+expect 1 "" verify half.img
+grep -q "half.img: error: does not open: an edit of it was interrupted" out || fail "verify: $(cat out)"
+expect 2 "recover: OUTPUT is missing" recover half.img.tmp
+expect 2 "--fps requires output" recover half.img --fps 3
+expect 0 "" recover half.img
+grep -qx 'half.img: the interrupted edit is undone' out || fail "recover: $(cat out)"
+cmp half.img kept.img
+expect 1 "half.img: no edit of it was interrupted" recover half.img
+interrupt
+cp half.img.undo kept.undo
+expect 0 "half.img: an edit of it was interrupted, and is undone first" edit half.img --shift-time +3600s
+[ "$(changed kept.img half.img | wc -w)" -eq 6 ] || fail "an edit behind an interrupted one"
+absent half.img.undo
+cp kept.undo 03.rtv.undo
+expect 0 "$(realpath 03.rtv).undo does not belong to it" frames 03.rtv
+expect 1 "03.rtv.undo does not belong to it" edit 03.rtv --shift-time 1
+expect 1 "03.rtv.undo does not belong to it" recover 03.rtv
+expect 1 "" verify 03.rtv
+rm 03.rtv.undo
 
 # cut and concat are each other's inverse; every tag and text survives.
 for file in a.img 02.rtv 03.rtv 04.rtv; do

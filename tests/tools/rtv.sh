@@ -76,6 +76,24 @@ expect 3 "slow.rtv: an rtv holds 65535 frames and 24 days at the most; the rest 
 [ "$(frames_in slow.rtv)" -eq 2148 ] || fail "frames in 24 days: $(frames_in slow.rtv)"
 expect 1 "x.rtv: version 02 of rtv holds no start before 2015" create x.rtv in --fps 5 --start-time 0 --rtv-version 02
 expect 1 "x.rtv: frame 0 was captured before the start" create x.rtv in --times times.csv --start-time 2023-11-14T22:13:21Z
+
+# A clock that goes back by an hour is kept, one that is a month ahead is refused. What another
+# recorder has stored as before the start is named before it turns into another time.
+for shift in -3600 2592000; do
+  awk -F, -v OFS=, -v by=$shift 'NR == 3 { $2 += by * 1000000; $3 = $2 } { print }' OFMT=%.0f CONVFMT=%.0f times.csv >$shift.csv
+done
+expect 0 "" create back.rtv in --times -3600.csv --force
+[ "$("$tool" frames back.rtv --csv | cut -d, -f2 | tr '\n' ' ')" = "$(cut -d, -f2 ./-3600.csv | tr '\n' ' ')" ] || fail "an hour back: $("$tool" frames back.rtv --csv)"
+expect 1 "x.rtv: frame 1 was captured before the start, or more than 24 days after it" create x.rtv in --times 2592000.csv
+cp 03.rtv past.rtv
+printf '\200\356\36\377' | dd of=past.rtv bs=1 seek=$((72 + 36)) conv=notrunc status=none
+misread="a time before the start, or more than 24 days after it, which is read as another"
+expect 3 "past.rtv: frame 1 is copied with another time: it has $misread" convert past.rtv past.img
+expect 1 "times before the start" convert past.rtv x.img --strict
+expect 0 "" cut past.rtv kept.rtv --range 1:3
+"$tool" frames kept.rtv --json | grep -q '"time_flag_ms":-14750080' || fail "time of a cut frame: $("$tool" frames kept.rtv --json)"
+expect 3 "past.rtv: frame 1 is copied with another time" concat both.rtv past.rtv back.rtv --force=past.rtv
+expect 3 "past.rtv: frame 1 is recovered with $misread" recover past.rtv found.rtv
 expect 1 "x.rtv: an rtv holds 65535 frames at the most, not 65536" create x.rtv $(yes in/frame_000000.jpg | head -65536) --fps 5
 expect 3 "less.rtv: it does not hold CAN signals" create less.rtv in --fps 5 --tags tags04.csv
 sed 's/^/odd,/' tags.csv >odd.csv

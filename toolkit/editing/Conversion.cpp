@@ -34,6 +34,7 @@ struct FrameContents {
       hasHeights |= tag.z != 0;
       isFarAway |= !fitsVersion02(tag);
       hasCan |= tag.hasCan();
+      hasMisreadTimes |= isMisread(recording.timeFlag(i));
     }
   }
 
@@ -43,6 +44,7 @@ struct FrameContents {
   bool hasHeights = false;
   bool isFarAway = false;
   bool hasCan = false;
+  bool hasMisreadTimes = false;
 };
 
 // What of `from` an img cannot hold.
@@ -51,6 +53,7 @@ std::vector<std::string> lostInImg(const RecordingDescription& from, const Frame
   std::vector<std::string> lost;
   if (frames.hasPositions) lost.emplace_back("positions, distances, speeds and headings");
   if (frames.hasCan) lost.emplace_back("CAN signals");
+  if (frames.hasMisreadTimes) lost.emplace_back("times before the start");
   if (hasStartPosition(from)) lost.emplace_back("the start position");
   if (from.taggingFlags != 0) lost.emplace_back("tagging flags");
   if (recording.framesCount() > 0 && recording.timeFlag(0) != 0) {

@@ -43,9 +43,11 @@ void checkPositions(const std::vector<FrameRange>& ranges, version_e version) {
   }
 }
 
-// Whether times relative to the start mean the same in both.
-bool sharesStart(const Recording& recording, const RecordingDescription& description) {
-  return recording.isRtv() && recording.description().startTime == description.startTime;
+// Whether times relative to the start are held by the output and mean the same there.
+bool keepsTimeFlags(const Recording& recording, const std::string& output,
+                    const RecordingDescription& description) {
+  return recording.isRtv() && isRtvPath(output) &&
+         recording.description().startTime == description.startTime;
 }
 
 // Frames as they are stored. What is no picture is copied as well: nothing of a recording is lost
@@ -53,9 +55,13 @@ bool sharesStart(const Recording& recording, const RecordingDescription& descrip
 class CopiedFrames final : public FrameSource {
  public:
   // All of them must outlive it.
-  CopiedFrames(const std::vector<FrameRange>& ranges, const RecordingDescription& description,
-               Job& job)
-      : count_(countOf(ranges)), description_(description), job_(job), range_(ranges.begin()) {
+  CopiedFrames(const std::vector<FrameRange>& ranges, const std::string& output,
+               const RecordingDescription& description, Job& job)
+      : count_(countOf(ranges)),
+        output_(output),
+        description_(description),
+        job_(job),
+        range_(ranges.begin()) {
     enterRange();
   }
 
@@ -75,7 +81,12 @@ class CopiedFrames final : public FrameSource {
       if (!flaw.hasBytes) return false;
     }
     frame.tag = range_->rebase.apply(recording.tag(index)).value();
-    if (keepsTimeFlags_) frame.tag.timeFlag = recording.timeFlag(index);
+    const int timeFlag = recording.timeFlag(index);
+    if (keepsTimeFlags_) {
+      frame.tag.timeFlag = timeFlag;
+    } else if (isMisread(timeFlag)) {
+      news_->add(index, index, std::string("copied with another time: it has ") + kMisreadTime);
+    }
     frame.times = recording.times(index);
     return true;
   }
@@ -85,11 +96,12 @@ class CopiedFrames final : public FrameSource {
  private:
   void enterRange() {
     next_ = 0;
-    keepsTimeFlags_ = sharesStart(*range_->recording, description_);
+    keepsTimeFlags_ = keepsTimeFlags(*range_->recording, output_, description_);
     news_.emplace(range_->recording->path(), job_);
   }
 
   const std::size_t count_;
+  const std::string& output_;
   const RecordingDescription& description_;
   Job& job_;
   std::vector<FrameRange>::const_iterator range_;
@@ -121,7 +133,7 @@ std::uint64_t earliestSensorTime(const Recording& recording) {
 
 void copyFrames(const std::vector<FrameRange>& ranges, const std::string& output,
                 const RecordingDescription& description, Job& job) {
-  CopiedFrames frames(ranges, description, job);
+  CopiedFrames frames(ranges, output, description, job);
   checkFramesCount(output, frames.count());
   checkTimes(ranges, output, description);
   checkPositions(ranges, description.version);

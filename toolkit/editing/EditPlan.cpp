@@ -1,17 +1,17 @@
 #include "toolkit/editing/EditPlan.h"
 
-#include <fcntl.h>
-
 #include <algorithm>
-#include <cerrno>
+#include <cstddef>
 #include <set>
 
-#include "base/FileDescriptor.h"
 #include "base/HexText.h"
+#include "container/img/FrameIndex.h"
 #include "container/rtv/RtvLayout.h"
 #include "toolkit/base/Failure.h"
 #include "toolkit/base/FileBytes.h"
 #include "toolkit/jpeg/JpegInspector.h"
+#include "toolkit/recording/FramePlaces.h"
+#include "toolkit/recording/OpenFailure.h"
 #include "toolkit/text/JsonText.h"
 #include "toolkit/text/TimeText.h"
 #include "velmar_video/rtv/RtvContainerModifier.h"
@@ -27,6 +27,13 @@ std::string hexText(const std::string& bytes) {
 }
 
 std::string onOff(bool value) { return value ? "on" : "off"; }
+
+// Where a frame's record in the index of an img has its times, one behind the other.
+constexpr std::uint64_t recordAt(unsigned int index) {
+  return detail::kFrameIndexStart + sizeof(FrameIndex) * std::uint64_t{index};
+}
+static_assert(offsetof(FrameIndex, arrivedTime) ==
+              offsetof(FrameIndex, sensorTime) + sizeof FrameIndex::sensorTime);
 
 }  // namespace
 
@@ -50,6 +57,9 @@ EditPlan::EditPlan(const Recording& recording, const EditRequest& request)
   planFrameTimes(request);
   if (request.allTimes) planAllTimes("--times", *request.allTimes);
   if (!isEmpty()) checkByteOrder();
+  changesMetaData_ =
+      !recording.isRtv() && (request.deviceId || request.undistorted || request.cameraParams ||
+                             request.extendedInfo || request.fixResolution);
 }
 
 // Version 02 does not say.
@@ -163,6 +173,11 @@ void EditPlan::planSensorTime(const std::string& option, EditRequest::FrameTime 
     unsigned long value = stored;
     return modifier.modifyTimestamp(index, value);
   };
+  times_.overwrite(rtv ? FilePlace{detail::rtvLayout(description_.version).tagAt(change.index) +
+                                       offsetof(frametag03Ver_t, time_flag),
+                                   sizeof frametag03Ver_t::time_flag}
+                       : FilePlace{recordAt(change.index) + offsetof(FrameIndex, sensorTime),
+                                   sizeof FrameIndex::sensorTime});
   if (!said) return add("", "", "", write);
   add("frame " + std::to_string(change.index) + " captured",
       formatTime(recording_.sensorTime(change.index)), formatTime(change.time), write);
@@ -176,6 +191,8 @@ void EditPlan::planArrivedTime(const std::string& option, EditRequest::FrameTime
     unsigned long value = change.time;
     return modifier.modifyArrivalTime(change.index, value);
   };
+  times_.overwrite(
+      {recordAt(change.index) + offsetof(FrameIndex, arrivedTime), sizeof FrameIndex::arrivedTime});
   if (!said) return add("", "", "", write);
   add("frame " + std::to_string(change.index) + " arrived",
       formatTime(recording_.times(change.index).arrived), formatTime(change.time), write);
@@ -244,13 +261,42 @@ void EditPlan::planShift(std::int64_t shift) {
   planAllTimes("--shift-time", times);
 }
 
-void EditPlan::apply() const {
+EditedPlaces EditPlan::places() const {
+  // Of the frames at either end: that another recording has the same is out of the question.
+  constexpr std::uint64_t kSample = 64 << 10;
+  const FileBytes file(recording_.path());
+  EditedPlaces places = times_;
+  std::uint64_t tail = file.size();
+  if (recording_.isRtv()) {
+    const detail::RtvLayout layout = detail::rtvLayout(description_.version);
+    places.overwrite({0, layout.headerSize});  // the modifier writes all fields that can be edited
+    places.headEnd = layout.tagAt(recording_.framesCount());
+  } else {
+    tail = imgMetaDataOffset(file);
+    if (changesMetaData_) places.overwrite({tail, file.size() - tail});
+    places.headEnd = recordAt(recording_.framesCount());
+  }
+  places.headEnd += kSample;
+  places.tailStart = tail - std::min(tail, kSample);
+  return places;
+}
+
+void EditPlan::apply(const FileLock& lock) const {
+  keepForUndo(recording_.path(), places());
+  try {
+    write();
+    lock.sync();
+  } catch (...) {
+    undoEdit(recording_.path(), lock);
+    throw;
+  }
+  dropUndo(recording_.path());
+}
+
+void EditPlan::write() const {
   const auto check = [this](VELMAR_ERROR_CODE_E code, const std::string& words) {
     if (code != VELMAR_ERROR_CODE_SUCCESS_E) throw Failure(recording_.path(), words, code);
   };
-  // The modifier does not say why it cannot open it.
-  const detail::FileDescriptor file(recording_.path(), O_RDWR);
-  if (!file.isOpen()) throw Failure::ofSystem(recording_.path(), "cannot change it", errno);
   const auto modifier = makeVelmarVideoFileModifier(recording_.path());
   check(modifier->open(), "it cannot be opened for writing");
   for (const Change& change : changes_) {
@@ -266,6 +312,19 @@ std::string EditPlan::text() const {
     text += change.what + ": " + change.before + " -> " + change.after + "\n";
   }
   return text;
+}
+
+std::string editRecording(const std::string& path, const EditRequest& request, Job& job) {
+  if (const auto failure = pathFailure(path)) throw Failure(*failure);
+  checkExtension(path);
+  const FileLock lock(path, FileLock::Kind::Edit);
+  if (undoEdit(path, lock) == UndoState::Pending) {
+    job.note(path, "an edit of it was interrupted, and is undone first");
+  }
+  const Recording recording(path, lock);
+  const EditPlan plan(recording, request);
+  if (!plan.isEmpty()) plan.apply(lock);
+  return plan.text();
 }
 
 }  // namespace velmar::toolkit

@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "toolkit/base/Job.h"
+#include "toolkit/base/UndoFile.h"
 #include "toolkit/recording/Recording.h"
 
 namespace velmar::toolkit {
@@ -39,8 +41,11 @@ class EditPlan {
   EditPlan(const Recording& recording, const EditRequest& request);
 
   bool isEmpty() const { return changes_.empty(); }
-  /// Makes the changes in the file. Throws Failure.
-  void apply() const;
+  /// Makes the changes in the file, which are on the disk then. Throws Failure, and the file is as
+  /// it was, or has an undo file. After an interruption it has one, too.
+  void apply(const FileLock& lock) const;
+  /// What the changes can reach of the file.
+  EditedPlaces places() const;
   /// A line for each change: what, before, after.
   std::string text() const;
 
@@ -52,6 +57,7 @@ class EditPlan {
     Write write;
   };
 
+  void write() const;
   void checkByteOrder() const;
   [[noreturn]] void refuse(const std::string& option, const std::string& words) const;
   void add(std::string what, std::string before, std::string after, Write write);
@@ -73,7 +79,13 @@ class EditPlan {
   const Recording& recording_;
   RecordingDescription description_;  ///< with the start time as it will be
   std::vector<Change> changes_;
+  bool changesMetaData_ = false;  ///< of an img
+  EditedPlaces times_;            ///< of frames
 };
+
+/// Edits a recording as requested, alone. An edit that was interrupted is undone first.
+/// \return EditPlan::text()
+std::string editRecording(const std::string& path, const EditRequest& request, Job& job);
 
 }  // namespace velmar::toolkit
 

@@ -6,17 +6,10 @@
 #include <vector>
 
 #include "toolkit/base/FileBytes.h"
+#include "toolkit/base/FilePlace.h"
 #include "toolkit/recording/Recording.h"
 
 namespace velmar::toolkit {
-
-/// Bytes of a file.
-struct FilePlace {
-  std::uint64_t offset;
-  std::uint64_t size;
-
-  std::uint64_t end() const { return offset + size; }
-};
 
 /// Where in its file a recording has its frames.
 struct FramePlaces {

@@ -12,9 +12,13 @@
 
 namespace velmar::toolkit {
 
-void checkExtension(const std::string& path) {
+bool isRecordingName(const std::string& path) {
   // A reader that is not opened touches no file.
-  if (makeVelmarVideoFileReader(path) == nullptr) {
+  return makeVelmarVideoFileReader(path) != nullptr;
+}
+
+void checkExtension(const std::string& path) {
+  if (!isRecordingName(path)) {
     throw Failure(path, "its name has to end in .img or .rtv",
                   VELMAR_ERROR_CODE_NOT_VELMAR_VIDEO_FORMAT_E);
   }
@@ -26,12 +30,19 @@ void checkSameContainer(const std::string& input, const std::string& output) {
                 VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
 }
 
-Recording::Recording(const std::string& path) : path_(path) {
+Recording::Recording(const std::string& path)
+    : Recording(path, FileLock(path, FileLock::Kind::Read)) {}
+
+Recording::Recording(const std::string& path, const FileLock& /*lock*/) : path_(path) {
   if (const auto failure = pathFailure(path)) throw Failure(*failure);
   checkExtension(path);
+  undoState_ = toolkit::undoState(path);
   reader_ = makeVelmarVideoFileReader(path);
   const auto code = reader_->open();
-  if (code != VELMAR_ERROR_CODE_SUCCESS_E) throw openFailure(path, code);
+  if (code != VELMAR_ERROR_CODE_SUCCESS_E) {
+    if (undoState_ == UndoState::Pending) throw Failure(path, undoWords(path, undoState_), code);
+    throw openFailure(path, code);
+  }
   if (isRtvPath(path)) parser_ = &static_cast<RtvContainerReader&>(*reader_).parser();
 }
 
@@ -127,6 +138,17 @@ FrameTag Recording::tag(unsigned int index) const {
         parser_->getCANRecord(static_cast<unsigned short>(index), tag.can)));
   }
   return tag;
+}
+
+void noteInterruptedEdit(const Recording& recording, Job& job) {
+  const std::string words = undoWords(recording.path(), recording.undoState());
+  if (!words.empty()) job.note(recording.path(), words);
+}
+
+Recording openRecording(const std::string& path, Job& job) {
+  Recording recording(path);
+  noteInterruptedEdit(recording, job);
+  return recording;
 }
 
 }  // namespace velmar::toolkit

@@ -5,6 +5,9 @@
 #include <memory>
 #include <string>
 
+#include "toolkit/base/FileLock.h"
+#include "toolkit/base/Job.h"
+#include "toolkit/base/UndoFile.h"
 #include "toolkit/recording/FrameTag.h"
 #include "toolkit/recording/FrameTimes.h"
 #include "toolkit/recording/RecordingDescription.h"
@@ -13,7 +16,10 @@
 
 namespace velmar::toolkit {
 
-/// Throws Failure unless the path's extension names a container.
+/// Whether the path's extension names a container.
+bool isRecordingName(const std::string& path);
+
+/// Throws Failure otherwise.
 void checkExtension(const std::string& path);
 
 /// Throws Failure unless the output is of the input's container.
@@ -22,7 +28,10 @@ void checkSameContainer(const std::string& input, const std::string& output);
 /// An open recording, with failures as exceptions that name it. One thread at a time.
 class Recording {
  public:
+  /// Waits for a running edit, so that it is opened as it was before or as it is after.
   explicit Recording(const std::string& path);
+  /// While the caller keeps others away.
+  Recording(const std::string& path, const FileLock& lock);
 
   const std::string& path() const { return path_; }
   bool isRtv() const { return parser_ != nullptr; }
@@ -30,6 +39,8 @@ class Recording {
   VelmarVideoFileReader& reader() const { return *reader_; }
   /// Below the facade; null unless isRtv().
   TaggedVideoParser* parser() const { return parser_; }
+  /// What an interrupted edit has left beside it.
+  UndoState undoState() const { return undoState_; }
 
   unsigned int framesCount() const;
   std::uint64_t sensorTime(unsigned int index) const;
@@ -54,7 +65,14 @@ class Recording {
   std::string path_;
   std::shared_ptr<VelmarVideoFileReader> reader_;
   TaggedVideoParser* parser_ = nullptr;  ///< the reader's
+  UndoState undoState_;
 };
+
+/// Tells the job if an edit of it was interrupted.
+void noteInterruptedEdit(const Recording& recording, Job& job);
+
+/// Opens it and does the same. Throws Failure.
+Recording openRecording(const std::string& path, Job& job);
 
 }  // namespace velmar::toolkit
 

@@ -61,6 +61,13 @@ std::optional<std::uint64_t> rtvStartTime(const RecordingDescription& descriptio
 /// before the start, whose time readers would take for one after it, and beyond 24 days.
 std::optional<int> rtvTimeFlag(const RecordingDescription& description, std::uint64_t sensorTime);
 
+/// Whether a tag has a time that readers take for another one, since the recorder's clock went back
+/// or far ahead.
+constexpr bool isMisread(int timeFlag) { return timeFlag < 0; }
+/// What such a frame has.
+constexpr char kMisreadTime[] =
+    "a time before the start, or more than 24 days after it, which is read as another";
+
 /// Throws Failure, which names `output`, if it is an rtv and cannot hold as many frames.
 void checkFramesCount(const std::string& output, std::size_t frames);
 

@@ -56,6 +56,9 @@ class RescuedFrames final : public FrameSource {
     }
     frame.times = found.times.value_or(FrameTimes());
     if (!rescue_.leftover.tags.empty()) frame.tag = rescue_.leftover.tags[at];
+    if (isMisread(frame.tag.timeFlag.value_or(0))) {
+      news_.add(found.number, found.number, std::string("recovered with ") + kMisreadTime);
+    }
     return true;
   }
 

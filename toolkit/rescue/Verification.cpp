@@ -189,9 +189,8 @@ class Verifier {
       warn(layout.frameCodecAt(), "the frame codec is unknown");
     }
     for (unsigned int i = 0; i < count(); ++i) {
-      if (recording_.timeFlag(i) < 0) {
-        reportFrame(Severity::Warning, i,
-                    "has a time before the start, which is read as one after it");
+      if (isMisread(recording_.timeFlag(i))) {
+        reportFrame(Severity::Warning, i, std::string("has ") + kMisreadTime);
       }
     }
     unsigned short slots = 0;
@@ -218,12 +217,13 @@ class Verifier {
 };
 
 // Nothing if it does not open, which is a finding.
-std::optional<Recording> opened(const std::string& path, const FindingMerger::Report& report) {
+std::optional<Recording> opened(const std::string& path, const FileLock& lock,
+                                const FindingMerger::Report& report) {
   std::string words =
       "its name has to end in .img or .rtv (what an interrupted recording left is for the command "
       "recover)";
   try {
-    if (makeVelmarVideoFileReader(path) != nullptr) return Recording(path);
+    if (isRecordingName(path)) return Recording(path, lock);
   } catch (const Failure& failure) {
     words = failure.words();
   }
@@ -234,8 +234,12 @@ std::optional<Recording> opened(const std::string& path, const FindingMerger::Re
 }  // namespace
 
 unsigned int verify(const std::string& path, bool decode, const FindingMerger::Report& report) {
-  const auto recording = opened(path, report);
+  // All the time: an edit meanwhile would look like damage.
+  const FileLock lock(path, FileLock::Kind::Read);
+  const auto recording = opened(path, lock, report);
   if (!recording) return 0;
+  const std::string words = undoWords(path, recording->undoState());
+  if (!words.empty()) report({Severity::Error, {}, {}, words});
   FindingMerger findings(report);
   try {
     const unsigned int count = Verifier(*recording, decode, findings).run();

@@ -19,7 +19,7 @@ ExitStatus writeFrames(const Options& options, CommandJob& job) {
   if (isatty(STDOUT_FILENO) != 0) {
     throw UsageError("cat: standard output is a terminal; send it to a file or to a program");
   }
-  const Recording recording(options.file);
+  const Recording recording = openRecording(options.file, job);
   checkStandardOutput(options.file);
   const auto selected = options.selection.frames(recording);
   StandardOutput output;

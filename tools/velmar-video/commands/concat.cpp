@@ -36,7 +36,7 @@ ExitStatus concat(const Options& options, CommandJob& job) {
   for (const std::string& input : options.inputs) checkInput(options, input);
   const ReservedOutput reserved(options.output, options.inputs, !options.force.empty());
   std::vector<Recording> recordings;
-  for (const std::string& input : options.inputs) recordings.emplace_back(input);
+  for (const std::string& input : options.inputs) recordings.push_back(openRecording(input, job));
   concatenate(recordings, winnerOf(options, recordings), options.hasWinner(), options.output, job);
   return job.status();
 }

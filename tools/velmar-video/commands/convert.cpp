@@ -20,7 +20,7 @@ struct Options {
 ExitStatus convert(const Options& options, CommandJob& job) {
   checkExtension(options.output);
   const ReservedOutput reserved(options.output, {options.input}, options.force);
-  const Recording recording(options.input);
+  const Recording recording = openRecording(options.input, job);
   checkFramesCount(options.output, recording.framesCount());
   const RecordingDescription description =
       convertedDescription(recording, options.output, options.rtvVersion.version(options.output));

@@ -18,7 +18,7 @@ ExitStatus cut(const Options& options, CommandJob& job) {
   checkExtension(options.output);
   checkSameContainer(options.input, options.output);
   const ReservedOutput reserved(options.output, {options.input}, options.force);
-  const Recording recording(options.input);
+  const Recording recording = openRecording(options.input, job);
   checkDeviceId(recording, job);
   copyFrames({{&recording, options.selection.frames(recording)}}, options.output,
              recording.description(), job);

@@ -56,7 +56,7 @@ ExitStatus dump(const Options& options, CommandJob& job) {
     throw Failure(file, "only rtv recordings can be dumped; info shows others",
                   VELMAR_ERROR_CODE_NOT_VELMAR_VIDEO_FORMAT_E);
   }
-  const Recording recording(file);
+  const Recording recording = openRecording(file, job);
   StandardOutput output;
 #if __has_include(<velmar_logger/control.h>)
   DumpText text(output);

@@ -38,12 +38,11 @@ ExitStatus edit(const Options& options, CommandJob& job) {
   if (!options.timesFile.empty()) {
     request.allTimes = readAllTimes(readFrameTable(options.timesFile, job));
   }
-  const Recording recording(options.file);
-  const EditPlan plan(recording, request);
-  const std::string text = plan.text();
-  if (!options.dryRun && !plan.isEmpty()) plan.apply();
+  const std::string text = options.dryRun
+                               ? EditPlan(openRecording(options.file, job), request).text()
+                               : editRecording(options.file, request, job);
   StandardOutput output;
-  output.write(plan.isEmpty() ? "nothing to change\n" : text);
+  output.write(text.empty() ? "nothing to change\n" : text);
   output.flush();
   return job.status();
 }

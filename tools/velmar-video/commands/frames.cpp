@@ -82,7 +82,7 @@ void listFrames(const Options& options, const Recording& recording,
 
 ExitStatus showFrames(const Options& options, CommandJob& job) {
   checkOutputs(options);
-  const Recording recording(options.file);
+  const Recording recording = openRecording(options.file, job);
   const auto frames = options.selection.frames(recording);
   if (options.lists()) listFrames(options, recording, frames);
   writeTracks(options, recording, frames);

@@ -46,8 +46,8 @@ std::uint64_t durationOf(const Recording& recording) {
   return last < first ? 0 : last - first;
 }
 
-Info readInfo(const std::string& file) {
-  const Recording recording(file);
+Info readInfo(const std::string& file, Job& job) {
+  const Recording recording = openRecording(file, job);
   Info info;
   info.file = file;
   info.container = recording.isRtv() ? "rtv" : "img";
@@ -149,7 +149,7 @@ ExitStatus showInfo(const Options& options, CommandJob& job) {
   StandardOutput output;
   for (const std::string& file : options.files) {
     try {
-      const Info info = readInfo(file);
+      const Info info = readInfo(file, job);
       output.write(options.json ? jsonLine(info) : textBlock(info));
     } catch (const Failure& failure) {
       job.fail(failure);

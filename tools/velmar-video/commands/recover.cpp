@@ -1,7 +1,11 @@
+#include <algorithm>
+
 #include "program/DescriptionOptions.h"
 #include "program/OutputGuard.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
+#include "toolkit/base/UndoFile.h"
+#include "toolkit/recording/OpenFailure.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/rescue/RecoverFrames.h"
 #include "toolkit/tables/FrameColumns.h"
@@ -78,8 +82,37 @@ ReservedOutput reserveOutput(const Options& options) {
   return {recoveringPath(options.output), inputs, true};
 }
 
+// A recording in which nothing but an interrupted edit is wrong.
+ExitStatus undoInterruptedEdit(const std::string& file) {
+  if (const auto failure = pathFailure(file)) throw Failure(*failure);
+  const UndoState state = undoEdit(file, FileLock(file, FileLock::Kind::Edit));
+  if (state == UndoState::None) {
+    throw Failure(file,
+                  "no edit of it was interrupted; with an OUTPUT, a recording is made of what is "
+                  "left of it",
+                  VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+  }
+  StandardOutput output;
+  output.write(file + (state == UndoState::Pending
+                           ? ": the interrupted edit is undone\n"
+                           : ": the interrupted edit had not changed anything\n"));
+  output.flush();
+  return ExitStatus::Done;
+}
+
+// Half an edit must not get into the output.
+void checkNotHalfEdited(const std::string& file) {
+  if (pathFailure(file)) return;  // there is no such edit of a temporary file
+  const FileLock lock(file, FileLock::Kind::Read);
+  const UndoState state = undoState(file);
+  if (state != UndoState::Pending) return;
+  throw Failure(file, undoWords(file, state), VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
+}
+
 ExitStatus recover(const Options& options, CommandJob& job) {
+  if (options.output.empty()) return undoInterruptedEdit(options.input);
   const ReservedOutput reserved = reserveOutput(options);
+  checkNotHalfEdited(options.input);
   const FileBytes file(options.input);
   const Leftover leftover =
       isRtvPath(options.output)
@@ -105,6 +138,10 @@ ExitStatus recover(const Options& options, CommandJob& job) {
 }
 
 void checkUsage(const Options& options) {
+  if (options.output.empty()) {
+    if (isRecordingName(options.input)) return;
+    throw UsageError("recover: OUTPUT is missing, the recording to make");
+  }
   if (isRtvPath(options.output) && (options.framesPerSecond || !options.timesFile.empty())) {
     throw UsageError("recover: an rtv has its frames' times in the file; no --fps or --times");
   }
@@ -139,8 +176,10 @@ void addOptions(CLI::App& command, Options& options) {
           "The temporary file, or a damaged recording, which stays as it is; an interrupted "
           "img has an index journal, INPUT.index, beside it")
       ->required();
-  command.add_option("output", options.output, "The recording to make, OUTPUT.img or OUTPUT.rtv")
-      ->required();
+  auto* output = command.add_option(
+      "output", options.output,
+      "The recording to make, OUTPUT.img or OUTPUT.rtv. Without it, INPUT is a "
+      "recording of which an edit was interrupted, and becomes what it was before");
   addTimeOptions(command, options);
   addParsedOption(command, "--size", "WxH",
                   "Size in pixels to name in the recording, the first frame's if not given",
@@ -149,15 +188,21 @@ void addOptions(CLI::App& command, Options& options) {
   command.add_flag("--keep-damaged", options.keepDamaged,
                    "Keep frames whose picture is cut short as well");
   command.add_flag("--force", options.force, "Replace an existing output");
+  const std::vector<CLI::Option*> all = command.get_options();
+  std::for_each(std::find(all.begin(), all.end(), output) + 1, all.end(),
+                [output](CLI::Option* option) { option->needs(output); });
 }
 
 }  // namespace
 
 void addRecoverCommand(Tool& tool) {
   tool.addCommand<Options>(
-      {"recover", "Make a recording of what an interrupted or damaged one left.",
+      {"recover",
+       "Make a recording of what an interrupted or damaged one left, or undo an interrupted edit.",
        "recover drive.img.tmp drive.img --device-id 0aff\n"
        "  velmar-video recover drive.rtv.tmp drive.rtv --start-time 2026-11-21T08:00:00Z\n\n"
+       "Without an OUTPUT, as in recover drive.img, an edit of the recording that was interrupted "
+       "is\nundone in place.\n"
        "The options go before what the file says itself, if the recorder came to write that."},
       {addOptions, recover, checkUsage});
 }
