@@ -1,0 +1,64 @@
+// Editing while one call after the other fails.
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+#include "faults/FaultInjection.h"
+#include "support/Pictures.h"
+#include "support/TestSupport.h"
+#include "toolkit/TestJob.h"
+#include "toolkit/editing/EditPlan.h"
+
+using namespace velmar::toolkit;
+
+namespace {
+
+bool edits(const std::string& path) {
+  EditRequest request;
+  request.extendedInfo = "\"" + std::string(9000, 'x') + "\"";
+  request.shift = 1000;
+  TestJob job;
+  try {
+    editRecording(path, request, job);
+  } catch (const Failure&) {
+    return false;
+  }
+  return true;
+}
+
+TEST(EditFaults, LeaveTheOldOrTheNew) {
+  const TempFolder folder;
+  const LogCapture quiet;
+  const std::string path = folder / "a.img";
+  recordFrames(path, {numberedJpeg(0), numberedJpeg(1)});
+  const std::string before = readFile(path);
+  ASSERT_TRUE(edits(path));
+  const std::string after = readFile(path);
+  for (const Call call :
+       {Call::Fallocate, Call::Ftruncate, Call::Mmap, Call::Open, Call::Pread, Call::Pwrite,
+        Call::Stat, Call::SyncData, Call::SyncFolder, Call::Write}) {
+    for (const Extent extent : {Extent::Once, Extent::FromThereOn}) {
+      unsigned failed = 1;
+      unsigned number = 1;
+      for (; failed > 0; ++number) {
+        writeFile(path, before);
+        arm(call, number, extent, EIO);
+        const bool done = edits(path);
+        failed = disarm();
+        // What is not on the disk is not done.
+        if (call == Call::SyncData || call == Call::Write) {
+          EXPECT_EQ(done, failed == 0);
+        }
+        if (exists(path + ".undo")) undoEdit(path, FileLock(path, FileLock::Kind::Edit));
+        ASSERT_TRUE(readFile(path) == (done ? after : before))
+            << static_cast<int>(call) << ", " << number;
+      }
+      // Two were there to fail: of undo file and recording, of the folder with and without it.
+      if (call == Call::SyncData || call == Call::SyncFolder) {
+        EXPECT_EQ(number, 4U);
+      }
+    }
+  }
+}
+
+}  // namespace
