@@ -10,17 +10,9 @@
 
 namespace velmar::toolkit {
 
-/// Bytes of a file.
-struct FilePlace {
-  std::uint64_t offset;
-  std::uint64_t size;
-
-  std::uint64_t end() const { return offset + size; }
-};
-
 /// Where in its file a recording has its frames.
 struct FramePlaces {
-  FramePlaces(const Recording& recording, const FileBytes& file);
+  explicit FramePlaces(const Recording& recording);
 
   std::vector<FilePlace> frames;
   /// What is kept for them: from the end of the index or the tag table to the metadata or the end

@@ -2,9 +2,18 @@
 
 #include <algorithm>
 
+#include "jpeg/PictureFormat.h"
 #include "toolkit/base/Failure.h"
 
 namespace velmar::toolkit {
+
+namespace {
+
+int pixelFormatOf(const PictureForm& form) {
+  return detail::tjpfTable[static_cast<std::size_t>(form.format - VELMAR_FORMAT_RGB_E)];
+}
+
+}  // namespace
 
 const char* PictureForm::extension() const {
   if (kind == Kind::Stored) return "jpg";
@@ -19,31 +28,33 @@ PictureSource::PictureSource(const std::string& path, const PictureForm& form)
 
 FrameFlaw PictureSource::read(unsigned int index, std::string& bytes) {
   if (!form_.decodes()) return readStoredFrame(recording_, index, bytes);
+  if (const FrameFlaw flaw = readFrameBytes(recording_, index, jpeg_)) return flaw;
   // A frame that is smaller than the recording says must not show the one before.
   std::fill(picture_.pixels.begin(), picture_.pixels.end(), std::uint8_t{0});
-  const VELMAR_ERROR_CODE_E code = recording_.reader().getImage(
-      index, static_cast<unsigned int>(picture_.pixels.size()), picture_.pixels.data(),
-      form_.format, form_.scale, form_.cropTop, form_.cropBottom);
+  const VELMAR_ERROR_CODE_E code =
+      decoder_.decode(reinterpret_cast<const unsigned char*>(jpeg_.data()), jpeg_.size(),
+                      *geometry_, pixelFormatOf(form_), picture_.pixels.data());
   if (code != VELMAR_ERROR_CODE_SUCCESS_E) return FrameFlaw(code);
   bytes = form_.kind == PictureForm::Kind::Png ? encodePng(picture_) : encodePnm(picture_);
   return {};
 }
 
 void PictureSource::preparePicture() {
-  unsigned int size = 0;
-  const VELMAR_ERROR_CODE_E code =
-      recording_.reader().getImageSizeInBytes(size, form_.format, form_.scale, form_.cropTop,
-                                              form_.cropBottom, &picture_.width, &picture_.height);
-  if (code == VELMAR_ERROR_CODE_INVALID_PARAMETER_E || (code == 0 && size == 0)) {
+  const RecordingDescription description = recording_.description();
+  geometry_.emplace(description.width, description.height,
+                    detail::tjSalingFactor[static_cast<std::size_t>(form_.scale)], form_.cropTop,
+                    form_.cropBottom, tjPixelSize[pixelFormatOf(form_)]);
+  if (!geometry_->isValid() || geometry_->size() == 0) {
     const bool cuts = form_.cropTop > 0 || form_.cropBottom > 0;
     throw Failure(recording_.path(),
                   cuts ? "cutting the rows leaves nothing of its pictures"
                        : "its header's width and height make no picture",
                   VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
   }
-  if (code != VELMAR_ERROR_CODE_SUCCESS_E) throw Failure(recording_.path(), code);
+  picture_.width = static_cast<unsigned short>(geometry_->width);
+  picture_.height = static_cast<unsigned short>(geometry_->rows());
   picture_.gray = form_.format == VELMAR_FORMAT_GRAY_E;
-  picture_.pixels.resize(size);
+  picture_.pixels.resize(geometry_->size());
 }
 
 }  // namespace velmar::toolkit

@@ -1,8 +1,10 @@
 #ifndef VELMAR_TOOLKIT_PICTURE_SOURCE_H
 #define VELMAR_TOOLKIT_PICTURE_SOURCE_H
 
+#include <optional>
 #include <string>
 
+#include "jpeg/JpegDecoder.h"
 #include "toolkit/jpeg/Picture.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/recording/StoredFrame.h"
@@ -40,7 +42,10 @@ class PictureSource {
 
   PictureForm form_;
   Recording recording_;
+  detail::JpegDecoder decoder_;
+  std::optional<detail::ImageGeometry> geometry_;  // if it decodes
   Picture picture_;
+  std::string jpeg_;  // that is decoded
 };
 
 }  // namespace velmar::toolkit

@@ -22,6 +22,10 @@ struct FrameFlaw {
   bool hasBytes = false;  ///< whether it can be had as it is stored
 };
 
+/// Reads a frame's bytes, whatever they are.
+/// \return why it has none
+FrameFlaw readFrameBytes(const Recording& recording, unsigned int index, std::string& bytes);
+
 /// Reads a frame as it is stored. One of a recording whose codec is H264 may begin with anything.
 /// \return what is wrong with it: it has no bytes, or they do not begin as a JPEG
 FrameFlaw readStoredFrame(const Recording& recording, unsigned int index, std::string& bytes);

@@ -79,7 +79,7 @@ void checkOutputOf(const Options& options) {
 
 ExitStatus recover(const Options& options, CommandJob& job) {
   checkOutputOf(options);
-  const FileBytes file(options.input);
+  const FileBytes file(options.input, Unreadable::AsZeros);
   const Leftover leftover =
       isRtvPath(options.output)
           ? findRtvLeftover(file, options.description.rtvVersion.version(options.output))
