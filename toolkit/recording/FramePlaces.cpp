@@ -5,6 +5,13 @@
 
 namespace velmar::toolkit {
 
+bool SharedBytes::repeats(const FilePlace& place) {
+  if (place.size == 0 || !file_.contains(place.offset, place.size)) return false;
+  if (bytes_ + place.size > 2 * file_.size() || !starts_.insert(place.offset).second) return true;
+  bytes_ += place.size;
+  return false;
+}
+
 std::uint64_t imgMetaDataOffset(const FileBytes& file) {
   std::uint64_t stored = 0;
   file.read(0, sizeof stored).copy(reinterpret_cast<char*>(&stored), sizeof stored);

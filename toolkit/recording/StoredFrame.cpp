@@ -11,6 +11,12 @@ FrameFlaw::FrameFlaw(VELMAR_ERROR_CODE_E cause)
                 ? "its bytes reach past the end of the file"
                 : plainWords(cause)) {}
 
+FrameFlaw FrameFlaw::ofRepetition() {
+  FrameFlaw flaw(VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
+  flaw.words = kSharedWords;
+  return flaw;
+}
+
 FrameFlaw readFrameBytes(const Recording& recording, unsigned int index, std::string& bytes) {
   const FilePlace& place = recording.places().at(index);
   FrameFlaw flaw(VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
@@ -29,6 +35,11 @@ FrameFlaw readStoredFrame(const Recording& recording, unsigned int index, std::s
   flaw.words = "its bytes are no JPEG picture";
   flaw.hasBytes = true;
   return flaw;
+}
+
+FrameFlaw StoredFrames::read(unsigned int index, std::string& bytes) {
+  if (shared_.repeats(recording_.places().at(index))) return FrameFlaw::ofRepetition();
+  return readStoredFrame(recording_, index, bytes);
 }
 
 }  // namespace velmar::toolkit
