@@ -156,6 +156,17 @@ for command in "cut two.img copy.img" "convert two.img copy.img" "concat copy.im
   rm copy.img
 done
 
+# Little memory is enough for a small file, whatever its header claims.
+LC_ALL=C sed 's/"width" : 96/"width" : 18000/; s/"height" : 64/"height" : 18000/' kept.img >claims.img
+(
+  ulimit -v 400000
+  expect 1 "claims.img: its header claims pictures of 18000x18000 pixels, which take too much" \
+    extract claims.img --output claimed --as png
+  expect 1 "claims.img: no frame can be had; frame 0 is skipped: the picture does not decode: far" \
+    extract claims.img --output claimed --as png --scale 1/8
+) || exit
+absent claimed
+
 # A picture ends at its end marker, whatever follows.
 head -c -2 in/1.jpg >cut.jpg
 cat in/1.jpg bad.json zeros >trailer.jpg
