@@ -1,4 +1,5 @@
 #include <charconv>
+#include <sstream>
 
 #include "program/DescriptionOptions.h"
 #include "program/StandardOutput.h"
@@ -7,6 +8,7 @@
 #include "toolkit/tables/FrameColumns.h"
 #include "toolkit/tables/TimesCsv.h"
 #include "toolkit/text/JsonText.h"
+#include "toolkit/text/PrintableText.h"
 #include "toolkit/text/TimeText.h"
 
 namespace velmar::tool {
@@ -29,6 +31,14 @@ struct Options {
   }
 };
 
+// The lines of a text with what files hold in it.
+std::string printableLines(const std::string& text) {
+  std::istringstream lines(text);
+  std::string shown;
+  for (std::string line; std::getline(lines, line);) shown += printable(line) + "\n";
+  return shown;
+}
+
 ExitStatus edit(const Options& options, CommandJob& job) {
   EditRequest request = options.request;
   if (!options.cameraParamsFile.empty())
@@ -43,7 +53,7 @@ ExitStatus edit(const Options& options, CommandJob& job) {
   const std::string text = plan.text();
   if (!options.dryRun && !plan.isEmpty()) plan.apply();
   StandardOutput output;
-  output.write(plan.isEmpty() ? "nothing to change\n" : text);
+  output.write(plan.isEmpty() ? "nothing to change\n" : printableLines(text));
   output.flush();
   return job.status();
 }

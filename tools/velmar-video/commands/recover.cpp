@@ -6,6 +6,7 @@
 #include "toolkit/rescue/RecoverFrames.h"
 #include "toolkit/tables/FrameColumns.h"
 #include "toolkit/tables/TimesCsv.h"
+#include "toolkit/text/PrintableText.h"
 
 namespace velmar::tool {
 
@@ -52,7 +53,7 @@ RecordingDescription describe(const Options& options, const Leftover& leftover,
 
 void showResult(const Options& options, unsigned int kept, const Leftover& leftover) {
   StandardOutput output;
-  output.write(options.output + ": " + std::to_string(kept) + " of " +
+  output.write(printable(options.output) + ": " + std::to_string(kept) + " of " +
                std::to_string(leftover.framesCount) + " frames recovered\n");
   output.flush();
 }
