@@ -22,7 +22,7 @@ std::uint64_t countScans(std::string_view jpeg) {
 }  // namespace
 
 bool canHoldPixels(const std::string& jpeg, std::uint64_t pixels) {
-  constexpr std::uint64_t kPixelsPerByte = 64 * 8;
+  constexpr std::uint64_t kPixelsPerByte = 512;
   constexpr std::uint64_t kArithmeticPixelsPerByte = 1 << 13;
   if (pixels <= kPixelsPerByte * jpeg.size()) return true;
   return pixels <= kArithmeticPixelsPerByte * jpeg.size() && isArithmetic(jpeg);
