@@ -30,7 +30,7 @@ PictureSource::PictureSource(const std::string& path, const PictureForm& form)
 
 FrameFlaw PictureSource::read(unsigned int index, std::string& bytes) {
   if (!form_.decodes()) return readStoredFrame(recording_, index, bytes);
-  if (const FrameFlaw flaw = readFrameBytes(recording_, index, jpeg_)) return flaw;
+  if (FrameFlaw flaw = readFrameBytes(recording_, index, jpeg_)) return flaw;
   if (const char* words = refusal()) {
     FrameFlaw flaw(VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
     flaw.words += std::string(": ") + words;
@@ -55,7 +55,7 @@ std::uint64_t PictureSource::memory() const {
 
 std::uint64_t PictureSource::pictureMemory() const {
   // The pixels, the file that is made of them, and all rows if some are cut.
-  return 3 * geometry_->fullHeight * geometry_->pitch();
+  return 3 * (geometry_->fullHeight * geometry_->pitch());
 }
 
 const char* PictureSource::refusal() const {
