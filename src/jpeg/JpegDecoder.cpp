@@ -13,7 +13,7 @@ constexpr unsigned int kLargestScale = 2;  // TurboJPEG enlarges small frames up
 
 }  // namespace
 
-JpegDecoder::JpegDecoder() : tjHandle_(tjInitDecompress()) {}
+JpegDecoder::JpegDecoder(int flags) : flags_(flags), tjHandle_(tjInitDecompress()) {}
 
 VELMAR_ERROR_CODE_E JpegDecoder::decode(const unsigned char* jpeg, unsigned long jpegSize,
                                         const ImageGeometry& geometry, int pixelFormat,
@@ -59,7 +59,7 @@ VELMAR_ERROR_CODE_E JpegDecoder::decompress(const unsigned char* jpeg, unsigned 
                                             unsigned char* out) {
   if (tjDecompress2(tjHandle_.get(), jpeg, jpegSize, out, static_cast<int>(geometry.width),
                     static_cast<int>(geometry.pitch()), static_cast<int>(geometry.fullHeight),
-                    pixelFormat, 0) == 0) {
+                    pixelFormat, flags_) == 0) {
     return VELMAR_ERROR_CODE_SUCCESS_E;
   }
   cause_ = tjGetErrorStr();

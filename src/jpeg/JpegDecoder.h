@@ -14,7 +14,8 @@ namespace velmar::detail {
 /// Decodes JPEG frames with a handle and a scratch image that are kept between frames.
 class JpegDecoder {
  public:
-  JpegDecoder();
+  /// \param flags  TJFLAG_... for TurboJPEG
+  explicit JpegDecoder(int flags = 0);
 
   /// Decodes to exactly geometry.size() bytes at `out`, straight into it unless rows are cut. After
   /// a failure the handle is replaced, so that a refused frame does not affect the next one.
@@ -39,6 +40,7 @@ class JpegDecoder {
   bool readSize(const unsigned char* jpeg, unsigned long jpegSize, JpegSize& size);
   unsigned char* scratch(std::size_t size);
 
+  int flags_;
   TjHandle tjHandle_;
   std::unique_ptr<unsigned char[]> scratch_;
   std::size_t scratchCapacity_ = 0;

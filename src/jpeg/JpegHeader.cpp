@@ -14,26 +14,6 @@ int readHeader(tjhandle decompressor, const unsigned char* jpeg, unsigned long j
                              &subsampling);
 }
 
-// Whether decoders keep the whole picture in memory: they do where a scan has not all of it.
-bool isKeptWhole(const unsigned char* jpeg, unsigned long jpegSize) {
-  unsigned int components = 0;
-  // Segments: a marker of two bytes, a length that counts itself, the rest.
-  for (unsigned long at = 2; at + 9 < jpegSize;) {
-    const unsigned int marker = jpeg[at + 1];
-    if (jpeg[at] != 0xFF) break;
-    if (marker == 0xFF) {  // a fill byte
-      ++at;
-      continue;
-    }
-    const bool isFrame = marker >= 0xC0 && marker <= 0xCF && (marker % 4 != 0 || marker == 0xC0);
-    if (isFrame && marker % 4 == 2) return true;  // progressive
-    if (isFrame) components = jpeg[at + 9];
-    if (marker == 0xDA) return jpeg[at + 4] < components;
-    at += 2UL + jpeg[at + 2] * 256UL + jpeg[at + 3];
-  }
-  return true;
-}
-
 }  // namespace
 
 std::optional<JpegSize> readJpegSize(tjhandle decompressor, const unsigned char* jpeg,
@@ -51,6 +31,25 @@ std::optional<JpegSize> readAnyJpegSize(tjhandle decompressor, const unsigned ch
   if (size.width > 0 && size.height > 0) return size;
   cause = result == 0 ? "JPEG tables without a picture" : tjGetErrorStr();
   return std::nullopt;
+}
+
+bool isKeptWhole(const unsigned char* jpeg, unsigned long jpegSize) {
+  unsigned int components = 0;
+  // Segments: a marker of two bytes, a length that counts itself, the rest.
+  for (unsigned long at = 2; at + 9 < jpegSize;) {
+    const unsigned int marker = jpeg[at + 1];
+    if (jpeg[at] != 0xFF) break;
+    if (marker == 0xFF) {  // a fill byte
+      ++at;
+      continue;
+    }
+    const bool isFrame = marker >= 0xC0 && marker <= 0xCF && (marker % 4 != 0 || marker == 0xC0);
+    if (isFrame && marker % 4 == 2) return true;  // progressive
+    if (isFrame) components = jpeg[at + 9];
+    if (marker == 0xDA) return jpeg[at + 4] < components;
+    at += 2UL + jpeg[at + 2] * 256UL + jpeg[at + 3];
+  }
+  return true;
 }
 
 bool isPlausible(JpegSize size, const unsigned char* jpeg, unsigned long jpegSize) {

@@ -25,6 +25,9 @@ std::optional<JpegSize> readJpegSize(tjhandle decompressor, const unsigned char*
 std::optional<JpegSize> readAnyJpegSize(tjhandle decompressor, const unsigned char* jpeg,
                                         unsigned long jpegSize, const char*& cause);
 
+/// Whether decoders keep the whole picture in memory: they do where a scan has not all of it.
+bool isKeptWhole(const unsigned char* jpeg, unsigned long jpegSize);
+
 /// Whether a picture of that size may be decoded from so few bytes. Where a scan has not all of the
 /// picture, decoders keep the whole of it in memory, by the size that the header claims and before
 /// they look at the rest: what would take absurdly much for its bytes is not to be tried.

@@ -134,6 +134,21 @@ got=0
 "$tool" --verbose info cut.img 2>err || got=$?
 [ "$got" -eq 1 ] && [ "$(wc -l <err)" -gt 1 ] || fail "--verbose"
 
+# Neither a name nor a file commands the terminal; what is text in a name stays.
+escape=$(printf '\033[31m\302\233\233')
+LC_ALL=C sed 's/"camera_id" : "/&\\u001b[31m\\u009b/; s/"version" : "/&'"$escape"'/' kept.img >"nä$escape.img"
+"$tool" sample id.rtv --frames 1 --size 64x64
+printf '\033\302\233\377' | dd of=id.rtv bs=1 seek=14 conv=notrunc status=none
+cp cut.img "cut$escape.img"
+for arguments in "edit --device-id 01 --dry-run nä" "info nä" "--verbose info cut" "verify cut" \
+  "recover cut.img nä2" "extract --range 9:99 --output x nä"; do
+  "$tool" $arguments"$escape.img" >out 2>err || true
+  ! cat out err | LC_ALL=C grep -q "$(printf '[\033\233]')" || fail "$arguments: $(cat -v out err)"
+done
+grep -q "nä?\[31m??.img: --range" err || fail "names: $(cat -v err)"
+"$tool" dump id.rtv >out
+! LC_ALL=C grep -q "$(printf '[\033\233\377]')" out || fail "dump: $(cat -v out)"
+
 # A frame that does not decode is left out; if none does, nothing stays behind.
 head -c 100 /dev/zero >zeros
 expect 0 "" create two.img in/0.jpg in/1.jpg --fps 5
@@ -155,6 +170,17 @@ for command in "cut two.img copy.img" "convert two.img copy.img" "concat copy.im
   expect 3 "two.img: frame 0 is copied unchanged: its bytes are no JPEG picture" $command
   rm copy.img
 done
+
+# Little memory is enough for a small file, whatever its header claims.
+LC_ALL=C sed 's/"width" : 96/"width" : 18000/; s/"height" : 64/"height" : 18000/' kept.img >claims.img
+(
+  ulimit -v 400000
+  expect 1 "claims.img: its header claims pictures of 18000x18000 pixels, which take too much" \
+    extract claims.img --output claimed --as png
+  expect 1 "claims.img: no frame can be had; frame 0 is skipped: the picture does not decode: far" \
+    extract claims.img --output claimed --as png --scale 1/8
+) || exit
+absent claimed
 
 # A picture ends at its end marker, whatever follows.
 head -c -2 in/1.jpg >cut.jpg

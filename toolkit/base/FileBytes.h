@@ -9,11 +9,25 @@
 
 namespace velmar::toolkit {
 
+/// Bytes of a file.
+struct FilePlace {
+  std::uint64_t offset;
+  std::uint64_t size;
+
+  std::uint64_t end() const { return offset + size; }
+};
+
+/// What read() gives for bytes that the disk does not give any more.
+enum class Unreadable {
+  Fails,    ///< nothing: it throws
+  AsZeros,  ///< zeros, for a whole block of the file system at least
+};
+
 /// A file of any size, of which parts are read. Reading leaves it as it is. Any thread.
 class FileBytes {
  public:
   /// Throws Failure.
-  explicit FileBytes(std::string path);
+  explicit FileBytes(std::string path, Unreadable unreadable = Unreadable::Fails);
 
   const std::string& path() const { return path_; }
   /// When it was opened, bytes.
@@ -27,9 +41,17 @@ class FileBytes {
   }
   /// Fewer bytes where the file ends. Throws Failure.
   std::string read(std::uint64_t offset, std::uint64_t length) const;
+  /// Reads all of a place that the file contains.
+  /// \return why that cannot be; empty if `bytes` has it
+  std::string tryRead(const FilePlace& place, std::string& bytes) const;
+  /// Whether the path leads to this file still. It does not if another has got its name.
+  bool hasPath() const;
 
  private:
+  void readBlocks(std::uint64_t offset, std::string& bytes) const;
+
   std::string path_;
+  Unreadable unreadable_;
   detail::FileDescriptor file_;
   std::uint64_t size_ = 0;
 };

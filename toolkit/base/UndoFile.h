@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "toolkit/base/FileBytes.h"
 #include "toolkit/base/FileLock.h"
-#include "toolkit/base/FilePlace.h"
 
 namespace velmar::toolkit {
 

@@ -75,7 +75,7 @@ class CopiedFrames final : public FrameSource {
     }
     const Recording& recording = *range_->recording;
     const unsigned int index = range_->frames[next_++];
-    if (const FrameFlaw flaw = readStoredFrame(recording, index, frame.jpeg)) {
+    if (const FrameFlaw flaw = stored_->read(index, frame.jpeg)) {
       const char* const what = flaw.hasBytes ? "copied unchanged: " : "left out: ";
       news_->add(index, index, what + flaw.words);
       if (!flaw.hasBytes) return false;
@@ -98,6 +98,7 @@ class CopiedFrames final : public FrameSource {
     next_ = 0;
     keepsTimeFlags_ = keepsTimeFlags(*range_->recording, output_, description_);
     news_.emplace(range_->recording->path(), job_);
+    stored_.emplace(*range_->recording);
   }
 
   const std::size_t count_;
@@ -108,6 +109,7 @@ class CopiedFrames final : public FrameSource {
   std::size_t next_ = 0;  // of the range's frames
   bool keepsTimeFlags_ = false;
   std::optional<FrameNews> news_;
+  std::optional<StoredFrames> stored_;
 };
 
 }  // namespace

@@ -12,7 +12,9 @@
 #include "toolkit/jpeg/JpegInspector.h"
 #include "toolkit/recording/FramePlaces.h"
 #include "toolkit/recording/OpenFailure.h"
+#include "toolkit/recording/StoredFrame.h"
 #include "toolkit/text/JsonText.h"
+#include "toolkit/text/PrintableText.h"
 #include "toolkit/text/TimeText.h"
 #include "velmar_video/rtv/RtvContainerModifier.h"
 
@@ -94,10 +96,11 @@ void EditPlan::planDeviceId(const std::string& id) {
     stored.resize(kRtvDeviceIdSize);  // or the end of the old one would stay
   }
   const std::string before = recording_.deviceId();
-  add("device id", before.empty() ? "none" : before, hexText(id), [stored](auto& modifier) {
-    return modifier.modifyCameraID(reinterpret_cast<const unsigned char*>(stored.data()),
-                                   static_cast<unsigned int>(stored.size()));
-  });
+  add("device id", before.empty() ? "none" : printable(before), hexText(id),
+      [stored](auto& modifier) {
+        return modifier.modifyCameraID(reinterpret_cast<const unsigned char*>(stored.data()),
+                                       static_cast<unsigned int>(stored.size()));
+      });
 }
 
 void EditPlan::planUndistorted(bool undistorted) {
@@ -132,8 +135,8 @@ void EditPlan::planJson(
 void EditPlan::planResolution() {
   if (recording_.framesCount() == 0) refuse("--fix-resolution", "there is no frame to look at");
   std::string jpeg;
-  const auto code = recording_.reader().getRawImage(0, jpeg);
-  const auto size = code == 0 ? JpegInspector().size(jpeg) : std::nullopt;
+  const bool isThere = !readFrameBytes(recording_, 0, jpeg);
+  const auto size = isThere ? JpegInspector().size(jpeg) : std::nullopt;
   if (!size) {
     throw Failure(recording_.path(), "--fix-resolution: frame 0 is not a JPEG picture",
                   VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);

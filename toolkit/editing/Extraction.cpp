@@ -9,6 +9,8 @@
 
 #include "toolkit/base/Failure.h"
 #include "toolkit/base/OutputFile.h"
+#include "toolkit/jpeg/DecodingLimits.h"
+#include "toolkit/recording/FramePlaces.h"
 
 namespace velmar::toolkit {
 
@@ -51,6 +53,10 @@ Extraction::Extraction(const std::string& file, const FrameSelection& selection,
       written_(frames_.size()) {
   // All names get the width of the recording's last one.
   const unsigned int last = source_.recording().framesCount() - 1;
+  SharedBytes shared(source_.recording().file());
+  for (const unsigned int frame : frames_) {
+    repeated_.push_back(shared.repeats(source_.recording().places().at(frame)));
+  }
   digits_ = std::max<std::size_t>(6, std::to_string(last).size());
 }
 
@@ -83,11 +89,17 @@ std::string Extraction::pathOf(unsigned int frame) const {
 
 // The calling thread is one of them; it alone has to do with the job.
 void Extraction::runThreads(unsigned int count, Job::Stage& stage) {
+  // All together take no more memory than is fit for the file.
+  const std::uint64_t memory = memoryFor(source_.recording().file().size());
+  const std::uint64_t most = std::clamp<std::uint64_t>(
+      memory / source_.memory(), 1, std::min<std::size_t>(count, frames_.size()));
+  source_.limitMemory(memory / most);
   std::vector<std::jthread> threads;
-  for (std::size_t i = 1; i < std::min<std::size_t>(count, frames_.size()); ++i) {
-    threads.emplace_back([this] {
-      guarded([this] {
+  for (std::uint64_t i = 1; i < most; ++i) {
+    threads.emplace_back([this, share = memory / most] {
+      guarded([this, share] {
         PictureSource source(source_.recording().path(), source_.form());
+        source.limitMemory(share);
         while (extractNext(source)) continue;
       });
     });
@@ -117,7 +129,8 @@ bool Extraction::extractNext(PictureSource& source) {
   const std::size_t at = next_++;
   if (at >= frames_.size()) return false;
   std::string bytes;
-  if (const FrameFlaw flaw = source.read(frames_[at], bytes)) {
+  if (const FrameFlaw flaw =
+          repeated_[at] != 0 ? FrameFlaw::ofRepetition() : source.read(frames_[at], bytes)) {
     losses_.add(frames_[at], flaw);
   } else {
     replaceFile(pathOf(frames_[at]), bytes);

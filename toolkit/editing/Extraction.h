@@ -41,8 +41,9 @@ class Extraction {
   PictureSource source_;
   std::string folder_;
   std::vector<unsigned int> frames_;
-  std::vector<char> written_;  // each element belongs to the thread that extracts its frame
-  std::size_t digits_ = 0;     // of the numbers in the names
+  std::vector<char> repeated_;  // which of them have bytes of others
+  std::vector<char> written_;   // each element belongs to the thread that extracts its frame
+  std::size_t digits_ = 0;      // of the numbers in the names
   std::atomic<std::size_t> next_ = 0;
   std::atomic<bool> stopped_ = false;
   FrameLosses losses_;

@@ -6,6 +6,7 @@
 #include "toolkit/base/Failure.h"
 #include "toolkit/base/FileBytes.h"
 #include "toolkit/base/InputFile.h"
+#include "toolkit/jpeg/DecodingLimits.h"
 #include "toolkit/jpeg/FrameInput.h"
 #include "toolkit/jpeg/JpegStreamSplitter.h"
 
@@ -41,14 +42,14 @@ JpegInspector::DecodingProblem JpegInspector::decodingProblem(const std::string&
   const char* cause = nullptr;
   const auto picture = detail::readAnyJpegSize(handle.get(), bytesOf(jpeg), jpeg.size(), cause);
   if (!picture) return {cause, true};
-  if (!isPlausible(*picture, bytesOf(jpeg), jpeg.size()))
-    return {"far too short for its size", true};
+  if (const char* words = decodingRefusal(jpeg, *picture, memoryFor(jpeg.size())))
+    return {words, true};
   const int width = TJSCALED(picture->width, kSmall);
   const int height = TJSCALED(picture->height, kSmall);
   std::vector<unsigned char> pixels(static_cast<std::size_t>(width) *
                                     static_cast<std::size_t>(height));
   if (tjDecompress2(handle.get(), bytesOf(jpeg), jpeg.size(), pixels.data(), width, width, height,
-                    TJPF_GRAY, 0) == 0) {
+                    TJPF_GRAY, TJFLAG_LIMITSCANS) == 0) {
     return {};
   }
   return {tjGetErrorStr2(handle.get()), tjGetErrorCode(handle.get()) == TJERR_FATAL};

@@ -23,6 +23,8 @@ void JpegStreamSplitter::feed(std::string_view piece) {
   forgottenBytes_ += start_;
   position_ -= start_;
   lastSegment_ -= std::min(lastSegment_, start_);
+  segmentsEnd_ -= std::min(segmentsEnd_, start_);
+  while (!markers_.empty() && markers_.front() < forgottenBytes_) markers_.pop_front();
   start_ = 0;
   buffer_.append(piece);
 }
@@ -69,14 +71,17 @@ void JpegStreamSplitter::startFrame() {
   start_ = position_;
   lastSegment_ = position_;
   position_ += 2;
+  segmentsEnd_ = position_;
   hasScan_ = false;
   state_ = State::Marker;
 }
 
 JpegStreamSplitter::Step JpegStreamSplitter::readMarker() {
-  // Any number of 0xFF may precede the marker's second byte.
+  // Many 0xFF may precede the marker's second byte.
+  constexpr std::size_t kMostFilling = 4096;
   std::size_t at = position_;
-  while (at < size() && byte(at) == kMarkerStart) ++at;
+  while (at < size() && byte(at) == kMarkerStart && at - segmentsEnd_ <= kMostFilling) ++at;
+  if (at > segmentsEnd_ + kMostFilling) return abandon(lastSegment_ + 1);
   if (at >= size()) {
     if (at > position_) position_ = at - 1;
     return Step::Wait;
@@ -106,6 +111,7 @@ JpegStreamSplitter::Step JpegStreamSplitter::readSegment(unsigned char marker) {
   if (length < 2) return abandon(lastSegment_ + 1);
   lastSegment_ = position_;
   position_ += 2 + length;
+  segmentsEnd_ = position_;
   if (marker == kStartOfScan) {
     hasScan_ = true;
     state_ = State::Scan;
@@ -115,17 +121,29 @@ JpegStreamSplitter::Step JpegStreamSplitter::readSegment(unsigned char marker) {
 
 // Coded data, in which 0xFF is followed by 0 or by a restart marker's second byte.
 JpegStreamSplitter::Step JpegStreamSplitter::readScan() {
-  while (position_ < size()) {
-    position_ = std::min(buffer_.find('\xFF', position_), size());
-    if (position_ + 1 >= size()) break;
-    const unsigned char marker = byte(position_ + 1);
-    if (marker != 0 && !isRestart(marker)) {
-      state_ = State::Marker;
-      return Step::Go;
+  findMarkers();
+  const auto found =
+      std::lower_bound(markers_.begin(), markers_.end(), forgottenBytes_ + position_);
+  const std::uint64_t end = found == markers_.end() ? searched_ : *found;
+  position_ = std::max(position_, static_cast<std::size_t>(end - forgottenBytes_));
+  if (found == markers_.end()) return Step::Wait;
+  segmentsEnd_ = position_;
+  state_ = State::Marker;
+  return Step::Go;
+}
+
+void JpegStreamSplitter::findMarkers() {
+  std::size_t at = std::max(searched_, forgottenBytes_) - forgottenBytes_;
+  while (true) {
+    at = std::min(buffer_.find('\xFF', at), size());
+    if (at + 1 >= size()) break;
+    const unsigned char marker = byte(at + 1);
+    if (marker != 0 && marker != kMarkerStart && !isRestart(marker)) {
+      markers_.push_back(forgottenBytes_ + at);
     }
-    position_ += 2;
+    ++at;
   }
-  return Step::Wait;
+  searched_ = forgottenBytes_ + at;
 }
 
 // Gives the frame up and looks for the next one from `resumeAt` on: a wrong length may have

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -37,6 +38,7 @@ class JpegStreamSplitter {
   Step readMarker();
   Step readSegment(unsigned char marker);
   Step readScan();
+  void findMarkers();
   void startFrame();
   Step abandon(std::size_t resumeAt);
 
@@ -49,6 +51,10 @@ class JpegStreamSplitter {
   std::size_t start_ = 0;        // of the frame, or of what is not looked at yet
   std::size_t position_ = 0;     // all before is understood; may lie behind the buffer's end
   std::size_t lastSegment_ = 0;  // where the segment before position_ starts
+  std::size_t segmentsEnd_ = 0;  // what follows up to position_ is no segment
+  // Where in the stream coded data would end, found once for all frames that may lead there.
+  std::deque<std::uint64_t> markers_;
+  std::uint64_t searched_ = 0;  // the stream up to there
   bool hasScan_ = false;
   std::uint64_t skippedBytes_ = 0;
   std::uint64_t forgottenBytes_ = 0;  // of the stream, before the buffer

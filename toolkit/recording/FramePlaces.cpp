@@ -5,30 +5,12 @@
 
 namespace velmar::toolkit {
 
-namespace {
-
-std::vector<FilePlace> readIndex(const FileBytes& file, unsigned int count) {
-  const std::string bytes = file.read(detail::kFrameIndexStart, count * sizeof(FrameIndex));
-  std::vector<FilePlace> places;
-  for (std::size_t at = 0; at + sizeof(FrameIndex) <= bytes.size(); at += sizeof(FrameIndex)) {
-    const FrameIndex record = detail::readFrameIndex(bytes.data() + at);
-    places.push_back({record.frameOffset, record.frameSize});
-  }
-  return places;
+bool SharedBytes::repeats(const FilePlace& place) {
+  if (place.size == 0 || !file_.contains(place.offset, place.size)) return false;
+  if (bytes_ + place.size > 2 * file_.size() || !starts_.insert(place.offset).second) return true;
+  bytes_ += place.size;
+  return false;
 }
-
-std::vector<FilePlace> readRanges(TaggedVideoParser& parser, unsigned int count) {
-  std::vector<FilePlace> places;
-  for (unsigned int i = 0; i < count; ++i) {
-    unsigned long offset = 0;
-    unsigned int size = 0;
-    parser.getRawImageRange(static_cast<unsigned short>(i), offset, size, false, nullptr);
-    places.push_back({offset, size});
-  }
-  return places;
-}
-
-}  // namespace
 
 std::uint64_t imgMetaDataOffset(const FileBytes& file) {
   std::uint64_t stored = 0;
@@ -43,17 +25,15 @@ std::string cutWords(const FileBytes& file) {
          " bytes, but its metadata were at byte " + std::to_string(metaData);
 }
 
-FramePlaces::FramePlaces(const Recording& recording, const FileBytes& file) {
-  const unsigned int count = recording.framesCount();
-  std::uint64_t start = detail::kFrameIndexStart + count * sizeof(FrameIndex);
+FramePlaces::FramePlaces(const Recording& recording) : frames(recording.places()) {
+  const FileBytes& file = recording.file();
+  std::uint64_t start = detail::kFrameIndexStart + frames.size() * sizeof(FrameIndex);
   std::uint64_t end = file.size();
   TaggedVideoParser* const parser = recording.parser();
   mayBeginWithGap = parser == nullptr;
   if (parser == nullptr) {
-    frames = readIndex(file, count);
     end = imgMetaDataOffset(file);
   } else {
-    frames = readRanges(*parser, count);
     version_e version{};
     unsigned short slots = 0;
     // Neither can fail on a parser that is open.

@@ -3,17 +3,17 @@
 
 #include <cstdint>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "toolkit/base/FileBytes.h"
-#include "toolkit/base/FilePlace.h"
 #include "toolkit/recording/Recording.h"
 
 namespace velmar::toolkit {
 
 /// Where in its file a recording has its frames.
 struct FramePlaces {
-  FramePlaces(const Recording& recording, const FileBytes& file);
+  explicit FramePlaces(const Recording& recording);
 
   std::vector<FilePlace> frames;
   /// What is kept for them: from the end of the index or the tag table to the metadata or the end
@@ -21,6 +21,26 @@ struct FramePlaces {
   FilePlace room;
   /// Whether bytes of frames that were moved to make place for the index may lie before them.
   bool mayBeginWithGap;
+};
+
+/// What is wrong with a frame that SharedBytes finds.
+constexpr char kSharedWords[] = "its bytes are those of other frames";
+
+/// Finds frames that have bytes of others, which nobody has recorded: damaged or made-up records
+/// can make a small file a large one. A frame that begins where one before it does is one, and so
+/// is each that overlaps others once frames come to more than twice the file.
+class SharedBytes {
+ public:
+  /// The file must outlive it.
+  explicit SharedBytes(const FileBytes& file) : file_(file) {}
+
+  /// Whether the frame repeats one of those that were asked for before.
+  bool repeats(const FilePlace& place);
+
+ private:
+  const FileBytes& file_;
+  std::unordered_set<std::uint64_t> starts_;
+  std::uint64_t bytes_ = 0;  // of all that repeat nothing
 };
 
 /// Where the metadata of an img begins; 0 in one that is not finished.

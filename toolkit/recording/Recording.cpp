@@ -3,9 +3,12 @@
 #include <algorithm>
 
 #include "base/HexText.h"
+#include "container/img/FrameIndex.h"
 #include "container/img/MetaDataKeys.h"
 #include "container/rtv/RtvContainerReader.h"
+#include "container/rtv/RtvLayout.h"
 #include "toolkit/base/Failure.h"
+#include "toolkit/recording/FramePlaces.h"
 #include "toolkit/recording/OpenFailure.h"
 #include "toolkit/text/JsonText.h"
 #include "velmar_video/TypeConversion.h"
@@ -37,13 +40,82 @@ Recording::Recording(const std::string& path, const FileLock& /*lock*/) : path_(
   if (const auto failure = pathFailure(path)) throw Failure(*failure);
   checkExtension(path);
   undoState_ = toolkit::undoState(path);
-  reader_ = makeVelmarVideoFileReader(path);
-  const auto code = reader_->open();
-  if (code != VELMAR_ERROR_CODE_SUCCESS_E) {
-    if (undoState_ == UndoState::Pending) throw Failure(path, undoWords(path, undoState_), code);
-    throw openFailure(path, code);
-  }
+  // Both must be the same file, also if a new one gets the name meanwhile.
+  do {
+    file_.emplace(path);
+    isRtvPath(path) ? readAheadOfRtv() : readAheadOfImg();
+    reader_ = makeVelmarVideoFileReader(path);
+    const auto code = reader_->open();
+    if (code != VELMAR_ERROR_CODE_SUCCESS_E) {
+      if (undoState_ == UndoState::Pending) throw Failure(path, undoWords(path, undoState_), code);
+      throw openFailure(path, code);
+    }
+  } while (!file_->hasPath());
   if (isRtvPath(path)) parser_ = &static_cast<RtvContainerReader&>(*reader_).parser();
+}
+
+const std::vector<FilePlace>& Recording::places() const {
+  if (!places_) places_ = isRtv() ? readRanges() : readIndex();
+  return *places_;
+}
+
+void Recording::readAhead(std::uint64_t offset, std::uint64_t length) const {
+  constexpr std::uint64_t kPiece = std::uint64_t{1} << 20;
+  const std::uint64_t end = offset + file_->sizeWithin(offset, length);
+  std::string bytes;
+  for (std::uint64_t at = offset; at < end; at += kPiece) {
+    const std::string problem = file_->tryRead({at, std::min(kPiece, end - at)}, bytes);
+    if (problem.empty()) continue;
+    throw Failure(path_, problem + "; the command recover may bring its frames back",
+                  VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
+  }
+}
+
+// The metadata and, by the number of frames in them, the index.
+void Recording::readAheadOfImg() const {
+  readAhead(0, detail::kFrameIndexStart);
+  const std::uint64_t metaData = imgMetaDataOffset(*file_);
+  readAhead(metaData, file_->size());
+  if (metaData < detail::kFrameIndexStart) return;
+  const Json::Value root = parseJson(file_->read(metaData, file_->size()));
+  const Json::Value count = root.isObject() ? root[detail::kFramesCountKey] : Json::Value();
+  if (count.isUInt()) readAhead(detail::kFrameIndexStart, count.asUInt() * sizeof(FrameIndex));
+}
+
+// The header and the tags of as many frames as it names.
+void Recording::readAheadOfRtv() const {
+  readAhead(0, detail::kRtvHeaderSizeMax);
+  const std::string header = file_->read(0, detail::kRtvHeaderSizeMax);
+  if (header.size() < detail::kRtvHeaderSizeMax) return;
+  const unsigned int minor = static_cast<unsigned char>(header[detail::kVersionMinorAt]);
+  const detail::RtvLayout layout = detail::rtvLayout(minor <= 2   ? RTV_VER_02
+                                                     : minor == 3 ? RTV_VER_03
+                                                                  : RTV_VER_04);
+  const auto count = detail::get<std::uint16_t>(header.data() + layout.framesCountAt());
+  readAhead(0, layout.tagAt(count));
+}
+
+std::vector<FilePlace> Recording::readIndex() const {
+  const std::string bytes =
+      file_->read(detail::kFrameIndexStart, framesCount() * sizeof(FrameIndex));
+  std::vector<FilePlace> places;
+  places.reserve(bytes.size() / sizeof(FrameIndex));
+  for (std::size_t at = 0; at + sizeof(FrameIndex) <= bytes.size(); at += sizeof(FrameIndex)) {
+    const FrameIndex record = detail::readFrameIndex(bytes.data() + at);
+    places.push_back({record.frameOffset, record.frameSize});
+  }
+  return places;
+}
+
+std::vector<FilePlace> Recording::readRanges() const {
+  std::vector<FilePlace> places(framesCount());
+  for (std::size_t i = 0; i < places.size(); ++i) {
+    unsigned long offset = 0;
+    unsigned int size = 0;
+    parser_->getRawImageRange(static_cast<unsigned short>(i), offset, size, false, nullptr);
+    places[i] = {offset, size};
+  }
+  return places;
 }
 
 void Recording::check(VELMAR_ERROR_CODE_E code) const {
@@ -134,6 +206,10 @@ FrameTag Recording::tag(unsigned int index) const {
   tag.speed = stored.speed;
   tag.direction = stored.direction;
   if (isRtv()) {
+    version_e version{};
+    parser_->getVersion(version);  // does not fail on an open parser
+    const std::uint64_t canAt = detail::rtvLayout(version).tagAt(index) + detail::kCanAt;
+    if (version == RTV_VER_04) readAhead(canAt, sizeof tag.can);
     check(rtvErrorCode2VelmarErrorCode(
         parser_->getCANRecord(static_cast<unsigned short>(index), tag.can)));
   }

@@ -3,8 +3,11 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
+#include "toolkit/base/FileBytes.h"
 #include "toolkit/base/FileLock.h"
 #include "toolkit/base/Job.h"
 #include "toolkit/base/UndoFile.h"
@@ -26,6 +29,10 @@ void checkExtension(const std::string& path);
 void checkSameContainer(const std::string& input, const std::string& output);
 
 /// An open recording, with failures as exceptions that name it. One thread at a time.
+///
+/// The library maps the file. A map kills the program where the disk cannot read or the file has
+/// become shorter, so frames are read from file() here, and what the library looks at in its map is
+/// read from there first.
 class Recording {
  public:
   /// Waits for a running edit, so that it is opened as it was before or as it is after.
@@ -34,8 +41,11 @@ class Recording {
   Recording(const std::string& path, const FileLock& lock);
 
   const std::string& path() const { return path_; }
+  const FileBytes& file() const { return *file_; }
+  /// Where the frames are by the index or the tags, perhaps past the end of the file.
+  const std::vector<FilePlace>& places() const;
   bool isRtv() const { return parser_ != nullptr; }
-  /// For calls whose error code the caller handles itself.
+  /// For calls whose error code the caller handles itself. Not for frames.
   VelmarVideoFileReader& reader() const { return *reader_; }
   /// Below the facade; null unless isRtv().
   TaggedVideoParser* parser() const { return parser_; }
@@ -60,9 +70,16 @@ class Recording {
 
  private:
   void check(VELMAR_ERROR_CODE_E code) const;
+  void readAhead(std::uint64_t offset, std::uint64_t length) const;
+  void readAheadOfImg() const;
+  void readAheadOfRtv() const;
+  std::vector<FilePlace> readIndex() const;
+  std::vector<FilePlace> readRanges() const;
   frametag03Ver_t storedTag(unsigned int index) const;
 
   std::string path_;
+  std::optional<FileBytes> file_;
+  mutable std::optional<std::vector<FilePlace>> places_;
   std::shared_ptr<VelmarVideoFileReader> reader_;
   TaggedVideoParser* parser_ = nullptr;  ///< the reader's
   UndoState undoState_;

@@ -11,16 +11,35 @@ FrameFlaw::FrameFlaw(VELMAR_ERROR_CODE_E cause)
                 ? "its bytes reach past the end of the file"
                 : plainWords(cause)) {}
 
+FrameFlaw FrameFlaw::ofRepetition() {
+  FrameFlaw flaw(VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
+  flaw.words = kSharedWords;
+  return flaw;
+}
+
+FrameFlaw readFrameBytes(const Recording& recording, unsigned int index, std::string& bytes) {
+  const FilePlace& place = recording.places().at(index);
+  FrameFlaw flaw(VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
+  if (!recording.file().contains(place.offset, place.size)) return flaw;
+  flaw.words = recording.file().tryRead(place, bytes);
+  return flaw.words.empty() ? FrameFlaw() : flaw;
+}
+
 FrameFlaw readStoredFrame(const Recording& recording, unsigned int index, std::string& bytes) {
-  bytes.clear();
-  if (const auto code = recording.reader().getRawImage(index, bytes)) return FrameFlaw(code);
+  FrameFlaw flaw = readFrameBytes(recording, index, bytes);
+  if (flaw) return flaw;
   VELMAR_CODEC_E codec{};
   recording.reader().getCodec(codec);  // does not fail on an open recording
   if (codec == VELMAR_CODEC_H264_E || beginsAsJpeg(bytes)) return {};
-  FrameFlaw flaw(VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
+  flaw = FrameFlaw(VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
   flaw.words = "its bytes are no JPEG picture";
   flaw.hasBytes = true;
   return flaw;
+}
+
+FrameFlaw StoredFrames::read(unsigned int index, std::string& bytes) {
+  if (shared_.repeats(recording_.places().at(index))) return FrameFlaw::ofRepetition();
+  return readStoredFrame(recording_, index, bytes);
 }
 
 }  // namespace velmar::toolkit

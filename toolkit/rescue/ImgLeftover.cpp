@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <bit>
 #include <numeric>
 #include <utility>
 
@@ -79,11 +80,15 @@ bool repeatsTheFront(const FileBytes& file, std::uint64_t start,
 // The same among frames that were found without a journal: they may as well be frames of a scene
 // in which nothing moved.
 void markRepetition(const FileBytes& file, std::vector<LeftoverFrame>& frames) {
-  Repetition repetition;
-  for (std::size_t count = frames.size(); count > 0; --count) {
-    repetition = repetitionOf(frames, count);
-    if (count + repetition.frames <= frames.size()) break;
+  // The largest number of frames that leaves room for those that it repeats.
+  std::size_t count = 0;
+  for (std::size_t step = std::bit_floor(frames.size()); step > 0; step /= 2) {
+    const std::size_t next = count + step;
+    if (next + repetitionOf(frames, std::min(next, frames.size())).frames <= frames.size()) {
+      count = next;
+    }
   }
+  const Repetition repetition = repetitionOf(frames, count);
   const std::size_t first = frames.size() - repetition.frames;
   for (std::size_t i = 0; i < repetition.frames; ++i) {
     if (frames[first + i].size != frames[i].size ||

@@ -16,7 +16,8 @@ namespace {
 class RecordScan {
  public:
   // \param end  of the frames; the file may have been cut before it
-  RecordScan(const FileBytes& file, std::uint64_t end) : file_(file), end_(end), lowest_(end) {}
+  RecordScan(const FileBytes& file, std::uint64_t end)
+      : file_(file), shared_(file), end_(end), lowest_(end) {}
 
   // \param dataStart  where frames can begin
   void add(const FrameIndex& record, std::uint64_t number, std::uint64_t dataStart) {
@@ -38,7 +39,7 @@ class RecordScan {
   std::vector<LeftoverFrame>& frames() { return frames_; }
 
  private:
-  LeftoverFrame frameOf(const FrameIndex& record, std::uint64_t number) const {
+  LeftoverFrame frameOf(const FrameIndex& record, std::uint64_t number) {
     LeftoverFrame frame;
     frame.number = number;
     frame.offset = record.frameOffset;
@@ -49,11 +50,14 @@ class RecordScan {
       frame.flaw = "the file ends before it";
     } else if (!beginsAsJpeg(startOf(frame, file_))) {
       frame.flaw = "its bytes are no JPEG picture";
+    } else if (shared_.repeats({frame.offset, frame.size})) {
+      frame.flaw = kSharedWords;
     }
     return frame;
   }
 
   const FileBytes& file_;
+  SharedBytes shared_;
   const std::uint64_t end_;
   std::uint64_t lowest_;
   std::vector<LeftoverFrame> frames_;

@@ -27,17 +27,31 @@ bool hasHole(const std::string& jpeg) {
          !JpegInspector::decodingProblem(jpeg).text.empty();
 }
 
-// Why the frame is lost; empty if `jpeg` holds it.
-std::string take(const Rescue& rescue, const LeftoverFrame& frame, std::string& jpeg) {
-  if (frame.flaw != nullptr) return frame.flaw;
-  if (frame.size > kMaxFrameSize) return "too large for a picture";
-  jpeg = rescue.file.read(frame.offset, frame.size);
-  if (rescue.keepDamaged) return "";
-  if (frame.isCut || endsInZeros(jpeg)) {
-    return "the picture is cut short (--keep-damaged keeps such)";
+// What is wrong with a frame; nothing if the words are empty.
+struct Verdict {
+  bool isLost = false;
+  std::string words;
+};
+
+Verdict lost(const std::string& words) { return {true, "lost: " + words}; }
+
+// Unless the frame is lost, `jpeg` holds it then.
+Verdict take(const Rescue& rescue, const LeftoverFrame& frame, std::string& jpeg) {
+  if (frame.flaw != nullptr) return lost(frame.flaw);
+  if (frame.size > kMaxFrameSize) return lost("too large for a picture");
+  const std::string problem =
+      rescue.file.tryRead({frame.offset, rescue.file.sizeWithin(frame.offset, frame.size)}, jpeg);
+  if (rescue.keepDamaged) {
+    if (problem.empty()) return {};
+    jpeg = rescue.file.read(frame.offset, frame.size);
+    return {false, "kept with zeros in it: " + problem};
   }
-  if (hasHole(jpeg)) return "the picture has a hole (--keep-damaged keeps such)";
-  return "";
+  if (!problem.empty()) return lost(problem + " (--keep-damaged keeps what can be read)");
+  if (frame.isCut || endsInZeros(jpeg)) {
+    return lost("the picture is cut short (--keep-damaged keeps such)");
+  }
+  if (hasHole(jpeg)) return lost("the picture has a hole (--keep-damaged keeps such)");
+  return {};
 }
 
 class RescuedFrames final : public FrameSource {
@@ -49,11 +63,9 @@ class RescuedFrames final : public FrameSource {
   bool read(std::size_t at, NewFrame& frame) override {
     const LeftoverFrame& found = rescue_.leftover.frames[at];
     passMissing(found.number);
-    const std::string flaw = take(rescue_, found, frame.jpeg);
-    if (!flaw.empty()) {
-      news_.add(found.number, found.number, "lost: " + flaw);
-      return false;
-    }
+    const Verdict verdict = take(rescue_, found, frame.jpeg);
+    if (!verdict.words.empty()) news_.add(found.number, found.number, verdict.words);
+    if (verdict.isLost) return false;
     frame.times = found.times.value_or(FrameTimes());
     if (!rescue_.leftover.tags.empty()) frame.tag = rescue_.leftover.tags[at];
     if (isMisread(frame.tag.timeFlag.value_or(0))) {
@@ -86,7 +98,7 @@ std::optional<detail::JpegSize> firstSize(const Rescue& rescue) {
   const JpegInspector inspector;
   std::string jpeg;
   for (const LeftoverFrame& frame : rescue.leftover.frames) {
-    if (!take(rescue, frame, jpeg).empty()) continue;
+    if (take(rescue, frame, jpeg).isLost) continue;
     if (const auto size = inspector.size(jpeg)) return size;
   }
   return std::nullopt;

@@ -4,6 +4,7 @@
 
 #include "container/rtv/RtvLayout.h"
 #include "toolkit/jpeg/JpegInspector.h"
+#include "toolkit/recording/FramePlaces.h"
 #include "toolkit/rescue/Leftover.h"
 #include "velmar_video/TypeConversion.h"
 
@@ -78,12 +79,16 @@ const char* flawOf(const Slot& slot, std::uint64_t slotEnd, const FileBytes& fil
 Table readTable(const FileBytes& file, const std::string& front, version_e version) {
   const detail::RtvLayout layout = detail::rtvLayout(version);
   Table table{version, {}, file.size(), 0, 0, 0};
+  SharedBytes shared(file);
   for (unsigned int i = 0; i < kRtvFramesMax; ++i) {
     const std::uint64_t slotEnd = layout.tagAt(i + 1);
     if (slotEnd > table.dataStart || slotEnd > front.size()) break;
     Slot slot = decodeSlot(front.data() + layout.tagAt(i), version);
     slot.frame.flaw = flawOf(slot, slotEnd, file);
     clip(slot.frame, file);
+    if (slot.frame.flaw == nullptr && shared.repeats({slot.frame.offset, slot.frame.size})) {
+      slot.frame.flaw = kSharedWords;
+    }
     if (slot.frame.flaw == nullptr) {
       ++table.wholeFrames;
       table.takePlaceOf(slot.frame);

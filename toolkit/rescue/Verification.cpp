@@ -25,8 +25,8 @@ class Verifier {
  public:
   Verifier(const Recording& recording, bool decode, FindingMerger& findings)
       : recording_(recording),
-        file_(recording.path()),
-        places_(recording_, file_),
+        file_(recording.file()),
+        places_(recording_),
         description_(recording_.description()),
         decode_(decode),
         findings_(findings) {}
@@ -34,8 +34,9 @@ class Verifier {
   unsigned int run() {
     checkPlaces();
     checkNeighbours();
+    SharedBytes shared(file_);
     for (unsigned int i = 0; i < count(); ++i) {
-      checkPicture(i);
+      if (!shared.repeats(places_.frames[i])) checkPicture(i);
       if (i > 0) checkOrder(i);
     }
     if (!recording_.isRtv()) {
@@ -102,12 +103,21 @@ class Verifier {
     if (end < places_.room.end()) reportBytes(end, places_.room.end());
   }
 
-  // The start and the end of the frame are enough for most pictures.
   void checkPicture(unsigned int index) const {
+    if (!isInside(places_.frames[index])) return;
+    try {
+      checkStoredPicture(index);
+    } catch (const Failure& failure) {
+      reportFrame(Severity::Error, index, failure.words());
+    }
+  }
+
+  // The start and the end of the frame are enough for most pictures. Throws Failure if it cannot be
+  // read.
+  void checkStoredPicture(unsigned int index) const {
     constexpr std::uint64_t kStart = 4096;
     constexpr std::uint64_t kEnd = 256;
     const FilePlace& place = places_.frames[index];
-    if (!isInside(place)) return;
     std::string jpeg =
         file_.read(place.offset, decode_ ? place.size : std::min(place.size, kStart));
     if (!beginsAsJpeg(jpeg)) return reportFrame(Severity::Error, index, "does not begin as a JPEG");
@@ -208,7 +218,7 @@ class Verifier {
   }
 
   const Recording& recording_;
-  const FileBytes file_;
+  const FileBytes& file_;
   const FramePlaces places_;
   const RecordingDescription description_;
   const bool decode_;

@@ -3,6 +3,7 @@
 #include "toolkit/text/Joined.h"
 #include "toolkit/text/JsonText.h"
 #include "toolkit/text/NumberText.h"
+#include "toolkit/text/PrintableText.h"
 #include "toolkit/text/TimeText.h"
 #include "velmar_video/rtv/RecordFileToolkit.h"
 
@@ -17,9 +18,10 @@ std::string coordinates(const Place& place) {
          fixedText(place.alt, 2) + "]";
 }
 
+// Of text that can be printed: XML has neither control characters nor other bytes than UTF-8.
 std::string escapedForXml(const std::string& text) {
   std::string escaped;
-  for (const char character : text) {
+  for (const char character : printable(text)) {
     switch (character) {
       case '&':
         escaped += "&amp;";
@@ -31,8 +33,7 @@ std::string escapedForXml(const std::string& text) {
         escaped += "&gt;";
         break;
       default:
-        // XML has no control characters.
-        escaped += static_cast<unsigned char>(character) < 0x20 ? '?' : character;
+        escaped += character;
     }
   }
   return escaped;

@@ -64,7 +64,12 @@ Json::Value parseJson(const std::string& text) {
 std::string toJsonText(const Json::Value& value) {
   Json::StreamWriterBuilder builder;
   builder["indentation"] = "";
-  return Json::writeString(builder, value);
+  std::string text = Json::writeString(builder, value);
+  // The only control character that jsoncpp leaves as it is.
+  for (auto at = text.find('\x7F'); at != text.npos; at = text.find('\x7F', at)) {
+    text.replace(at, 1, "\\u007f");
+  }
+  return text;
 }
 
 }  // namespace velmar::toolkit

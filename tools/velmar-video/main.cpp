@@ -5,6 +5,7 @@
 #include <iostream>
 #include <new>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "program/Diagnostics.h"
@@ -46,11 +47,18 @@ ExitStatus reportParseError(const Tool& tool, const CLI::ParseError& error,
   throw Failure("standard output", "cannot write to it", VELMAR_ERROR_CODE_FILE_OPEN_FAIL_E);
 }
 
-void silenceLibrary() {
-  // What goes wrong is said once, in the program's own words.
+// What goes wrong is said once, in the program's own words, unless the library's are asked for.
+// They may have bytes of files in them, and so go the same way.
+void directLog([[maybe_unused]] bool isShown) {
 #if __has_include(<velmar_logger/control.h>)
   constexpr int kNone = 4;
   velmar_logger::setLevel(kNone);
+  if (!isShown) return;
+  velmar_logger::setSink([](int level, const char* tag, std::string_view message) {
+    constexpr int kWarning = 2;
+    while (message.ends_with('\n')) message.remove_suffix(1);
+    if (level >= kWarning) say(std::string(tag) + ": " + std::string(message));
+  });
 #endif
 }
 
@@ -68,7 +76,7 @@ ExitStatus parseAndRun(Tool& tool, int argc, const char* const* argv) {
     return reportParseError(tool, error, given);
   }
   if (!tool.run) return reportUsage("a command is missing, such as info");
-  if (!tool.verbose) silenceLibrary();
+  directLog(tool.verbose);
   return tool.run();
 }
 

@@ -5,6 +5,7 @@
 #include "support/Pictures.h"
 #include "support/TestSupport.h"
 #include "toolkit/TestJob.h"
+#include "toolkit/rescue/Leftover.h"
 
 using namespace velmar::toolkit;
 
@@ -49,6 +50,33 @@ TEST(CopyFrames, KeepsAllBytesThatCanBeHadAndNamesTheRest) {
                               "two.img frame 1 is copied unchanged: its bytes are no JPEG "
                               "picture"}));
   EXPECT_EQ(Recording(folder / "copy.img").sensorTime(4), 2U);
+}
+
+TEST(CopyFrames, TakesBytesOnceThatFramesShare) {
+  const TempFolder folder;
+  recordFrames(folder / "a.img", {numberedJpeg(0), numberedJpeg(1), numberedJpeg(2, 600)});
+  const std::string whole = readFile(folder / "a.img");
+  const auto patch = [&](std::size_t frame, std::size_t field, const std::string& value) {
+    std::string bytes = whole;
+    writeFile(folder / "a.img", bytes.replace(8 + 28 * frame + field, value.size(), value));
+  };
+  const std::string flaw = "its bytes are those of other frames";
+  TestJob job;
+  const auto copy = [&] {
+    const Recording a(folder / "a.img");
+    copyFrames({{&a, allFrames(a)}}, folder / "copy.img", a.description(), job);
+    return framesOf(folder / "copy.img");
+  };
+  // Frame 1 begins where frame 2 does.
+  patch(1, 16, whole.substr(8 + 28 * 2 + 16, 12));
+  EXPECT_EQ(copy(), (Lines{numberedJpeg(0), numberedJpeg(2, 600)}));
+  EXPECT_EQ(job.lines, Lines{"a.img frame 2 is left out: " + flaw});
+  EXPECT_EQ(findImgLeftover(FileBytes(folder / "a.img"), {}).frames.size(), 2U);
+  // Frame 1 has a wrong size: the frame that it reaches over is whole all the same.
+  job.lines.clear();
+  patch(1, 24, bigEndianBytes(numberedJpeg(1).size() + 99, 4));
+  EXPECT_EQ(copy().at(2), numberedJpeg(2, 600));
+  EXPECT_EQ(job.lines, Lines());
 }
 
 TEST(CopyFrames, FinishesWhatIsThereWhenItIsToStop) {

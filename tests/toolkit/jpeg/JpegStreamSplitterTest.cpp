@@ -62,6 +62,12 @@ TEST(JpegStreamSplitter, FindsWholeFramesOnly) {
   const std::string badLength = kStart + "\xFF\xE0\0\1bad"s;
   const std::string longSegment = kStart + "\xFF\xE0\0\x28gone"s;  // reaches over what follows
 
+  // Starts whose segments reach over each other, to the same bytes and into the next frame.
+  std::string nested;
+  for (char length = 0x50; length > 0; length -= 8)
+    nested += kStart + "\xFF\xDA\0"s + length + "xx";
+  const std::string fill = kStart + segment('\xE0', "") + std::string(5000, '\xFF');
+
   const struct {
     const char* what;
     std::string stream;
@@ -78,6 +84,8 @@ TEST(JpegStreamSplitter, FindsWholeFramesOnly) {
       {"a frame cut short", cutInScan + two, {{two}, cutInScan.size()}},
       {"a wrong length", badLength + two, {{two}, 7}},
       {"a length that reaches into the next", longSegment + one + two, {{one, two}, 9}},
+      {"nested starts", nested + "..\xFF\xE0\0\1"s + one, {{one}, nested.size() + 6}},
+      {"filling without end", fill + kEnd + one, {{one}, 6}},
       {"no scan", kStart + segment('\xDB', "q") + kEnd + one, {{one}, 9}},
       {"only a start", kStart, {{}, 0, true}},
       {"half a start", one + "\xFF", {{one}}},

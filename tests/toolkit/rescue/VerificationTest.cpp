@@ -64,8 +64,8 @@ TEST(Verification, NamesWhatIsWrong) {
   const TempFolder folder;
   record(folder / "whole.img");
   record(folder / "whole.rtv");
-  const FramePlaces img(Recording(folder / "whole.img"), FileBytes(folder / "whole.img"));
-  const FramePlaces rtv(Recording(folder / "whole.rtv"), FileBytes(folder / "whole.rtv"));
+  const FramePlaces img(Recording(folder / "whole.img"));
+  const FramePlaces rtv(Recording(folder / "whole.rtv"));
   const std::string text = readFile(folder / "whole.img");
   const std::size_t metaData = img.room.end();
   const auto in = [&](const char* words) { return text.find(words, metaData); };
@@ -176,7 +176,7 @@ TEST(Verification, NoticesEveryFlipThatChangesAPicture) {
     record(path, version);
     const std::string whole = readFile(path);
     const std::vector<std::string> right = picturesIn(path);
-    const FramePlaces places{Recording(path), FileBytes(path)};
+    const FramePlaces places{Recording(path)};
     std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
     std::size_t flips = 0, changed = 0;
     for (std::size_t at = 0; at < whole.size(); ++at) {

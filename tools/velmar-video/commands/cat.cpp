@@ -23,10 +23,11 @@ ExitStatus writeFrames(const Options& options, CommandJob& job) {
   checkStandardOutput(options.file);
   const auto selected = options.selection.frames(recording);
   StandardOutput output;
+  StoredFrames frames(recording);
   FrameLosses losses;
   std::string frame;
   for (const unsigned int index : selected) {
-    if (const FrameFlaw flaw = readStoredFrame(recording, index, frame)) {
+    if (const FrameFlaw flaw = frames.read(index, frame)) {
       losses.add(index, flaw);
     } else {
       output.write(frame);

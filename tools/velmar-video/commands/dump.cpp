@@ -33,7 +33,7 @@ class DumpText {
     static constexpr char kDigits[] = "0123456789abcdef";
     for (const char character : text) {
       const auto byte = static_cast<unsigned char>(character);
-      if (byte >= 0x20 && byte != 0x7F) {
+      if (byte >= 0x20 && byte < 0x7F) {
         output_.write({&character, 1});
       } else {
         const char escaped[] = {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 0xF]};

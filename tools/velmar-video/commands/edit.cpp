@@ -1,4 +1,5 @@
 #include <charconv>
+#include <sstream>
 
 #include "program/DescriptionOptions.h"
 #include "program/StandardOutput.h"
@@ -7,6 +8,7 @@
 #include "toolkit/tables/FrameColumns.h"
 #include "toolkit/tables/TimesCsv.h"
 #include "toolkit/text/JsonText.h"
+#include "toolkit/text/PrintableText.h"
 #include "toolkit/text/TimeText.h"
 
 namespace velmar::tool {
@@ -29,6 +31,14 @@ struct Options {
   }
 };
 
+// The lines of a text with what files hold in it.
+std::string printableLines(const std::string& text) {
+  std::istringstream lines(text);
+  std::string shown;
+  for (std::string line; std::getline(lines, line);) shown += printable(line) + "\n";
+  return shown;
+}
+
 ExitStatus edit(const Options& options, CommandJob& job) {
   EditRequest request = options.request;
   if (!options.cameraParamsFile.empty())
@@ -42,7 +52,7 @@ ExitStatus edit(const Options& options, CommandJob& job) {
                                ? EditPlan(openRecording(options.file, job), request).text()
                                : editRecording(options.file, request, job);
   StandardOutput output;
-  output.write(text.empty() ? "nothing to change\n" : text);
+  output.write(text.empty() ? "nothing to change\n" : printableLines(text));
   output.flush();
   return job.status();
 }

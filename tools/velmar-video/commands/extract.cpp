@@ -91,7 +91,10 @@ void addOptions(CLI::App& command, Options& options) {
   addDecodingOptions(command, options);
   addSelectionOptions(command, options.selection);
   command
-      .add_option("--jobs", options.jobs, "Frames to work on at a time, 1 to 256; 1 if not given")
+      .add_option(
+          "--jobs", options.jobs,
+          "Frames to work on at a time, 1 to 256; 1 if not given. Fewer if they would take too "
+          "much memory for the size of the recording")
       ->type_name("N")
       ->check(CLI::Range(1U, 256U).description(""));
   command.add_flag("--force", options.force, "Replace existing pictures");

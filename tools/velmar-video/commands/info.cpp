@@ -4,13 +4,13 @@
 #include <utility>
 #include <vector>
 
-#include "program/Diagnostics.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/tables/Track.h"
 #include "toolkit/text/JsonText.h"
 #include "toolkit/text/NumberText.h"
+#include "toolkit/text/PrintableText.h"
 #include "toolkit/text/TimeText.h"
 
 namespace velmar::tool {

@@ -10,6 +10,7 @@
 #include "toolkit/rescue/RecoverFrames.h"
 #include "toolkit/tables/FrameColumns.h"
 #include "toolkit/tables/TimesCsv.h"
+#include "toolkit/text/PrintableText.h"
 
 namespace velmar::tool {
 
@@ -56,7 +57,7 @@ RecordingDescription describe(const Options& options, const Leftover& leftover,
 
 void showResult(const Options& options, unsigned int kept, const Leftover& leftover) {
   StandardOutput output;
-  output.write(options.output + ": " + std::to_string(kept) + " of " +
+  output.write(printable(options.output) + ": " + std::to_string(kept) + " of " +
                std::to_string(leftover.framesCount) + " frames recovered\n");
   output.flush();
 }
@@ -113,7 +114,7 @@ ExitStatus recover(const Options& options, CommandJob& job) {
   if (options.output.empty()) return undoInterruptedEdit(options.input);
   const ReservedOutput reserved = reserveOutput(options);
   checkNotHalfEdited(options.input);
-  const FileBytes file(options.input);
+  const FileBytes file(options.input, Unreadable::AsZeros);
   const Leftover leftover =
       isRtvPath(options.output)
           ? findRtvLeftover(file, options.description.rtvVersion.version(options.output))

@@ -1,10 +1,10 @@
 #include <vector>
 
-#include "program/Diagnostics.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
 #include "toolkit/rescue/Verification.h"
 #include "toolkit/text/JsonText.h"
+#include "toolkit/text/PrintableText.h"
 
 namespace velmar::tool {
 

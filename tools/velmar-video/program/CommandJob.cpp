@@ -10,6 +10,7 @@
 #include <iostream>
 
 #include "program/Diagnostics.h"
+#include "toolkit/text/PrintableText.h"
 
 namespace velmar::tool {
 
@@ -69,7 +70,7 @@ class StopSignal {
 class CommandStage final : public Job::Stage {
  public:
   CommandStage(const std::string& name, std::size_t total, bool isShown)
-      : name_(name), total_(total), isShown_(isShown) {}
+      : name_(printable(name)), total_(total), isShown_(isShown) {}
   CommandStage(const CommandStage&) = delete;
   CommandStage& operator=(const CommandStage&) = delete;
   ~CommandStage() override {

@@ -4,6 +4,9 @@
 
 #include <iostream>
 
+#include "program/Toolkit.h"
+#include "toolkit/text/PrintableText.h"
+
 namespace velmar::tool {
 
 void say(const std::string& line) {
@@ -11,14 +14,6 @@ void say(const std::string& line) {
   std::string text = isatty(STDERR_FILENO) != 0 ? "\r\033[K" : "";
   text += "velmar-video: " + printable(line) + "\n";
   std::cerr << text;
-}
-
-std::string printable(std::string text) {
-  for (char& character : text) {
-    const auto byte = static_cast<unsigned char>(character);
-    if (byte < ' ' || byte == 0x7F) character = '?';
-  }
-  return text;
 }
 
 }  // namespace velmar::tool

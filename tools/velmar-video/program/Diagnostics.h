@@ -6,12 +6,8 @@
 
 namespace velmar::tool {
 
-/// One line with the program's name in front. Any thread.
+/// One printable line with the program's name in front. Any thread.
 void say(const std::string& line);
-
-/// With question marks for control characters: a name from a file or of one must not break the
-/// line, nor command the terminal.
-std::string printable(std::string text);
 
 }  // namespace velmar::tool
 

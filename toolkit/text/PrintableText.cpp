@@ -1,0 +1,60 @@
+#include "toolkit/text/PrintableText.h"
+
+#include <cstddef>
+
+namespace velmar::toolkit {
+
+namespace {
+
+bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
+
+// How many bytes the UTF-8 character at the front has by its first byte; 0 if none begins so.
+std::size_t lengthByFirst(unsigned char first) {
+  if (first < 0x80) return 1;
+  if (first < 0xC2 || first > 0xF4) return 0;
+  return first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+}
+
+bool isShown(char32_t character) {
+  const auto isIn = [character](char32_t first, char32_t last) {
+    return character >= first && character <= last;
+  };
+  return character >= ' ' && !isIn(0x7F, 0x9F) && !isIn(0x2028, 0x202E) && !isIn(0x2066, 0x2069);
+}
+
+struct Character {
+  std::size_t length = 1;  // bytes
+  bool isShown = false;
+};
+
+// At the front; a byte that is no UTF-8 is one that is not shown.
+Character firstOf(std::string_view text) {
+  constexpr unsigned char kFirstBits[] = {0, 0x7F, 0x1F, 0x0F, 0x07};
+  constexpr char32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
+  const auto first = static_cast<unsigned char>(text.front());
+  const std::size_t length = lengthByFirst(first);
+  if (length == 0 || length > text.size()) return {};
+  char32_t character = first & kFirstBits[length];
+  for (const char byte : text.substr(1, length - 1)) {
+    if (!isContinuation(byte)) return {};
+    character = character << 6 | (static_cast<unsigned char>(byte) & 0x3F);
+  }
+  const bool isSurrogate = character >= 0xD800 && character <= 0xDFFF;
+  if (character < kLeast[length] || character > 0x10FFFF || isSurrogate) return {};
+  return {length, isShown(character)};
+}
+
+}  // namespace
+
+std::string printable(std::string_view text) {
+  std::string shown;
+  shown.reserve(text.size());
+  while (!text.empty()) {
+    const Character first = firstOf(text);
+    shown.append(first.isShown ? text.substr(0, first.length) : "?");
+    text.remove_prefix(first.length);
+  }
+  return shown;
+}
+
+}  // namespace velmar::toolkit
