@@ -22,6 +22,7 @@ struct LeftoverFrame {
   bool isCut = false;               ///< the file ends inside the frame
   std::optional<FrameTimes> times;  ///< img
   const char* flaw = nullptr;       ///< why the frame is lost; null if it may be whole
+  const char* loss = nullptr;       ///< what is lost of a frame that may be whole; null if nothing
 
   std::uint64_t end() const { return offset + size; }
 };

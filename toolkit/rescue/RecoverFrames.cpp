@@ -54,6 +54,7 @@ class RescuedFrames final : public FrameSource {
       news_.add(found.number, found.number, "lost: " + flaw);
       return false;
     }
+    if (found.loss != nullptr) news_.add(found.number, found.number, found.loss);
     frame.times = found.times.value_or(FrameTimes());
     if (!rescue_.leftover.tags.empty()) frame.tag = rescue_.leftover.tags[at];
     return true;
