@@ -2,7 +2,9 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <string_view>
 
 #include "base/PublishFile.h"
 #include "toolkit/base/Failure.h"
@@ -19,12 +21,29 @@ namespace {
 // pictures without an end marker were recorded like that.
 bool endsInZeros(const std::string& jpeg) { return jpeg.ends_with('\0') && !isWholeJpeg(jpeg); }
 
+// Zeros that fill pages of the file and hardly more, as pages that did not come to the disk leave
+// them. Most decode without a warning. Those of a picture of one colour end anywhere.
+bool lacksPages(std::string_view jpeg, std::uint64_t offset) {
+  constexpr std::size_t kByChance = 4;  // zeros beside a page
+  std::size_t page = kPage - offset % kPage;
+  while (page < jpeg.size()) {
+    const std::size_t end = std::min(jpeg.find_first_not_of('\0', page), jpeg.size());
+    const std::size_t zeros = end - page;
+    const std::size_t before = page - jpeg.find_last_not_of('\0', page - 1) - 1;
+    if (zeros >= kPage && zeros % kPage <= kByChance && before <= kByChance) return true;
+    page += std::max(zeros / kPage, std::size_t{1}) * kPage;
+  }
+  return false;
+}
+
 // Zeros inside, which a picture of one colour may have as well.
-bool hasHole(const std::string& jpeg) {
+bool hasHole(const std::string& jpeg, std::uint64_t offset) {
   constexpr std::size_t kSector = 512;
   const std::size_t end = jpeg.rfind("\xFF\xD9");
-  return end != jpeg.npos && jpeg.find(std::string(kSector, '\0')) < end &&
-         !JpegInspector::decodingProblem(jpeg).text.empty();
+  if (end == jpeg.npos) return false;
+  return lacksPages(std::string_view(jpeg).substr(0, end), offset) ||
+         (jpeg.find(std::string(kSector, '\0')) < end &&
+          !JpegInspector::decodingProblem(jpeg).text.empty());
 }
 
 // Why the frame is lost; empty if `jpeg` holds it.
@@ -36,7 +55,7 @@ std::string take(const Rescue& rescue, const LeftoverFrame& frame, std::string& 
   if (frame.isCut || endsInZeros(jpeg)) {
     return "the picture is cut short (--keep-damaged keeps such)";
   }
-  if (hasHole(jpeg)) return "the picture has a hole (--keep-damaged keeps such)";
+  if (hasHole(jpeg, frame.offset)) return "the picture has a hole (--keep-damaged keeps such)";
   return "";
 }
 

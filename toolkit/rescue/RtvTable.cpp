@@ -11,8 +11,6 @@ namespace velmar::toolkit {
 
 namespace {
 
-constexpr std::size_t kPage = 4096;  // what the system brings to the disk at once
-
 bool isZero(std::string_view bytes) {
   return bytes.find_first_not_of('\0') == std::string_view::npos;
 }
