@@ -143,7 +143,8 @@ void setTimes(Leftover& leftover) {
     auto& time = leftover.tags[i].timeFlag;
     if (time) continue;
     const Known before = next[-1];
-    const double share = (number - before.number) / (next->number - before.number);
+    const double distance = std::max(next->number - before.number, 1.0);
+    const double share = (number - before.number) / distance;
     time = static_cast<int>(std::clamp<double>(
         std::round(std::lerp(before.time, next->time, share)), INT_MIN, INT_MAX));
   }

@@ -32,6 +32,7 @@ constexpr Part kTimePart{0, offsetof(frametag03Ver_t, data_offset)};
 constexpr Part kPlacePart{kTimePart.to, offsetof(frametag03Ver_t, x)};
 constexpr Part kCanPart{detail::kCanAt, detail::kCanAt + sizeof(can_data_io)};
 
+// Behind the place come x, y, z (not in version 02), distance, speed and direction.
 std::vector<Part> fieldsOf(version_e version) {
   if (version == RTV_VER_02) {
     return {kTimePart, kPlacePart, {16, 19}, {19, 22}, {22, 25}, {25, 27}, {27, 29}};
