@@ -88,8 +88,10 @@ void add(Leftover& leftover, const LeftoverFrame& frame, const FrameTag& tag) {
 
 // A frame with what is left of its tag.
 void addFrame(Leftover& leftover, LeftoverFrame frame, const RtvSlot& slot) {
-  // A recorder that is killed may leave a tag that lacks only the size.
-  const bool hasTag = slot.isTorn || (!slot.isEmpty && slot.frame.offset == frame.offset);
+  // A recorder that is killed may leave a tag that lacks only the size. One that is torn may lack
+  // all of the place.
+  const bool lacksPlace = slot.isTorn && slot.frame.offset == 0 && slot.frame.size == 0;
+  const bool hasTag = !slot.isEmpty && (lacksPlace || slot.frame.offset == frame.offset);
   const FrameTag tag = hasTag ? slot.tag : FrameTag();
   if (!hasTag) {
     frame.loss = "recovered, but the tag is lost: the time is estimated from the frames beside";
