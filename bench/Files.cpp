@@ -12,8 +12,6 @@
 
 #include "Bench.h"
 
-using namespace velmar::detail;
-
 namespace {
 
 namespace fs = std::filesystem;

@@ -8,8 +8,6 @@
 #include "Bench.h"
 #include "Files.h"
 
-using namespace velmar::detail;
-
 namespace {
 
 unsigned int changedFrame() { return frameCount(777); }

@@ -10,8 +10,6 @@
 #include "OpenRows.h"
 #include "Peers.h"
 
-using namespace velmar::detail;
-
 namespace {
 
 double openOurs(const std::string& path) {

@@ -250,7 +250,8 @@ Leftover findImgLeftover(const FileBytes& file, const LeftoverTimes& times) {
     const std::uint64_t end = endOf(frames, file);
     if (repeatsTheFront(file, end, frames)) foot.offset = end;
     const bool areMoved = isFrontBetter;  // before the index is written to the front
-    UnrecordedFrames unrecorded(file, foot.offset, areMoved,
+    const FilePlace room{detail::kFrameIndexStart, foot.offset - detail::kFrameIndexStart};
+    UnrecordedFrames unrecorded(file, room, areMoved,
                                 foot.framesCount.value_or(frames.back().number + 1),
                                 !foot.framesCount);
     unrecorded.addTo(frames);

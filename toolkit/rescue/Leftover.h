@@ -15,6 +15,9 @@
 
 namespace velmar::toolkit {
 
+/// Bytes of a file that the system brings to the disk at once.
+constexpr std::size_t kPage = 4096;
+
 struct LeftoverFrame {
   std::uint64_t number = 0;  ///< in the recording
   std::uint64_t offset = 0;
@@ -22,6 +25,7 @@ struct LeftoverFrame {
   bool isCut = false;               ///< the file ends inside the frame
   std::optional<FrameTimes> times;  ///< img
   const char* flaw = nullptr;       ///< why the frame is lost; null if it may be whole
+  const char* loss = nullptr;       ///< what is lost of a frame that may be whole; null if nothing
 
   std::uint64_t end() const { return offset + size; }
 };
@@ -65,8 +69,8 @@ struct LeftoverTimes {
 /// are needed and not given.
 Leftover findImgLeftover(const FileBytes& file, const LeftoverTimes& times);
 
-/// Takes the frames from the tag table. The version and the size of the table are those by which
-/// most tags lead to frames.
+/// Takes the frames from the tag table. The version is that by which most tags lead to frames; what
+/// no tag leads to is found by following the JPEGs from marker to marker.
 /// \param version  if it is known
 /// Throws Failure if the file cannot be read.
 Leftover findRtvLeftover(const FileBytes& file, std::optional<version_e> version);

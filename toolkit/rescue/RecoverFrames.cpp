@@ -2,7 +2,9 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <string_view>
 
 #include "base/PublishFile.h"
 #include "toolkit/base/Failure.h"
@@ -19,12 +21,29 @@ namespace {
 // pictures without an end marker were recorded like that.
 bool endsInZeros(const std::string& jpeg) { return jpeg.ends_with('\0') && !isWholeJpeg(jpeg); }
 
+// Zeros that fill pages of the file and hardly more, as pages that did not come to the disk leave
+// them. Most decode without a warning. Those of a picture of one colour end anywhere.
+bool lacksPages(std::string_view jpeg, std::uint64_t offset) {
+  constexpr std::size_t kByChance = 4;  // zeros beside a page
+  std::size_t page = kPage - offset % kPage;
+  while (page < jpeg.size()) {
+    const std::size_t end = std::min(jpeg.find_first_not_of('\0', page), jpeg.size());
+    const std::size_t zeros = end - page;
+    const std::size_t before = page - jpeg.find_last_not_of('\0', page - 1) - 1;
+    if (zeros >= kPage && zeros % kPage <= kByChance && before <= kByChance) return true;
+    page += std::max(zeros / kPage, std::size_t{1}) * kPage;
+  }
+  return false;
+}
+
 // Zeros inside, which a picture of one colour may have as well.
-bool hasHole(const std::string& jpeg) {
+bool hasHole(const std::string& jpeg, std::uint64_t offset) {
   constexpr std::size_t kSector = 512;
   const std::size_t end = jpeg.rfind("\xFF\xD9");
-  return end != jpeg.npos && jpeg.find(std::string(kSector, '\0')) < end &&
-         !JpegInspector::decodingProblem(jpeg).text.empty();
+  if (end == jpeg.npos) return false;
+  return lacksPages(std::string_view(jpeg).substr(0, end), offset) ||
+         (jpeg.find(std::string(kSector, '\0')) < end &&
+          !JpegInspector::decodingProblem(jpeg).text.empty());
 }
 
 // What is wrong with a frame; nothing if the words are empty.
@@ -50,7 +69,7 @@ Verdict take(const Rescue& rescue, const LeftoverFrame& frame, std::string& jpeg
   if (frame.isCut || endsInZeros(jpeg)) {
     return lost("the picture is cut short (--keep-damaged keeps such)");
   }
-  if (hasHole(jpeg)) return lost("the picture has a hole (--keep-damaged keeps such)");
+  if (hasHole(jpeg, frame.offset)) return lost("the picture has a hole (--keep-damaged keeps such)");
   return {};
 }
 
@@ -66,6 +85,7 @@ class RescuedFrames final : public FrameSource {
     const Verdict verdict = take(rescue_, found, frame.jpeg);
     if (!verdict.words.empty()) news_.add(found.number, found.number, verdict.words);
     if (verdict.isLost) return false;
+    if (found.loss != nullptr) news_.add(found.number, found.number, found.loss);
     frame.times = found.times.value_or(FrameTimes());
     if (!rescue_.leftover.tags.empty()) frame.tag = rescue_.leftover.tags[at];
     if (isMisread(frame.tag.timeFlag.value_or(0))) {

@@ -1,115 +1,23 @@
 #include <algorithm>
+#include <climits>
+#include <cmath>
 #include <tuple>
 #include <utility>
 
 #include "container/rtv/RtvLayout.h"
-#include "toolkit/jpeg/JpegInspector.h"
-#include "toolkit/recording/FramePlaces.h"
 #include "toolkit/rescue/Leftover.h"
+#include "toolkit/rescue/RtvTable.h"
+#include "toolkit/rescue/UnrecordedFrames.h"
 #include "velmar_video/TypeConversion.h"
 
 namespace velmar::toolkit {
 
 namespace {
 
-// A slot of the tag table.
-struct Slot {
-  LeftoverFrame frame;
-  FrameTag tag;
-  bool isEmpty = true;
-};
-
-// Whether the tags of a number of slots end there.
-bool isSizeOfTable(std::uint64_t end, const detail::RtvLayout& layout) {
-  return end >= layout.headerSize && (end - layout.headerSize) % layout.tagSize == 0;
-}
-
-// The tag table, read as one of a version.
-struct Table {
-  version_e version;
-  std::vector<Slot> slots;  // up to the last that is not empty
-  std::uint64_t dataStart;  // of the first frame
-  std::uint64_t dataEnd;    // of the last frame
-  long wholeFrames;         // those without a flaw
-  long strangeTags;         // those that are there and have one
-
-  // The number of slots, by what lies between header and frames.
-  unsigned int framesMax() const {
-    const detail::RtvLayout layout = detail::rtvLayout(version);
-    const std::uint64_t start = std::max<std::uint64_t>(dataStart, layout.headerSize);
-    return static_cast<unsigned int>(
-        std::min<std::uint64_t>((start - layout.headerSize) / layout.tagSize, kRtvFramesMax));
-  }
-  bool isExact() const { return isSizeOfTable(dataStart, detail::rtvLayout(version)); }
-  void takePlaceOf(const LeftoverFrame& frame) {
-    dataStart = std::min(dataStart, frame.offset);
-    dataEnd = std::max(dataEnd, frame.offset + frame.size);
-  }
-};
-
-Slot decodeSlot(const char* bytes, version_e version) {
-  const auto stored = version == RTV_VER_02 ? detail::widened(detail::get<frametag_02ver_t>(bytes))
-                                            : detail::get<frametag03Ver_t>(bytes);
-  Slot slot;
-  slot.isEmpty = std::all_of(bytes, bytes + detail::rtvLayout(version).tagSize,
-                             [](char byte) { return byte == '\0'; });
-  slot.frame.offset = stored.data_offset;
-  slot.frame.size = stored.data_length;
-  slot.tag.timeFlag = stored.time_flag;
-  slot.tag.x = stored.x;
-  slot.tag.y = stored.y;
-  slot.tag.z = stored.z;
-  slot.tag.relativeDistance = stored.relative_distance;
-  slot.tag.speed = stored.speed;
-  slot.tag.direction = stored.direction;
-  if (version == RTV_VER_04) slot.tag.can = detail::get<can_data_io>(bytes + detail::kCanAt);
-  return slot;
-}
-
-// Why the tag leads to no frame; null if it does.
-const char* flawOf(const Slot& slot, std::uint64_t slotEnd, const FileBytes& file) {
-  const LeftoverFrame& frame = slot.frame;
-  if (slot.isEmpty) return "the tag is missing";
-  if (frame.offset < slotEnd) return "the tag points into the tags";
-  if (frame.offset >= file.size()) return "the file ends before it";
-  if (frame.size == 0) return "the tag is not whole";
-  return beginsAsJpeg(startOf(frame, file)) ? nullptr : "the tag points to no JPEG picture";
-}
-
-Table readTable(const FileBytes& file, const std::string& front, version_e version) {
-  const detail::RtvLayout layout = detail::rtvLayout(version);
-  Table table{version, {}, file.size(), 0, 0, 0};
-  SharedBytes shared(file);
-  for (unsigned int i = 0; i < kRtvFramesMax; ++i) {
-    const std::uint64_t slotEnd = layout.tagAt(i + 1);
-    if (slotEnd > table.dataStart || slotEnd > front.size()) break;
-    Slot slot = decodeSlot(front.data() + layout.tagAt(i), version);
-    slot.frame.flaw = flawOf(slot, slotEnd, file);
-    clip(slot.frame, file);
-    if (slot.frame.flaw == nullptr && shared.repeats({slot.frame.offset, slot.frame.size})) {
-      slot.frame.flaw = kSharedWords;
-    }
-    if (slot.frame.flaw == nullptr) {
-      ++table.wholeFrames;
-      table.takePlaceOf(slot.frame);
-    } else if (!slot.isEmpty) {
-      ++table.strangeTags;
-      // The first frame tells the size of the table even if it is damaged itself.
-      const bool isPlace = slot.frame.offset >= slotEnd && slot.frame.size > 0;
-      if (i == 0 && isPlace && isSizeOfTable(slot.frame.offset, layout)) {
-        table.takePlaceOf(slot.frame);
-      }
-    }
-    table.slots.push_back(slot);
-  }
-  while (!table.slots.empty() && table.slots.back().isEmpty) table.slots.pop_back();
-  return table;
-}
-
 // Whether it is the likelier one. Tags of versions 03 and 04 begin alike, so that a single frame
 // leaves it to the size of the table and to the CAN block, which says its own length.
-bool isLikelier(const Table& one, const Table& other) {
-  const auto rank = [](const Table& table) {
+bool isLikelier(const RtvTable& one, const RtvTable& other) {
+  const auto rank = [](const RtvTable& table) {
     const bool hasCan = table.version == RTV_VER_04 && !table.slots.empty() &&
                         table.slots[0].tag.can.can_data_length == sizeof(can_data_io) - 2;
     return std::make_tuple(table.wholeFrames, -table.strangeTags, table.isExact(), hasCan);
@@ -139,14 +47,119 @@ bool readHeader(const std::string& front, version_e version, RecordingDescriptio
   return true;
 }
 
+// Whether the tag says where its frame lies, even if no picture is there. Then the frame beside it
+// lies next to it.
+bool hasPlace(const RtvTable& table, std::size_t i, const FileBytes& file) {
+  const std::vector<RtvSlot>& slots = table.slots;
+  const LeftoverFrame& frame = slots[i].frame;
+  if (frame.flaw == nullptr) return true;
+  if (frame.size == 0 || frame.offset < table.dataStart || frame.offset >= file.size())
+    return false;
+  return (i > 0 && slots[i - 1].frame.end() == frame.offset) ||
+         (i + 1 < slots.size() && slots[i + 1].frame.offset == frame.end());
+}
+
+// The frames to which tags lead, then those that lie between them, before and behind, by their
+// markers.
+std::vector<LeftoverFrame> findFrames(const RtvTable& table, const FileBytes& file,
+                                      Leftover& leftover) {
+  std::vector<LeftoverFrame> frames;
+  for (std::size_t i = 0; i < table.slots.size(); ++i) {
+    if (!hasPlace(table, i, file)) continue;
+    frames.push_back(table.slots[i].frame);
+    frames.back().number = i;
+  }
+  leftover.framesCount = table.slots.size();
+  if (table.wholeFrames == 0) return frames;
+  const FilePlace room{table.dataStart, file.size() - table.dataStart};
+  UnrecordedFrames unrecorded(file, room, false, frames.back().number + 1, true);
+  unrecorded.addTo(frames);
+  std::erase_if(frames, [&table](auto& frame) { return frame.number >= table.framesMax(); });
+  leftover.framesCount =
+      std::clamp<std::uint64_t>(unrecorded.count(), leftover.framesCount, table.framesMax());
+  leftover.strayBytes = unrecorded.strayBytes();
+  return frames;
+}
+
+void add(Leftover& leftover, const LeftoverFrame& frame, const FrameTag& tag) {
+  leftover.frames.push_back(frame);
+  leftover.tags.push_back(tag);
+}
+
+// A frame with what is left of its tag.
+void addFrame(Leftover& leftover, LeftoverFrame frame, const RtvSlot& slot) {
+  // A recorder that is killed may leave a tag that lacks only the size. One that is torn may lack
+  // all of the place.
+  const bool lacksPlace = slot.isTorn && slot.frame.offset == 0 && slot.frame.size == 0;
+  const bool hasTag = !slot.isEmpty && (lacksPlace || slot.frame.offset == frame.offset);
+  const FrameTag tag = hasTag ? slot.tag : FrameTag();
+  if (!hasTag) {
+    frame.loss = "recovered, but the tag is lost: the time is estimated from the frames beside";
+  } else if (!tag.timeFlag) {
+    frame.loss = "recovered, but the tag is torn: the time is estimated from the frames beside";
+  } else if (slot.isTorn) {
+    frame.loss = "recovered, but the tag is torn: position, speed or signals are missing";
+  }
+  add(leftover, frame, tag);
+}
+
+// All frames of the table in their order, those that are lost as well, then those behind it.
+void addFrames(Leftover& leftover, const RtvTable& table,
+               const std::vector<LeftoverFrame>& frames) {
+  auto frame = frames.begin();
+  for (std::size_t i = 0; i < table.slots.size(); ++i) {
+    if (frame != frames.end() && frame->number == i) {
+      addFrame(leftover, *frame++, table.slots[i]);
+    } else {
+      add(leftover, table.slots[i].frame, FrameTag());
+      leftover.frames.back().number = i;
+    }
+  }
+  while (frame != frames.end()) addFrame(leftover, *frame++, RtvSlot());
+}
+
+// Gives frames whose tag has no time any more one between those of their neighbours; before the
+// first and behind the last time that is known they come at the mean rate.
+void setTimes(Leftover& leftover) {
+  struct Known {
+    double number, time;
+  };
+  std::vector<Known> known;
+  for (std::size_t i = 0; i < leftover.frames.size(); ++i) {
+    const auto& time = leftover.tags[i].timeFlag;
+    const auto number = static_cast<double>(leftover.frames[i].number);
+    if (time) known.push_back({number, static_cast<double>(*time)});
+  }
+  if (known.empty()) known.push_back({0, 0});
+  const Known first = known.front(), last = known.back();
+  const double interval = last.number > first.number
+                              ? (last.time - first.time) / (last.number - first.number)
+                              : first.time / std::max(first.number, 1.0);
+  const auto end = static_cast<double>(leftover.framesCount);
+  known.insert(known.begin(), {0, std::max(first.time - first.number * interval, 0.0)});
+  known.push_back({end, last.time + (end - last.number) * interval});
+  auto next = known.begin() + 1;
+  for (std::size_t i = 0; i < leftover.frames.size(); ++i) {
+    const auto number = static_cast<double>(leftover.frames[i].number);
+    while (next->number < number) ++next;
+    auto& time = leftover.tags[i].timeFlag;
+    if (time) continue;
+    const Known before = next[-1];
+    const double distance = std::max(next->number - before.number, 1.0);
+    const double share = (number - before.number) / distance;
+    time = static_cast<int>(std::clamp<double>(
+        std::round(std::lerp(before.time, next->time, share)), INT_MIN, INT_MAX));
+  }
+}
+
 }  // namespace
 
 Leftover findRtvLeftover(const FileBytes& file, std::optional<version_e> version) {
   const std::string front = file.read(0, detail::rtvLayout(RTV_VER_04).tagAt(kRtvFramesMax));
-  Table table = readTable(file, front, version.value_or(RTV_VER_03));
+  RtvTable table = readRtvTable(file, front, version.value_or(RTV_VER_03));
   if (!version) {
     for (const version_e other : {RTV_VER_02, RTV_VER_04}) {
-      Table candidate = readTable(file, front, other);
+      RtvTable candidate = readRtvTable(file, front, other);
       if (isLikelier(candidate, table)) table = std::move(candidate);
     }
   }
@@ -159,12 +172,8 @@ Leftover findRtvLeftover(const FileBytes& file, std::optional<version_e> version
     leftover.undescribed = isEmpty ? "it was not finished" : "its header is destroyed";
   }
   leftover.framesMax = table.framesMax();
-  for (const Slot& slot : table.slots) {
-    leftover.frames.push_back(slot.frame);
-    leftover.frames.back().number = leftover.framesCount++;
-    leftover.tags.push_back(slot.tag);
-  }
-  if (table.wholeFrames > 0) leftover.strayBytes = file.size() - table.dataEnd;
+  addFrames(leftover, table, findFrames(table, file, leftover));
+  setTimes(leftover);
   return leftover;
 }
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <numeric>
 
-#include "container/img/FrameIndex.h"
 #include "toolkit/jpeg/FrameInput.h"
 #include "toolkit/jpeg/JpegStreamSplitter.h"
 
@@ -91,7 +90,7 @@ void UnrecordedFrames::takeBetween(std::uint64_t before, std::uint64_t next, std
 // one.
 std::uint64_t UnrecordedFrames::takeFront(const LeftoverFrame& first, std::uint64_t most) {
   if (most == 0) return first.number;
-  std::vector<LeftoverFrame> pictures = findPictures(file_, detail::kFrameIndexStart, first.offset);
+  std::vector<LeftoverFrame> pictures = findPictures(file_, room_.offset, first.offset);
   if (pictures.size() > most) {
     pictures.erase(pictures.begin(), pictures.end() - static_cast<std::ptrdiff_t>(most));
   }
@@ -105,10 +104,10 @@ std::uint64_t UnrecordedFrames::takeFront(const LeftoverFrame& first, std::uint6
 
 // Behind the frame that lies last.
 void UnrecordedFrames::takeEnd(std::uint64_t before, std::uint64_t next, std::uint64_t from) {
-  if (from >= end_) return;
+  if (from >= room_.end()) return;
   const std::size_t known = found_.size();
-  takeBetween(before, next, from, end_);
-  strayBytes_ = end_ - from;
+  takeBetween(before, next, from, room_.end());
+  strayBytes_ = room_.end() - from;
   for (std::size_t i = known; i < found_.size(); ++i) strayBytes_ -= found_[i].size;
 }
 

@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "toolkit/recording/FramePlaces.h"
 #include "toolkit/rescue/Leftover.h"
 
 namespace velmar::toolkit {
@@ -11,21 +12,22 @@ namespace velmar::toolkit {
 std::vector<LeftoverFrame> findPictures(const FileBytes& file, std::uint64_t from,
                                         std::uint64_t to);
 
-/// Finds frames of an img that have no record where those with a record leave room for them.
+/// Finds frames that have no record (in an rtv: no tag) where those with a record leave room for
+/// them.
 ///
-/// The frames of an unfinished file lie in it from the first to the last, those of a finished one
-/// from any frame to the last, then from the first on. So a frame's place tells its number, unless
-/// pictures are missing there as well: then those that are left get the first of the numbers in
-/// question.
+/// The frames of an rtv or of an unfinished img lie in it from the first to the last, those of a
+/// finished img from any frame to the last, then from the first on. So a frame's place tells its
+/// number, unless pictures are missing there as well: then those that are left get the first of the
+/// numbers in question.
 class UnrecordedFrames {
  public:
-  /// \param end         where frames end in the file
+  /// \param room        where frames lie in the file
   /// \param areMoved    whether the first frames lie at the end
   /// \param count       of the frames, so far
   /// \param mayGrow     whether there may be more, which had the last numbers
-  UnrecordedFrames(const FileBytes& file, std::uint64_t end, bool areMoved, std::uint64_t count,
+  UnrecordedFrames(const FileBytes& file, FilePlace room, bool areMoved, std::uint64_t count,
                    bool mayGrow)
-      : file_(file), end_(end), areMoved_(areMoved), count_(count), mayGrow_(mayGrow) {}
+      : file_(file), room_(room), areMoved_(areMoved), count_(count), mayGrow_(mayGrow) {}
 
   /// Adds them to those that have a record, in the order of the numbers and without times.
   void addTo(std::vector<LeftoverFrame>& frames);
@@ -42,7 +44,7 @@ class UnrecordedFrames {
   void takeEnd(std::uint64_t before, std::uint64_t next, std::uint64_t from);
 
   const FileBytes& file_;
-  const std::uint64_t end_;
+  const FilePlace room_;
   const bool areMoved_;
   std::uint64_t count_;
   const bool mayGrow_;

@@ -187,7 +187,7 @@ void addOptions(CLI::App& command, Options& options) {
                   [&options](const std::string& text) { options.size = parsePictureSize(text); });
   options.description.addTo(command);
   command.add_flag("--keep-damaged", options.keepDamaged,
-                   "Keep frames whose picture is cut short as well");
+                   "Keep frames whose picture is cut short or has a hole as well");
   command.add_flag("--force", options.force, "Replace an existing output");
   const std::vector<CLI::Option*> all = command.get_options();
   std::for_each(std::find(all.begin(), all.end(), output) + 1, all.end(),
