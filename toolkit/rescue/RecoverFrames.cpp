@@ -69,7 +69,8 @@ Verdict take(const Rescue& rescue, const LeftoverFrame& frame, std::string& jpeg
   if (frame.isCut || endsInZeros(jpeg)) {
     return lost("the picture is cut short (--keep-damaged keeps such)");
   }
-  if (hasHole(jpeg, frame.offset)) return lost("the picture has a hole (--keep-damaged keeps such)");
+  if (hasHole(jpeg, frame.offset))
+    return lost("the picture has a hole (--keep-damaged keeps such)");
   return {};
 }
 
