@@ -6,7 +6,6 @@
 #include "support.h"
 
 using namespace velmar::detail;
-using namespace velmar::toolkit;
 
 // With the file's own index as the journal, with a part of that, or without: an empty journal is
 // like none.

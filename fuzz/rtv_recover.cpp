@@ -1,8 +1,6 @@
 #include "Recovery.h"
 #include "support.h"
 
-using namespace velmar::toolkit;
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const TemporaryFile file("rtv.tmp");
   file.write(data, size);
