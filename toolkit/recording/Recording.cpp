@@ -15,15 +15,6 @@
 
 namespace velmar::toolkit {
 
-namespace {
-
-// The sanitizer would ask for the type information of the class, which the library hides.
-[[gnu::no_sanitize("vptr")]] TaggedVideoParser& parserOf(VelmarVideoFileReader& rtvReader) {
-  return static_cast<RtvContainerReader&>(rtvReader).parser();
-}
-
-}  // namespace
-
 bool isRecordingName(const std::string& path) {
   // A reader that is not opened touches no file.
   return makeVelmarVideoFileReader(path) != nullptr;
@@ -60,7 +51,7 @@ Recording::Recording(const std::string& path, const FileLock& /*lock*/) : path_(
       throw openFailure(path, code);
     }
   } while (!file_->hasPath());
-  if (isRtvPath(path)) parser_ = &parserOf(*reader_);
+  if (isRtvPath(path)) parser_ = &static_cast<RtvContainerReader&>(*reader_).parser();
 }
 
 const std::vector<FilePlace>& Recording::places() const {
