@@ -68,7 +68,7 @@ class Formats(unittest.TestCase):
         recorder.stdin.flush()
         journal = Path("drive.img.tmp.index")
         deadline = time.monotonic() + 10
-        while not (journal.exists() and journal.stat().st_size >= 56):
+        while not (journal.exists() and journal.stat().st_size >= 84):
             self.assertLess(time.monotonic(), deadline)
             time.sleep(0.01)
         recorder.kill()

@@ -243,14 +243,37 @@ Damage zeroTag(const Kind& kind, unsigned int tag, unsigned int from, unsigned i
   return zero(kind.headerSize + tag * kind.tagSize + from, size);
 }
 
+std::size_t recordAt(std::size_t number) { return 12 + number * 36; }  // in the journal
+
 void cutJournal(const std::string& file) {
-  std::filesystem::resize_file(file + ".index", 2 * 28 + 5);
+  std::filesystem::resize_file(file + ".index", recordAt(2) + 5);
 }
 
-void zeroJournalEnd(const std::string& file) { zero(3 * 28, 2 * 28)(file + ".index"); }
+void zeroJournalEnd(const std::string& file) { zero(recordAt(3), 2 * 36)(file + ".index"); }
+
+// Only part of a record came to the disk.
+void tearTime(const std::string& file) { zero(recordAt(2) + 4, 4)(file + ".index"); }
+
+// As version 1.0 wrote it.
+void strip(const std::string& file) {
+  const std::string journal = readFile(file + ".index");
+  std::string records;
+  for (std::size_t at = recordAt(0); at < journal.size(); at += 36)
+    records += journal.substr(at, 28);
+  writeFile(file + ".index", records);
+}
+
+// What a power cut at the end may leave: some records in the journal, some at the front.
+void splitRecords(const std::string& file) {
+  writeFile(file + ".index", readFile(file).substr(8, 3 * 28));
+  zeroTag(kImg, 0, 0, 2 * 28)(file);
+}
 
 // A frame that is said to be where a picture is, but to have no byte of it.
-void emptyRecord(const std::string& file) { zero(4 * 28 + 24, 4)(file + ".index"); }
+void emptyRecord(const std::string& file) {
+  strip(file);
+  zero(4 * 28 + 24, 4)(file + ".index");
+}
 
 void removeJournal(const std::string& file) { std::filesystem::remove(file + ".index"); }
 
@@ -283,7 +306,10 @@ std::vector<Case> casesOfImg() {
       whole(kImg, kUnfinished, cutJournal, kRate),
       whole(kImg, kUnfinished, cutJournalAndWriteTimes, kTable),
       whole(kImg, kUnfinished, zeroJournalEnd, kRate),
+      whole(kImg, kUnfinished, tearTime, kRate),
+      whole(kImg, kUnfinished, strip, kId),
       whole(kImg, kUnfinished, repeatFront, kId),
+      whole(kImg, kFinished, splitRecords, {}),
       whole(kImg, kFinished, nothing, {}),
       whole(kImg, kFinished, zero(0, 8), {}),
       whole(kImg, kFinished, cut(50), kId, "it is cut short inside"),

@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "base/Bytes.h"
+#include "base/CheckSum.h"
 #include "base/FileDescriptor.h"
 #include "base/PublishFile.h"
 #include "toolkit/base/Failure.h"
@@ -22,16 +23,10 @@ namespace velmar::toolkit {
 namespace {
 
 using namespace std::string_view_literals;
+using detail::checkSum;
 
 constexpr std::string_view kMagic = "velmar.undo\1"sv;  // ends with the version
 constexpr std::size_t kNumber = sizeof(std::uint64_t);
-
-// FNV-1a.
-std::uint64_t checkSum(std::string_view bytes) {
-  std::uint64_t sum = 0xCBF29CE484222325;
-  for (const char byte : bytes) sum = (sum ^ static_cast<unsigned char>(byte)) * 0x100000001B3;
-  return sum;
-}
 
 void append(std::string& text, std::uint64_t number) {
   const std::uint64_t stored = htonll(number);

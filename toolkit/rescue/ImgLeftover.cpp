@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <bit>
+#include <iterator>
 #include <numeric>
 #include <utility>
 
@@ -20,9 +21,21 @@ namespace {
 
 constexpr std::uint64_t kPiece = std::uint64_t{1} << 20;
 
-std::size_t wholeFrames(const std::vector<LeftoverFrame>& frames) {
-  return static_cast<std::size_t>(
-      std::count_if(frames.begin(), frames.end(), [](auto& frame) { return !frame.flaw; }));
+// The frames of the journal and of the index at the front. Of one that both have, the journal's
+// counts unless only the other leads to it.
+std::vector<LeftoverFrame> merged(const std::vector<LeftoverFrame>& journal,
+                                  const std::vector<LeftoverFrame>& front) {
+  std::vector<LeftoverFrame> frames;
+  std::merge(journal.begin(), journal.end(), front.begin(), front.end(), std::back_inserter(frames),
+             [](auto& one, auto& other) {
+               return std::make_pair(one.number, one.flaw != nullptr) <
+                      std::make_pair(other.number, other.flaw != nullptr);
+             });
+  const auto repeated = std::unique(frames.begin(), frames.end(), [](auto& one, auto& other) {
+    return one.number == other.number;
+  });
+  frames.erase(repeated, frames.end());
+  return frames;
 }
 
 // The number of frames, if the text is that of the metadata.
@@ -230,16 +243,14 @@ std::uint64_t strayBytes(const FileBytes& file, const std::vector<LeftoverFrame>
 Leftover findImgLeftover(const FileBytes& file, const LeftoverTimes& times) {
   Leftover leftover;
   std::vector<LeftoverFrame>& frames = leftover.frames;
-  frames = readJournal(file);
-  const bool hasJournal = !frames.empty();
-  std::vector<LeftoverFrame> front = readFrontIndex(file);
-  const bool isFrontBetter = wholeFrames(front) > wholeFrames(frames);
-  if (isFrontBetter) frames = std::move(front);
+  const std::vector<LeftoverFrame> journal = readJournal(file);
+  const std::vector<LeftoverFrame> front = readFrontIndex(file);
+  frames = merged(journal, front);
   const bool isRecorded = !frames.empty();
   if (!isRecorded) frames = findPictures(file, detail::kFrameIndexStart, file.size());
 
   Foot foot = readFoot(file, frames, leftover.description);
-  if (!foot.hasMetaData) leftover.undescribed = whyUndescribed(file, hasJournal);
+  if (!foot.hasMetaData) leftover.undescribed = whyUndescribed(file, !journal.empty());
   if (!isRecorded) {
     numberPictures(frames, foot.framesCount);
     checkTimesAreKnown(file, frames, times);
@@ -249,7 +260,7 @@ Leftover findImgLeftover(const FileBytes& file, const LeftoverTimes& times) {
   } else {
     const std::uint64_t end = endOf(frames, file);
     if (repeatsTheFront(file, end, frames)) foot.offset = end;
-    const bool areMoved = isFrontBetter;  // before the index is written to the front
+    const bool areMoved = !front.empty();  // before the index is written to the front
     const FilePlace room{detail::kFrameIndexStart, foot.offset - detail::kFrameIndexStart};
     UnrecordedFrames unrecorded(file, room, areMoved,
                                 foot.framesCount.value_or(frames.back().number + 1),

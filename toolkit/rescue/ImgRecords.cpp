@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "container/img/FrameIndex.h"
+#include "container/img/FrameIndexJournal.h"
 #include "toolkit/base/Failure.h"
 #include "toolkit/base/InputFile.h"
 #include "toolkit/jpeg/JpegInspector.h"
@@ -108,11 +109,15 @@ std::vector<LeftoverFrame> readJournal(const FileBytes& file) {
   } catch (const Failure&) {
     return {};  // it is a help, not a condition
   }
+  std::string_view rest = bytes;
+  const bool hasCheckSums = rest.starts_with(detail::kJournalMagic);
+  if (hasCheckSums) rest.remove_prefix(detail::kJournalMagic.size());
+  const std::size_t size = hasCheckSums ? sizeof(detail::JournalRecord) : sizeof(FrameIndex);
   RecordScan scan(file, UINT64_MAX);
-  const std::size_t count = bytes.size() / sizeof(FrameIndex);  // the last one may be cut short
-  for (std::size_t i = 0; i < count; ++i) {
-    scan.add(detail::readFrameIndex(bytes.data() + i * sizeof(FrameIndex)), i,
-             detail::kFrameIndexStart);
+  // The last one may be cut short.
+  for (std::uint64_t i = 0; rest.size() >= size; ++i, rest.remove_prefix(size)) {
+    if (hasCheckSums && !detail::get<detail::JournalRecord>(rest.data()).isWhole()) continue;
+    scan.add(detail::readFrameIndex(rest.data()), i, detail::kFrameIndexStart);
   }
   return std::move(scan.frames());
 }

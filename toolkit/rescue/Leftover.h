@@ -63,7 +63,7 @@ struct LeftoverTimes {
   std::vector<FrameTimes> times;  ///< in recording order
 };
 
-/// Takes the frames from the index journal beside the file, or from the index at its front if the
+/// Takes the frames from the index journal beside the file and from the index at its front, if the
 /// recorder came to write that; what neither has is found by following the JPEGs from marker to
 /// marker, where the others leave room for it. Throws Failure if the file cannot be read or times
 /// are needed and not given.

@@ -2,18 +2,38 @@
 #define VELMAR_IMG_FRAME_INDEX_JOURNAL_H
 
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "base/CheckSum.h"
 #include "base/FileDescriptor.h"
 #include "container/img/FrameIndex.h"
 
 namespace velmar::detail {
 
+/// What a journal begins with; the last byte is the version. Recorders of version 1.0 wrote the
+/// records of the index alone.
+constexpr std::string_view kJournalMagic("velmar.jrnl\1", 12);
+
+/// A record of a journal, 36 bytes as in the file.
+struct __attribute__((packed)) JournalRecord {
+  FrameIndex record;       ///< big-endian
+  std::uint64_t checkSum;  ///< of the record's bytes, big-endian
+
+  static JournalRecord of(const FrameIndex& record) {
+    const std::string_view bytes(reinterpret_cast<const char*>(&record), sizeof record);
+    return {record, htonll(detail::checkSum(bytes))};
+  }
+  /// Whether all of it came to the disk.
+  bool isWhole() const { return checkSum == of(record).checkSum; }
+};
+static_assert(sizeof(JournalRecord) == 36);
+
 /// Keeps the index of a running recording in a file of its own, since an "img" file gets its index
 /// only when it is finished. If the recorder is killed, its frames are recovered with the journal.
 ///
-/// The journal holds the records in the form of the index, one behind the other. A recording does
-/// not depend on it: a journal that cannot be written is given up, and the recording goes on.
+/// A recording does not depend on its journal: one that cannot be written is given up, and the
+/// recording goes on.
 class FrameIndexJournal {
  public:
   explicit FrameIndexJournal(const std::string& path);
@@ -35,7 +55,8 @@ class FrameIndexJournal {
   void remove();
 
  private:
-  static FileDescriptor create(const std::string& path);
+  bool create(const std::string& path);
+  bool write(const std::vector<FrameIndex>& records);
   void giveUp();
 
   const std::string path_;

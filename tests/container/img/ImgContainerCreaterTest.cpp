@@ -25,7 +25,10 @@ void expectFrames(const std::string& file, const std::string& records,
 
 // A recording that is not finished.
 void expectJournal(const std::string& path, const std::vector<TestFrame>& frames) {
-  expectFrames(readFile(path + ".tmp"), readFile(path + ".tmp.index"), frames);
+  const std::string journal = readFile(path + ".tmp.index");
+  std::string records;
+  for (std::size_t at = 12; at < journal.size(); at += 36) records += journal.substr(at, 28);
+  expectFrames(readFile(path + ".tmp"), records, frames);
 }
 
 TEST(ImgCreater, PutsTheIndexInThePlaceOfTheFirstFrames) {
