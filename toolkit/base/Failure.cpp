@@ -28,7 +28,8 @@ VELMAR_ERROR_CODE_E codeOfCause(int cause) {
 
 Failure::Failure(const std::string& file, const std::string& words, VELMAR_ERROR_CODE_E code)
     : std::runtime_error(file + ": " + words + " (" + errorCode2String(code) + ")"),
-      wordsAt_(file.size() + 2) {}
+      wordsAt_(file.size() + kSeparator),
+      code_(code) {}
 
 Failure::Failure(const std::string& file, VELMAR_ERROR_CODE_E code)
     : Failure(file, plainWords(code), code) {}

@@ -22,11 +22,16 @@ class Failure : public std::runtime_error {
   /// The same for a file that could not be created.
   static Failure ofCreation(const std::string& file, int cause);
 
+  /// The file, as what() has it.
+  std::string file() const { return {what(), wordsAt_ - kSeparator}; }
   /// what() without the file.
   std::string words() const { return what() + wordsAt_; }
+  VELMAR_ERROR_CODE_E code() const { return code_; }
 
  private:
+  static constexpr std::size_t kSeparator = 2;  // ": "
   std::size_t wordsAt_;
+  VELMAR_ERROR_CODE_E code_;
 };
 
 /// What is asked for cannot be, whatever the files hold.

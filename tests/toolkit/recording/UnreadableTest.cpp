@@ -112,7 +112,7 @@ TEST_P(UnreadableBytes, IndexIsAFailure) {
 
 TEST_P(UnreadableBytes, EndOfAFileThatBecomesShorterIsNamed) {
   damage = {0, 0};
-  PictureSource source(path_, {PictureForm::Kind::Pnm});
+  PictureSource source(path_, {{}, PictureForm::Kind::Pnm});
   const Recording& recording = source.recording();
   std::filesystem::resize_file(path_, recording.places()[3].offset + 100);
   std::string bytes;

@@ -1,10 +1,10 @@
 #include <unistd.h>
 
-#include "program/OutputGuard.h"
 #include "program/SelectionOptions.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
 #include "toolkit/recording/FrameLosses.h"
+#include "toolkit/recording/OutputGuard.h"
 
 namespace velmar::tool {
 

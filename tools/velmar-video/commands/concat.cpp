@@ -1,8 +1,8 @@
 #include <algorithm>
 
-#include "program/OutputGuard.h"
 #include "program/Tool.h"
 #include "toolkit/editing/Concatenation.h"
+#include "toolkit/recording/OutputGuard.h"
 
 namespace velmar::tool {
 

@@ -1,8 +1,8 @@
 #include "program/DescriptionOptions.h"
-#include "program/OutputGuard.h"
 #include "program/Tool.h"
 #include "toolkit/editing/Conversion.h"
 #include "toolkit/editing/CopyFrames.h"
+#include "toolkit/recording/OutputGuard.h"
 #include "toolkit/text/Joined.h"
 
 namespace velmar::tool {

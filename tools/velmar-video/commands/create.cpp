@@ -4,11 +4,11 @@
 #include <chrono>
 
 #include "program/DescriptionOptions.h"
-#include "program/OutputGuard.h"
 #include "program/Tool.h"
 #include "toolkit/editing/RecordFiles.h"
 #include "toolkit/editing/RecordStream.h"
 #include "toolkit/jpeg/FrameInput.h"
+#include "toolkit/recording/OutputGuard.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/tables/FrameColumns.h"
 #include "toolkit/tables/TagsCsv.h"

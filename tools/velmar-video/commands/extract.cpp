@@ -1,9 +1,9 @@
 #include <map>
 
-#include "program/OutputGuard.h"
 #include "program/SelectionOptions.h"
 #include "program/Tool.h"
 #include "toolkit/editing/Extraction.h"
+#include "toolkit/recording/OutputGuard.h"
 
 namespace velmar::tool {
 

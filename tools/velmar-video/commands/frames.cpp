@@ -1,10 +1,10 @@
 #include <unistd.h>
 
-#include "program/OutputGuard.h"
 #include "program/SelectionOptions.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
 #include "toolkit/base/OutputFile.h"
+#include "toolkit/recording/OutputGuard.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/tables/FrameLine.h"
 #include "toolkit/tables/Track.h"

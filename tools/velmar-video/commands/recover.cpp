@@ -1,13 +1,14 @@
 #include <algorithm>
 
 #include "program/DescriptionOptions.h"
-#include "program/OutputGuard.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
 #include "toolkit/base/UndoFile.h"
 #include "toolkit/recording/OpenFailure.h"
+#include "toolkit/recording/OutputGuard.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/rescue/RecoverFrames.h"
+#include "toolkit/rescue/Recovery.h"
 #include "toolkit/tables/FrameColumns.h"
 #include "toolkit/tables/TimesCsv.h"
 #include "toolkit/text/PrintableText.h"
@@ -36,45 +37,17 @@ LeftoverTimes timesOf(const Options& options, Job& job) {
   return times;
 }
 
-// What the options say, else what the file says. What neither does is lost.
-RecordingDescription describe(const Options& options, const Leftover& leftover,
-                              detail::JpegSize firstSize, Job& job) {
-  RecordingDescription description = leftover.description;
-  options.description.change(description, options.output, job);
-  if (options.startTime) description.startTime = *options.startTime;
-  const bool isDescribed = leftover.undescribed.empty();
-  if (!isDescribed || options.size) description.setSize(options.size.value_or(firstSize));
-  if (isDescribed) return description;
-  job.note(options.input, leftover.undescribed + "; a new header is made of what the options give");
-  if (isRtvPath(options.output) && !options.startTime) {
-    job.lose(options.input, "the start time is not known; edit --start-time sets it");
-  }
-  if (description.deviceId.empty()) {
-    job.lose(options.input, "the device id is not known; edit --device-id sets it");
-  }
-  return description;
-}
-
-void showResult(const Options& options, unsigned int kept, const Leftover& leftover) {
+void showResult(const Options& options, const Recovered& recovered) {
   StandardOutput output;
-  output.write(printable(options.output) + ": " + std::to_string(kept) + " of " +
-               std::to_string(leftover.framesCount) + " frames recovered\n");
+  output.write(printable(options.output) + ": " + std::to_string(recovered.frames) + " of " +
+               std::to_string(recovered.framesCount) + " frames recovered\n");
   output.flush();
-}
-
-// By its name; a temporary file ends in more than that.
-void checkContainer(const Options& options) {
-  std::string name = options.input;
-  if (name.ends_with(".tmp")) name.resize(name.size() - 4);
-  if (!name.ends_with(isRtvPath(options.output) ? ".img" : ".rtv")) return;
-  throw Failure(options.output, "it is of another container than " + options.input,
-                VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
 }
 
 // The files that are read must not be written.
 ReservedOutput reserveOutput(const Options& options) {
   checkExtension(options.output);
-  checkContainer(options);
+  checkLeftoverName(options.input, options.output);
   std::vector<std::string> inputs = options.description.inputs();
   inputs.insert(inputs.end(), {options.input, options.input + ".index"});
   if (!options.timesFile.empty()) inputs.push_back(options.timesFile);
@@ -101,40 +74,19 @@ ExitStatus undoInterruptedEdit(const std::string& file) {
   return ExitStatus::Done;
 }
 
-// Half an edit must not get into the output.
-void checkNotHalfEdited(const std::string& file) {
-  if (pathFailure(file)) return;  // there is no such edit of a temporary file
-  const FileLock lock(file, FileLock::Kind::Read);
-  const UndoState state = undoState(file);
-  if (state != UndoState::Pending) return;
-  throw Failure(file, undoWords(file, state), VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
-}
-
 ExitStatus recover(const Options& options, CommandJob& job) {
   if (options.output.empty()) return undoInterruptedEdit(options.input);
   const ReservedOutput reserved = reserveOutput(options);
-  checkNotHalfEdited(options.input);
-  const FileBytes file(options.input, Unreadable::AsZeros);
-  const Leftover leftover =
-      isRtvPath(options.output)
-          ? findRtvLeftover(file, options.description.rtvVersion.version(options.output))
-          : findImgLeftover(file, timesOf(options, job));
-  const Rescue rescue{file, leftover, options.keepDamaged};
-  const auto size = firstSize(rescue);
-  if (!size) {
-    throw Failure(options.input,
-                  "no frame can be recovered from it as from an " +
-                      std::string(isRtvPath(options.output) ? "rtv" : "img"),
-                  VELMAR_ERROR_CODE_ALL_IMAGES_CORRUPTED_E);
-  }
-  const auto description = describe(options, leftover, *size, job);
-  const unsigned int kept = recoverFrames(rescue, options.output, description, job);
-  if (leftover.strayBytes > 0) {
-    job.lose(options.input, std::to_string(leftover.strayBytes) +
-                                " bytes belong to no whole frame, perhaps the one that was "
-                                "being added");
-  }
-  showResult(options, kept, leftover);
+  RecoveryRequest request{options.input, options.output};
+  request.times = timesOf(options, job);
+  request.version = options.description.rtvVersion.version(options.output);
+  request.startTime = options.startTime;
+  request.size = options.size;
+  request.keepDamaged = options.keepDamaged;
+  request.describe = [&](RecordingDescription& description) {
+    options.description.change(description, options.output, job);
+  };
+  showResult(options, recoverRecording(request, job));
   return job.status();
 }
 

@@ -1,4 +1,4 @@
-#include "program/OutputGuard.h"
+#include "toolkit/recording/OutputGuard.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -9,13 +9,12 @@
 #include <utility>
 
 #include "base/FileDescriptor.h"
-#include "program/Toolkit.h"
 #include "toolkit/base/Failure.h"
 #include "toolkit/base/FileKind.h"
 #include "toolkit/base/LockHolder.h"
 #include "toolkit/recording/RecordingDescription.h"
 
-namespace velmar::tool {
+namespace velmar::toolkit {
 
 namespace {
 
@@ -108,4 +107,4 @@ void checkStandardOutput(const std::string& input) {
   }
 }
 
-}  // namespace velmar::tool
+}  // namespace velmar::toolkit

@@ -1,11 +1,11 @@
 /// Refuses outputs that would destroy something, before anything is written.
-#ifndef VELMAR_TOOL_OUTPUT_GUARD_H
-#define VELMAR_TOOL_OUTPUT_GUARD_H
+#ifndef VELMAR_TOOLKIT_OUTPUT_GUARD_H
+#define VELMAR_TOOLKIT_OUTPUT_GUARD_H
 
 #include <string>
 #include <vector>
 
-namespace velmar::tool {
+namespace velmar::toolkit {
 
 /// Throws Failure if a file that is written must not be: one that exists, unless `force` is given,
 /// one that is no regular file, and one that is among `inputs` ("-" is standard input) under
@@ -29,6 +29,6 @@ class ReservedOutput {
 /// Throws Failure if standard output goes into `input`.
 void checkStandardOutput(const std::string& input);
 
-}  // namespace velmar::tool
+}  // namespace velmar::toolkit
 
 #endif

@@ -1,0 +1,74 @@
+#include "toolkit/rescue/Recovery.h"
+
+#include "toolkit/base/Failure.h"
+#include "toolkit/base/FileLock.h"
+#include "toolkit/base/UndoFile.h"
+#include "toolkit/recording/OpenFailure.h"
+#include "toolkit/rescue/RecoverFrames.h"
+
+namespace velmar::toolkit {
+
+namespace {
+
+// Half an edit must not get into the output.
+void checkNotHalfEdited(const std::string& file) {
+  if (pathFailure(file)) return;  // there is no such edit of a temporary file
+  const FileLock lock(file, FileLock::Kind::Read);
+  const UndoState state = undoState(file);
+  if (state != UndoState::Pending) return;
+  throw Failure(file, undoWords(file, state), VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
+}
+
+// What the request says, else what the file says. What neither does is lost.
+RecordingDescription describe(const RecoveryRequest& request, const Leftover& leftover,
+                              detail::JpegSize firstSize, Job& job) {
+  RecordingDescription description = leftover.description;
+  if (request.describe) request.describe(description);
+  if (request.startTime) description.startTime = *request.startTime;
+  const bool isDescribed = leftover.undescribed.empty();
+  if (!isDescribed || request.size) description.setSize(request.size.value_or(firstSize));
+  if (isDescribed) return description;
+  job.note(request.input, leftover.undescribed + "; a new header is made of what the options give");
+  if (isRtvPath(request.output) && !request.startTime) {
+    job.lose(request.input, "the start time is not known; edit --start-time sets it");
+  }
+  if (description.deviceId.empty()) {
+    job.lose(request.input, "the device id is not known; edit --device-id sets it");
+  }
+  return description;
+}
+
+}  // namespace
+
+void checkLeftoverName(const std::string& input, const std::string& output) {
+  std::string name = input;
+  if (name.ends_with(".tmp")) name.resize(name.size() - 4);
+  if (!name.ends_with(isRtvPath(output) ? ".img" : ".rtv")) return;
+  throw Failure(output, "it is of another container than " + input,
+                VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+}
+
+Recovered recoverRecording(const RecoveryRequest& request, Job& job) {
+  checkNotHalfEdited(request.input);
+  const FileBytes file(request.input, Unreadable::AsZeros);
+  const Leftover leftover = isRtvPath(request.output) ? findRtvLeftover(file, request.version)
+                                                      : findImgLeftover(file, request.times);
+  const Rescue rescue{file, leftover, request.keepDamaged};
+  const auto size = firstSize(rescue);
+  if (!size) {
+    throw Failure(request.input,
+                  "no frame can be recovered from it as from an " +
+                      std::string(isRtvPath(request.output) ? "rtv" : "img"),
+                  VELMAR_ERROR_CODE_ALL_IMAGES_CORRUPTED_E);
+  }
+  const auto description = describe(request, leftover, *size, job);
+  const unsigned int kept = recoverFrames(rescue, request.output, description, job);
+  if (leftover.strayBytes > 0) {
+    job.lose(request.input, std::to_string(leftover.strayBytes) +
+                                " bytes belong to no whole frame, perhaps the one that was "
+                                "being added");
+  }
+  return {kept, leftover.framesCount};
+}
+
+}  // namespace velmar::toolkit
