@@ -46,6 +46,8 @@ class FileBytes {
   std::string tryRead(const FilePlace& place, std::string& bytes) const;
   /// Whether the path leads to this file still. It does not if another has got its name.
   bool hasPath() const;
+  /// For maps of the file.
+  int descriptor() const { return file_.get(); }
 
  private:
   void readBlocks(std::uint64_t offset, std::string& bytes) const;

@@ -1,0 +1,112 @@
+#include "core/Arrays.h"
+
+#include <cstring>
+
+#include "toolkit/tables/FrameColumns.h"
+#include "toolkit/tables/Track.h"
+
+namespace py = pybind11;
+
+namespace velmar::python {
+
+namespace {
+
+struct __attribute__((packed)) StoredTag {
+  std::int32_t x, y, z;
+  std::uint32_t relativeDistance;
+  std::uint16_t speed, direction;
+};
+
+py::dtype tagType() {
+  using namespace py::literals;
+  return py::dtype(py::make_tuple("x", "y", "z", "relative_distance", "speed", "direction"),
+                   py::make_tuple("<i4", "<i4", "<i4", "<u4", "<u2", "<u2"),
+                   py::make_tuple(0, 4, 8, 12, 16, 18), sizeof(StoredTag));
+}
+
+std::vector<toolkit::FrameTag> readTags(const SharedRecording& recording) {
+  const py::gil_scoped_release release;
+  const std::lock_guard lock(recording.mutex());
+  std::vector<toolkit::FrameTag> tags;
+  const unsigned int count = recording.recording().framesCount();
+  tags.reserve(count);
+  for (unsigned int i = 0; i < count; ++i) tags.push_back(recording.recording().tag(i));
+  return tags;
+}
+
+const char* typeOf(CanFieldType type) {
+  switch (type) {
+    case CanFieldType::Float:
+      return "f4";
+    case CanFieldType::Unsigned8:
+      return "u1";
+    case CanFieldType::Unsigned16:
+      return "u2";
+    default:
+      return "u4";
+  }
+}
+
+}  // namespace
+
+py::array_t<std::int64_t> timesOf(const SharedRecording& recording) {
+  const unsigned int count = recording.recording().framesCount();
+  py::array_t<std::int64_t> times({std::size_t{count}, std::size_t{2}});
+  std::int64_t* out = times.mutable_data();
+  const py::gil_scoped_release release;
+  const std::lock_guard lock(recording.mutex());
+  for (unsigned int i = 0; i < count; ++i) {
+    const toolkit::FrameTimes each = recording.recording().times(i);
+    *out++ = static_cast<std::int64_t>(each.sensor);
+    *out++ = static_cast<std::int64_t>(each.arrived);
+  }
+  return times;
+}
+
+py::array tagsOf(const SharedRecording& recording) {
+  const auto tags = readTags(recording);
+  py::array array(tagType(), tags.size());
+  auto* out = static_cast<StoredTag*>(array.mutable_data());
+  for (const toolkit::FrameTag& tag : tags) {
+    *out++ = {tag.x, tag.y, tag.z, tag.relativeDistance, tag.speed, tag.direction};
+  }
+  return array;
+}
+
+py::array_t<double> positionsOf(const SharedRecording& recording) {
+  static std::mutex oneTrackAtATime;
+  const auto tags = readTags(recording);
+  py::array_t<double> positions({tags.size(), std::size_t{3}});
+  double* out = positions.mutable_data();
+  const py::gil_scoped_release release;
+  const std::lock_guard lock(oneTrackAtATime);
+  const toolkit::Track track(recording.recording());
+  for (const toolkit::FrameTag& tag : tags) {
+    const toolkit::Place place = track.at(tag);
+    *out++ = place.lng;
+    *out++ = place.lat;
+    *out++ = place.alt;
+  }
+  return positions;
+}
+
+py::dict signalsOf(const SharedRecording& recording) {
+  const auto tags = readTags(recording);
+  py::dict signals;
+  for (const CanField& field : toolkit::canSignals()) {
+    py::array values(py::dtype(typeOf(field.type)), tags.size());
+    py::array_t<bool> absent(tags.size());
+    auto* out = static_cast<unsigned char*>(values.mutable_data());
+    bool* mask = absent.mutable_data();
+    for (const toolkit::FrameTag& tag : tags) {
+      std::memcpy(out, reinterpret_cast<const unsigned char*>(&tag.can) + field.offset,
+                  field.size());
+      out += field.size();
+      *mask++ = canFieldIsAbsent(tag.can, field);
+    }
+    signals[field.name] = py::make_tuple(values, absent);
+  }
+  return signals;
+}
+
+}  // namespace velmar::python

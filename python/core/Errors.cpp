@@ -1,0 +1,48 @@
+#include "core/Errors.h"
+
+#include <pybind11/pybind11.h>
+
+#include "toolkit/base/Failure.h"
+
+namespace py = pybind11;
+
+namespace velmar::python {
+
+namespace {
+
+// The package has the classes, since they derive from Python's own.
+void raise(const std::string& words, VELMAR_ERROR_CODE_E code, const std::string& path,
+           const py::object& index) {
+  const py::object error = py::module_::import("velmar_video._errors")
+                               .attr("make_error")(words, errorCode2String(code), path, index);
+  PyErr_SetObject(py::type::of(error).ptr(), error.ptr());
+}
+
+}  // namespace
+
+void registerErrors() {
+  py::register_exception_translator([](std::exception_ptr thrown) {
+    try {
+      std::rethrow_exception(thrown);
+    } catch (const FrameError& error) {
+      raise("frame " + std::to_string(error.index) + ": " + error.flaw.words, error.flaw.code,
+            error.path, py::int_(error.index));
+    } catch (const toolkit::Failure& failure) {
+      raise(failure.words(), failure.code(), failure.file(), py::none());
+    } catch (const toolkit::UsageError& error) {
+      raise(error.what(), VELMAR_ERROR_CODE_INVALID_PARAMETER_E, "", py::none());
+    }
+  });
+}
+
+void throwFrame(const std::string& path, unsigned int index, const toolkit::FrameFlaw& flaw) {
+  throw FrameError{path, index, flaw};
+}
+
+void throwUsage(const std::string& words) { throw toolkit::UsageError(words); }
+
+void throwClosed(const std::string& path) {
+  throw toolkit::Failure(path, "it is closed", VELMAR_ERROR_CODE_NOT_INIT_E);
+}
+
+}  // namespace velmar::python

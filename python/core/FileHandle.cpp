@@ -1,0 +1,194 @@
+#include "core/FileHandle.h"
+
+#include <pybind11/stl.h>
+
+#include <map>
+
+#include "core/Arrays.h"
+#include "core/Errors.h"
+
+namespace py = pybind11;
+
+namespace velmar::python {
+
+namespace {
+
+const std::map<std::string, VELMAR_FORMAT_E> kFormats = {{"rgb", VELMAR_FORMAT_RGB_E},
+                                                         {"bgr", VELMAR_FORMAT_BGR_E},
+                                                         {"gray", VELMAR_FORMAT_GRAY_E}};
+const std::map<std::string, SCALE_FACTOR_E> kScales = {{"1", SCALE_FACTOR_1_1_E},
+                                                       {"1/2", SCALE_FACTOR_1_2_E},
+                                                       {"1/4", SCALE_FACTOR_1_4_E},
+                                                       {"1/8", SCALE_FACTOR_1_8_E}};
+
+template <typename Value>
+Value named(const std::map<std::string, Value>& values, const std::string& name,
+            const std::string& what) {
+  const auto found = values.find(name);
+  if (found != values.end()) return found->second;
+  std::string all;
+  for (const auto& [each, value] : values) all += (all.empty() ? "" : ", ") + each;
+  throwUsage("there is no " + what + " \"" + name + "\"; there are: " + all);
+}
+
+toolkit::PixelForm formOf(const std::string& format, const std::string& scale, long top,
+                          long bottom) {
+  if (std::min(top, bottom) < 0 || std::max(top, bottom) > UINT16_MAX) {
+    throwUsage("the numbers of rows to crop are 0 to 65535");
+  }
+  return {named(kFormats, format, "format"), named(kScales, scale, "scale"),
+          static_cast<unsigned short>(top), static_cast<unsigned short>(bottom)};
+}
+
+std::vector<py::ssize_t> shapeOf(const detail::ImageGeometry& geometry) {
+  return {geometry.rows(), geometry.width, geometry.bytesPerPixel};
+}
+
+std::string toText(const std::vector<py::ssize_t>& shape) {
+  std::string text;
+  for (const py::ssize_t each : shape) text += (text.empty() ? "" : ", ") + std::to_string(each);
+  return "(" + text + ")";
+}
+
+// The pixels of an array that decoded pictures fill from its first byte to its last.
+std::uint8_t* pixelsOf(const py::array& out, const std::vector<py::ssize_t>& shape) {
+  const bool hasShape = out.ndim() == static_cast<py::ssize_t>(shape.size()) &&
+                        std::equal(shape.begin(), shape.end(), out.shape());
+  if (!hasShape || !out.dtype().is(py::dtype::of<std::uint8_t>())) {
+    throwUsage("out has to be an array of uint8 with the shape " + toText(shape));
+  }
+  if ((out.flags() & py::array::c_style) == 0) throwUsage("out has to be C-contiguous");
+  if (!out.writeable()) throwUsage("out is read-only");
+  return static_cast<std::uint8_t*>(const_cast<void*>(out.data()));
+}
+
+py::object startPosition(const SharedRecording& recording) {
+  TaggedVideoParser* const parser = recording.recording().parser();
+  if (parser == nullptr) return py::none();
+  double lat = 0;
+  double lng = 0;
+  double alt = 0;
+  parser->getStdPosition(lat, lng, alt);
+  return py::make_tuple(lng, lat, alt);
+}
+
+}  // namespace
+
+py::buffer_info FrameBytes::buffer() const {
+  return {const_cast<char*>(bytes.data()),
+          1,
+          py::format_descriptor<std::uint8_t>::format(),
+          1,
+          {static_cast<py::ssize_t>(bytes.size())},
+          {1},
+          true};
+}
+
+FileHandle::FileHandle(const std::string& path) : path_(path) {
+  const py::gil_scoped_release release;
+  recording_ = std::make_shared<SharedRecording>(path);
+}
+
+void FileHandle::close() {
+  std::shared_ptr<SharedRecording> last;
+  const std::lock_guard lock(mutex_);
+  last.swap(recording_);
+}
+
+std::shared_ptr<SharedRecording> FileHandle::get() const {
+  const std::lock_guard lock(mutex_);
+  return recording_;
+}
+
+std::shared_ptr<SharedRecording> FileHandle::opened() const {
+  auto recording = get();
+  if (!recording) throwClosed(path_);
+  return recording;
+}
+
+py::dict FileHandle::facts() const {
+  const auto recording = opened();
+  const toolkit::RecordingDescription& description = recording->description();
+  VELMAR_VERSION_E version{};
+  recording->recording().reader().getVersion(version);
+  py::dict facts;
+  facts["container"] = recording->recording().isRtv() ? "rtv" : "img";
+  facts["version"] = velmarVersion2String(version);
+  facts["width"] = description.width;
+  facts["height"] = description.height;
+  facts["device_id"] = py::bytes(description.deviceId);
+  facts["undistorted"] = description.undistorted;
+  facts["start_time"] = description.startTime;
+  facts["start_position"] = startPosition(*recording);
+  facts["camera_params"] = description.cameraParams;
+  facts["extended_info"] = description.extendedInfo;
+  facts["frames"] = recording->recording().framesCount();
+  facts["has_signals"] =
+      recording->recording().isRtv() && description.version == RTV_VER_04;
+  return facts;
+}
+
+py::array FileHandle::times() const { return timesOf(*opened()); }
+py::array FileHandle::tags() const { return tagsOf(*opened()); }
+py::array FileHandle::positions() const { return positionsOf(*opened()); }
+py::dict FileHandle::signals() const { return signalsOf(*opened()); }
+
+py::tuple FileHandle::shape(const std::string& format, const std::string& scale, long top,
+                            long bottom) const {
+  return py::tuple(py::cast(shapeOf(opened()->geometry(formOf(format, scale, top, bottom)))));
+}
+
+void FileHandle::decode(unsigned int index, const std::string& format, const std::string& scale,
+                        long top, long bottom, const py::array& out) const {
+  const auto recording = opened();
+  const toolkit::PixelForm form = formOf(format, scale, top, bottom);
+  std::uint8_t* const pixels = pixelsOf(out, shapeOf(recording->geometry(form)));
+  toolkit::FrameFlaw flaw;
+  {
+    const py::gil_scoped_release release;
+    flaw = recording->decode(index, form, pixels);
+  }
+  if (flaw) throwFrame(path_, index, flaw);
+}
+
+std::vector<std::size_t> FileHandle::decodeMany(const std::vector<unsigned int>& indices,
+                                                const std::string& format,
+                                                const std::string& scale, long top, long bottom,
+                                                const py::array& out, unsigned int threads,
+                                                bool masks) const {
+  const auto recording = opened();
+  const toolkit::PixelForm form = formOf(format, scale, top, bottom);
+  std::vector<py::ssize_t> shape = shapeOf(recording->geometry(form));
+  shape.insert(shape.begin(), static_cast<py::ssize_t>(indices.size()));
+  std::uint8_t* const pixels = pixelsOf(out, shape);
+  std::vector<std::pair<std::size_t, toolkit::FrameFlaw>> flaws;
+  {
+    const py::gil_scoped_release release;
+    flaws = python::decodeMany(*recording, indices, form, threads, !masks, pixels);
+  }
+  if (!masks && !flaws.empty()) {
+    throwFrame(path_, indices[flaws.front().first], flaws.front().second);
+  }
+  std::vector<std::size_t> places;
+  for (const auto& [place, flaw] : flaws) places.push_back(place);
+  return places;
+}
+
+py::bytes FileHandle::jpeg(unsigned int index) const {
+  const auto recording = opened();
+  std::string bytes;
+  {
+    const py::gil_scoped_release release;
+    bytes = recording->jpeg(index);
+  }
+  return bytes;
+}
+
+py::object FileHandle::jpegView(unsigned int index) const {
+  auto recording = opened();
+  const std::string_view bytes = recording->mappedJpeg(index);
+  const py::object exporter = py::cast(FrameBytes{std::move(recording), bytes});
+  return py::reinterpret_steal<py::object>(PyMemoryView_FromObject(exporter.ptr()));
+}
+
+}  // namespace velmar::python

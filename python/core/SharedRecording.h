@@ -1,0 +1,68 @@
+#ifndef VELMAR_PYTHON_SHARED_RECORDING_H
+#define VELMAR_PYTHON_SHARED_RECORDING_H
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "base/FileDescriptor.h"
+#include "base/MemoryMap.h"
+#include "toolkit/recording/FramePixels.h"
+#include "toolkit/recording/Recording.h"
+
+namespace velmar::python {
+
+/// A frame that cannot be had.
+struct FrameError {
+  std::string path;
+  unsigned int index;
+  toolkit::FrameFlaw flaw;
+};
+
+/// An open recording for several threads. Decoders are kept for the next frame of the same form.
+class SharedRecording {
+ public:
+  /// Throws toolkit::Failure.
+  explicit SharedRecording(const std::string& path);
+
+  const toolkit::Recording& recording() const { return recording_; }
+  const toolkit::RecordingDescription& description() const { return description_; }
+  /// For calls that are not for several threads.
+  std::mutex& mutex() const { return mutex_; }
+
+  /// Throws toolkit::Failure if the form leaves nothing of the pictures.
+  detail::ImageGeometry geometry(const toolkit::PixelForm& form);
+  toolkit::FrameFlaw decode(unsigned int index, const toolkit::PixelForm& form,
+                            std::uint8_t* pixels);
+  /// Throws FrameError.
+  std::string jpeg(unsigned int index) const;
+  /// The frame's bytes in a map of the file, which lives as long as this. Throws FrameError.
+  std::string_view mappedJpeg(unsigned int index);
+
+ private:
+  struct Decoder {
+    toolkit::PixelForm form;
+    std::unique_ptr<toolkit::FramePixels> pixels;
+  };
+
+  Decoder take(const toolkit::PixelForm& form);
+  void giveBack(Decoder decoder);
+
+  toolkit::Recording recording_;
+  toolkit::RecordingDescription description_;
+  mutable std::mutex mutex_;
+  std::vector<Decoder> idle_;
+  std::once_flag mapped_;
+  detail::MemoryMap map_;
+};
+
+/// Decodes frames one behind the other into `pixels`, `threads` at a time.
+/// \return the flaws of those that cannot be had, which are zeros then
+std::vector<std::pair<std::size_t, toolkit::FrameFlaw>> decodeMany(
+    SharedRecording& recording, const std::vector<unsigned int>& frames,
+    const toolkit::PixelForm& form, unsigned int threads, bool stopsAtFlaw, std::uint8_t* pixels);
+
+}  // namespace velmar::python
+
+#endif

@@ -1,0 +1,76 @@
+"""The exceptions of velmar_video."""
+
+from __future__ import annotations
+
+from typing import Optional
+
+
+class Error(Exception):
+    """Work on a recording that cannot be done.
+
+    Where one of Python's own exceptions fits, the error is one of these, too: FileNotFoundError,
+    FileExistsError, PermissionError, IndexError or ValueError.
+    """
+
+    #: Name of the library's error code, such as "VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E".
+    code: str
+    #: The file, as it was named; empty if it is about none.
+    path: str
+    #: Number of the frame in its recording, if it is about one.
+    index: Optional[int]
+
+    def __init__(self, words: str, code: str = "", path: str = "", index: Optional[int] = None):
+        super().__init__(f"{path}: {words}" if path else words)
+        self.words = words
+        self.code = code
+        self.path = path
+        self.index = index
+
+    def __str__(self) -> str:  # OSError and KeyError have their own
+        return str(self.args[0]) if self.args else ""
+
+    def __reduce__(self) -> tuple[object, ...]:
+        return type(self), (self.words, self.code, self.path, self.index)
+
+
+class _NotFoundError(Error, FileNotFoundError):
+    pass
+
+
+class _ExistsError(Error, FileExistsError):
+    pass
+
+
+class _PermissionError(Error, PermissionError):
+    pass
+
+
+class _RangeError(Error, IndexError):
+    pass
+
+
+class _UsageError(Error, ValueError):
+    pass
+
+
+class ClosedError(Error, ValueError):
+    """A recording, writer or edit that is used after it was closed."""
+
+
+_CLASSES: dict[str, type[Error]] = {
+    "VELMAR_ERROR_CODE_FILE_NOT_EXIST_E": _NotFoundError,
+    "VELMAR_ERROR_CODE_STATUS_FILE_CANNOT_READ_E": _PermissionError,
+    "VELMAR_ERROR_CODE_OUT_RANGE_E": _RangeError,
+    "VELMAR_ERROR_CODE_INVALID_PARAMETER_E": _UsageError,
+    "VELMAR_ERROR_CODE_COLOR_FORMAT_NOT_SUPPROT_E": _UsageError,
+    "VELMAR_ERROR_CODE_NOT_INIT_E": ClosedError,
+}
+
+
+def make_error(words: str, code: str, path: str, index: Optional[int]) -> Error:
+    """The exception for a failure of the toolkit."""
+    kind = _CLASSES.get(code, Error)
+    if "it is already there" in words:
+        kind = _ExistsError
+        words = words.replace("--force replaces it", "overwrite=True replaces it")
+    return kind(words, code, path, index)
