@@ -169,7 +169,12 @@ void putBack(const std::string& path, const Undo& undo, const FileLock& lock) {
                     return file.writeAt(old.bytes.data(), old.bytes.size(), old.offset);
                   }) &&
       ::ftruncate(file.get(), static_cast<off_t>(undo.size)) == 0;
-  if (!isBack) throw Failure::ofSystem(path, "cannot undo the interrupted edit", errno);
+  if (!isBack) {
+    throw Failure::ofSystem(path,
+                            "the edit is half done and cannot be undone now; velmar-video recover "
+                            "with this file alone undoes it",
+                            errno);
+  }
   lock.sync();
 }
 
@@ -212,18 +217,21 @@ void keepForUndo(const std::string& path, const EditedPlaces& places) {
   const detail::FileDescriptor file(beside, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
   if (!file.isOpen()) throw Failure::ofCreation(beside, errno);
   // Whoever reads the recording has to find out, whatever the umask is.
+  int cause = 0;
   if (::fchmod(file.get(), mode) != 0 || !file.write(text.data(), text.size()) || !file.sync()) {
-    const int cause = errno;
-    ::unlink(beside.c_str());
-    throw Failure::ofSystem(beside, "cannot write it", cause);
+    cause = errno;
+  } else {
+    cause = detail::syncName(beside);
   }
-  detail::syncName(beside);
+  if (cause == 0) return;
+  ::unlink(beside.c_str());
+  throw Failure::ofSystem(beside, "cannot write it", cause);
 }
 
 void dropUndo(const std::string& path) {
   const std::string beside = undoPath(path);
-  if (::unlink(beside.c_str()) != 0) throw Failure::ofSystem(beside, "cannot delete it", errno);
-  detail::syncName(beside);
+  const int cause = ::unlink(beside.c_str()) == 0 ? detail::syncName(beside) : errno;
+  if (cause != 0) throw Failure::ofSystem(beside, "cannot delete it", cause);
 }
 
 UndoState undoEdit(const std::string& path, const FileLock& lock) {

@@ -289,11 +289,11 @@ void EditPlan::apply(const FileLock& lock) const {
   try {
     write();
     lock.sync();
+    dropUndo(recording_.path());
   } catch (...) {
     undoEdit(recording_.path(), lock);
     throw;
   }
-  dropUndo(recording_.path());
 }
 
 void EditPlan::write() const {

@@ -16,13 +16,11 @@ namespace velmar::toolkit {
 RecordingWriter::RecordingWriter(std::string path, const RecordingDescription& description,
                                  unsigned int framesMax, OnFailure onFailure,
                                  const std::string& shownAs)
-    : path_(std::move(path)), onFailure_(onFailure) {
+    : path_(std::move(path)), shownAs_(shownAs.empty() ? path_ : shownAs), onFailure_(onFailure) {
   checkExtension(path_);
   backend_ = makeRecordingBackend(path_, description, framesMax);
   const VELMAR_ERROR_CODE_E code = backend_->open();
-  if (code != VELMAR_ERROR_CODE_SUCCESS_E) {
-    throw creationFailure(shownAs.empty() ? path_ : shownAs, code);
-  }
+  if (code != VELMAR_ERROR_CODE_SUCCESS_E) throw creationFailure(code);
 }
 
 RecordingWriter::~RecordingWriter() {
@@ -54,11 +52,13 @@ void RecordingWriter::finish() {
 }
 
 Failure RecordingWriter::failure(const std::string& words, VELMAR_ERROR_CODE_E code) {
-  if (!keepsFrames()) return {path_, words, code};
-  const bool complete = backend_->close() == VELMAR_ERROR_CODE_SUCCESS_E;
-  const std::string place =
-      complete ? path_ : path_ + ".tmp; the command recover makes a recording of it";
-  return {path_, words + "; the frames recorded so far are in " + place, code};
+  if (!keepsFrames()) return {shownAs_, words, code};
+  backend_->close();
+  const std::string temporary = path_ + ".tmp";
+  const std::string place = ::access(temporary.c_str(), F_OK) != 0
+                                ? path_
+                                : temporary + "; the command recover makes a recording of it";
+  return {shownAs_, words + "; the frames recorded so far are in " + place, code};
 }
 
 void RecordingWriter::syncEvery(unsigned int frames) {
@@ -80,16 +80,16 @@ void RecordingWriter::sync() {
 }
 
 // The library does not say why; trying once more does.
-Failure RecordingWriter::creationFailure(const std::string& name, VELMAR_ERROR_CODE_E code) const {
+Failure RecordingWriter::creationFailure(VELMAR_ERROR_CODE_E code) const {
   const std::string temporary = path_ + ".tmp";
   if (const auto holder = lockHolder(temporary)) {
     return {temporary, *holder + " is recording to it", code};
   }
   const bool isThere = ::access(temporary.c_str(), F_OK) == 0;
   const detail::FileDescriptor file(temporary, O_WRONLY | O_CREAT | O_NOFOLLOW, 0666);
-  if (!file.isOpen()) return Failure::ofCreation(isThere ? temporary : name, errno);
+  if (!file.isOpen()) return Failure::ofCreation(isThere ? temporary : shownAs_, errno);
   removeTemporaryFiles();
-  return {name, "cannot create it, the disk may be full", code};
+  return {shownAs_, "cannot create it, the disk may be full", code};
 }
 
 void RecordingWriter::removeTemporaryFiles() const {

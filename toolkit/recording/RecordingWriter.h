@@ -20,7 +20,7 @@ class RecordingWriter {
 
   /// Opens the recording. What is there is replaced; see checkRecordingOutput().
   /// \param framesMax  see makeRecordingBackend()
-  /// \param shownAs    the name to show if it cannot be opened, the path if empty
+  /// \param shownAs    the name to show in failures, the path if empty
   /// Throws Failure.
   RecordingWriter(std::string path, const RecordingDescription& description, unsigned int framesMax,
                   OnFailure onFailure, const std::string& shownAs = "");
@@ -44,12 +44,13 @@ class RecordingWriter {
   bool keepsFrames() const { return onFailure_ == OnFailure::KeepFrames && frames_ > 0; }
   /// Says where the frames are that are kept.
   Failure failure(const std::string& words, VELMAR_ERROR_CODE_E code);
-  Failure creationFailure(const std::string& name, VELMAR_ERROR_CODE_E code) const;
+  Failure creationFailure(VELMAR_ERROR_CODE_E code) const;
   /// The temporary files.
   void sync();
   void removeTemporaryFiles() const;
 
   std::string path_;
+  std::string shownAs_;
   // Open from the first frame on: a descriptor hears only of what failed since it was opened.
   detail::FileDescriptor temporary_;
   detail::FileDescriptor journal_;

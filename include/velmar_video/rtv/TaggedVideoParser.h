@@ -174,7 +174,7 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
 
   /// What differs between reading and editing.
   struct InitMode {
-    bool writable;    ///< whether the map is for writing, too
+    bool writable;    ///< whether the file is opened for writing, too
     const char* tag;  ///< of the log lines
   };
   /// The public init(), for either.

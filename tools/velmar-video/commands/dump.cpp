@@ -6,10 +6,9 @@
 
 #if __has_include(<velmar_logger/control.h>)
 #include <velmar_logger/control.h>
+#endif
 
 namespace velmar::tool {
-
-#endif
 
 namespace {
 
