@@ -101,7 +101,7 @@ Failure RecordingWriter::creationFailure(const std::string& name, VELMAR_ERROR_C
     return {temporary, *holder + " is recording to it", code};
   }
   const bool isThere = ::access(temporary.c_str(), F_OK) == 0;
-  const detail::FileDescriptor file(temporary, O_WRONLY | O_CREAT | O_NOFOLLOW, 0666);
+  const detail::FileDescriptor file(temporary, O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK, 0666);
   if (!file.isOpen()) return Failure::ofCreation(isThere ? temporary : name, errno);
   removeTemporaryFiles();
   return {name, "cannot create it, the disk may be full", code};
