@@ -93,6 +93,29 @@ rm self.img twin.img.tmp
 touch half.img.tmp
 expect 1 "half.img.tmp: it is already there, perhaps an interrupted recording" create half.img in --fps 5
 expect 0 "" create half.img in --fps 5 --force
+# Nothing is written through what has the name of a temporary file, and a journal whose recording was
+# moved away stays.
+cp kept.img target
+touch moved.img.tmp.index
+for file in linked.img.tmp linked.img.tmp.index linked.rtv.tmp linked.recovering.img.tmp; do
+  for force in "" --force; do
+    command="create ${file%%.tmp*} in --fps 5 $force"
+    [ "$file" != linked.recovering.img.tmp ] || command="recover kept.img linked.img $force"
+    for target in target nothing; do
+      ln -s $target $file
+      expect 1 "$file: it is already there and is a symbolic link, not a file; move it away" $command
+      [ "$(readlink $file)" = $target ] || fail "$file is gone"
+      rm $file
+    done
+    mkfifo $file
+    expect 1 "$file: it is already there and is a pipe, not a file; move it away" $command
+    rm $file
+  done
+done
+expect 1 "moved.img.tmp.index: it is already there, perhaps an interrupted recording" cut kept.img moved.img --range 0:1
+absent nothing moved.img moved.img.tmp
+[ -e moved.img.tmp.index ] && cmp target kept.img || fail "a leftover, or what a link leads to"
+rm moved.img.tmp.index target
 expect 0 "" create drive.img in/3.jpg --fps 5 --force
 [ "$(frames_in drive.img)" -eq 1 ] || fail "--force"
 cp kept.img drive.img

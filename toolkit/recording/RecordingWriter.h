@@ -15,7 +15,7 @@ class RecordingWriter {
  public:
   enum class OnFailure {
     RemoveFrames,  ///< they can be had again
-    KeepFrames,    ///< what is recorded stays, finished if possible
+    KeepFrames,    ///< what is recorded stays, finished if possible and if it is on the disk
   };
 
   /// Opens the recording. What is there is replaced; see checkRecordingOutput().
@@ -35,7 +35,8 @@ class RecordingWriter {
   void syncEvery(unsigned int frames);
   unsigned int frames() const { return frames_; }
 
-  /// Throws Failure if the frame cannot be written or not be brought to the disk.
+  /// Throws Failure if the frame cannot be written or not be brought to the disk. Then no other
+  /// can be added.
   void add(const std::string& jpeg, FrameTimes times, const FrameTag& tag = {});
   /// Brings the recording under its name. Throws Failure, also if it has no frame.
   void finish();
