@@ -67,10 +67,9 @@ Verdict take(const Rescue& rescue, const LeftoverFrame& frame, std::string& jpeg
   }
   if (!problem.empty()) return lost(problem + " (--keep-damaged keeps what can be read)");
   if (frame.isCut || endsInZeros(jpeg)) {
-    return lost("the picture is cut short (--keep-damaged keeps such)");
+    return lost("the picture is cut short (--keep-damaged keeps it)");
   }
-  if (hasHole(jpeg, frame.offset))
-    return lost("the picture has a hole (--keep-damaged keeps such)");
+  if (hasHole(jpeg, frame.offset)) return lost("the picture has a hole (--keep-damaged keeps it)");
   return {};
 }
 

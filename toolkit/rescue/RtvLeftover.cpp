@@ -94,11 +94,11 @@ void addFrame(Leftover& leftover, LeftoverFrame frame, const RtvSlot& slot) {
   const bool hasTag = !slot.isEmpty && (lacksPlace || slot.frame.offset == frame.offset);
   const FrameTag tag = hasTag ? slot.tag : FrameTag();
   if (!hasTag) {
-    frame.caveat = "recovered, but the tag is lost: the time is estimated from the frames beside";
+    frame.caveat = "recovered without the tag; the time is estimated from neighbouring frames";
   } else if (!tag.timeFlag) {
-    frame.caveat = "recovered, but the tag is torn: the time is estimated from the frames beside";
+    frame.caveat = "recovered with a torn tag; the time is estimated from neighbouring frames";
   } else if (slot.isTorn) {
-    frame.caveat = "recovered, but the tag is torn: position, speed or signals are missing";
+    frame.caveat = "recovered with a torn tag; position, speed or signals are missing";
   }
   add(leftover, frame, tag);
 }
