@@ -191,9 +191,9 @@ class VELMAR_VIDEO_API VelmarVideoFileCreater : public IVelmarVideoFile {
   virtual void setStartTime(unsigned long startTime);
   /// Pixels, as in the frames' JPEG headers; readers decode to this size.
   virtual void setVideoResolution(unsigned short width, unsigned short height) = 0;
-  /// Tells readers what the frames hold.
+  /// The pixel format to name in the header. Frames are not converted.
   virtual void setFrameFormat(VELMAR_FORMAT_E format) = 0;
-  /// Tells readers what the frames hold.
+  /// The codec to name in the header. Frames are not checked.
   virtual void setFrameCodec(VELMAR_CODEC_E codec) = 0;
 
   /// Appends a frame without looking at its bytes. They are with the operating system when the
@@ -284,14 +284,14 @@ class VELMAR_VIDEO_API VelmarVideoFileReader : public IVelmarVideoFile {
   /// \retval VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E        the frame reaches past the end of the
   ///                                                       file
   /// \retval VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E          the frame is no JPEG, is damaged, does
-  ///                                                       not fit at any scale, or would take
-  ///                                                       absurdly much memory for its few bytes;
-  ///                                                       the buffer may hold part of the picture
+  ///                                                       not fit at any scale, or would need far
+  ///                                                       more memory than its size justifies; the
+  ///                                                       buffer may hold part of the picture
   virtual VELMAR_ERROR_CODE_E getImage(unsigned int index, unsigned int bufferSize,
                                        unsigned char* buffer, VELMAR_FORMAT_E format,
                                        SCALE_FACTOR_E scale, unsigned short cropTop,
                                        unsigned short cropBottom) = 0;
-  /// The format that decoded pictures are said to have: always BGR, whatever the file holds.
+  /// Always BGR, whatever the file holds and whatever format getImage() was asked for.
   virtual VELMAR_ERROR_CODE_E getImageColorFormat(VELMAR_FORMAT_E& format) = 0;
 
   /// Number of frames.
@@ -310,8 +310,8 @@ class VELMAR_VIDEO_API VelmarVideoFileReader : public IVelmarVideoFile {
   virtual VELMAR_ERROR_CODE_E getArrivedTime(unsigned int index, unsigned long& time) = 0;
   /// Capture time of the frame.
   virtual VELMAR_ERROR_CODE_E getSensorTime(unsigned int index, unsigned long& time) = 0;
-  /// Copies the device identifier to `buffer`, which has `bufferSize` bytes: 24 hold that of an
-  /// rtv.
+  /// Copies the device identifier to `buffer`, which has `bufferSize` bytes. The identifier
+  /// of an rtv has 24 bytes.
   /// \retval VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E  the buffer is null
   virtual VELMAR_ERROR_CODE_E getDeviceId(unsigned char* buffer, unsigned int bufferSize) = 0;
   /// 1 if the frames are marked as undistorted, else 0.

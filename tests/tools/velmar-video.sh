@@ -163,8 +163,9 @@ LC_ALL=C sed 's/"camera_id" : "/&\\u001b[31m\\u009b/; s/"version" : "/&'"$escape
 "$tool" sample id.rtv --frames 1 --size 64x64
 printf '\033\302\233\377' | dd of=id.rtv bs=1 seek=14 conv=notrunc status=none
 cp cut.img "cut$escape.img"
+: >"cut$escape.img.undo"
 for arguments in "edit --device-id 01 --dry-run nä" "info nä" "--verbose info cut" "verify cut" \
-  "recover cut.img nä2" "extract --range 9:99 --output x nä"; do
+  "recover cut" "recover cut.img nä2" "extract --range 9:99 --output x nä"; do
   "$tool" $arguments"$escape.img" >out 2>err || true
   ! cat out err | LC_ALL=C grep -q "$(printf '[\033\233]')" || fail "$arguments: $(cat -v out err)"
 done
@@ -225,7 +226,7 @@ head -c -10 stream >short
 expect 3 "standard input: it ends inside a frame" create short.img - --fps 25 <short
 [ "$(frames_in short.img)" -eq 11 ] || fail "frames of a short stream"
 cat in/0.jpg other.jpg zeros bad.json in/1.jpg >mixed
-expect 3 "standard input: frame 1 skipped: the picture is 64x64" create mixed.img - --fps 25 --start-time 0 <mixed
+expect 3 "standard input: frame 1 is skipped: the picture is 64x64" create mixed.img - --fps 25 --start-time 0 <mixed
 grep -q "bytes skipped" err || fail "skipped bytes"
 "$tool" frames mixed.img --csv | cut -d, -f1,2 | tr '\n' ' ' | grep -q '0,0 1,80000 ' || fail "times"
 expect 1 "none.img: there was no frame to record" create none.img - --fps 25 <bad.json
@@ -316,6 +317,10 @@ if ./reader --version >/dev/null 2>&1; then
     tool=./reader
     expect 0 "" edit readable.img --device-id 01 --dry-run
     expect 1 "readable.img: cannot change it: Permission denied" edit readable.img --device-id 01
+    (umask 777 && : >readable.img.undo)
+    expect 1 "" verify readable.img
+    grep -q "^readable.img: error: does not open: /.*readable.img.undo: cannot open it: Perm" out ||
+      fail "verify: $(cat out)"
     for output in new.img new.rtv; do
       expect 1 "$output: cannot create it: Permission denied" create $output in --fps 5
     done

@@ -198,8 +198,8 @@ UndoState undoState(const std::string& path) { return find(path).state; }
 
 std::string undoWords(const std::string& path, UndoState state) {
   if (state == UndoState::Pending) {
-    return "an edit of it was interrupted and may be half done; the command recover, with its name "
-           "alone, undoes the edit";
+    return "an edit of it was interrupted and may be half done; velmar-video recover with this "
+           "file alone undoes it";
   }
   if (state == UndoState::Foreign) {
     return undoPath(path) +

@@ -13,7 +13,7 @@
 /// The constructor creates a file under the name plus ".tmp", with the whole tag table. close(), or
 /// else the destructor, writes the header, brings the file to the disk and renames it. If the
 /// process ends without either, the file keeps the ".tmp" name and a header of zeros. Failures are
-/// logged under the tag "RecordFileCreater". One thread at a time.
+/// logged under the tag "RecordFileCreater". Use it from one thread at a time.
 class VELMAR_VIDEO_API RecordFileCreater : public RecordFile {
  public:
   /// Only the log and isOpen() report a failure.

@@ -44,7 +44,7 @@ UndoState undo(const std::string& path) {
   return undoEdit(path, FileLock(path, FileLock::Kind::Edit));
 }
 
-// Of a file of 2^60 bytes, with a right check sum.
+// Of a file of 2^60 bytes, with a right checksum.
 std::string hugeUndo() {
   std::string text = "velmar.undo\1" + bigEndianBytes(1UL << 60, 8);
   for (const unsigned long number : {0UL, 0UL, 0UL, (1UL << 60) - 1, 1UL}) {
