@@ -345,7 +345,7 @@ std::vector<Case> casesOfRtv() {
       lossy(kRtv04, kFinished, zero(placeOf(0, kRtv04), 9), {},
             "frame 0 is lost: the tag points to no JPEG", {1, 2, 3, 4}),
       hopeless(
-          kRtv03, [](auto& file) { writeFile(file, ""); }, kId, "no frame can be recovered"),
+          kRtv03, [](auto& file) { writeFile(file, ""); }, kId, "it holds no frame of an rtv"),
   };
 }
 
