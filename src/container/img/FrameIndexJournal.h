@@ -46,8 +46,8 @@ class FrameIndexJournal {
   /// record must never stand for bytes that are not there.
   void append(const FrameIndex& record);
   /// Replaces all records that were appended by these, in one step, and brings them to the disk.
-  /// If it is false, the journal on the disk may be the old one. True as well if there is none, since
-  /// then nothing can be saved by stopping.
+  /// If it is false, the journal on the disk may be the old one. True as well if there is none,
+  /// since then nothing can be saved by stopping.
   bool replace(const std::vector<FrameIndex>& records);
   /// Closes the journal and keeps it.
   void close();
