@@ -37,7 +37,7 @@ FrameFlaw PictureSource::read(unsigned int index, std::string& bytes) {
     return flaw;
   }
   // A frame that is smaller than the recording says must not show the one before.
-  std::fill(picture_.pixels.begin(), picture_.pixels.end(), std::uint8_t{0});
+  picture_.pixels.assign(geometry_->size(), 0);
   const VELMAR_ERROR_CODE_E code =
       decoder_.decode(reinterpret_cast<const unsigned char*>(jpeg_.data()), jpeg_.size(),
                       *geometry_, pixelFormatOf(form_), picture_.pixels.data());
@@ -89,7 +89,6 @@ void PictureSource::preparePicture() {
   picture_.width = static_cast<unsigned short>(geometry_->width);
   picture_.height = static_cast<unsigned short>(geometry_->rows());
   picture_.gray = form_.format == VELMAR_FORMAT_GRAY_E;
-  picture_.pixels.resize(geometry_->size());
 }
 
 }  // namespace velmar::toolkit
