@@ -31,7 +31,9 @@ PictureSource::PictureSource(const std::string& path, const PictureForm& form)
 FrameFlaw PictureSource::read(unsigned int index, std::string& bytes) {
   if (!form_.decodes()) return readStoredFrame(recording_, index, bytes);
   if (FrameFlaw flaw = readFrameBytes(recording_, index, jpeg_)) return flaw;
-  if (const char* words = refusal()) {
+  const auto size = inspector_.size(jpeg_);
+  if (!size) return FrameFlaw(VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
+  if (const char* words = refusal(*size)) {
     FrameFlaw flaw(VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
     flaw.words += std::string(": ") + words;
     return flaw;
@@ -58,14 +60,12 @@ std::uint64_t PictureSource::pictureMemory() const {
   return 3 * (geometry_->fullHeight * geometry_->pitch());
 }
 
-const char* PictureSource::refusal() const {
-  const auto size = inspector_.size(jpeg_);
-  if (!size) return nullptr;  // the decoder says why
+const char* PictureSource::refusal(detail::JpegSize size) const {
   if (!canHoldPixels(jpeg_, std::uint64_t{geometry_->width} * geometry_->fullHeight)) {
     return "far too short for the size of the recording";
   }
   const std::uint64_t memory = std::min(memoryLimit_, memoryFor(jpeg_.size()));
-  return decodingRefusal(jpeg_, *size, memory - std::min(memory, pictureMemory()));
+  return decodingRefusal(jpeg_, size, memory - std::min(memory, pictureMemory()));
 }
 
 void PictureSource::preparePicture() {
