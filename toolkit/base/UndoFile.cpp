@@ -33,9 +33,8 @@ void append(std::string& text, std::uint64_t number) {
   text.append(reinterpret_cast<const char*>(&stored), sizeof stored);
 }
 
-// Takes what append() made off the front; 0 if there is too little.
+// Takes what append() made off the front.
 std::uint64_t takeNumber(std::string_view& text) {
-  if (text.size() < kNumber) return 0;
   const std::uint64_t number = ntohll(detail::get<unsigned long>(text.data()));
   text.remove_prefix(kNumber);
   return number;
@@ -92,18 +91,25 @@ std::string encode(const Undo& undo) {
   return text;
 }
 
-// Nothing if it is not whole.
-std::optional<Undo> decode(std::string_view text) {
-  if (text.size() < kMagic.size() + kNumber || !text.starts_with(kMagic)) return std::nullopt;
-  std::string_view stored = text.substr(text.size() - kNumber);
+// Whether it ends with the check sum of the rest.
+bool isWhole(std::string_view text) {
+  if (text.size() < kMagic.size() + kNumber || !text.starts_with(kMagic)) return false;
+  std::string_view sum = text.substr(text.size() - kNumber);
   text.remove_suffix(kNumber);
-  if (takeNumber(stored) != checkSum(text)) return std::nullopt;
+  return takeNumber(sum) == checkSum(text);
+}
+
+// Of a whole one; nothing if its parts make no sense.
+std::optional<Undo> decode(std::string_view text) {
   text.remove_prefix(kMagic.size());
+  text.remove_suffix(kNumber);
+  if (text.size() < 4 * kNumber) return std::nullopt;
   Undo undo;
   for (auto* number : {&undo.size, &undo.headEnd, &undo.tailStart, &undo.sum}) {
     *number = takeNumber(text);
   }
   while (!text.empty()) {
+    if (text.size() < 2 * kNumber) return std::nullopt;
     const std::uint64_t offset = takeNumber(text);
     const std::uint64_t length = takeNumber(text);
     if (length > text.size() || offset > undo.size || length > undo.size - offset) {
@@ -143,11 +149,12 @@ Found find(const std::string& path) {
   if (!S_ISREG(status.st_mode)) return {UndoState::Foreign, {}};
   const FileBytes file(beside);
   const std::string text = file.read(0, file.size());
-  if (auto undo = decode(text)) {
-    const bool isOfThis = fits(FileBytes(path), *undo);
-    return {isOfThis ? UndoState::Pending : UndoState::Foreign, std::move(*undo)};
+  if (!isWhole(text)) {
+    return {mayBeUnfinished(text) ? UndoState::Unused : UndoState::Foreign, {}};
   }
-  return {mayBeUnfinished(text) ? UndoState::Unused : UndoState::Foreign, {}};
+  auto undo = decode(text);
+  if (!undo || !fits(FileBytes(path), *undo)) return {UndoState::Foreign, {}};
+  return {UndoState::Pending, std::move(*undo)};
 }
 
 Undo readUndo(const std::string& path, const EditedPlaces& places) {

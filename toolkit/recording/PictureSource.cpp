@@ -31,13 +31,15 @@ PictureSource::PictureSource(const std::string& path, const PictureForm& form)
 FrameFlaw PictureSource::read(unsigned int index, std::string& bytes) {
   if (!form_.decodes()) return readStoredFrame(recording_, index, bytes);
   if (FrameFlaw flaw = readFrameBytes(recording_, index, jpeg_)) return flaw;
-  if (const char* words = refusal()) {
+  const auto size = inspector_.size(jpeg_);
+  if (!size) return FrameFlaw(VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
+  if (const char* words = refusal(*size)) {
     FrameFlaw flaw(VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
     flaw.words += std::string(": ") + words;
     return flaw;
   }
   // A frame that is smaller than the recording says must not show the one before.
-  std::fill(picture_.pixels.begin(), picture_.pixels.end(), std::uint8_t{0});
+  picture_.pixels.assign(geometry_->size(), 0);
   const VELMAR_ERROR_CODE_E code =
       decoder_.decode(reinterpret_cast<const unsigned char*>(jpeg_.data()), jpeg_.size(),
                       *geometry_, pixelFormatOf(form_), picture_.pixels.data());
@@ -58,14 +60,12 @@ std::uint64_t PictureSource::pictureMemory() const {
   return 3 * (geometry_->fullHeight * geometry_->pitch());
 }
 
-const char* PictureSource::refusal() const {
-  const auto size = inspector_.size(jpeg_);
-  if (!size) return nullptr;  // the decoder says why
+const char* PictureSource::refusal(detail::JpegSize size) const {
   if (!canHoldPixels(jpeg_, std::uint64_t{geometry_->width} * geometry_->fullHeight)) {
     return "far too short for the size of the recording";
   }
   const std::uint64_t memory = std::min(memoryLimit_, memoryFor(jpeg_.size()));
-  return decodingRefusal(jpeg_, *size, memory - std::min(memory, pictureMemory()));
+  return decodingRefusal(jpeg_, size, memory - std::min(memory, pictureMemory()));
 }
 
 void PictureSource::preparePicture() {
@@ -89,7 +89,6 @@ void PictureSource::preparePicture() {
   picture_.width = static_cast<unsigned short>(geometry_->width);
   picture_.height = static_cast<unsigned short>(geometry_->rows());
   picture_.gray = form_.format == VELMAR_FORMAT_GRAY_E;
-  picture_.pixels.resize(geometry_->size());
 }
 
 }  // namespace velmar::toolkit

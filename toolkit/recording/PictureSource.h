@@ -47,7 +47,7 @@ class PictureSource {
   /// Of the picture and of what is made of it.
   std::uint64_t pictureMemory() const;
   /// Why the frame that was read is not to be decoded; null if it may be.
-  const char* refusal() const;
+  const char* refusal(detail::JpegSize size) const;
 
   PictureForm form_;
   Recording recording_;

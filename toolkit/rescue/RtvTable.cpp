@@ -77,9 +77,11 @@ RtvSlot readSlot(std::string_view front, version_e version, unsigned int i) {
   std::string bytes(front.substr(layout.tagAt(i), layout.tagSize));
   if (isZero(bytes)) return {};
   const Part lost = lostPart(front, layout, i);
-  for (const Part& field : fieldsOf(version)) {
-    const std::size_t size = field.to - field.from;
-    if (lost.overlaps(field)) bytes.replace(field.from, size, size, '\0');
+  if (lost.to > 0) {
+    for (const Part& field : fieldsOf(version)) {
+      const std::size_t size = field.to - field.from;
+      if (lost.overlaps(field)) bytes.replace(field.from, size, size, '\0');
+    }
   }
   RtvSlot slot = decodeSlot(bytes.data(), version);
   slot.isEmpty = false;
