@@ -3,10 +3,13 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <filesystem>
 #include <memory>
 
 #include "Bench.h"
 #include "Files.h"
+#include "toolkit/base/FileLock.h"
+#include "toolkit/editing/EditPlan.h"
 
 namespace {
 
@@ -111,11 +114,64 @@ Row cameraIdRow() {
           .reachExtra = 20e-6};
 }
 
+void sync(int (*call)(int), const OpenFile& file) { require(call(file.get()) == 0, "no sync"); }
+
+// As an edit has them: of a file beside the recording, of its name, of the recording, and of the
+// folder again.
+double makeFourSyncs(const std::string& path) {
+  const std::string beside = path + ".beside";
+  const std::string folder = std::filesystem::path(path).parent_path();
+  const std::uint64_t time = timeOf(changedFrame());
+  const WallTimer timer;
+  {
+    const OpenFile file(beside, O_WRONLY | O_CREAT | O_EXCL);
+    file.write(&time, sizeof time);
+    sync(::fdatasync, file);
+  }
+  sync(::fsync, OpenFile(folder, O_RDONLY | O_DIRECTORY));
+  const OpenFile file(path, O_WRONLY);
+  require(::pwrite(file.get(), &time, sizeof time, 0) == sizeof time, "bytes not written");
+  sync(::fdatasync, file);
+  std::filesystem::remove(beside);
+  sync(::fsync, OpenFile(folder, O_RDONLY | O_DIRECTORY));
+  return timer.seconds();
+}
+
+double editTime(const std::string& path) {
+  using namespace velmar::toolkit;
+  static std::uint64_t time = timeOf(changedFrame()) / 1000 * 1000;
+  time += 1000;  // an rtv holds milliseconds
+  EditRequest request;
+  request.sensorTimes = {{changedFrame(), time}};
+  const WallTimer timer;
+  const FileLock lock(path, FileLock::Kind::Edit);
+  EditPlan(Recording(path, lock), request).apply(lock);
+  return timer.seconds();
+}
+
+Row toolkitRow(Container container) {
+  const std::string path = cameraRecording(container);
+  const std::string bare = Workspace::path("bare-edit");
+  std::filesystem::copy_file(path, bare, std::filesystem::copy_options::overwrite_existing);
+  return {.limitName = "four syncs: a small file, its folder, 8 bytes in place, the folder",
+          .limit = [=] { return makeFourSyncs(bare); },
+          .ours = [=] { return editTime(path); },
+          .reach = 1.3,
+          .reachExtra = {}};
+}
+
 }  // namespace
 
 void addEditRows() {
   constexpr int kRepetitions = 101;
+  constexpr int kSyncedRepetitions = 31;
   addRow("change one frame's time, img of 260 MB", imgTimeRow, kRepetitions);
   addRow("change one frame's time, rtv 03 of 260 MB", rtvTimeRow, kRepetitions);
   addRow("change the camera id, img of 260 MB", cameraIdRow, kRepetitions);
+  addRow(
+      "edit one frame's time as the tool does, img of 260 MB",
+      [] { return toolkitRow(Container::Img); }, kSyncedRepetitions);
+  addRow(
+      "edit one frame's time as the tool does, rtv 03 of 260 MB",
+      [] { return toolkitRow(Container::Rtv03); }, kSyncedRepetitions);
 }

@@ -8,6 +8,7 @@
 #include "Files.h"
 #include "GrowingFile.h"
 #include "Peers.h"
+#include "toolkit/recording/RecordingWriter.h"
 
 namespace {
 
@@ -63,6 +64,57 @@ Row wholeRecording(Container container, double reach) {
           .operations = kFrames};
 }
 
+constexpr unsigned int kSyncedFrames = 8;
+
+void syncFolderOf(const std::string& path) {
+  const OpenFile folder(std::filesystem::path(path).parent_path(), O_RDONLY | O_DIRECTORY);
+  require(::fsync(folder.get()) == 0, "no fsync");
+}
+
+// Frames in one file and their records in another.
+double addBareSynced(const std::string& path) {
+  const std::string record(sizeof(IndexRecord), '\0');
+  const OpenFile file(path, O_WRONLY | O_CREAT | O_TRUNC);
+  const OpenFile journal(path + ".index", O_WRONLY | O_CREAT | O_TRUNC);
+  const WallTimer timer;
+  for (unsigned int i = 0; i < kSyncedFrames; ++i) {
+    file.write(Frames::camera()[i]);
+    journal.write(record);
+    if (i == 0) syncFolderOf(path);
+    require(::fdatasync(file.get()) == 0 && ::fdatasync(journal.get()) == 0, "no fdatasync");
+  }
+  const double seconds = timer.seconds();
+  std::filesystem::remove(path);
+  std::filesystem::remove(path + ".index");
+  return seconds;
+}
+
+double addSynced(const std::string& path) {
+  using namespace velmar::toolkit;
+  RecordingWriter writer(path, RecordingDescription(), kSyncedFrames,
+                         RecordingWriter::OnFailure::KeepFrames);
+  writer.syncEvery(1);
+  const WallTimer timer;
+  for (unsigned int i = 0; i < kSyncedFrames; ++i) {
+    writer.add(Frames::camera()[i], {timeOf(i), timeOf(i)});
+  }
+  const double seconds = timer.seconds();
+  writer.finish();
+  std::filesystem::remove(path);
+  return seconds;
+}
+
+Row syncedRow() {
+  const std::string path = Workspace::path("synced.img");
+  const std::string bare = Workspace::path("bare-synced");
+  return {.limitName = "write(2) of frame and record to two files, fdatasync of each",
+          .limit = [=] { return addBareSynced(bare); },
+          .ours = [=] { return addSynced(path); },
+          .reach = 1.3,
+          .reachExtra = {},
+          .operations = kSyncedFrames};
+}
+
 }  // namespace
 
 void addWriteRows() {
@@ -72,6 +124,7 @@ void addWriteRows() {
   addRow(
       "write rtv 03, camera frames, close() included",
       [] { return wholeRecording(Container::Rtv03, 1.45); }, kRepetitions);
+  addRow("add a camera frame to an img with --sync 1", syncedRow, 3 * kRepetitions);
   // A run is over in a millisecond, so there is time for more of them.
   constexpr int kShortRepetitions = 51;
   addRow(

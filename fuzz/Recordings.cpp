@@ -123,7 +123,7 @@ class Numbers {
 }  // namespace
 
 void forSomeFrames(unsigned int count, const std::function<void(unsigned int)>& use) {
-  constexpr unsigned int kFirst = 8;
+  constexpr unsigned int kFirst = 4;
   for (unsigned int i = 0; i < std::min(count, kFirst); ++i) use(i);
   for (const unsigned int i : {count - 1, count, count + 1}) use(i);
 }

@@ -2,17 +2,24 @@
 #ifndef VELMAR_FUZZ_RECOVERY_H
 #define VELMAR_FUZZ_RECOVERY_H
 
-#include <cstddef>
-#include <cstdint>
 #include <string>
 #include <vector>
 
-/// Recovers `leftover` into a recording with that extension and deletes it again. What comes of it
-/// has to be a recording whose frames are all in their places.
-void recover(const std::string& leftover, const std::string& extension,
-             const std::vector<std::string>& options);
+#include "ToolCommand.h"
 
-/// Checks `bytes` as a recording with that extension, decoding and all.
-void verifyBytes(const std::string& extension, const std::uint8_t* bytes, std::size_t size);
+class Recovery {
+ public:
+  /// \param extension  of the recording to make
+  Recovery(const std::string& leftover, const std::string& extension,
+           const std::vector<std::string>& options);
+
+  /// Recovers the leftover and deletes what comes of it, which has to be a recording whose frames
+  /// are all in their places.
+  void run() const;
+
+ private:
+  std::string output_;
+  ToolCommand command_;
+};
 
 #endif

@@ -20,7 +20,7 @@ version_e mendVersion(std::uint8_t* file) {
   file[kVersionMajorAt] = 0;
   std::uint8_t& minor = file[kVersionMinorAt];
   if (minor < 1 || minor > 4) minor = 1 + minor % 4;
-  return minor <= 2 ? RTV_VER_02 : minor == 3 ? RTV_VER_03 : RTV_VER_04;
+  return rtvVersion(minor);
 }
 
 unsigned int mendCount(std::uint8_t* file, std::size_t size, const RtvLayout& layout) {

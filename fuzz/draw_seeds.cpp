@@ -12,8 +12,10 @@
 
 #include "container/img/FrameIndex.h"
 #include "container/rtv/RtvLayout.h"
-#include "jpeg/TjHandle.h"
+#include "jpeg/JpegHeader.h"
 #include "scene/SampleScene.h"
+#include "support/Pictures.h"
+#include "toolkit/base/UndoFile.h"
 #include "toolkit/tables/FrameColumns.h"
 #include "velmar_video/VelmarVideoFile.h"
 #include "velmar_video/rtv/RecordFileCreater.h"
@@ -61,20 +63,6 @@ std::vector<std::string> drawFrames(unsigned int count) {
   return frames;
 }
 
-// The same picture, for which a decoder holds all coefficients at once.
-std::string progressive(const std::string& jpeg) {
-  const TjHandle transformer(tjInitTransform());
-  tjtransform how{};
-  how.options = TJXOPT_PROGRESSIVE;
-  unsigned char* bytes = nullptr;
-  unsigned long size = 0;
-  tjTransform(transformer.get(), reinterpret_cast<const unsigned char*>(jpeg.data()), jpeg.size(),
-              1, &bytes, &size, &how, 0);
-  std::string result(reinterpret_cast<char*>(bytes), size);
-  tjFree(bytes);
-  return result;
-}
-
 std::uint64_t metaDataOffset(const std::string& file) {
   std::uint64_t offset = 0;
   std::memcpy(&offset, file.data(), sizeof offset);
@@ -97,12 +85,11 @@ Edges imgEdges(const std::string& file, std::size_t frames) {
 }
 
 void drawImg(const fs::path& folder, const std::string& name,
-             const std::vector<std::string>& frames, unsigned short width,
-             const std::string& text) {
+             const std::vector<std::string>& frames, JpegSize size, const std::string& text) {
   const fs::path path = folder / "seed.img";
   const auto creater = makeVelmarVideoFileCreater(path);
   creater->open();
-  creater->setVideoResolution(width, kHeight);
+  creater->setVideoResolution(size.width, size.height);
   creater->setDeviceId(reinterpret_cast<const unsigned char*>(name.data()), name.size());
   creater->setCameraParams(text);
   creater->setExtendedInfo(text);
@@ -129,10 +116,11 @@ Edges rtvEdges(const RtvLayout& layout, unsigned int slots,
 }
 
 void drawRtv(const fs::path& folder, const std::string& name, version_e version,
-             unsigned short slots, const std::vector<std::string>& frames) {
+             unsigned short slots, const std::vector<std::string>& frames,
+             JpegSize size = {kWidth, kHeight}) {
   const fs::path path = folder / "seed.rtv";
   RecordFileCreater creater(path, slots, version, nullptr);
-  creater.setVideoResolution(kWidth, kHeight);
+  creater.setVideoResolution(size.width, size.height);
   creater.setFrameFormat(RTV_FMT_BGR);
   creater.setFrameCodec(RTV_CODEC_JPG);
   creater.setStartTime(1600000000000);
@@ -158,10 +146,18 @@ void drawRtv(const fs::path& folder, const std::string& name, version_e version,
 
 void drawRecordings(const fs::path& folder) {
   const auto frames = drawFrames(3);
-  drawImg(folder, "one", {frames[0]}, kWidth, "{}");
-  drawImg(folder, "three", frames, kWidth, R"({"f": [1.5, -2, 1e9], "name": "a \"b\" \u00e4"})");
-  drawImg(folder, "progressive", {progressive(frames[1])}, kWidth, "{}");
-  drawImg(folder, "other-size", {frames[0], "no picture"}, 2 * kWidth, "[null, true] // why");
+  const JpegSize size{kWidth, kHeight};
+  drawImg(folder, "one", {frames[0]}, size, "{}");
+  drawImg(folder, "three", frames, size, R"({"f": [1.5, -2, 1e9], "name": "a \"b\" \u00e4"})");
+  drawImg(folder, "other-size", {frames[0], "no picture"}, {2 * kWidth, kHeight},
+          "[null, true] // why");
+  // Pictures that are far larger than their bytes, and one that only says so.
+  const JpegSize large{320, 240};
+  const std::string plain = uniformJpeg(large.width, large.height, Coding::Arithmetic);
+  drawImg(folder, "plain", {plain, claiming(16000, 12000, plain)}, large, "{}");
+  drawRtv(folder, "plain", RTV_VER_03, 2, {plain, claiming(16000, 12000, plain)}, large);
+  drawImg(folder, "progressive", {uniformJpeg(large.width, large.height, Coding::Progressive)},
+          large, "{}");
   const std::pair<std::string, version_e> versions[] = {
       {"02", RTV_VER_02}, {"03", RTV_VER_03}, {"04", RTV_VER_04}};
   for (const auto& [name, version] : versions) {
@@ -210,6 +206,32 @@ void drawTables(const fs::path& folder) {
   }
 }
 
+// As the harness takes them: an edit of a text has been interrupted, with another text in its
+// place.
+void drawUndo(const fs::path& folder, const std::string& name, const std::string& edited,
+              const EditedPlaces& places) {
+  const fs::path path = folder / "seed.img";
+  std::ofstream(path) << "The first part. The second part, which is longer. The end.";
+  keepForUndo(path, places);
+  const std::string undo = readFile(undoPath(path));
+  dropUndo(path);
+  fs::remove(path);
+  const std::string start = std::string{'\0', static_cast<char>(edited.size())} + edited;
+  Edges edges;
+  for (const std::size_t edge : {0, 11, 12, 20, 28, 36, 44, 60}) edges.insert(start.size() + edge);
+  save(folder / "undo", name, start + undo, edges);
+}
+
+void drawUndos(const fs::path& folder) {
+  const std::string edited = "The newer part. The second part, which is longer. The END, later.";
+  const FilePlace newer{4, 5};
+  const FilePlace end{54, 4};
+  drawUndo(folder, "all", edited, {{newer, end}, 16, 50});
+  drawUndo(folder, "shorter", edited.substr(0, 54), {{newer, end}, 54, 54});
+  drawUndo(folder, "one", edited.substr(0, 58), {{newer, {50, 8}}, 9, UINT64_MAX});
+  drawUndo(folder, "none", edited, {{}, 0, 0});
+}
+
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
@@ -219,4 +241,5 @@ int main(int argumentCount, char** arguments) {
   drawRecordings(folder);
   drawStreams(folder);
   drawTables(folder);
+  drawUndos(folder);
 }

@@ -12,11 +12,11 @@ using namespace velmar::detail;
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const TemporaryFile file("img.tmp");
   static const TemporaryFile journal("img.tmp.index");
+  static const Recovery recovery(file.path(), ".img", {"--fps", "30"});
   file.write(data, size);
   const std::size_t indexSize = size - std::min<std::size_t>(size, kFrameIndexStart);
   const std::size_t records = size % 3;
   journal.write(data + size - indexSize, std::min(indexSize, records * sizeof(FrameIndex)));
-  recover(file.path(), ".img", {"--fps", "30"});
-  verifyBytes("img", data, size);
+  recovery.run();
   return 0;
 }

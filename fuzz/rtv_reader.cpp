@@ -56,6 +56,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   unsigned short count = 0;
   parser.getFramesCount(count);
   forSomeFrames(count, [&](unsigned int index) { readTag(parser, index); });
-  dump(parser);
+  // It formats all tags, which takes as long as everything else.
+  if (size % 4 == 0) dump(parser);
   return 0;
 }

@@ -3,8 +3,8 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const TemporaryFile file("rtv.tmp");
+  static const Recovery recovery(file.path(), ".rtv", {});
   file.write(data, size);
-  recover(file.path(), ".rtv", {});
-  verifyBytes("rtv", data, size);
+  recovery.run();
   return 0;
 }

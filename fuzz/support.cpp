@@ -2,8 +2,11 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
+#include <vector>
 
 #include "velmar_logger/control.h"
 
@@ -18,10 +21,10 @@ void require(bool holds) {
 }
 
 void consume(const void* bytes, std::size_t size) {
-  static volatile unsigned char sink = 0;
-  unsigned char all = 0;
-  for (std::size_t i = 0; i < size; ++i) all ^= static_cast<const unsigned char*>(bytes)[i];
-  sink = sink ^ all;
+  // The sanitizer checks a copy as a whole, which is far quicker than byte by byte.
+  static std::vector<char> copy;
+  copy.resize(std::max(copy.size(), size));
+  if (size > 0) std::memcpy(copy.data(), bytes, size);
 }
 
 TemporaryFile::TemporaryFile(const std::string& extension)

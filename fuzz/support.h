@@ -18,7 +18,7 @@ void require(bool holds);
 
 /// Reads every byte, so that a sanitizer sees memory that is not there. What the bytes are is no
 /// coverage.
-__attribute__((no_sanitize("coverage"))) void consume(const void* bytes, std::size_t size);
+void consume(const void* bytes, std::size_t size);
 inline void consume(std::string_view text) { consume(text.data(), text.size()); }
 
 /// A file in memory, for one process.

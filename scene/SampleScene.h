@@ -12,7 +12,7 @@
 /// Draws what a camera behind a windscreen sees on a country road: sky and hills, lane markings,
 /// trees, posts and traffic that move with the frame number, and that number itself.
 ///
-/// The same arguments give the same bytes. One thread at a time.
+/// The same arguments give the same bytes. Use it from one thread at a time.
 class SampleScene {
  public:
   /// \param width, height  pixels, 1 to 65500

@@ -60,7 +60,7 @@ enum ErrorCode_e : int {
 
 /// The member's name, such as "VELMAR_ERROR_CODE_OUT_RANGE_E". VELMAR_ERROR_CODE_MAX_E and every
 /// value outside the enumeration give one fixed text, which ends in a blank. When memory runs out,
-/// the text is empty, and the log has an error line. Any thread.
+/// the text is empty, and the log has an error line. Thread-safe.
 VELMAR_VIDEO_API std::string errorCode2String(VELMAR_ERROR_CODE_E code);
 
 #endif

@@ -27,7 +27,7 @@
 /// CREATERS
 ///
 /// factory                 touches no file                     creates the temporary file with
-///                                                             its whole tag table, and maps it
+///                                                             its whole tag table
 /// open()                  creates the temporary file;         does nothing and always succeeds;
 ///                         DUPLICATE_INIT after close(),       close() reports a temporary file
 ///                         since an object writes one file     that could not be created
@@ -170,8 +170,12 @@ class VELMAR_VIDEO_API VelmarVideoFileCreater : public IVelmarVideoFile {
   explicit VelmarVideoFileCreater(std::string path);
   ~VelmarVideoFileCreater() override;
 
-  /// Prepares the temporary file. It replaces one that an interrupted recording left behind: save
-  /// that before the creater is made.
+  /// Prepares the temporary file. It overwrites one that an interrupted recording left behind.
+  /// Recover that one before you make the creater. The file is locked (flock(2)) until close(): of
+  /// one that another creater has, or that is a symbolic link or no regular file, nothing is
+  /// changed.
+  /// \retval VELMAR_ERROR_CODE_FILE_OPEN_FAIL_E  img: the temporary file cannot be created, or is
+  ///                                             another creater's; of an rtv, close() reports that
   VELMAR_ERROR_CODE_E open() override = 0;
   /// Finishes the recording. Success means that it is complete, on the disk and under its name.
   /// \retval VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E    the file could not be finished
@@ -187,9 +191,9 @@ class VELMAR_VIDEO_API VelmarVideoFileCreater : public IVelmarVideoFile {
   virtual void setStartTime(unsigned long startTime);
   /// Pixels, as in the frames' JPEG headers; readers decode to this size.
   virtual void setVideoResolution(unsigned short width, unsigned short height) = 0;
-  /// Tells readers what the frames hold.
+  /// The pixel format to name in the header. Frames are not converted.
   virtual void setFrameFormat(VELMAR_FORMAT_E format) = 0;
-  /// Tells readers what the frames hold.
+  /// The codec to name in the header. Frames are not checked.
   virtual void setFrameCodec(VELMAR_CODEC_E codec) = 0;
 
   /// Appends a frame without looking at its bytes. They are with the operating system when the
@@ -280,14 +284,14 @@ class VELMAR_VIDEO_API VelmarVideoFileReader : public IVelmarVideoFile {
   /// \retval VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E        the frame reaches past the end of the
   ///                                                       file
   /// \retval VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E          the frame is no JPEG, is damaged, does
-  ///                                                       not fit at any scale, or would take
-  ///                                                       absurdly much memory for its few bytes;
-  ///                                                       the buffer may hold part of the picture
+  ///                                                       not fit at any scale, or would need far
+  ///                                                       more memory than its size justifies; the
+  ///                                                       buffer may hold part of the picture
   virtual VELMAR_ERROR_CODE_E getImage(unsigned int index, unsigned int bufferSize,
                                        unsigned char* buffer, VELMAR_FORMAT_E format,
                                        SCALE_FACTOR_E scale, unsigned short cropTop,
                                        unsigned short cropBottom) = 0;
-  /// The format that decoded pictures are said to have: always BGR, whatever the file holds.
+  /// Always BGR, whatever the file holds and whatever format getImage() was asked for.
   virtual VELMAR_ERROR_CODE_E getImageColorFormat(VELMAR_FORMAT_E& format) = 0;
 
   /// Number of frames.
@@ -306,8 +310,8 @@ class VELMAR_VIDEO_API VelmarVideoFileReader : public IVelmarVideoFile {
   virtual VELMAR_ERROR_CODE_E getArrivedTime(unsigned int index, unsigned long& time) = 0;
   /// Capture time of the frame.
   virtual VELMAR_ERROR_CODE_E getSensorTime(unsigned int index, unsigned long& time) = 0;
-  /// Copies the device identifier to `buffer`, which has `bufferSize` bytes: 24 hold that of an
-  /// rtv.
+  /// Copies the device identifier to `buffer`, which has `bufferSize` bytes. The identifier
+  /// of an rtv has 24 bytes.
   /// \retval VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E  the buffer is null
   virtual VELMAR_ERROR_CODE_E getDeviceId(unsigned char* buffer, unsigned int bufferSize) = 0;
   /// 1 if the frames are marked as undistorted, else 0.
@@ -323,7 +327,7 @@ class VELMAR_VIDEO_API VelmarVideoFileReader : public IVelmarVideoFile {
   virtual std::string getExtendedInfo() = 0;
 };
 
-/// Edits a recording in place, through a shared writable map of the file. Frames are never touched.
+/// Edits a recording in place. Frames are never touched.
 ///
 /// Changed frame times are in the file at once, everything else when close() succeeds; a modifier
 /// that is destroyed without close() drops the latter. Operations answer an error before open() and
@@ -357,8 +361,9 @@ class VELMAR_VIDEO_API VelmarVideoFileModifier : public IVelmarVideoFile {
   /// Kept for existing programs: `checksum` is written nowhere.
   virtual VELMAR_ERROR_CODE_E modifyFrameIndexDataChecksum(const std::string& checksum) = 0;
   /// Changes what the reader's getSensorTime() answers for a frame. `timestamp` is only read.
+  /// \retval VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E  the disk failed; the time may be half written
   virtual VELMAR_ERROR_CODE_E modifyTimestamp(unsigned int index, unsigned long& timestamp) = 0;
-  /// Changes the arrival time of a frame. `time` is only read.
+  /// Changes the arrival time of a frame. `time` is only read. Answers as modifyTimestamp().
   virtual VELMAR_ERROR_CODE_E modifyArrivalTime(unsigned int index, unsigned long& time) = 0;
   /// Changes the start of the recording. `startTime` is only read.
   virtual VELMAR_ERROR_CODE_E modifyStartTime(unsigned long& startTime) = 0;

@@ -9,7 +9,7 @@
 namespace velmar_logger {
 
 /// Levels: 0 debug, 1 information, 2 warning, 3 error. The default sink is standard error; it
-/// shows lines of `level` and up, 2 at first; 4 shows none. Any thread.
+/// shows lines of `level` and up, 2 at first; 4 shows none. Thread-safe.
 __attribute__((visibility("default"))) void setLevel(int level);
 
 /// Takes a log line: its level, the tag of the place that logs it, and its text.

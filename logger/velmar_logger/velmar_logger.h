@@ -3,7 +3,7 @@
 #ifndef VELMAR_LOGGER_H
 #define VELMAR_LOGGER_H
 
-/// Formats are printf's. Any thread.
+/// Formats are printf's. Thread-safe.
 namespace velmar_logger {
 
 /// Level 0.

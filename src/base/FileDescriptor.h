@@ -34,9 +34,8 @@ class FileDescriptor {
   /// Brings what has been written to the disk, by fdatasync(2).
   bool sync() const;
 
-  /// Reserves disk space for a part of the file without changing its length, so that neither a
-  /// write nor a store through a map can run into a full disk. Also true if the file system does
-  /// not support that.
+  /// Reserves disk space for a part of the file without changing its length, so that a
+  /// write there does not run into a full disk. Also true if the file system does not support that.
   bool reserve(unsigned long offset, unsigned long size) const;
 
  private:

@@ -37,17 +37,11 @@ bool lock(const FileDescriptor& file) {
   return result == 0 || errno == EOPNOTSUPP || errno == ENOLCK;
 }
 
-// Whether the name still stands for the file. Whoever had locked it may have given it another name.
-bool isStill(const std::string& path, const struct stat& opened) {
-  struct stat named {};
-  return ::lstat(path.c_str(), &named) == 0 && named.st_dev == opened.st_dev &&
-         named.st_ino == opened.st_ino;
-}
-
 }  // namespace
 
 FileDescriptor claimFile(const std::string& path, unsigned int mode) {
-  while (true) {
+  constexpr int kTries = 100;  // others may rename or delete it meanwhile
+  for (int i = 0; i < kTries; ++i) {
     FileDescriptor file(path, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK, mode);
     struct stat status {};
     if (!file.isOpen() || ::fstat(file.get(), &status) != 0) return {};
@@ -56,10 +50,37 @@ FileDescriptor claimFile(const std::string& path, unsigned int mode) {
       return {};
     }
     if (!lock(file)) return {};
-    if (!isStill(path, status)) continue;
+    if (!hasName(file, path)) continue;
     if (::ftruncate(file.get(), 0) != 0) return {};
     return file;
   }
+  return {};
+}
+
+bool hasName(const FileDescriptor& file, const std::string& path) {
+  struct stat opened {};
+  struct stat named {};
+  if (::fstat(file.get(), &opened) == 0 && ::lstat(path.c_str(), &named) == 0 &&
+      named.st_dev == opened.st_dev && named.st_ino == opened.st_ino) {
+    return true;
+  }
+  errno = ESTALE;
+  return false;
+}
+
+bool publishFile(const FileDescriptor& claimed, const std::string& temporaryPath,
+                 const std::string& finalPath) {
+  if (!hasName(claimed, temporaryPath)) return false;
+  if (std::rename(temporaryPath.c_str(), finalPath.c_str()) != 0) return false;
+  // A child of this process may keep the file open.
+  ::flock(claimed.get(), LOCK_UN);
+  errno = syncName(finalPath);
+  return errno == 0;
+}
+
+void unclaimFile(FileDescriptor& claimed) {
+  ::flock(claimed.get(), LOCK_UN);
+  claimed.close();
 }
 
 int syncFile(const std::string& path) {
@@ -75,11 +96,9 @@ int syncName(const std::string& path) {
 }
 
 bool renameFile(const std::string& temporaryPath, const std::string& finalPath) {
-  // Open the folder first, since nothing may fail after the rename.
-  const FileDescriptor folder = openFolder(finalPath);
   if (std::rename(temporaryPath.c_str(), finalPath.c_str()) != 0) return false;
-  if (folder.isOpen()) ::fsync(folder.get());
-  return true;
+  errno = syncName(finalPath);
+  return errno == 0;
 }
 
 }  // namespace velmar::detail

@@ -13,11 +13,24 @@ namespace velmar::detail {
 /// (EWOULDBLOCK), no regular file or a symbolic link.
 FileDescriptor claimFile(const std::string& path, unsigned int mode);
 
+/// Whether the name stands for the file still; the cause is in errno otherwise.
+bool hasName(const FileDescriptor& file, const std::string& path);
+
 /// Gives a finished file its final name, and brings the rename to the disk as far as the folder
 /// allows. A file that has the final name is replaced. The content has to be on the disk already
 /// (FileDescriptor::sync()); then neither a crash nor a power cut can leave the name on an
-/// unfinished file. False, with the cause in errno, if the file keeps its old name.
+/// unfinished file. False, with the cause in errno, if the file keeps its old name, or if the disk
+/// fails to take the new one.
 bool renameFile(const std::string& temporaryPath, const std::string& finalPath);
+
+/// The same for a file that claimFile() made, which is not locked any more then. Not if something
+/// else has got the temporary name.
+bool publishFile(const FileDescriptor& claimed, const std::string& temporaryPath,
+                 const std::string& finalPath);
+
+/// Closes a file that claimFile() made. It is not locked any more even if a child of this process
+/// has it open.
+void unclaimFile(FileDescriptor& claimed);
 
 /// Brings the content of the file to the disk.
 /// \return 0 or the errno of the step that failed

@@ -1,11 +1,17 @@
 #include "velmar_video/VelmarVideoFile.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
+#include <filesystem>
 
+#include "base/FileDescriptor.h"
 #include "container/rtv/RtvContainerReader.h"
 #include "support/TestSupport.h"
 #include "velmar_video/rtv/RtvContainerModifier.h"
@@ -99,6 +105,80 @@ TEST(Files, SayWhichStepOfFinishingFailed) {
             ? "3 ImgContainerCreater_TAG: rename " + path + ".tmp to " + path + " error: "
             : "3 RecordFileCreater: Error: rename fail " + path + ".tmp, ";
     EXPECT_EQ(log.errors(), std::vector{line + "Is a directory"});
+  }
+}
+
+class Creaters : public testing::TestWithParam<const char*> {
+ protected:
+  std::shared_ptr<VelmarVideoFileCreater> start(char frame) const {
+    auto creater = makeVelmarVideoFileCreater(path_);
+    creater->open();
+    creater->addFrame(std::string(100, frame), 1, 2);
+    return creater;
+  }
+  std::string finishedFrame() const {
+    std::string frame;
+    const auto reader = makeVelmarVideoFileReader(path_);
+    reader->open();
+    reader->getRawImage(0, frame);
+    return frame;
+  }
+
+  const TempFolder folder_;
+  const std::string path_ = folder_ / (std::string("a.") + GetParam());
+  const LogCapture quiet_;
+};
+
+TEST_P(Creaters, LeaveAnothersFileAlone) {
+  const auto first = start('1');
+  EXPECT_NE(start('2')->close(), VELMAR_ERROR_CODE_SUCCESS_E);
+  EXPECT_EQ(first->close(), VELMAR_ERROR_CODE_SUCCESS_E);
+  EXPECT_EQ(finishedFrame(), std::string(100, '1'));
+  EXPECT_FALSE(exists(path_ + ".tmp"));
+}
+
+TEST_P(Creaters, GiveTheNameToNoFileButTheirOwn) {
+  const auto first = start('1');
+  std::filesystem::remove(path_ + ".tmp");
+  const auto second = start('2');
+  const bool hasJournal = exists(path_ + ".tmp.index");
+  EXPECT_NE(first->close(), VELMAR_ERROR_CODE_SUCCESS_E);
+  EXPECT_FALSE(exists(path_));
+  EXPECT_EQ(exists(path_ + ".tmp.index"), hasJournal);
+  EXPECT_EQ(second->close(), VELMAR_ERROR_CODE_SUCCESS_E);
+  EXPECT_EQ(finishedFrame(), std::string(100, '2'));
+}
+
+TEST_P(Creaters, UnlockAFileThatAChildHasOpen) {
+  auto creater = start('1');
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::pause();
+    std::_Exit(0);
+  }
+  EXPECT_EQ(creater->close(), VELMAR_ERROR_CODE_SUCCESS_E);
+  const velmar::detail::FileDescriptor file(path_, O_RDONLY);
+  EXPECT_EQ(::flock(file.get(), LOCK_EX | LOCK_NB), 0);
+  ::kill(child, SIGKILL);
+  ::waitpid(child, nullptr, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Containers, Creaters, testing::Values("img", "rtv"),
+                         [](const auto& each) { return std::string(each.param); });
+
+TEST(Modifiers, HoldNoDescriptorAfterAFailedOpen) {
+  const TempFolder folder;
+  const LogCapture quiet;
+  const auto descriptors = [] {
+    const std::filesystem::directory_iterator open("/proc/self/fd");
+    return std::distance(begin(open), end(open));
+  };
+  for (const std::string name : {"a.img", "a.rtv"}) {
+    writeFile(folder / name, std::string(300, 'x'));
+    const auto modifier = makeVelmarVideoFileModifier(folder / name);
+    const auto before = descriptors();
+    EXPECT_NE(modifier->open(), VELMAR_ERROR_CODE_SUCCESS_E);
+    EXPECT_EQ(descriptors(), before) << name;
   }
 }
 

@@ -6,11 +6,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -22,6 +24,14 @@ struct {
   int error = 0;
   unsigned calls = 0, failed = 0;
 } plan;
+
+std::array<bool, 1024> hasNews{};  // by descriptor: of writes that were lost
+
+bool hearsOfLoss(int fd) {
+  if (!std::exchange(hasNews.at(fd), false)) return false;
+  errno = EIO;
+  return true;
+}
 
 bool fails(Call call) {
   if (!plan.armed || call != plan.call) return false;
@@ -57,6 +67,8 @@ unsigned disarm() {
   return plan.failed;
 }
 
+void loseWrites() { hasNews.fill(true); }
+
 extern "C" {
 
 int open(const char* path, int flags, ...) {
@@ -65,7 +77,9 @@ int open(const char* path, int flags, ...) {
   const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
   va_end(arguments);
   const Call call = (flags & O_DIRECTORY) != 0 ? Call::OpenFolder : Call::Open;
-  return fails(call) ? -1 : next<int>("open", path, flags, mode);
+  const int fd = fails(call) ? -1 : next<int>("open", path, flags, mode);
+  if (fd >= 0) hasNews.at(fd) = false;
+  return fd;
 }
 
 int close(int fd) {
@@ -118,7 +132,7 @@ int fstat(int fd, struct stat* status) noexcept {
 }
 
 // These do nothing otherwise: no power cut comes into it, and a disk takes its time.
-int fdatasync(int /*fd*/) { return fails(Call::SyncData) ? -1 : 0; }
+int fdatasync(int fd) { return fails(Call::SyncData) || hearsOfLoss(fd) ? -1 : 0; }
 int fsync(int /*fd*/) { return fails(Call::SyncFolder) ? -1 : 0; }
 
 #ifndef __SANITIZE_ADDRESS__

@@ -35,4 +35,8 @@ void arm(Call call, unsigned number, Extent extent, int error);
 /// How many calls have failed.
 unsigned disarm();
 
+/// What has been written does not reach the disk. As the system does, fdatasync() says so once to
+/// each descriptor that is open now, and to no other.
+void loseWrites();
+
 #endif

@@ -1,5 +1,5 @@
-// What a disk may hold after a power cut at any moment of recording, recovering and copying.
-// VELMAR_CUTS sets the number of states of each, VELMAR_SEED repeats a run.
+// What a disk may hold after a power cut at any moment of recording, recovering, copying and
+// editing. VELMAR_CUTS sets the number of states of each test, VELMAR_SEED repeats a run.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -12,6 +12,7 @@
 #include "support/TestSupport.h"
 #include "toolkit/TestJob.h"
 #include "toolkit/editing/CopyFrames.h"
+#include "toolkit/editing/EditPlan.h"
 #include "toolkit/rescue/RecoverFrames.h"
 #include "toolkit/rescue/Verification.h"
 
@@ -89,8 +90,10 @@ class PowerCuts : public testing::TestWithParam<const char*> {
 
   PowerCuts() : extension_(GetParam()), path_(folder_ / ("a." + extension_)) {}
 
-  void record(const std::string& path, unsigned int syncInterval, DiskLog* log) {
+  void record(const std::string& path, unsigned int syncInterval, DiskLog* log,
+              unsigned short height = 16) {
     RecordingWriter writer(path, description(), kFrames, RecordingWriter::OnFailure::KeepFrames);
+    writer.setSize(32, height);
     writer.syncEvery(syncInterval);
     for (unsigned int i = 0; i < kFrames; ++i) {
       writer.add(frames()[i], timesOf(i), tagOf(i));
@@ -99,11 +102,12 @@ class PowerCuts : public testing::TestWithParam<const char*> {
     writer.finish();
   }
 
-  // Tries states of the disk for cuts before, inside and behind everything that was logged.
-  void tryStates(const DiskLog& log, const Check& check) {
+  // Tries states of the disk for cuts before, inside and behind everything that was logged, which
+  // is one of so many parts of a test.
+  void tryStates(const DiskLog& log, const Check& check, std::size_t parts = 1) {
     static const unsigned long seed = numberFrom("VELMAR_SEED", std::random_device()());
     std::mt19937 random(static_cast<unsigned int>(seed));
-    const std::size_t states = numberFrom("VELMAR_CUTS", 150);
+    const std::size_t states = numberFrom("VELMAR_CUTS", 150) / parts;
     for (std::size_t i = 0; i < states && !HasFailure(); ++i) {
       // Every other one near the end, where a file gets its name.
       const std::size_t events = log.events().size();
@@ -179,6 +183,78 @@ TEST_P(PowerCuts, GiveNoNameToHalfAFile) {
     EXPECT_TRUE(files.contains(copyName) || promised < 2);
     EXPECT_TRUE(files.contains(name + ".tmp"));
   });
+}
+
+struct Edit {
+  const char* what;
+  void (*fill)(EditRequest& request);
+  bool isForRtv = true;
+};
+
+// Each follows the ones before it.
+const Edit kEdits[] = {
+    {"a field", [](auto& request) { request.deviceId = "another one"; }},
+    {"a field in place", [](auto& request) { request.deviceId = "one another"; }},
+    {"the time of a frame",
+     [](auto& request) {
+       request.sensorTimes = {{7, kStart + 7000}};
+     }},
+    {"long parameters",
+     [](auto& request) { request.cameraParams = "\"" + std::string(9000, 'x') + "\""; }, false},
+    {"parameters in place",
+     [](auto& request) { request.cameraParams = "\"" + std::string(9000, 'y') + "\""; }, false},
+    {"short parameters", [](auto& request) { request.cameraParams = "{}"; }, false},
+    {"a shift", [](auto& request) { request.shift = 3600000; }},
+    {"all times",
+     [](auto& request) {
+       request.allTimes.emplace();
+       for (unsigned int i = 0; i < kFrames; ++i) {
+         request.allTimes->push_back(timesOf(kFrames + 2 * i));
+       }
+     }},
+    {"the resolution", [](auto& request) { request.fixResolution = true; }},
+};
+
+TEST_P(PowerCuts, LeaveAnEditOldOrNew) {
+  record(path_, 0, nullptr, 48);
+  const std::string name = "a." + extension_;
+  // Before and behind the promise.
+  const auto tryEdit = [&](const DiskLog& log, const std::string& before,
+                           const std::string& after) {
+    const auto check = [&](const Files&, std::size_t promised) {
+      undoEdit(disk_ / name, FileLock(disk_ / name, FileLock::Kind::Edit));
+      const std::string now = readFile(disk_ / name);
+      EXPECT_TRUE(now == after || (promised == 0 && now == before));
+      EXPECT_FALSE(exists(disk_ / (name + ".undo")));
+    };
+    tryStates(log, check, 2 * std::size(kEdits));
+  };
+  for (const Edit& edit : kEdits) {
+    if (extension_ == "rtv" && !edit.isForRtv) continue;
+    SCOPED_TRACE(edit.what);
+    EditRequest request;
+    edit.fill(request);
+    const std::string before = readFile(path_);
+    const EditedPlaces places = EditPlan(Recording(path_), request).places();
+    TestJob job;
+    DiskLog editing(folder_ / "");
+    editRecording(path_, request, job);
+    editing.promise(1);
+    editing.stop();
+    const std::string after = readFile(path_);
+    ASSERT_NE(before, after);
+    tryEdit(editing, before, after);
+
+    writeFile(path_, before);
+    keepForUndo(path_, places);
+    writeFile(path_, after);
+    DiskLog undoing(folder_ / "");
+    undoEdit(path_, FileLock(path_, FileLock::Kind::Edit));
+    undoing.promise(1);
+    undoing.stop();
+    tryEdit(undoing, before, before);
+    writeFile(path_, after);
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Containers, PowerCuts, testing::Values("img", "rtv"),

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "scene/SampleScene.h"
@@ -43,17 +44,18 @@ std::string numberedJpeg(unsigned int number, std::size_t commentSize) {
 
 std::string uniformJpeg(int width, int height, Coding coding) {
   // The compressor takes these from the environment only.
-  const char* variable = coding == Coding::Optimized    ? "TJ_OPTIMIZE"
-                         : coding == Coding::Arithmetic ? "TJ_ARITHMETIC"
-                                                        : "TJ_PROGRESSIVE";
-  ::setenv(variable, "1", 1);
+  const std::pair<const char*, bool> variables[] = {
+      {"TJ_OPTIMIZE", coding == Coding::Optimized},
+      {"TJ_ARITHMETIC", coding == Coding::Arithmetic || coding == Coding::ArithmeticProgressive},
+      {"TJ_PROGRESSIVE", coding == Coding::Progressive || coding == Coding::ArithmeticProgressive}};
+  for (const auto& [name, isSet] : variables) ::setenv(name, isSet ? "1" : "0", 1);
   const std::vector<unsigned char> pixels(static_cast<std::size_t>(width) * height, 128);
   unsigned char* jpeg = nullptr;
   unsigned long size = 0;
   tjhandle compressor = tjInitCompress();
   tjCompress2(compressor, pixels.data(), width, 0, height, TJPF_GRAY, &jpeg, &size, TJSAMP_GRAY, 90,
               0);
-  ::unsetenv(variable);
+  for (const auto& variable : variables) ::unsetenv(variable.first);
   std::string bytes(reinterpret_cast<const char*>(jpeg), size);
   tjFree(jpeg);
   tjDestroy(compressor);

@@ -7,7 +7,7 @@
 /// of that many bytes, which holds a start and an end marker as a thumbnail would.
 std::string numberedJpeg(unsigned int number, std::size_t commentSize = 40);
 
-enum class Coding { Optimized, Arithmetic, Progressive };
+enum class Coding { Optimized, Arithmetic, Progressive, ArithmeticProgressive };
 /// A grey JPEG of one shade; Huffman tables are made for it.
 std::string uniformJpeg(int width, int height, Coding coding);
 

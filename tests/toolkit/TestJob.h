@@ -38,9 +38,10 @@ class TestJob : public velmar::toolkit::Job {
 };
 
 /// Records the frames, of 32 x 16 pixels by their description, one a microsecond.
-inline void recordFrames(const std::string& path, const std::vector<std::string>& frames) {
+inline void recordFrames(const std::string& path, const std::vector<std::string>& frames,
+                         velmar::detail::JpegSize size = {32, 16}) {
   velmar::toolkit::RecordingDescription description;
-  description.setSize({32, 16});
+  description.setSize(size);
   velmar::toolkit::RecordingWriter writer(
       path, description, static_cast<unsigned int>(frames.size()),
       velmar::toolkit::RecordingWriter::OnFailure::RemoveFrames);

@@ -345,7 +345,7 @@ std::vector<Case> casesOfRtv() {
       lossy(kRtv04, kFinished, zero(placeOf(0, kRtv04), 9), {},
             "frame 0 is lost: the tag points to no JPEG", {1, 2, 3, 4}),
       hopeless(
-          kRtv03, [](auto& file) { writeFile(file, ""); }, kId, "no frame can be recovered"),
+          kRtv03, [](auto& file) { writeFile(file, ""); }, kId, "it holds no frame of an rtv"),
   };
 }
 
@@ -401,13 +401,13 @@ TEST(Recover, FindsTheFramesOfLostTags) {
     const char* words;
     std::vector<int> untagged;  // the first and the last
   } const cases[] = {
-      {kRtv02, 300, 0, 4096, "frames 0 to 138 are recovered, but the tag is lost", {1, 138}},
-      {kRtv02, 300, 4096, 4096, "frame 280 is recovered, but the tag is torn: the", {139, 279}},
-      {kRtv03, 300, 0, 8192, "frame 225 is recovered, but the tag is torn: the time", {1, 225}},
-      {kRtv03, 300, 8192, 4096, "frames 226 to 299 are recovered, but the tag is", {225, 299}},
-      {kRtv03, 112, 4096, 4096, "frame 111 is recovered, but the tag is torn: pos", {111, 111}},
-      {kRtv04, 300, 4096, 4096, "frame 27 is recovered, but the tag is torn: pos", {28, 55}},
-      {kRtv04, 300, 36864, 4096, "frame 253 is recovered, but the tag is torn: pos", {254, 281}},
+      {kRtv02, 300, 0, 4096, "frames 0 to 138 are recovered without the tag; the", {1, 138}},
+      {kRtv02, 300, 4096, 4096, "frame 280 is recovered with a torn tag; the time", {139, 279}},
+      {kRtv03, 300, 0, 8192, "frame 225 is recovered with a torn tag; the time", {1, 225}},
+      {kRtv03, 300, 8192, 4096, "frames 226 to 299 are recovered without the tag", {225, 299}},
+      {kRtv03, 112, 4096, 4096, "frame 111 is recovered with a torn tag; pos", {111, 111}},
+      {kRtv04, 300, 4096, 4096, "frame 27 is recovered with a torn tag; pos", {28, 55}},
+      {kRtv04, 300, 36864, 4096, "frame 253 is recovered with a torn tag; pos", {254, 281}},
   };
   for (const auto& each : cases) {
     SCOPED_TRACE(each.kind.name + ": "s + each.words);

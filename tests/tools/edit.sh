@@ -23,6 +23,13 @@ edited() {
 }
 
 expect 0 "" sample a.img --frames 3 --size 96x64
+
+# Readers give up after half a minute, which passes while the rest goes on.
+cp a.img busy.img
+exec 9<busy.img
+flock 9
+"$tool" verify busy.img a.img --json >busy.out 2>busy.err 9<&- &
+busy=$!
 for version in 02 03 04; do
   expect 0 "" sample $version.rtv --frames 3 --size 96x64 --rtv-version $version
 done
@@ -60,6 +67,10 @@ for version in 02 03 04; do
   [ $(($(tail -1 shifted | cut -d, -f2) + 2500000)) -eq "$(cat after)" ] || fail "shift of $version"
 done
 
+# An id is shown as the file holds it.
+expect 0 "" edit 03.rtv --device-id 0a01 --dry-run
+grep -q -- " -> 0a010\{44\}$" out || fail "id: $(cat out)"
+
 # The metadata of an img, by themselves; a resolution that is wrong is found.
 echo '{"k": [1, {"deep": true}]}' >params.json
 metadata=$(od -An -tu1 -N8 a.img | awk '{n=0; for (i=1;i<=8;i++) n=n*256+$i; print n}')
@@ -93,7 +104,7 @@ interrupt() {
     "$tool" edit half.img --shift-time +3600s --extended-info long.json) >out 2>&1 && fail "not interrupted"
   [ -e half.img.undo ] && ! cmp -s half.img kept.img || fail "nothing is half done"
 }
-interrupted="half.img: an edit of it was interrupted and may be half done; the command recover, with its name alone, undoes"
+interrupted="half.img: an edit of it was interrupted and may be half done; velmar-video recover with this file alone undoes it"
 interrupt
 expect 1 "$interrupted" info half.img
 expect 1 "$interrupted" recover half.img made.img --fps 3
@@ -115,6 +126,7 @@ cp kept.undo 03.rtv.undo
 expect 0 "$(realpath 03.rtv).undo does not belong to it" frames 03.rtv
 expect 1 "03.rtv.undo does not belong to it" edit 03.rtv --shift-time 1
 expect 1 "03.rtv.undo does not belong to it" recover 03.rtv
+expect 0 "03.rtv.undo does not belong to it" recover 03.rtv made.rtv
 expect 1 "" verify 03.rtv
 rm 03.rtv.undo
 
@@ -178,6 +190,8 @@ expect 0 "" frames t.rtv --json --range 1:2
 grep -q '"lng_deg":11.575507636,"lat_deg":48.137405038,"distance_m":0.80,"speed_m_s":24.00' out || fail "degrees: $(cat out)"
 expect 1 "t.gpx: it is already there" frames t.rtv --gpx t.gpx
 expect 1 "a.img: an img holds no positions" frames a.img --gpx x.gpx
+expect 1 "nosuch.txt: there is no such file" frames nosuch.txt --gpx x.gpx
+expect 1 "tags.csv: its name has to end in .img or .rtv" frames tags.csv --gpx x.gpx
 expect 2 "need a file each" frames t.rtv --gpx x.gpx --geojson x.gpx
 expect 2 "standard output takes one" frames t.rtv --gpx - --json
 expect 1 "no/x.json: cannot create it" frames t.rtv --gpx x.gpx --geojson no/x.json
@@ -192,4 +206,12 @@ sed 's/"camera_id" : "00ff"/"camera_id" : "00FFe"/' a.img >odd.img
 expect 3 "odd.img: its device id is not hexadecimal text" cut odd.img x.img --range 0:1 --force
 expect 3 "the length of the device id, which is padded to 24 bytes" convert a.img x.rtv
 expect 3 "the exact text of the device id" convert odd.img y.rtv
+
+got=0
+wait $busy || got=$?
+mv busy.err err
+[ "$got" -eq 1 ] && grep -q "busy.img: an edit is changing it; try again later" err ||
+  fail "status $got of a file that is locked"
+head -1 busy.out | grep -q '^{"file":"busy.img","frames":0,"errors":1,.*"text":"an edit is changing it' &&
+  tail -1 busy.out | grep -q '^{"file":"a.img","frames":3,' || fail "verify --json: $(cat busy.out)"
 

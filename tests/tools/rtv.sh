@@ -87,7 +87,7 @@ expect 0 "" create back.rtv in --times -3600.csv --force
 expect 1 "x.rtv: frame 1 was captured before the start, or more than 24 days after it" create x.rtv in --times 2592000.csv
 cp 03.rtv past.rtv
 printf '\200\356\36\377' | dd of=past.rtv bs=1 seek=$((72 + 36)) conv=notrunc status=none
-misread="a time before the start, or more than 24 days after it, which is read as another"
+misread="a time before the start or more than 24 days after it, which readers misread"
 expect 3 "past.rtv: frame 1 is copied with another time: it has $misread" convert past.rtv past.img
 expect 1 "times before the start" convert past.rtv x.img --strict
 expect 0 "" cut past.rtv kept.rtv --range 1:3

@@ -93,6 +93,29 @@ rm self.img twin.img.tmp
 touch half.img.tmp
 expect 1 "half.img.tmp: it is already there, perhaps an interrupted recording" create half.img in --fps 5
 expect 0 "" create half.img in --fps 5 --force
+# Nothing is written through what has the name of a temporary file, and a journal whose recording was
+# moved away stays.
+cp kept.img target
+touch moved.img.tmp.index
+for file in linked.img.tmp linked.img.tmp.index linked.rtv.tmp linked.recovering.img.tmp; do
+  for force in "" --force; do
+    command="create ${file%%.tmp*} in --fps 5 $force"
+    [ "$file" != linked.recovering.img.tmp ] || command="recover kept.img linked.img $force"
+    for target in target nothing; do
+      ln -s $target $file
+      expect 1 "$file: it is already there and is a symbolic link, not a file; move it away" $command
+      [ "$(readlink $file)" = $target ] || fail "$file is gone"
+      rm $file
+    done
+    mkfifo $file
+    expect 1 "$file: it is already there and is a pipe, not a file; move it away" $command
+    rm $file
+  done
+done
+expect 1 "moved.img.tmp.index: it is already there, perhaps an interrupted recording" cut kept.img moved.img --range 0:1
+absent nothing moved.img moved.img.tmp
+[ -e moved.img.tmp.index ] && cmp target kept.img || fail "a leftover, or what a link leads to"
+rm moved.img.tmp.index target
 expect 0 "" create drive.img in/3.jpg --fps 5 --force
 [ "$(frames_in drive.img)" -eq 1 ] || fail "--force"
 cp kept.img drive.img
@@ -140,8 +163,9 @@ LC_ALL=C sed 's/"camera_id" : "/&\\u001b[31m\\u009b/; s/"version" : "/&'"$escape
 "$tool" sample id.rtv --frames 1 --size 64x64
 printf '\033\302\233\377' | dd of=id.rtv bs=1 seek=14 conv=notrunc status=none
 cp cut.img "cut$escape.img"
+: >"cut$escape.img.undo"
 for arguments in "edit --device-id 01 --dry-run nä" "info nä" "--verbose info cut" "verify cut" \
-  "recover cut.img nä2" "extract --range 9:99 --output x nä"; do
+  "recover cut" "recover cut.img nä2" "extract --range 9:99 --output x nä"; do
   "$tool" $arguments"$escape.img" >out 2>err || true
   ! cat out err | LC_ALL=C grep -q "$(printf '[\033\233]')" || fail "$arguments: $(cat -v out err)"
 done
@@ -202,7 +226,7 @@ head -c -10 stream >short
 expect 3 "standard input: it ends inside a frame" create short.img - --fps 25 <short
 [ "$(frames_in short.img)" -eq 11 ] || fail "frames of a short stream"
 cat in/0.jpg other.jpg zeros bad.json in/1.jpg >mixed
-expect 3 "standard input: frame 1 skipped: the picture is 64x64" create mixed.img - --fps 25 --start-time 0 <mixed
+expect 3 "standard input: frame 1 is skipped: the picture is 64x64" create mixed.img - --fps 25 --start-time 0 <mixed
 grep -q "bytes skipped" err || fail "skipped bytes"
 "$tool" frames mixed.img --csv | cut -d, -f1,2 | tr '\n' ' ' | grep -q '0,0 1,80000 ' || fail "times"
 expect 1 "none.img: there was no frame to record" create none.img - --fps 25 <bad.json
@@ -293,6 +317,10 @@ if ./reader --version >/dev/null 2>&1; then
     tool=./reader
     expect 0 "" edit readable.img --device-id 01 --dry-run
     expect 1 "readable.img: cannot change it: Permission denied" edit readable.img --device-id 01
+    (umask 777 && : >readable.img.undo)
+    expect 1 "" verify readable.img
+    grep -q "^readable.img: error: does not open: /.*readable.img.undo: cannot open it: Perm" out ||
+      fail "verify: $(cat out)"
     for output in new.img new.rtv; do
       expect 1 "$output: cannot create it: Permission denied" create $output in --fps 5
     done

@@ -45,6 +45,11 @@ Failure Failure::ofCreation(const std::string& file, int cause) {
           codeOfCause(cause)};
 }
 
+std::string Failure::wordsFor(const std::string& file) const {
+  const std::string line = what();
+  return line.compare(0, wordsAt_, file + ": ") == 0 ? words() : line;
+}
+
 std::string plainWords(VELMAR_ERROR_CODE_E code) {
   switch (code) {
     case VELMAR_ERROR_CODE_STATUS_FILE_CANNOT_READ_E:

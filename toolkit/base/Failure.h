@@ -1,4 +1,4 @@
-/// How work ends other than well.
+/// The exceptions of the toolkit.
 #ifndef VELMAR_TOOLKIT_FAILURE_H
 #define VELMAR_TOOLKIT_FAILURE_H
 
@@ -26,6 +26,8 @@ class Failure : public std::runtime_error {
   std::string file() const { return {what(), wordsAt_ - kSeparator}; }
   /// what() without the file.
   std::string words() const { return what() + wordsAt_; }
+  /// The same where `file` is named already: what() if the failure is about another file.
+  std::string wordsFor(const std::string& file) const;
   VELMAR_ERROR_CODE_E code() const { return code_; }
 
  private:
@@ -34,7 +36,7 @@ class Failure : public std::runtime_error {
   VELMAR_ERROR_CODE_E code_;
 };
 
-/// What is asked for cannot be, whatever the files hold.
+/// The request is wrong in itself, whatever the files hold.
 class UsageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };

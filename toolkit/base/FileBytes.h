@@ -17,13 +17,13 @@ struct FilePlace {
   std::uint64_t end() const { return offset + size; }
 };
 
-/// What read() gives for bytes that the disk does not give any more.
+/// What read() returns for bytes that the disk cannot read.
 enum class Unreadable {
   Fails,    ///< nothing: it throws
   AsZeros,  ///< zeros, for a whole block of the file system at least
 };
 
-/// A file of any size, of which parts are read. Reading leaves it as it is. Any thread.
+/// A file of any size, of which parts are read. Reading leaves it as it is. Thread-safe.
 class FileBytes {
  public:
   /// Throws Failure.
@@ -35,7 +35,7 @@ class FileBytes {
   bool contains(std::uint64_t offset, std::uint64_t length) const {
     return offset <= size_ && length <= size_ - offset;
   }
-  /// What of so many bytes is in the file.
+  /// How many of `length` bytes at `offset` the file contains.
   std::uint64_t sizeWithin(std::uint64_t offset, std::uint64_t length) const {
     return offset < size_ ? std::min(length, size_ - offset) : 0;
   }

@@ -11,6 +11,7 @@ namespace velmar::toolkit {
 inline std::string kindOf(mode_t mode) {
   if (S_ISDIR(mode)) return "a folder";
   if (S_ISFIFO(mode)) return "a pipe";
+  if (S_ISLNK(mode)) return "a symbolic link";
   return S_ISSOCK(mode) ? "a socket" : "a device";
 }
 

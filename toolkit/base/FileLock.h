@@ -13,7 +13,7 @@ class FileLock {
  public:
   enum class Kind {
     Read,  ///< with other readers; nothing is locked if the file or its file system does not allow
-    Edit,  ///< alone
+    Edit,  ///< alone; nothing is locked if the file system has no locks
   };
 
   /// Waits up to half a minute for those of the other kind. Throws Failure, for a second edit at

@@ -7,18 +7,19 @@
 
 namespace velmar::toolkit {
 
-/// What long work tells whoever asked for it, and asks them. One thread at a time.
+/// Receives progress, losses and notes from long work. Use it from one thread at a time.
 class Job {
  public:
-  /// Work on frames that must not be broken off anywhere: while this lives, a wish to stop waits
-  /// until it is asked for. One at a time, begun before any threads are.
+  /// Work that may stop only between frames. While a Stage exists, a request to stop is held until
+  /// stopRequested() or waitReadable() asks for it. There is one at a time, begun before any
+  /// threads are.
   class Stage {
    public:
     virtual ~Stage() = default;
     /// So many frames are done.
     virtual void advance(std::size_t done) = 0;
     virtual bool stopRequested() = 0;
-    /// Waits until `fd` can be read (or is at its end); false if the wish to stop comes first.
+    /// Waits until `fd` can be read (or is at its end); false if the request to stop comes first.
     virtual bool waitReadable(int fd) = 0;
   };
 
@@ -29,7 +30,7 @@ class Job {
   virtual std::unique_ptr<Stage> begin(const std::string& name, std::size_t total) = 0;
   /// Something is lost or skipped.
   virtual void lose(const std::string& what, const std::string& words) = 0;
-  /// So is what was still to be done when the wish to stop came.
+  /// So is what was still to be done when the request to stop came.
   virtual void loseRest(const std::string& what, std::size_t done, std::size_t wanted) = 0;
   /// Nothing is lost, but somebody may want to know.
   virtual void note(const std::string& what, const std::string& words) = 0;

@@ -33,9 +33,8 @@ void append(std::string& text, std::uint64_t number) {
   text.append(reinterpret_cast<const char*>(&stored), sizeof stored);
 }
 
-// Takes what append() made off the front; 0 if there is too little.
+// Takes what append() made off the front.
 std::uint64_t takeNumber(std::string_view& text) {
-  if (text.size() < kNumber) return 0;
   const std::uint64_t number = ntohll(detail::get<unsigned long>(text.data()));
   text.remove_prefix(kNumber);
   return number;
@@ -92,18 +91,25 @@ std::string encode(const Undo& undo) {
   return text;
 }
 
-// Nothing if it is not whole.
-std::optional<Undo> decode(std::string_view text) {
-  if (text.size() < kMagic.size() + kNumber || !text.starts_with(kMagic)) return std::nullopt;
-  std::string_view stored = text.substr(text.size() - kNumber);
+// Whether it ends with the check sum of the rest.
+bool isWhole(std::string_view text) {
+  if (text.size() < kMagic.size() + kNumber || !text.starts_with(kMagic)) return false;
+  std::string_view sum = text.substr(text.size() - kNumber);
   text.remove_suffix(kNumber);
-  if (takeNumber(stored) != checkSum(text)) return std::nullopt;
+  return takeNumber(sum) == checkSum(text);
+}
+
+// Of a whole one; nothing if its parts make no sense.
+std::optional<Undo> decode(std::string_view text) {
   text.remove_prefix(kMagic.size());
+  text.remove_suffix(kNumber);
+  if (text.size() < 4 * kNumber) return std::nullopt;
   Undo undo;
   for (auto* number : {&undo.size, &undo.headEnd, &undo.tailStart, &undo.sum}) {
     *number = takeNumber(text);
   }
   while (!text.empty()) {
+    if (text.size() < 2 * kNumber) return std::nullopt;
     const std::uint64_t offset = takeNumber(text);
     const std::uint64_t length = takeNumber(text);
     if (length > text.size() || offset > undo.size || length > undo.size - offset) {
@@ -143,11 +149,12 @@ Found find(const std::string& path) {
   if (!S_ISREG(status.st_mode)) return {UndoState::Foreign, {}};
   const FileBytes file(beside);
   const std::string text = file.read(0, file.size());
-  if (auto undo = decode(text)) {
-    const bool isOfThis = fits(FileBytes(path), *undo);
-    return {isOfThis ? UndoState::Pending : UndoState::Foreign, std::move(*undo)};
+  if (!isWhole(text)) {
+    return {mayBeUnfinished(text) ? UndoState::Unused : UndoState::Foreign, {}};
   }
-  return {mayBeUnfinished(text) ? UndoState::Unused : UndoState::Foreign, {}};
+  auto undo = decode(text);
+  if (!undo || !fits(FileBytes(path), *undo)) return {UndoState::Foreign, {}};
+  return {UndoState::Pending, std::move(*undo)};
 }
 
 Undo readUndo(const std::string& path, const EditedPlaces& places) {
@@ -169,7 +176,12 @@ void putBack(const std::string& path, const Undo& undo, const FileLock& lock) {
                     return file.writeAt(old.bytes.data(), old.bytes.size(), old.offset);
                   }) &&
       ::ftruncate(file.get(), static_cast<off_t>(undo.size)) == 0;
-  if (!isBack) throw Failure::ofSystem(path, "cannot undo the interrupted edit", errno);
+  if (!isBack) {
+    throw Failure::ofSystem(path,
+                            "the edit is half done and cannot be undone now; velmar-video recover "
+                            "with this file alone undoes it",
+                            errno);
+  }
   lock.sync();
 }
 
@@ -193,8 +205,8 @@ UndoState undoState(const std::string& path) { return find(path).state; }
 
 std::string undoWords(const std::string& path, UndoState state) {
   if (state == UndoState::Pending) {
-    return "an edit of it was interrupted and may be half done; the command recover, with its name "
-           "alone, undoes the edit";
+    return "an edit of it was interrupted and may be half done; velmar-video recover with this "
+           "file alone undoes it";
   }
   if (state == UndoState::Foreign) {
     return undoPath(path) +
@@ -212,18 +224,21 @@ void keepForUndo(const std::string& path, const EditedPlaces& places) {
   const detail::FileDescriptor file(beside, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
   if (!file.isOpen()) throw Failure::ofCreation(beside, errno);
   // Whoever reads the recording has to find out, whatever the umask is.
+  int cause = 0;
   if (::fchmod(file.get(), mode) != 0 || !file.write(text.data(), text.size()) || !file.sync()) {
-    const int cause = errno;
-    ::unlink(beside.c_str());
-    throw Failure::ofSystem(beside, "cannot write it", cause);
+    cause = errno;
+  } else {
+    cause = detail::syncName(beside);
   }
-  detail::syncName(beside);
+  if (cause == 0) return;
+  ::unlink(beside.c_str());
+  throw Failure::ofSystem(beside, "cannot write it", cause);
 }
 
 void dropUndo(const std::string& path) {
   const std::string beside = undoPath(path);
-  if (::unlink(beside.c_str()) != 0) throw Failure::ofSystem(beside, "cannot delete it", errno);
-  detail::syncName(beside);
+  const int cause = ::unlink(beside.c_str()) == 0 ? detail::syncName(beside) : errno;
+  if (cause != 0) throw Failure::ofSystem(beside, "cannot delete it", cause);
 }
 
 UndoState undoEdit(const std::string& path, const FileLock& lock) {

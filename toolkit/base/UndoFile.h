@@ -44,7 +44,8 @@ std::string undoWords(const std::string& path, UndoState state);
 /// Writes the undo file and brings it to the disk. Throws Failure and leaves nothing behind.
 void keepForUndo(const std::string& path, const EditedPlaces& places);
 
-/// Removes the undo file, on the disk, too. Throws Failure.
+/// Removes the undo file, on the disk, too. Throws Failure; if that cannot be brought to the disk,
+/// a power cut may bring the undo file back.
 void dropUndo(const std::string& path);
 
 /// Brings the file back to what it was and removes the undo file. Throws Failure if that is of

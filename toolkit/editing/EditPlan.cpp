@@ -96,7 +96,7 @@ void EditPlan::planDeviceId(const std::string& id) {
     stored.resize(kRtvDeviceIdSize);  // or the end of the old one would stay
   }
   const std::string before = recording_.deviceId();
-  add("device id", before.empty() ? "none" : printable(before), hexText(id),
+  add("device id", before.empty() ? "none" : printable(before), hexText(stored),
       [stored](auto& modifier) {
         return modifier.modifyCameraID(reinterpret_cast<const unsigned char*>(stored.data()),
                                        static_cast<unsigned int>(stored.size()));
@@ -289,11 +289,11 @@ void EditPlan::apply(const FileLock& lock) const {
   try {
     write();
     lock.sync();
+    dropUndo(recording_.path());
   } catch (...) {
     undoEdit(recording_.path(), lock);
     throw;
   }
-  dropUndo(recording_.path());
 }
 
 void EditPlan::write() const {

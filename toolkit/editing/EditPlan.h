@@ -41,8 +41,8 @@ class EditPlan {
   EditPlan(const Recording& recording, const EditRequest& request);
 
   bool isEmpty() const { return changes_.empty(); }
-  /// Makes the changes in the file, which are on the disk then. Throws Failure, and the file is as
-  /// it was, or has an undo file. After an interruption it has one, too.
+  /// Changes the file and brings it to the disk. If it throws Failure, the file is as before or has
+  /// an undo file. An interruption leaves an undo file, too.
   void apply(const FileLock& lock) const;
   /// What the changes can reach of the file.
   EditedPlaces places() const;

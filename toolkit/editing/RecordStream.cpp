@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -11,6 +12,7 @@
 #include "toolkit/jpeg/FrameInput.h"
 #include "toolkit/jpeg/JpegInspector.h"
 #include "toolkit/jpeg/JpegStreamSplitter.h"
+#include "toolkit/recording/FrameLosses.h"
 #include "toolkit/recording/RecordingWriter.h"
 
 namespace velmar::toolkit {
@@ -25,6 +27,7 @@ class StreamRecorder {
         clock_(clock),
         output_(recording.path),
         job_(job),
+        news_(stream.name, job),
         stage_(job.begin(recording.path, 0)),
         writer_(recording.path, recording.description, recording.framesMax,
                 RecordingWriter::OnFailure::KeepFrames),
@@ -33,20 +36,31 @@ class StreamRecorder {
   }
 
   void run() {
-    std::vector<char> piece(std::size_t{1} << 20);
-    bool ended = false;
-    while (!ended && !full_ && stage_->waitReadable(stream_.fd)) {
-      const ssize_t count = ::read(stream_.fd, piece.data(), piece.size());
-      if (count < 0 && (errno == EINTR || errno == EAGAIN)) continue;
-      if (count < 0) job_.lose(stream_.name, "cannot read on");
-      ended = count <= 0;
-      if (!ended) take({piece.data(), static_cast<std::size_t>(count)});
+    try {
+      readStream();
+    } catch (const Failure&) {
+      news_.finish();
+      throw;
     }
+    news_.finish();
     writer_.finish();
-    reportRest(ended);
+    reportRest();
   }
 
  private:
+  void readStream() {
+    std::vector<char> piece(std::size_t{1} << 20);
+    while (!full_ && stage_->waitReadable(stream_.fd)) {
+      const ssize_t count = ::read(stream_.fd, piece.data(), piece.size());
+      if (count < 0 && (errno == EINTR || errno == EAGAIN)) continue;
+      if (count < 0)
+        job_.lose(stream_.name, std::string("cannot read on: ") + std::strerror(errno));
+      ended_ = count == 0;
+      if (count <= 0) return;
+      take({piece.data(), static_cast<std::size_t>(count)});
+    }
+  }
+
   void take(std::string_view piece) {
     splitter_.feed(piece);
     while (const auto frame = splitter_.next()) {
@@ -68,9 +82,8 @@ class StreamRecorder {
                       static_cast<unsigned short>(size->height));
     }
     if (size && *size == *size_) return true;
-    job_.lose(stream_.name,
-              "frame " + std::to_string(number) + " skipped: " +
-                  (size ? differenceText(*size, *size_) : "it is not a JPEG picture"));
+    news_.add(number, number,
+              "skipped: " + (size ? differenceText(*size, *size_) : "it is not a JPEG picture"));
     return false;
   }
 
@@ -80,7 +93,7 @@ class StreamRecorder {
     return writer_.frames() == kRtvFramesMax || milliseconds > INT32_MAX;
   }
 
-  void reportRest(bool ended) {
+  void reportRest() {
     if (full_) {
       job_.lose(output_, "an rtv holds 65535 frames and 24 days at the most; the rest is left out");
     }
@@ -88,13 +101,14 @@ class StreamRecorder {
       job_.lose(stream_.name, std::to_string(splitter_.skippedBytes()) +
                                   " bytes skipped that belong to no whole frame");
     }
-    if (ended && splitter_.isInsideFrame()) job_.lose(stream_.name, "it ends inside a frame");
+    if (ended_ && splitter_.isInsideFrame()) job_.lose(stream_.name, "it ends inside a frame");
   }
 
   const JpegStream& stream_;
   const FrameClock& clock_;
   const std::string& output_;
   Job& job_;
+  FrameNews news_;
   const std::unique_ptr<Job::Stage> stage_;
   RecordingWriter writer_;
   JpegStreamSplitter splitter_;
@@ -102,6 +116,7 @@ class StreamRecorder {
   std::optional<detail::JpegSize> size_;
   std::uint64_t number_ = 0;
   bool full_ = false;
+  bool ended_ = false;  // the stream
 };
 
 }  // namespace

@@ -6,7 +6,6 @@ namespace velmar::toolkit {
 
 namespace {
 
-// Arithmetic coding takes less than a bit for a block.
 bool isArithmetic(const std::string& jpeg) {
   return jpeg.find("\xFF\xC9") != jpeg.npos || jpeg.find("\xFF\xCA") != jpeg.npos;
 }
@@ -23,22 +22,20 @@ std::uint64_t countScans(std::string_view jpeg) {
 
 bool canHoldPixels(const std::string& jpeg, std::uint64_t pixels) {
   constexpr std::uint64_t kPixelsPerByte = 512;
-  constexpr std::uint64_t kArithmeticPixelsPerByte = 1 << 13;
-  if (pixels <= kPixelsPerByte * jpeg.size()) return true;
-  return pixels <= kArithmeticPixelsPerByte * jpeg.size() && isArithmetic(jpeg);
+  return pixels <= kPixelsPerByte * jpeg.size();
 }
 
 const char* decodingRefusal(const std::string& jpeg, detail::JpegSize size, std::uint64_t memory) {
-  // Encoders write about ten scans: this is more than those of a picture of one colour take, and,
-  // with arithmetic coding, of any other picture.
-  constexpr std::uint64_t kScannedPixelsPerByte = 1 << 12;
+  // Encoders write about ten scans. This is more than those of a picture of one colour take and,
+  // with arithmetic coding, whose scans take ten times as long, than those of any other picture.
+  const std::uint64_t scannedPixelsPerByte = isArithmetic(jpeg) ? 1 << 9 : 1 << 12;
   const auto pixels =
       static_cast<std::uint64_t>(size.width) * static_cast<std::uint64_t>(size.height);
   if (!canHoldPixels(jpeg, pixels)) return "far too short for its size";
   const auto* const bytes = reinterpret_cast<const unsigned char*>(jpeg.data());
   if (!detail::isKeptWhole(bytes, jpeg.size())) return nullptr;
   if (pixels * kKeptBytesPerPixel > memory) return "too much memory for its size";
-  const std::uint64_t most = kScannedPixelsPerByte * jpeg.size() * (isArithmetic(jpeg) ? 4 : 1);
+  const std::uint64_t most = scannedPixelsPerByte * jpeg.size();
   return countScans(jpeg) * pixels > most ? "too many scans for its size" : nullptr;
 }
 

@@ -20,7 +20,8 @@ constexpr std::uint64_t memoryFor(std::uint64_t bytes) {
   return std::max(kForAny, kPerByte * bytes);
 }
 
-/// Whether so many pixels can come from the JPEG: each block of 8 x 8 takes a bit of it.
+/// Whether so many pixels can come from the JPEG: each block of 8 x 8 takes a bit of it. Only with
+/// arithmetic coding can a picture of one colour take less, which no camera makes.
 bool canHoldPixels(const std::string& jpeg, std::uint64_t pixels);
 
 /// Why a JPEG of that size is not to be decoded, such as "too many scans for its size"; null if it

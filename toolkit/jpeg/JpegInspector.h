@@ -10,7 +10,7 @@
 
 namespace velmar::toolkit {
 
-/// Reads the sizes of JPEGs from their headers. One thread at a time.
+/// Reads the sizes of JPEGs from their headers. Use it from one thread at a time.
 class JpegInspector {
  public:
   JpegInspector() : handle_(tjInitDecompress()) {}

@@ -31,7 +31,7 @@ class FrameNews {
 /// Collects frames that are skipped.
 class FrameLosses {
  public:
-  /// Any thread.
+  /// Thread-safe.
   void add(unsigned int index, const FrameFlaw& flaw);
 
   std::size_t count() const { return flaws_.size(); }

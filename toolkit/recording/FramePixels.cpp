@@ -49,16 +49,14 @@ FramePixels::FramePixels(const Recording& recording, const PixelForm& form)
 FrameFlaw FramePixels::read(unsigned int index, std::uint8_t* pixels) {
   if (FrameFlaw flaw = readFrameBytes(recording_, index, jpeg_)) return flaw;
   const auto size = inspector_.size(jpeg_);
-  if (size) {  // otherwise the decoder says why
-    if (const char* words = refusal(*size)) {
-      FrameFlaw flaw(VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
-      flaw.words += std::string(": ") + words;
-      return flaw;
-    }
+  if (!size) return FrameFlaw(VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
+  if (const char* words = refusal(*size)) {
+    FrameFlaw flaw(VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
+    flaw.words += std::string(": ") + words;
+    return flaw;
   }
   // A frame that is smaller than the recording says must not show what was there before.
-  const bool fills =
-      size && size->width == geometry_.sourceWidth && size->height == geometry_.sourceHeight;
+  const bool fills = size->width == geometry_.sourceWidth && size->height == geometry_.sourceHeight;
   if (!fills) std::memset(pixels, 0, geometry_.size());
   const VELMAR_ERROR_CODE_E code =
       decoder_.decode(reinterpret_cast<const unsigned char*>(jpeg_.data()), jpeg_.size(), geometry_,

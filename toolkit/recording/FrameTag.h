@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "velmar_video/rtv/CanData.h"
+#include "velmar_video/rtv/RecordFile.h"
 
 namespace velmar::toolkit {
 
@@ -14,6 +15,17 @@ constexpr int kHighest24Bits = (1 << 23) - 1;
 /// What an rtv recording knows of a frame beside its picture and its time, as stored.
 struct FrameTag {
   FrameTag() { can_data_io_purge(&can); }
+  /// Position, distance, speed and direction of a stored tag.
+  static FrameTag of(const frametag03Ver_t& stored) {
+    FrameTag tag;
+    tag.x = stored.x;
+    tag.y = stored.y;
+    tag.z = stored.z;
+    tag.relativeDistance = stored.relative_distance;
+    tag.speed = stored.speed;
+    tag.direction = stored.direction;
+    return tag;
+  }
 
   bool hasPosition() const {
     return x != 0 || y != 0 || z != 0 || relativeDistance != 0 || speed != 0 || direction != 0;

@@ -33,6 +33,14 @@ Failure refusal(const std::string& path, const std::string& words) {
   return {path, words, VELMAR_ERROR_CODE_INVALID_PARAMETER_E};
 }
 
+// A link, a pipe and the like are no temporary files of ours: not even --force writes there.
+void refuseOtherThanFile(const std::string& temporary) {
+  struct stat status {};
+  if (lstat(temporary.c_str(), &status) != 0 || S_ISREG(status.st_mode)) return;
+  throw refusal(temporary, "it is already there and is " + kindOf(status.st_mode) +
+                               ", not a file; move it away");
+}
+
 bool exists(const std::string& path) {
   struct stat status {};
   return lstat(path.c_str(), &status) == 0;
@@ -68,6 +76,8 @@ ReservedOutput::ReservedOutput(const std::string& path, const std::vector<std::s
   refuseInput(temporary_, inputs);
   refuseInput(journal, inputs);
   checkOutput(path, inputs, force);
+  refuseOtherThanFile(temporary_);
+  refuseOtherThanFile(journal);
   if (const auto holder = lockHolder(temporary_)) {
     throw refusal(temporary_, *holder + " is recording to it");
   }

@@ -87,10 +87,8 @@ void Recording::readAheadOfRtv() const {
   readAhead(0, detail::kRtvHeaderSizeMax);
   const std::string header = file_->read(0, detail::kRtvHeaderSizeMax);
   if (header.size() < detail::kRtvHeaderSizeMax) return;
-  const unsigned int minor = static_cast<unsigned char>(header[detail::kVersionMinorAt]);
-  const detail::RtvLayout layout = detail::rtvLayout(minor <= 2   ? RTV_VER_02
-                                                     : minor == 3 ? RTV_VER_03
-                                                                  : RTV_VER_04);
+  const auto minor = static_cast<unsigned char>(header[detail::kVersionMinorAt]);
+  const detail::RtvLayout layout = detail::rtvLayout(detail::rtvVersion(minor));
   const auto count = detail::get<std::uint16_t>(header.data() + layout.framesCountAt());
   readAhead(0, layout.tagAt(count));
 }
@@ -197,14 +195,7 @@ frametag03Ver_t Recording::storedTag(unsigned int index) const {
 int Recording::timeFlag(unsigned int index) const { return storedTag(index).time_flag; }
 
 FrameTag Recording::tag(unsigned int index) const {
-  FrameTag tag;
-  const frametag03Ver_t stored = storedTag(index);
-  tag.x = stored.x;
-  tag.y = stored.y;
-  tag.z = stored.z;
-  tag.relativeDistance = stored.relative_distance;
-  tag.speed = stored.speed;
-  tag.direction = stored.direction;
+  FrameTag tag = FrameTag::of(storedTag(index));
   if (isRtv()) {
     version_e version{};
     parser_->getVersion(version);  // does not fail on an open parser

@@ -28,7 +28,7 @@ void checkExtension(const std::string& path);
 /// Throws Failure unless the output is of the input's container.
 void checkSameContainer(const std::string& input, const std::string& output);
 
-/// An open recording, with failures as exceptions that name it. One thread at a time.
+/// An open recording, with failures as exceptions that name it. Use it from one thread at a time.
 ///
 /// The library maps the file. A map kills the program where the disk cannot read or the file has
 /// become shorter, so frames are read from file() here, and what the library looks at in its map is

@@ -66,7 +66,7 @@ std::optional<int> rtvTimeFlag(const RecordingDescription& description, std::uin
 constexpr bool isMisread(int timeFlag) { return timeFlag < 0; }
 /// What such a frame has.
 constexpr char kMisreadTime[] =
-    "a time before the start, or more than 24 days after it, which is read as another";
+    "a time before the start or more than 24 days after it, which readers misread";
 
 /// Throws Failure, which names `output`, if it is an rtv and cannot hold as many frames.
 void checkFramesCount(const std::string& output, std::size_t frames);

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 #include <utility>
+#include <vector>
 
 #include "base/PublishFile.h"
 #include "toolkit/base/LockHolder.h"
@@ -13,16 +14,25 @@
 
 namespace velmar::toolkit {
 
+namespace {
+
+// Keeps it until the process ends, open and locked: it would finish its file if it was destroyed,
+// even at exit.
+void keepUnfinished(std::unique_ptr<RecordingBackend> backend) {
+  static auto& kept = *new std::vector<std::unique_ptr<RecordingBackend>>;
+  kept.push_back(std::move(backend));
+}
+
+}  // namespace
+
 RecordingWriter::RecordingWriter(std::string path, const RecordingDescription& description,
                                  unsigned int framesMax, OnFailure onFailure,
                                  const std::string& shownAs)
-    : path_(std::move(path)), onFailure_(onFailure) {
+    : path_(std::move(path)), shownAs_(shownAs.empty() ? path_ : shownAs), onFailure_(onFailure) {
   checkExtension(path_);
   backend_ = makeRecordingBackend(path_, description, framesMax);
   const VELMAR_ERROR_CODE_E code = backend_->open();
-  if (code != VELMAR_ERROR_CODE_SUCCESS_E) {
-    throw creationFailure(shownAs.empty() ? path_ : shownAs, code);
-  }
+  if (code != VELMAR_ERROR_CODE_SUCCESS_E) throw creationFailure(code);
 }
 
 RecordingWriter::~RecordingWriter() {
@@ -34,7 +44,7 @@ RecordingWriter::~RecordingWriter() {
 }
 
 void RecordingWriter::add(const std::string& jpeg, FrameTimes times, const FrameTag& tag) {
-  if (!backend_->add(jpeg, times, tag)) {
+  if (!backend_ || !backend_->add(jpeg, times, tag)) {
     throw failure("cannot write frame " + std::to_string(frames_) + ", the disk may be full",
                   VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
   }
@@ -46,7 +56,8 @@ void RecordingWriter::finish() {
   if (frames_ == 0) {
     throw failure("there was no frame to record", VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
   }
-  const VELMAR_ERROR_CODE_E code = backend_->close();
+  const VELMAR_ERROR_CODE_E code =
+      backend_ ? backend_->close() : VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
   if (code != VELMAR_ERROR_CODE_SUCCESS_E) {
     throw failure("cannot finish it, the disk may be full", code);
   }
@@ -54,11 +65,13 @@ void RecordingWriter::finish() {
 }
 
 Failure RecordingWriter::failure(const std::string& words, VELMAR_ERROR_CODE_E code) {
-  if (!keepsFrames()) return {path_, words, code};
-  const bool complete = backend_->close() == VELMAR_ERROR_CODE_SUCCESS_E;
-  const std::string place =
-      complete ? path_ : path_ + ".tmp; the command recover makes a recording of it";
-  return {path_, words + "; the frames recorded so far are in " + place, code};
+  if (!keepsFrames()) return {shownAs_, words, code};
+  if (backend_) backend_->close();
+  const std::string temporary = path_ + ".tmp";
+  const std::string place = ::access(temporary.c_str(), F_OK) != 0
+                                ? path_
+                                : temporary + "; the command recover makes a recording of it";
+  return {shownAs_, words + "; the frames recorded so far are in " + place, code};
 }
 
 void RecordingWriter::syncEvery(unsigned int frames) {
@@ -73,23 +86,25 @@ void RecordingWriter::sync() {
   const bool isNamed = frames_ != syncInterval_ || detail::syncName(path_ + ".tmp") == 0;
   // The frames before the index journal, which must not lead to any that are not there.
   if (isNamed && temporary_.sync() && (!journal_.isOpen() || journal_.sync())) return;
-  throw failure("frames " + std::to_string(frames_ - syncInterval_) + " to " +
-                    std::to_string(frames_ - 1) +
-                    " may not be on the disk: " + std::strerror(errno),
-                VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
+  const std::string words = "frames " + std::to_string(frames_ - syncInterval_) + " to " +
+                            std::to_string(frames_ - 1) +
+                            " may not be on the disk: " + std::strerror(errno);
+  // Another sync may succeed, although it brings nothing to the disk that this one has lost.
+  if (keepsFrames()) keepUnfinished(std::move(backend_));
+  throw failure(words, VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
 }
 
 // The library does not say why; trying once more does.
-Failure RecordingWriter::creationFailure(const std::string& name, VELMAR_ERROR_CODE_E code) const {
+Failure RecordingWriter::creationFailure(VELMAR_ERROR_CODE_E code) const {
   const std::string temporary = path_ + ".tmp";
   if (const auto holder = lockHolder(temporary)) {
     return {temporary, *holder + " is recording to it", code};
   }
   const bool isThere = ::access(temporary.c_str(), F_OK) == 0;
-  const detail::FileDescriptor file(temporary, O_WRONLY | O_CREAT | O_NOFOLLOW, 0666);
-  if (!file.isOpen()) return Failure::ofCreation(isThere ? temporary : name, errno);
+  const detail::FileDescriptor file(temporary, O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK, 0666);
+  if (!file.isOpen()) return Failure::ofCreation(isThere ? temporary : shownAs_, errno);
   removeTemporaryFiles();
-  return {name, "cannot create it, the disk may be full", code};
+  return {shownAs_, "cannot create it, the disk may be full", code};
 }
 
 void RecordingWriter::removeTemporaryFiles() const {

@@ -15,12 +15,12 @@ class RecordingWriter {
  public:
   enum class OnFailure {
     RemoveFrames,  ///< they can be had again
-    KeepFrames,    ///< what is recorded stays, finished if possible
+    KeepFrames,    ///< what is recorded stays, finished if possible and if it is on the disk
   };
 
   /// Opens the recording. What is there is replaced; see checkRecordingOutput().
   /// \param framesMax  see makeRecordingBackend()
-  /// \param shownAs    the name to show if it cannot be opened, the path if empty
+  /// \param shownAs    the name to show in failures, the path if empty
   /// Throws Failure.
   RecordingWriter(std::string path, const RecordingDescription& description, unsigned int framesMax,
                   OnFailure onFailure, const std::string& shownAs = "");
@@ -35,7 +35,8 @@ class RecordingWriter {
   void syncEvery(unsigned int frames);
   unsigned int frames() const { return frames_; }
 
-  /// Throws Failure if the frame cannot be written or not be brought to the disk.
+  /// Throws Failure if the frame cannot be written or not be brought to the disk. Then no other
+  /// can be added.
   void add(const std::string& jpeg, FrameTimes times, const FrameTag& tag = {});
   /// Brings the recording under its name. Throws Failure, also if it has no frame.
   void finish();
@@ -44,12 +45,13 @@ class RecordingWriter {
   bool keepsFrames() const { return onFailure_ == OnFailure::KeepFrames && frames_ > 0; }
   /// Says where the frames are that are kept.
   Failure failure(const std::string& words, VELMAR_ERROR_CODE_E code);
-  Failure creationFailure(const std::string& name, VELMAR_ERROR_CODE_E code) const;
+  Failure creationFailure(VELMAR_ERROR_CODE_E code) const;
   /// The temporary files.
   void sync();
   void removeTemporaryFiles() const;
 
   std::string path_;
+  std::string shownAs_;
   // Open from the first frame on: a descriptor hears only of what failed since it was opened.
   detail::FileDescriptor temporary_;
   detail::FileDescriptor journal_;

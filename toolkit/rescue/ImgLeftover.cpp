@@ -28,8 +28,8 @@ std::vector<LeftoverFrame> merged(const std::vector<LeftoverFrame>& journal,
   std::vector<LeftoverFrame> frames;
   std::merge(journal.begin(), journal.end(), front.begin(), front.end(), std::back_inserter(frames),
              [](auto& one, auto& other) {
-               return std::make_pair(one.number, one.flaw != nullptr) <
-                      std::make_pair(other.number, other.flaw != nullptr);
+               return std::make_pair(one.number, one.lostBecause != nullptr) <
+                      std::make_pair(other.number, other.lostBecause != nullptr);
              });
   const auto repeated = std::unique(frames.begin(), frames.end(), [](auto& one, auto& other) {
     return one.number == other.number;
@@ -110,7 +110,7 @@ void markRepetition(const FileBytes& file, std::vector<LeftoverFrame>& frames) {
     }
   }
   for (std::size_t i = first; i < frames.size(); ++i) {
-    frames[i].flaw = "it repeats the first frames, as an interrupted end does";
+    frames[i].lostBecause = "it repeats the first frames, as an interrupted end does";
   }
 }
 
@@ -147,9 +147,10 @@ void setTimes(std::vector<LeftoverFrame>& frames, const LeftoverTimes& known) {
       frame.times = evenTimes(frame.number, before, first, known);
     } else if (frame.number < known.times.size()) {
       frame.times = known.times[frame.number];
-    } else if (frame.flaw == nullptr) {
-      frame.flaw = known.times.empty() ? "the index has no time (--fps or --times can give one)"
-                                       : "--times has no row for it";
+    } else if (frame.lostBecause == nullptr) {
+      frame.lostBecause = known.times.empty()
+                              ? "the index has no time (--fps or --times can give one)"
+                              : "--times has no row for it";
     }
   }
 }
@@ -168,8 +169,9 @@ std::uint64_t endOf(const std::vector<LeftoverFrame>& frames, const FileBytes& f
 bool canBeCount(std::uint64_t count, const std::vector<LeftoverFrame>& frames) {
   const std::uint64_t end = detail::kFrameIndexStart + count * sizeof(FrameIndex);
   return !frames.empty() && count > frames.back().number &&
-         std::all_of(frames.begin(), frames.end(),
-                     [end](auto& frame) { return frame.flaw != nullptr || frame.offset >= end; });
+         std::all_of(frames.begin(), frames.end(), [end](auto& frame) {
+           return frame.lostBecause != nullptr || frame.offset >= end;
+         });
 }
 
 // Where in the file frames end, and what the metadata behind them say.

@@ -30,8 +30,8 @@ class RecordScan {
     const bool continues = before_.number + 1 == number && before_.end() == frame.offset;
     const bool isBeforeKept = !frames_.empty() && frames_.back().number == before_.number;
     if (continues && !isBeforeKept) frames_.push_back(before_);
-    if (continues || frame.flaw == nullptr || frame.end() == end_) frames_.push_back(frame);
-    if (frame.flaw == nullptr) lowest_ = std::min(lowest_, frame.offset);
+    if (continues || frame.lostBecause == nullptr || frame.end() == end_) frames_.push_back(frame);
+    if (frame.lostBecause == nullptr) lowest_ = std::min(lowest_, frame.offset);
     before_ = frame;
   }
 
@@ -48,11 +48,11 @@ class RecordScan {
     frame.times = {record.sensorTime, record.arrivedTime};
     frame.isCut = !file_.contains(frame.offset, frame.size);
     if (frame.offset >= file_.size()) {
-      frame.flaw = "the file ends before it";
+      frame.lostBecause = "the file ends before it";
     } else if (!beginsAsJpeg(startOf(frame, file_))) {
-      frame.flaw = "its bytes are no JPEG picture";
+      frame.lostBecause = "its bytes are no JPEG picture";
     } else if (shared_.repeats({frame.offset, frame.size})) {
-      frame.flaw = kSharedWords;
+      frame.lostBecause = kSharedWords;
     }
     return frame;
   }
@@ -93,7 +93,7 @@ void dropTornSizes(std::vector<LeftoverFrame>& frames, const FileBytes& file,
     const LeftoverFrame& frame = frames[i];
     const std::uint64_t next = i + 1 < frames.size() ? frames[i + 1].offset : first;
     if (frame.end() == next || frame.end() == first || frame.end() == metaData || frame.isCut ||
-        frame.flaw != nullptr || isWholeJpeg(file.read(frame.offset, frame.size))) {
+        frame.lostBecause != nullptr || isWholeJpeg(file.read(frame.offset, frame.size))) {
       kept.push_back(frame);
     }
   }

@@ -22,10 +22,10 @@ struct LeftoverFrame {
   std::uint64_t number = 0;  ///< in the recording
   std::uint64_t offset = 0;
   std::uint64_t size = 0;
-  bool isCut = false;               ///< the file ends inside the frame
-  std::optional<FrameTimes> times;  ///< img
-  const char* flaw = nullptr;       ///< why the frame is lost; null if it may be whole
-  const char* loss = nullptr;       ///< what is lost of a frame that may be whole; null if nothing
+  bool isCut = false;                 ///< the file ends inside the frame
+  std::optional<FrameTimes> times;    ///< img
+  const char* lostBecause = nullptr;  ///< null if the frame may be whole
+  const char* caveat = nullptr;       ///< what a frame that is recovered lacks; null if nothing
 
   std::uint64_t end() const { return offset + size; }
 };

@@ -56,7 +56,7 @@ Verdict lost(const std::string& words) { return {true, "lost: " + words}; }
 
 // Unless the frame is lost, `jpeg` holds it then.
 Verdict take(const Rescue& rescue, const LeftoverFrame& frame, std::string& jpeg) {
-  if (frame.flaw != nullptr) return lost(frame.flaw);
+  if (frame.lostBecause != nullptr) return lost(frame.lostBecause);
   if (frame.size > kMaxFrameSize) return lost("too large for a picture");
   const std::string problem =
       rescue.file.tryRead({frame.offset, rescue.file.sizeWithin(frame.offset, frame.size)}, jpeg);
@@ -67,10 +67,9 @@ Verdict take(const Rescue& rescue, const LeftoverFrame& frame, std::string& jpeg
   }
   if (!problem.empty()) return lost(problem + " (--keep-damaged keeps what can be read)");
   if (frame.isCut || endsInZeros(jpeg)) {
-    return lost("the picture is cut short (--keep-damaged keeps such)");
+    return lost("the picture is cut short (--keep-damaged keeps it)");
   }
-  if (hasHole(jpeg, frame.offset))
-    return lost("the picture has a hole (--keep-damaged keeps such)");
+  if (hasHole(jpeg, frame.offset)) return lost("the picture has a hole (--keep-damaged keeps it)");
   return {};
 }
 
@@ -86,7 +85,7 @@ class RescuedFrames final : public FrameSource {
     const Verdict verdict = take(rescue_, found, frame.jpeg);
     if (!verdict.words.empty()) news_.add(found.number, found.number, verdict.words);
     if (verdict.isLost) return false;
-    if (found.loss != nullptr) news_.add(found.number, found.number, found.loss);
+    if (found.caveat != nullptr) news_.add(found.number, found.number, found.caveat);
     frame.times = found.times.value_or(FrameTimes());
     if (!rescue_.leftover.tags.empty()) frame.tag = rescue_.leftover.tags[at];
     if (isMisread(frame.tag.timeFlag.value_or(0))) {

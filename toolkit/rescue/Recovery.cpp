@@ -11,12 +11,15 @@ namespace velmar::toolkit {
 namespace {
 
 // Half an edit must not get into the output.
-void checkNotHalfEdited(const std::string& file) {
+void checkNotHalfEdited(const std::string& file, Job& job) {
   if (pathFailure(file)) return;  // there is no such edit of a temporary file
   const FileLock lock(file, FileLock::Kind::Read);
   const UndoState state = undoState(file);
-  if (state != UndoState::Pending) return;
-  throw Failure(file, undoWords(file, state), VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
+  const std::string words = undoWords(file, state);
+  if (state == UndoState::Pending) {
+    throw Failure(file, words, VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
+  }
+  if (!words.empty()) job.note(file, words);
 }
 
 // What the request says, else what the file says. What neither does is lost.
@@ -28,7 +31,7 @@ RecordingDescription describe(const RecoveryRequest& request, const Leftover& le
   const bool isDescribed = leftover.undescribed.empty();
   if (!isDescribed || request.size) description.setSize(request.size.value_or(firstSize));
   if (isDescribed) return description;
-  job.note(request.input, leftover.undescribed + "; a new header is made of what the options give");
+  job.note(request.input, leftover.undescribed + "; the options provide the new header");
   if (isRtvPath(request.output) && !request.startTime) {
     job.lose(request.input, "the start time is not known; edit --start-time sets it");
   }
@@ -49,17 +52,17 @@ void checkLeftoverName(const std::string& input, const std::string& output) {
 }
 
 Recovered recoverRecording(const RecoveryRequest& request, Job& job) {
-  checkNotHalfEdited(request.input);
+  checkNotHalfEdited(request.input, job);
   const FileBytes file(request.input, Unreadable::AsZeros);
   const Leftover leftover = isRtvPath(request.output) ? findRtvLeftover(file, request.version)
                                                       : findImgLeftover(file, request.times);
   const Rescue rescue{file, leftover, request.keepDamaged};
   const auto size = firstSize(rescue);
   if (!size) {
-    throw Failure(request.input,
-                  "no frame can be recovered from it as from an " +
-                      std::string(isRtvPath(request.output) ? "rtv" : "img"),
-                  VELMAR_ERROR_CODE_ALL_IMAGES_CORRUPTED_E);
+    throw Failure(
+        request.input,
+        "it holds no frame of an " + std::string(isRtvPath(request.output) ? "rtv" : "img"),
+        VELMAR_ERROR_CODE_ALL_IMAGES_CORRUPTED_E);
   }
   const auto description = describe(request, leftover, *size, job);
   const unsigned int kept = recoverFrames(rescue, request.output, description, job);

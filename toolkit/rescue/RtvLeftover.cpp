@@ -52,7 +52,7 @@ bool readHeader(const std::string& front, version_e version, RecordingDescriptio
 bool hasPlace(const RtvTable& table, std::size_t i, const FileBytes& file) {
   const std::vector<RtvSlot>& slots = table.slots;
   const LeftoverFrame& frame = slots[i].frame;
-  if (frame.flaw == nullptr) return true;
+  if (frame.lostBecause == nullptr) return true;
   if (frame.size == 0 || frame.offset < table.dataStart || frame.offset >= file.size())
     return false;
   return (i > 0 && slots[i - 1].frame.end() == frame.offset) ||
@@ -94,11 +94,11 @@ void addFrame(Leftover& leftover, LeftoverFrame frame, const RtvSlot& slot) {
   const bool hasTag = !slot.isEmpty && (lacksPlace || slot.frame.offset == frame.offset);
   const FrameTag tag = hasTag ? slot.tag : FrameTag();
   if (!hasTag) {
-    frame.loss = "recovered, but the tag is lost: the time is estimated from the frames beside";
+    frame.caveat = "recovered without the tag; the time is estimated from neighbouring frames";
   } else if (!tag.timeFlag) {
-    frame.loss = "recovered, but the tag is torn: the time is estimated from the frames beside";
+    frame.caveat = "recovered with a torn tag; the time is estimated from neighbouring frames";
   } else if (slot.isTorn) {
-    frame.loss = "recovered, but the tag is torn: position, speed or signals are missing";
+    frame.caveat = "recovered with a torn tag; position, speed or signals are missing";
   }
   add(leftover, frame, tag);
 }

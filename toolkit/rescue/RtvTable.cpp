@@ -42,9 +42,9 @@ std::vector<Part> fieldsOf(version_e version) {
           {28, 32},  {32, 34},   {34, 36}, kCanPart};
 }
 
-// What of a tag across a page's border lay on a page that did not come to the disk, or not with all
-// tags: then the neighbour there is missing, too. Where that would not be there anyway, zeros are
-// what a tag may end in, unless the one before ends in something else.
+// The part of a tag across a page's border that lies on a lost page. A lost page shows as zeros,
+// which cover the neighbouring tag, too. A tag may really end in zeros, and behind the last tag
+// there are only zeros: so the tag before it must not end in zeros as well.
 Part lostPart(std::string_view front, const detail::RtvLayout& layout, unsigned int i) {
   const std::uint64_t at = layout.tagAt(i);
   const std::size_t border = kPage - at % kPage;
@@ -66,13 +66,8 @@ RtvSlot decodeSlot(const char* bytes, version_e version) {
   RtvSlot slot;
   slot.frame.offset = stored.data_offset;
   slot.frame.size = stored.data_length;
+  slot.tag = FrameTag::of(stored);
   slot.tag.timeFlag = stored.time_flag;
-  slot.tag.x = stored.x;
-  slot.tag.y = stored.y;
-  slot.tag.z = stored.z;
-  slot.tag.relativeDistance = stored.relative_distance;
-  slot.tag.speed = stored.speed;
-  slot.tag.direction = stored.direction;
   if (version == RTV_VER_04) slot.tag.can = detail::get<can_data_io>(bytes + detail::kCanAt);
   return slot;
 }
@@ -82,9 +77,11 @@ RtvSlot readSlot(std::string_view front, version_e version, unsigned int i) {
   std::string bytes(front.substr(layout.tagAt(i), layout.tagSize));
   if (isZero(bytes)) return {};
   const Part lost = lostPart(front, layout, i);
-  for (const Part& field : fieldsOf(version)) {
-    const std::size_t size = field.to - field.from;
-    if (lost.overlaps(field)) bytes.replace(field.from, size, size, '\0');
+  if (lost.to > 0) {
+    for (const Part& field : fieldsOf(version)) {
+      const std::size_t size = field.to - field.from;
+      if (lost.overlaps(field)) bytes.replace(field.from, size, size, '\0');
+    }
   }
   RtvSlot slot = decodeSlot(bytes.data(), version);
   slot.isEmpty = false;
@@ -95,7 +92,7 @@ RtvSlot readSlot(std::string_view front, version_e version, unsigned int i) {
 }
 
 // Why the tag leads to no frame; null if it does.
-const char* flawOf(const RtvSlot& slot, std::uint64_t slotEnd, const FileBytes& file) {
+const char* whyLost(const RtvSlot& slot, std::uint64_t slotEnd, const FileBytes& file) {
   const LeftoverFrame& frame = slot.frame;
   if (slot.isEmpty) return "the tag is missing";
   if (frame.size == 0) return "the tag is not whole";
@@ -136,13 +133,13 @@ RtvTable readRtvTable(const FileBytes& file, const std::string& front, version_e
     const std::uint64_t slotEnd = layout.tagAt(i + 1);
     if (slotEnd > table.dataStart || slotEnd > front.size()) break;
     RtvSlot slot = readSlot(front, version, i);
-    slot.frame.flaw = flawOf(slot, slotEnd, file);
+    slot.frame.lostBecause = whyLost(slot, slotEnd, file);
     clip(slot.frame, file);
-    if (slot.frame.flaw == nullptr && shared.repeats({slot.frame.offset, slot.frame.size})) {
-      slot.frame.flaw = kSharedWords;
+    if (slot.frame.lostBecause == nullptr && shared.repeats({slot.frame.offset, slot.frame.size})) {
+      slot.frame.lostBecause = kSharedWords;
     }
     const std::uint64_t offset = slot.frame.offset;
-    if (slot.frame.flaw == nullptr) {
+    if (slot.frame.lostBecause == nullptr) {
       ++table.wholeFrames;
       const bool isFirstKnown = i > 0 && table.dataStart == file.size();
       table.dataStart = std::min(

@@ -11,7 +11,7 @@ namespace velmar::toolkit {
 
 /// A slot of the tag table.
 struct RtvSlot {
-  LeftoverFrame frame;  ///< its flaw tells why the tag leads to none
+  LeftoverFrame frame;  ///< its lostBecause tells why the tag leads to none
   FrameTag tag;         ///< without a time if the tag has none any more
   bool isEmpty = true;  ///< all zeros
   /// Part of the tag was on a page that did not come to the disk before the power failed. Fields
@@ -24,8 +24,8 @@ struct RtvTable {
   version_e version;
   std::vector<RtvSlot> slots;   ///< up to the last that is not empty
   std::uint64_t dataStart = 0;  ///< of the first frame
-  long wholeFrames = 0;         ///< those without a flaw
-  long strangeTags = 0;         ///< those that are there and have one
+  long wholeFrames = 0;         ///< tags that lead to a frame
+  long strangeTags = 0;         ///< those that are there and do not
 
   /// The number of slots, by what lies between header and frames.
   unsigned int framesMax() const;

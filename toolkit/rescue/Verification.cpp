@@ -235,7 +235,7 @@ std::optional<Recording> opened(const std::string& path, const FileLock& lock,
   try {
     if (isRecordingName(path)) return Recording(path, lock);
   } catch (const Failure& failure) {
-    words = failure.words();
+    words = failure.wordsFor(path);
   }
   report({Severity::Error, {}, {}, "does not open: " + words});
   return std::nullopt;

@@ -1,6 +1,7 @@
 #include "toolkit/text/CsvTable.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <string_view>
 #include <utility>
@@ -142,6 +143,7 @@ CsvTable::CsvTable(std::string name, const std::string& text) : name_(std::move(
     if (isEmpty(*fields)) continue;
     if (columns_.empty()) {
       columns_ = *fields;
+      std::transform(columns_.begin(), columns_.end(), std::back_inserter(plainNames_), plainName);
     } else if (fields->size() == columns_.size()) {
       rows_.push_back({line, *fields});
     } else {
@@ -152,13 +154,12 @@ CsvTable::CsvTable(std::string name, const std::string& text) : name_(std::move(
 }
 
 std::optional<std::size_t> CsvTable::column(const std::string& name) const {
-  const auto isIt = [&name](const std::string& column) { return plainName(column) == name; };
-  const auto found = std::find_if(columns_.begin(), columns_.end(), isIt);
-  if (found == columns_.end()) return std::nullopt;
-  if (std::any_of(found + 1, columns_.end(), isIt)) {
+  const auto found = std::find(plainNames_.begin(), plainNames_.end(), name);
+  if (found == plainNames_.end()) return std::nullopt;
+  if (std::find(found + 1, plainNames_.end(), name) != plainNames_.end()) {
     fail(1, "the column " + name + " is there twice");
   }
-  return static_cast<std::size_t>(found - columns_.begin());
+  return static_cast<std::size_t>(found - plainNames_.begin());
 }
 
 std::size_t CsvTable::requiredColumn(const std::string& name) const {
@@ -169,10 +170,10 @@ std::size_t CsvTable::requiredColumn(const std::string& name) const {
 
 std::vector<std::string> CsvTable::columnsBeside(const std::vector<std::string>& known) const {
   std::vector<std::string> others;
-  for (const std::string& name : columns_) {
-    const std::string plain = plainName(name);
+  for (std::size_t i = 0; i < columns_.size(); ++i) {
+    const std::string& plain = plainNames_[i];
     if (plain.empty() || std::find(known.begin(), known.end(), plain) != known.end()) continue;
-    others.push_back(name);
+    others.push_back(columns_[i]);
   }
   return others;
 }

@@ -40,6 +40,7 @@ class CsvTable {
  private:
   std::string name_;
   std::vector<std::string> columns_;
+  std::vector<std::string> plainNames_;  // of the same columns, in small letters without blanks
   std::vector<Row> rows_;
 };
 

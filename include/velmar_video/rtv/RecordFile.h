@@ -2,9 +2,9 @@
 /// The content of an RTV file in memory: header and frame tags of versions 02, 03 and 04.
 ///
 /// Most programs do not need this header: RecordFileCreater.h writes RTV files and
-/// TaggedVideoParser.h reads them, and both classes are built on RecordFile. It is for those who
-/// use the constants and the structs of the frame tags, who let dump() log the whole content, or
-/// who work on the tags of version 04 in memory.
+/// TaggedVideoParser.h reads them, and both classes are built on RecordFile. Include it to use the
+/// constants and the frame tag structs, to log the whole content with dump(), or to work on version
+/// 04 tags in memory.
 #ifndef VELMAR_VIDEO_RTV_RECORD_FILE_H
 #define VELMAR_VIDEO_RTV_RECORD_FILE_H
 
@@ -58,8 +58,8 @@ struct __attribute__((packed)) frametag03Ver_t {
 };
 static_assert(sizeof(frametag03Ver_t) == 36);
 
-/// The decoded content of one file. One thread at a time. It cannot be copied, since its tags point
-/// to it.
+/// The decoded content of one file. Use it from one thread at a time. It cannot be copied, since
+/// its tags point to it.
 class VELMAR_VIDEO_API RecordFile {
  public:
   class frametag_t;
@@ -125,13 +125,13 @@ class VELMAR_VIDEO_API RecordFile {
 
   /// Whether the bytes of fields of this type have to be reversed. Two oddities are kept for
   /// existing programs:
-  /// - Bit 0 of the flags in the version 04 header says it, for version 03, too, whose own flags
-  ///   are not looked at.
+  /// - Bit 0 of the flags in the version 04 header decides, even for a version 03 file. The flags
+  ///   in the version 03 header are ignored.
   /// - The first call in the process decides it for each type: every later file is treated as the
   ///   first one was.
   ///
-  /// Any thread. If several threads open the first files at once, any of these may be the first
-  /// one, and another one for each type.
+  /// Thread-safe. If several threads open their first files at once, any of those files may decide,
+  /// and a different one for each type.
   template <typename T>
   bool mustSwap() const;
   /// The value, with its bytes reversed if mustSwap() says so.
@@ -180,8 +180,8 @@ class VELMAR_VIDEO_API RecordFile::frametag_t {
   bool fill(const void* raw, CAN_SIZE size);
   /// Zeroes every field and releases the CAN block.
   void purge();
-  /// Reverses the bytes of every field of a packed block if the byte order of the owner's file asks
-  /// for it.
+  /// Reverses the bytes of every field of a packed block if the owner's file has the other byte
+  /// order, as far as mustSwap() tells.
   void can_data_io_swauto(can_data_io& block) const;
 
   ///@{

@@ -13,7 +13,7 @@
 /// The constructor creates a file under the name plus ".tmp", with the whole tag table. close(), or
 /// else the destructor, writes the header, brings the file to the disk and renames it. If the
 /// process ends without either, the file keeps the ".tmp" name and a header of zeros. Failures are
-/// logged under the tag "RecordFileCreater". One thread at a time.
+/// logged under the tag "RecordFileCreater". Use it from one thread at a time.
 class VELMAR_VIDEO_API RecordFileCreater : public RecordFile {
  public:
   /// Only the log and isOpen() report a failure.
@@ -68,8 +68,7 @@ class VELMAR_VIDEO_API RecordFileCreater : public RecordFile {
   /// \param direction         degrees
   /// \param can               version 04: copied; null for no signals
   /// \return false if the frame was not added: there are framesMax already (not logged), the disk
-  ///         is full, no file is open, or the data is refused; and false although the frame was
-  ///         added, if its tag could not be mapped
+  ///         is full, its tag cannot be written, no file is open, or the data is refused
   bool addFrame(int timeFlag, const char* data, unsigned int length, int x, int y, int z,
                 unsigned int relativeDistance, unsigned short speed, unsigned short direction,
                 const can_data_io* can);
@@ -78,7 +77,8 @@ class VELMAR_VIDEO_API RecordFileCreater : public RecordFile {
                 unsigned int relativeDistance, unsigned short speed, unsigned short direction,
                 const can_data_io* can);
 
-  /// Finishes the file. If that fails, the temporary file stays, with all frames in it.
+  /// Finishes the file. If that fails, the temporary file stays, with all frames in it. The
+  /// temporary file is locked until then; another writer of the same path is not open.
   /// \return whether the finished file has its name; false for a second call, which does nothing
   bool close();
 
@@ -95,6 +95,9 @@ class VELMAR_VIDEO_API RecordFileCreater : public RecordFile {
   /// Logs the system call that failed and answers false.
   bool logged(const char* step) const;
   bool publish();
+  /// Takes off what a frame that was not added has left at the end.
+  bool cutBehindFrames();
+  void release();
   void encodeHeader(unsigned char* bytes) const;
   header_t& headerWithAllFields();
 

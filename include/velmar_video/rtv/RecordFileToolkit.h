@@ -8,13 +8,13 @@
 /// Radius of the meridian in metres at the latitude of the last RecordFileToolkit::initRadius(); 0
 /// before the first.
 extern VELMAR_VIDEO_API double g_meridianRadius;
-/// The same of the parallel.
+/// Radius of the parallel in metres, under the same conditions.
 extern VELMAR_VIDEO_API double g_parallelRadius;
 
 /// Coordinates of recordings: NDS units, degrees, metres.
 ///
 /// Longitude comes before latitude in every pair. (lon0, lat0) is the origin in degrees; x are
-/// metres east of it and y metres north. Any thread, except that initRadius(), abs2Rel() and
+/// metres east of it and y metres north. Thread-safe, except that initRadius(), abs2Rel() and
 /// rel2Abs() share the two radii of the whole process without a lock.
 class VELMAR_VIDEO_API RecordFileToolkit {
  public:
@@ -25,7 +25,8 @@ class VELMAR_VIDEO_API RecordFileToolkit {
   /// Degrees as radians.
   static double toRadians(double degrees);
 
-  // With fixed coefficients: accurate near the origin. Longitudes are not wrapped.
+  // These two use fixed coefficients. They are accurate only near the origin and do not wrap
+  // longitudes.
 
   /// The degrees of the point (x, y).
   static void toGPS(double lon0, double lat0, double x, double y, double& lon, double& lat);

@@ -13,8 +13,9 @@
 /// makeVelmarVideoFileModifier() makes one for "rtv". The class is public for setTaggingFlags(),
 /// and for the parser's getters, which show the header as changed so far.
 ///
-/// Times of version 02 files count from 2015-01-01 00:00:00 UTC, as in the file; the reader's count
-/// from 1970. Files of big-endian writers are not edited: VELMAR_ERROR_CODE_INVALID_PARAMETER_E.
+/// For a version 02 file, times count from 2015-01-01 00:00:00 UTC, as in the file. The reader
+/// returns times since 1970. Files of big-endian writers are not edited:
+/// VELMAR_ERROR_CODE_INVALID_PARAMETER_E.
 ///
 /// modifyCameraID(), modifyUndistorted() and modifyStartTime() change the header in memory, which
 /// close() writes. While no file is open they succeed as well and leave no trace; kept for existing

@@ -48,9 +48,8 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
   /// \retval RTV_ERR_FILE_MMAP_FAIL           the system refuses to map it; its descriptor stays
   ///                                          open, kept for existing programs
   /// \retval RTV_ERR_NOT_VELMAR_VIDEO_FORMAT  no RTV file, or of another version
-  /// \retval RTV_ERR_VIDEO_NOT_COMPLETE       it is cut in the header or the tags, or the last
-  /// frame
-  ///                                          does not end where the file ends, or there is none
+  /// \retval RTV_ERR_VIDEO_NOT_COMPLETE       it is cut in header or tags, it has no frame, or the
+  ///                                          last frame does not end where the file ends
   /// \retval RTV_ERR_BUFFER_NOT_ALLOCATED     no memory
   ErrorCode_e init(const char* path);
   /// Releases the file. Always succeeds.
@@ -84,8 +83,8 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
   ErrorCode_e getImageColorFormat(format_e& format);
   /// NDS units to degrees.
   static double NDS2Degree(int v);
-  /// Start position in degrees and metres. `alt` is 0 for version 02, the stored number for version
-  /// 03 and a hundredth of it for version 04, as the versions store it.
+  /// Start position in degrees and metres. Version 02 stores no altitude: `alt` is 0. In version 03
+  /// it is the stored number, which is metres, in version 04 a hundredth of that.
   ErrorCode_e getStdPosition(double& lat, double& lng, double& alt);
   /// The start position as stored: NDS units, and the altitude (0 for version 02).
   ErrorCode_e getStartPosition(int& lng, int& lat, int& alt);
@@ -114,8 +113,8 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
   /// getCANRecord(). The tags hold aligned blocks, and can_data_assign() copies them as if they
   /// were packed. Versions 02 and 03 give an empty block for any index, with every pointer set.
   ErrorCode_e getCAN(unsigned short index, can_data& can);
-  /// The CAN signals of the frame as the file has them, in host byte order whatever file came
-  /// first in the process. In versions 02 and 03 every signal is absent.
+  /// The CAN signals of the frame as the file has them, in host byte order, whichever rtv file the
+  /// process opened first. In versions 02 and 03 every signal is absent.
   ErrorCode_e getCANRecord(unsigned short index, can_data_io& record);
 
   /// Where the stored frame lies: its offset from the start of the file and its size, in bytes. The
@@ -174,7 +173,7 @@ class VELMAR_VIDEO_API TaggedVideoParser : public RecordFile {
 
   /// What differs between reading and editing.
   struct InitMode {
-    bool writable;    ///< whether the map is for writing, too
+    bool writable;    ///< whether the file is opened for writing, too
     const char* tag;  ///< of the log lines
   };
   /// The public init(), for either.

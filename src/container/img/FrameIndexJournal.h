@@ -32,8 +32,8 @@ static_assert(sizeof(JournalRecord) == 36);
 /// Keeps the index of a running recording in a file of its own, since an "img" file gets its index
 /// only when it is finished. If the recorder is killed, its frames are recovered with the journal.
 ///
-/// A recording does not depend on its journal: one that cannot be written is given up, and the
-/// recording goes on.
+/// A journal that cannot be written is given up, and the recording goes on without. Only one that
+/// cannot be replaced keeps it from being finished.
 class FrameIndexJournal {
  public:
   explicit FrameIndexJournal(const std::string& path);
@@ -46,8 +46,8 @@ class FrameIndexJournal {
   /// record must never stand for bytes that are not there.
   void append(const FrameIndex& record);
   /// Replaces all records that were appended by these, in one step, and brings them to the disk.
-  /// False if the journal is as it was. True as well if there is none, since then nothing can be
-  /// saved by stopping.
+  /// If it is false, the journal on the disk may be the old one. True as well if there is none,
+  /// since then nothing can be saved by stopping.
   bool replace(const std::vector<FrameIndex>& records);
   /// Closes the journal and keeps it.
   void close();

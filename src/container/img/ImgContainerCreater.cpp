@@ -48,8 +48,8 @@ VELMAR_ERROR_CODE_E ImgContainerCreater::open() {
   writeFailed_ = false;
   const std::uint64_t placeholder = htonll(writtenBytes_);
   if (!imgContainerCreaterWrite(&placeholder, sizeof placeholder)) {
-    file_.close();
     ::unlink(temporaryPath_.c_str());
+    unclaimFile(file_);
     return VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
   }
   journal_.open();
@@ -185,14 +185,20 @@ VELMAR_ERROR_CODE_E ImgContainerCreater::close() {
   if (!file_.isOpen()) return VELMAR_ERROR_CODE_NOT_INIT_E;
   VELMAR_ERROR_CODE_E result = VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
   try {
-    if (!writeFailed_) result = finish();
+    if (!hasName(file_, temporaryPath_)) {
+      velmar_logger::e(kTag, "%s is another file now", temporaryPath_.c_str());
+    } else if (frameIndex_.empty()) {
+      journal_.remove();
+      result = finish();
+    } else if (!writeFailed_) {
+      result = finish();
+    }
   } catch (...) {
     velmar_logger::e(kTag, "build json throw error");
   }
   if (result == VELMAR_ERROR_CODE_SUCCESS_E) result = publish();
-  file_.close();
   journal_.close();
-  if (result == VELMAR_ERROR_CODE_SUCCESS_E || frameIndex_.empty()) journal_.remove();
+  unclaimFile(file_);
   if (result == VELMAR_ERROR_CODE_SUCCESS_E && textLost_) {
     result = VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E;
   }
@@ -223,11 +229,12 @@ VELMAR_ERROR_CODE_E ImgContainerCreater::finish() {
 VELMAR_ERROR_CODE_E ImgContainerCreater::publish() {
   if (!file_.sync()) {
     velmar_logger::e(kTag, "fdatasync %s error: %s", temporaryPath_.c_str(), std::strerror(errno));
-  } else if (!renameFile(temporaryPath_, filePath_)) {
-    velmar_logger::e(kTag, "rename %s to %s error: %s", temporaryPath_.c_str(), filePath_.c_str(),
-                     std::strerror(errno));
-  } else {
-    return VELMAR_ERROR_CODE_SUCCESS_E;
+    return VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
   }
+  // The file has its index now. Once it is renamed, the journal's name may be another recording's.
+  journal_.remove();
+  if (publishFile(file_, temporaryPath_, filePath_)) return VELMAR_ERROR_CODE_SUCCESS_E;
+  velmar_logger::e(kTag, "rename %s to %s error: %s", temporaryPath_.c_str(), filePath_.c_str(),
+                   std::strerror(errno));
   return VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
 }

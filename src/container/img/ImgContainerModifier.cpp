@@ -30,7 +30,9 @@ ImgContainerModifier::ImgContainerModifier(const std::string& path)
 VELMAR_ERROR_CODE_E ImgContainerModifier::open() {
   if (const auto code = checkOpening(filePath_, kTag); code != VELMAR_ERROR_CODE_SUCCESS_E)
     return code;
-  return analyse(openMap(), kTag);
+  const auto code = analyse(openMap(), kTag);
+  if (code != VELMAR_ERROR_CODE_SUCCESS_E) file_.close();
+  return code;
 }
 
 VELMAR_ERROR_CODE_E ImgContainerModifier::openMap() { return mapFile(filePath_, O_RDWR, file_); }

@@ -70,8 +70,13 @@ bool RecordFileCreater::makeTagTable() {
 
 void RecordFileCreater::abandon() {
   if (!isOpen()) return;
+  if (hasName(*file_, temporaryPath_)) ::unlink(temporaryPath_.c_str());
+  release();
+}
+
+void RecordFileCreater::release() {
+  unclaimFile(*file_);
   file_.reset();
-  ::unlink(temporaryPath_.c_str());
 }
 
 bool RecordFileCreater::isOpen() const { return file_ != nullptr; }
@@ -157,19 +162,22 @@ bool RecordFileCreater::addFrame(int timeFlag, const char* data, unsigned int le
   // Without its tag the frame would keep the file from being opened.
   --framesWritten_;
   fileSize_ = offset;
-  if (::ftruncate(file_->get(), static_cast<off_t>(fileSize_)) != 0) logged("ftruncate");
+  const unsigned char empty[kTagSizeMax] = {};
+  file_->writeAt(empty, rtvLayout(version_).tagSize, rtvLayout(version_).tagAt(index));
+  cutBehindFrames();
   return false;
+}
+
+bool RecordFileCreater::cutBehindFrames() {
+  return ::ftruncate(file_->get(), static_cast<off_t>(fileSize_)) == 0 || logged("ftruncate");
 }
 
 bool RecordFileCreater::appendBytes(const char* data, unsigned int length) {
   const int file = isOpen() ? file_->get() : -1;  // the system refuses -1
-  const auto resize = [file](unsigned long size) {
-    return ::ftruncate(file, static_cast<off_t>(size)) == 0;
-  };
-  if (!resize(fileSize_ + length)) return logged("ftruncate");
+  if (::ftruncate(file, static_cast<off_t>(fileSize_ + length)) != 0) return logged("ftruncate");
   if (!file_->writeAt(data, length, fileSize_)) {
     logged("pwrite");
-    resize(fileSize_);
+    cutBehindFrames();
     return false;
   }
   fileSize_ += length;
@@ -203,14 +211,14 @@ bool RecordFileCreater::storeTag(const unsigned char* tag, unsigned int index) {
 bool RecordFileCreater::close() {
   if (!isOpen()) return false;
   headerOf(version_).frames_count = framesWritten_;
-  const bool published = storeHeader() && publish();
-  file_.reset();
+  const bool published = cutBehindFrames() && storeHeader() && publish();
+  release();
   return published;
 }
 
 bool RecordFileCreater::publish() {
   if (!file_->sync()) return logged("fdatasync");
-  return renameFile(temporaryPath_, fileName_) || logged("rename");
+  return publishFile(*file_, temporaryPath_, fileName_) || logged("rename");
 }
 
 bool RecordFileCreater::storeHeader() {

@@ -11,7 +11,7 @@
 /// facade. Microseconds become milliseconds.
 class RtvContainerCreater : public VelmarVideoFileCreater {
  public:
-  /// Creates, sizes and maps the temporary file at once.
+  /// Creates the temporary file at once.
   explicit RtvContainerCreater(const std::string& path);
   ~RtvContainerCreater() override;
 

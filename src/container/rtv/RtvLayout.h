@@ -64,6 +64,11 @@ constexpr RtvLayout rtvLayout(version_e version) {
   }
 }
 
+/// The version that the minor number of a header stands for, which is 1 to 4.
+constexpr version_e rtvVersion(unsigned int minor) {
+  return minor <= 2 ? RTV_VER_02 : minor == 3 ? RTV_VER_03 : RTV_VER_04;
+}
+
 /// Whether the field is one that modifiers write.
 enum class Edited { No, Yes };
 

@@ -129,7 +129,7 @@ bool TaggedVideoParser::readVersion(const unsigned char* file, const InitMode& m
     velmar_logger::e(mode.tag, "version unknown: %u.%u\n", major, minor);
     return false;
   }
-  version_ = minor <= 2 ? RTV_VER_02 : minor == 3 ? RTV_VER_03 : RTV_VER_04;
+  version_ = rtvVersion(minor);
   return true;
 }
 

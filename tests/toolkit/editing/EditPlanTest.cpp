@@ -44,16 +44,18 @@ UndoState undo(const std::string& path) {
   return undoEdit(path, FileLock(path, FileLock::Kind::Edit));
 }
 
-// Of a file of 2^60 bytes, with a right check sum.
-std::string hugeUndo() {
-  std::string text = "velmar.undo\1" + bigEndianBytes(1UL << 60, 8);
-  for (const unsigned long number : {0UL, 0UL, 0UL, (1UL << 60) - 1, 1UL}) {
-    text += bigEndianBytes(number, 8);
-  }
-  text += "x";
+// An undo file of a file of that size, with no head, no tail and a right checksum.
+std::string undoOf(unsigned long size, const std::string& parts) {
+  std::string text = "velmar.undo\1" + bigEndianBytes(size, 8);
+  for (const unsigned long number : {0UL, 0UL, 0UL}) text += bigEndianBytes(number, 8);
+  text += parts;
   unsigned long sum = 0xCBF29CE484222325;
   for (const char byte : text) sum = (sum ^ static_cast<unsigned char>(byte)) * 0x100000001B3;
   return text + bigEndianBytes(sum, 8);
+}
+
+std::string part(unsigned long offset, unsigned long length) {
+  return bigEndianBytes(offset, 8) + bigEndianBytes(length, 8);
 }
 
 // What stands in the file and its undo file before, in between and after.
@@ -169,7 +171,10 @@ TEST(EditPlan, NothingOfAnotherFileIsPutBack) {
       {"the same with another time", changed, edited.undo},
       {"cut short", cut, edited.undo},
       {"a file that only has the name", edited.before, "my notes on undoing things"},
-      {"one that says to be huge", edited.before, hugeUndo()},
+      {"one that says to be huge", edited.before,
+       undoOf(1UL << 60, part((1UL << 60) - 1, 1) + "x")},
+      {"one with a part outside", edited.before, undoOf(8, part(8, 1) + "x")},
+      {"one with half a part", edited.before, undoOf(8, "half")},
       {"a later version", edited.before, std::string(edited.undo).replace(11, 1, "\2")},
   };
   for (const auto& one : cases) {

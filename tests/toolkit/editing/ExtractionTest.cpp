@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ctime>
+
 #include "support/Pictures.h"
 #include "support/TestSupport.h"
 #include "toolkit/TestJob.h"
@@ -90,6 +92,16 @@ TEST(Extraction, ThreadsMakeTheSameAndNameWhatIsMissing) {
     EXPECT_EQ(job.lines, (Lines{"a.img frames 3 to 4 are " + flaw, "a.img frame 41 is " + flaw}));
     std::filesystem::remove_all(folder / "out");
   }
+}
+
+TEST(Extraction, TakesNoTimeForLargePicturesThatAreNone) {
+  const TempFolder folder;
+  recordFrames(folder / "a.img", std::vector(1000, "\xFF\xD8" + std::string(100, 'x')),
+               {5000, 5000});
+  TestJob job;
+  const std::clock_t begin = std::clock();
+  EXPECT_THROW(extract(folder / "a.img", folder / "out", job, {Kind::Pnm}), Failure);
+  EXPECT_LT(std::clock() - begin, 2 * CLOCKS_PER_SEC);
 }
 
 TEST(Extraction, LeavesNothingBehindIfItFails) {

@@ -130,8 +130,7 @@ TEST(Verification, NamesWhatIsWrong) {
       {"rtv",
        tag(1, 0),
        "\xFF\xFF\xFF\xFF",
-       {"w 1 has a time before the start, or more than 24 days after it, which is read as "
-        "another"}},
+       {"w 1 has a time before the start or more than 24 days after it, which readers misread"}},
       {"rtv", tag(kFrames + 1, 3), "\x01", {"w the tags behind the last frame's are not zero"}},
   };
   const LogCapture quiet;

@@ -45,16 +45,17 @@ void addOptions(CLI::App& command, Options& options) {
   command.add_option("output", options.output, "The recording to make")->required();
   command.add_option("input", options.inputs, "The recordings to copy, in order")->required();
   command
-      .add_flag("--force", options.force,
-                "Replace an existing output; --force=INPUT also takes size, codec and device from "
-                "that input where the others differ, and its start position")
+      .add_flag(
+          "--force", options.force,
+          "Replace an existing output. --force=INPUT also takes size, codec, device and start "
+          "position from that input where the recordings differ")
       ->type_name("");
 }
 
 }  // namespace
 
 void addConcatCommand(Tool& tool) {
-  tool.addCommand<Options>({"concat", "Copy recordings into one, one behind the other.",
+  tool.addCommand<Options>({"concat", "Join recordings into one, in the given order.",
                             "concat day.img morning.img evening.img"},
                            {addOptions, concat});
 }

@@ -142,10 +142,11 @@ void addFrameOptions(CLI::App& command, Options& options) {
   command
       .add_option(
           "--tags", options.tagsFile,
-          "rtv: a table such as frames --csv writes, with the column file or index and any of x, "
-          "y, z (not in version 02), relative_distance, speed and direction: hundredths of a "
-          "metre, and of a metre a second, and degrees. Version 04 holds the CAN signals, by "
-          "name, too; an empty cell is an absent one")
+          "rtv: a table such as frames --csv writes. The column file or index names the frame; x, "
+          "y, z and relative_distance are hundredths of a metre, speed is hundredths of a metre a "
+          "second, direction is degrees. Version 02 has no z. Version 04 also takes the CAN "
+          "signals "
+          "by name; an empty cell means that the signal is absent")
       ->type_name("CSV");
 }
 
@@ -162,12 +163,12 @@ void addOptions(CLI::App& command, Options& options) {
   command
       .add_option(
           "--sync", options.syncInterval,
-          "Bring the frames to the disk every N frames, 1 to 1000000: a power cut then takes "
-          "no more than the frames since. Slower")
+          "Write the frames to the disk after every N frames, 1 to 1000000. A power cut then loses "
+          "only the frames after the last write. Recording becomes slower")
       ->type_name("N")
       ->check(CLI::Range(1U, 1000000U).description(""));
   command.add_flag("--allow-truncated", options.allowTruncated,
-                   "Take picture files without an end marker, too, which are cut short as a rule");
+                   "Also record picture files without an end marker, which are usually cut short");
   command.add_flag("--force", options.force, "Replace an existing output");
 }
 
@@ -182,8 +183,9 @@ void addCreateCommand(Tool& tool) {
        "    velmar-video create drive.img - --fps \"$rate\"\n"
        "  velmar-video create drive.rtv frames/ --times times.csv --rtv-version 04 --tags "
        "tags.csv\n\n"
-       "Where a video has JPEGs in it (MJPEG), -c copy instead of -r and -q:v takes them as they "
-       "are."},
+       "If a video already consists of JPEGs (MJPEG), use -c copy instead of -r and -q:v to "
+       "record\n"
+       "them unchanged."},
       {addOptions, create, checkUsage});
 }
 

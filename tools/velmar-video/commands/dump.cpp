@@ -6,10 +6,9 @@
 
 #if __has_include(<velmar_logger/control.h>)
 #include <velmar_logger/control.h>
+#endif
 
 namespace velmar::tool {
-
-#endif
 
 namespace {
 
@@ -90,8 +89,8 @@ void addDumpCommand(Tool& tool) {
   tool.addCommand<Options>(
       {"dump", "Show an rtv's header and tags as its parser holds them, for debugging.",
        "dump drive.rtv\n\n"
-       "The CAN signals here are not the file's: the parser holds them realigned. "
-       "frames --json\nshows them as they are."},
+       "The CAN signals shown differ from those in the file, since the parser realigns them.\n"
+       "frames --json shows the file's values."},
       {addOptions, dump});
 }
 

@@ -110,8 +110,9 @@ void addTimeOptions(CLI::App& command, Options& options) {
                                    "sensor_time_us and, for img, arrived_time_us");
   times->type_name("CSV")->excludes(sensor)->excludes(arrived);
   addParsedOption(
-      command, "--shift-time", "US",
-      "Microseconds to add to all times, the start of an rtv included; seconds as -1.5s",
+      command, "--shift-time", "OFFSET",
+      "Offset to add to all times, including the start of an rtv: microseconds, or seconds such as "
+      "-1.5s",
       [&request](const std::string& text) { request.shift = parseShift(text); })
       ->excludes(start)
       ->excludes(sensor)
@@ -156,14 +157,14 @@ void addOptions(CLI::App& command, Options& options) {
   command.add_option("file", options.file, "The recording to change")->required();
   addHeaderOptions(command, options);
   addTimeOptions(command, options);
-  command.add_flag("--dry-run", options.dryRun, "Only say what would change");
+  command.add_flag("--dry-run", options.dryRun, "Show the changes without making them");
 }
 
 }  // namespace
 
 void addEditCommand(Tool& tool) {
   tool.addCommand<Options>(
-      {"edit", "Change what a recording says of itself, in place, and its frames' times.",
+      {"edit", "Change the header and the frame times of a recording in place.",
        "edit drive.img --device-id 0aff --shift-time -3600s --dry-run"},
       {addOptions, edit, checkUsage});
 }

@@ -4,6 +4,7 @@
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
 #include "toolkit/base/OutputFile.h"
+#include "toolkit/recording/OpenFailure.h"
 #include "toolkit/recording/OutputGuard.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/tables/FrameLine.h"
@@ -26,6 +27,14 @@ struct Options {
   bool lists() const { return json || csv || (gpxFile.empty() && geoJsonFile.empty()); }
 };
 
+void checkHasTrack(const std::string& file) {
+  if (const auto failure = pathFailure(file)) throw Failure(*failure);
+  checkExtension(file);
+  if (isRtvPath(file)) return;
+  throw Failure(file, "an img holds no positions, so it has no track",
+                VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+}
+
 // Before anything is written.
 void checkOutputs(const Options& options) {
   const bool gpxToOutput = options.gpxFile == "-";
@@ -39,10 +48,7 @@ void checkOutputs(const Options& options) {
   checkStandardOutput(options.file);
   for (const std::string& file : {options.gpxFile, options.geoJsonFile}) {
     if (file.empty()) continue;
-    if (!isRtvPath(options.file)) {
-      throw Failure(options.file, "an img holds no positions, so it has no track",
-                    VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
-    }
+    checkHasTrack(options.file);
     if (file != "-") checkOutput(file, {options.file}, options.force);
   }
 }
@@ -92,7 +98,8 @@ ExitStatus showFrames(const Options& options, CommandJob& job) {
 void addOptions(CLI::App& command, Options& options) {
   command.add_option("file", options.file, "The recording")->required();
   auto* json = command.add_flag("--json", options.json, "One JSON object for each frame");
-  command.add_flag("--csv", options.csv, "A table with commas")->excludes(json);
+  command.add_flag("--csv", options.csv, "Comma-separated values with a header line")
+      ->excludes(json);
   command.add_option("--gpx", options.gpxFile, "rtv: write the track as GPX instead of the list")
       ->type_name("FILE");
   command.add_option("--geojson", options.geoJsonFile, "rtv: the same as GeoJSON")

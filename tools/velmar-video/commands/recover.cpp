@@ -67,9 +67,9 @@ ExitStatus undoInterruptedEdit(const std::string& file) {
                   VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
   }
   StandardOutput output;
-  output.write(file + (state == UndoState::Pending
-                           ? ": the interrupted edit is undone\n"
-                           : ": the interrupted edit had not changed anything\n"));
+  output.write(printable(file) + (state == UndoState::Pending
+                                      ? ": the interrupted edit is undone\n"
+                                      : ": the interrupted edit had not changed anything\n"));
   output.flush();
   return ExitStatus::Done;
 }
@@ -111,11 +111,13 @@ void checkUsage(const Options& options) {
 void addTimeOptions(CLI::App& command, Options& options) {
   addFrameRateOption(
       command, [&options](double rate) { options.framesPerSecond = rate; },
-      "img: frames a second, for frames without a record in index or index journal");
+      "img: frame rate, which gives times to frames that have no record in the index or the index "
+      "journal");
   command
-      .add_option("--times", options.timesFile,
-                  "img: the same as a table with the columns sensor_time_us and arrived_time_us, "
-                  "a row for each frame of the recording")
+      .add_option(
+          "--times", options.timesFile,
+          "img: these times as a table with the columns sensor_time_us and arrived_time_us, "
+          "a row for each frame of the recording")
       ->type_name("CSV");
   addStartTimeOption(command, options.startTime,
                      "When an rtv starts, or, with --fps, when an img's first frame was captured. "
@@ -131,15 +133,15 @@ void addOptions(CLI::App& command, Options& options) {
       ->required();
   auto* output = command.add_option(
       "output", options.output,
-      "The recording to make, OUTPUT.img or OUTPUT.rtv. Without it, INPUT is a "
-      "recording of which an edit was interrupted, and becomes what it was before");
+      "The recording to make, OUTPUT.img or OUTPUT.rtv. Without OUTPUT, an interrupted edit of "
+      "INPUT is undone in place");
   addTimeOptions(command, options);
   addParsedOption(command, "--size", "WxH",
                   "Size in pixels to name in the recording, the first frame's if not given",
                   [&options](const std::string& text) { options.size = parsePictureSize(text); });
   options.description.addTo(command);
   command.add_flag("--keep-damaged", options.keepDamaged,
-                   "Keep frames whose picture is cut short or has a hole as well");
+                   "Also keep frames whose picture is cut short or has a hole");
   command.add_flag("--force", options.force, "Replace an existing output");
   const std::vector<CLI::Option*> all = command.get_options();
   std::for_each(std::find(all.begin(), all.end(), output) + 1, all.end(),
@@ -151,12 +153,11 @@ void addOptions(CLI::App& command, Options& options) {
 void addRecoverCommand(Tool& tool) {
   tool.addCommand<Options>(
       {"recover",
-       "Make a recording of what an interrupted or damaged one left, or undo an interrupted edit.",
+       "Recover the frames of an interrupted or damaged recording, or undo an interrupted edit.",
        "recover drive.img.tmp drive.img --device-id 0aff\n"
        "  velmar-video recover drive.rtv.tmp drive.rtv --start-time 2026-11-21T08:00:00Z\n\n"
-       "Without an OUTPUT, as in recover drive.img, an edit of the recording that was interrupted "
-       "is\nundone in place.\n"
-       "The options go before what the file says itself, if the recorder came to write that."},
+       "Without OUTPUT, as in recover drive.img, an interrupted edit is undone in place.\n"
+       "Options override the header of the input, if it has one."},
       {addOptions, recover, checkUsage});
 }
 

@@ -1,3 +1,4 @@
+#include <optional>
 #include <vector>
 
 #include "program/StandardOutput.h"
@@ -51,17 +52,25 @@ std::string counted(std::uint64_t count, const std::string& noun) {
   return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
-// Text is shown as it comes, JSON as a whole.
+// Text is shown as it comes, JSON as a whole, even if a failure is the last that is found.
 Report verifyFile(const std::string& file, const Options& options, StandardOutput& output) {
   Report report;
   std::string json;
-  report.frames = verify(file, options.decode, [&](const Finding& finding) {
+  const auto take = [&](const Finding& finding) {
     (finding.severity == Finding::Severity::Error ? report.errors : report.warnings) +=
         finding.count();
     if (!options.json) return output.write(textOf(file, finding));
     if (!json.empty()) json += ',';
     json += jsonOf(finding);
-  });
+  };
+  std::optional<Failure> failure;
+  try {
+    report.frames = verify(file, options.decode, take);
+  } catch (const Failure& caught) {
+    if (!options.json) throw;
+    failure = caught;
+    take({Finding::Severity::Error, {}, {}, caught.wordsFor(file)});
+  }
   if (options.json) {
     output.write("{\"file\":" + toJsonText(file) + ",\"frames\":" + std::to_string(report.frames) +
                  ",\"errors\":" + std::to_string(report.errors) + ",\"warnings\":" +
@@ -72,6 +81,7 @@ Report verifyFile(const std::string& file, const Options& options, StandardOutpu
                  "\n");
   }
   output.flush();
+  if (failure) throw Failure(*failure);
   return report;
 }
 

@@ -6,7 +6,7 @@
 
 namespace velmar::tool {
 
-/// One printable line with the program's name in front. Any thread.
+/// One printable line with the program's name in front. Thread-safe.
 void say(const std::string& line);
 
 }  // namespace velmar::tool

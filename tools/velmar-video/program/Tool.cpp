@@ -2,7 +2,7 @@
 
 namespace velmar::tool {
 
-Tool::Tool() : app("Makes, shows and takes apart recordings of a vehicle's camera.") {
+Tool::Tool() : app("Creates, shows, edits and repairs recordings of a vehicle-mounted camera.") {
   app.name("velmar-video");
   app.require_subcommand(0, 1);
   app.set_version_flag("--version", "velmar-video " VELMAR_TOOL_VERSION);
@@ -24,7 +24,7 @@ CLI::App& Tool::addCommand(const CommandWords& words) {
 }
 
 void Tool::addCommonOptions(CLI::App& command) {
-  command.add_flag("--quiet", quiet, "No progress");
+  command.add_flag("--quiet", quiet, "Show no progress");
   command.add_flag("--verbose", verbose, "Show the library's own log on standard error");
 }
 
