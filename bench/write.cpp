@@ -8,7 +8,7 @@
 #include "Files.h"
 #include "GrowingFile.h"
 #include "Peers.h"
-#include "toolkit/recording/RecordingWriter.h"
+#include "toolkit/writing/RecordingWriter.h"
 
 namespace {
 

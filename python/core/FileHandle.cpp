@@ -13,9 +13,8 @@ namespace velmar::python {
 
 namespace {
 
-const std::map<std::string, VELMAR_FORMAT_E> kFormats = {{"rgb", VELMAR_FORMAT_RGB_E},
-                                                         {"bgr", VELMAR_FORMAT_BGR_E},
-                                                         {"gray", VELMAR_FORMAT_GRAY_E}};
+const std::map<std::string, VELMAR_FORMAT_E> kFormats = {
+    {"rgb", VELMAR_FORMAT_RGB_E}, {"bgr", VELMAR_FORMAT_BGR_E}, {"gray", VELMAR_FORMAT_GRAY_E}};
 const std::map<std::string, SCALE_FACTOR_E> kScales = {{"1", SCALE_FACTOR_1_1_E},
                                                        {"1/2", SCALE_FACTOR_1_2_E},
                                                        {"1/4", SCALE_FACTOR_1_4_E},
@@ -123,8 +122,7 @@ py::dict FileHandle::facts() const {
   facts["camera_params"] = description.cameraParams;
   facts["extended_info"] = description.extendedInfo;
   facts["frames"] = recording->recording().framesCount();
-  facts["has_signals"] =
-      recording->recording().isRtv() && description.version == RTV_VER_04;
+  facts["has_signals"] = recording->recording().isRtv() && description.version == RTV_VER_04;
   return facts;
 }
 
@@ -152,10 +150,9 @@ void FileHandle::decode(unsigned int index, const std::string& format, const std
 }
 
 std::vector<std::size_t> FileHandle::decodeMany(const std::vector<unsigned int>& indices,
-                                                const std::string& format,
-                                                const std::string& scale, long top, long bottom,
-                                                const py::array& out, unsigned int threads,
-                                                bool masks) const {
+                                                const std::string& format, const std::string& scale,
+                                                long top, long bottom, const py::array& out,
+                                                unsigned int threads, bool masks) const {
   const auto recording = opened();
   const toolkit::PixelForm form = formOf(format, scale, top, bottom);
   std::vector<py::ssize_t> shape = shapeOf(recording->geometry(form));

@@ -57,8 +57,7 @@ detail::ImageGeometry SharedRecording::geometry(const PixelForm& form) {
   return geometry;
 }
 
-FrameFlaw SharedRecording::decode(unsigned int index, const PixelForm& form,
-                                  std::uint8_t* pixels) {
+FrameFlaw SharedRecording::decode(unsigned int index, const PixelForm& form, std::uint8_t* pixels) {
   Decoder decoder = take(form);
   FrameFlaw flaw = decoder.pixels->read(index, pixels);
   giveBack(std::move(decoder));

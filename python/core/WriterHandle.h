@@ -3,16 +3,19 @@
 
 #include <pybind11/pybind11.h>
 
+#include <map>
 #include <mutex>
 #include <optional>
 #include <string>
 
-#include "toolkit/recording/OutputGuard.h"
-#include "toolkit/recording/RecordingWriter.h"
+#include "toolkit/tables/TagsCsv.h"
+#include "toolkit/writing/OutputGuard.h"
+#include "toolkit/writing/RecordingWriter.h"
 
 namespace velmar::python {
 
-/// Writes one recording. Any thread.
+/// Writes one recording. Thread-safe. One that is let go without finish() keeps its frames in the
+/// temporary file.
 class WriterHandle {
  public:
   /// \param description  by the names of the package's create()
@@ -20,24 +23,28 @@ class WriterHandle {
   /// Throws toolkit::Failure.
   WriterHandle(const std::string& path, const pybind11::dict& description, unsigned int capacity,
                bool overwrite);
-  ~WriterHandle();
+  ~WriterHandle() { abandon(); }
 
   // All below throw toolkit::Failure, also once it is finished or abandoned.
 
+  /// \param tag  values as text by the names of toolkit::tagColumns()
   void add(const pybind11::buffer& jpeg, std::uint64_t captureTime, std::uint64_t arrivalTime,
-           const pybind11::dict& tag, const pybind11::dict& signals);
+           const std::map<std::string, std::string>& tag);
   void finish();
-  /// Leaves the frames in the temporary file.
+  /// Leaves the frames in the temporary file. Does not throw.
   void abandon();
   unsigned int frames() const { return frames_; }
 
  private:
-  toolkit::RecordingWriter& opened();
+  void open();
 
-  std::string path_;
+  const std::string path_;
+  const unsigned int capacity_;
   std::mutex mutex_;
   toolkit::RecordingDescription description_;
+  std::map<std::string, decltype(toolkit::TagColumn::set)> tagColumns_;
   unsigned int frames_ = 0;
+  bool isOver_ = false;
   std::optional<toolkit::ReservedOutput> reserved_;
   std::optional<toolkit::RecordingWriter> writer_;
 };

@@ -1,6 +1,5 @@
 // The module behind the package velmar_video: what needs the library. Shapes and types are checked
 // here; numbers of frames, names and defaults are the package's.
-#include <pybind11/functional.h>
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
@@ -53,8 +52,7 @@ PYBIND11_MODULE(_core, module) {
   py::class_<WriterHandle>(module, "Writer")
       .def(py::init<std::string, const py::dict&, unsigned int, bool>(), "path"_a, "description"_a,
            "capacity"_a, "overwrite"_a)
-      .def("add", &WriterHandle::add, "jpeg"_a, "capture_time"_a, "arrival_time"_a, "tag"_a,
-           "signals"_a)
+      .def("add", &WriterHandle::add, "jpeg"_a, "capture_time"_a, "arrival_time"_a, "tag"_a)
       .def("finish", &WriterHandle::finish)
       .def("abandon", &WriterHandle::abandon)
       .def_property_readonly("frames", &WriterHandle::frames);

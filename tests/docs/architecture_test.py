@@ -19,6 +19,7 @@ LAYERS = [
     ["toolkit/text", "scene"],
     ["toolkit/jpeg"],
     ["toolkit/recording"],
+    ["toolkit/writing"],
     ["toolkit/tables", "toolkit/editing", "toolkit/rescue"],
     ["tools/velmar-video/program"],
     ["tools/velmar-video/commands"],

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "toolkit/base/Job.h"
-#include "toolkit/recording/RecordingWriter.h"
+#include "toolkit/writing/RecordingWriter.h"
 
 /// Keeps what it is told, and wants to stop once so many frames are done.
 class TestJob : public velmar::toolkit::Job {

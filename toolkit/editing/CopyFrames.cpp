@@ -6,8 +6,8 @@
 
 #include "toolkit/base/Failure.h"
 #include "toolkit/recording/FrameLosses.h"
-#include "toolkit/recording/RecordFrames.h"
 #include "toolkit/recording/StoredFrame.h"
+#include "toolkit/writing/RecordFrames.h"
 
 namespace velmar::toolkit {
 

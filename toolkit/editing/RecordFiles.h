@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "toolkit/base/Job.h"
-#include "toolkit/recording/RecordFrames.h"
+#include "toolkit/writing/RecordFrames.h"
 
 namespace velmar::toolkit {
 

@@ -13,7 +13,7 @@
 #include "toolkit/jpeg/JpegInspector.h"
 #include "toolkit/jpeg/JpegStreamSplitter.h"
 #include "toolkit/recording/FrameLosses.h"
-#include "toolkit/recording/RecordingWriter.h"
+#include "toolkit/writing/RecordingWriter.h"
 
 namespace velmar::toolkit {
 

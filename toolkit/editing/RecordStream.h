@@ -5,7 +5,7 @@
 
 #include "toolkit/base/Job.h"
 #include "toolkit/recording/FrameTimes.h"
-#include "toolkit/recording/RecordFrames.h"
+#include "toolkit/writing/RecordFrames.h"
 
 namespace velmar::toolkit {
 

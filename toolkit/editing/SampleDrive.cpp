@@ -5,7 +5,7 @@
 #include <string>
 
 #include "scene/SampleScene.h"
-#include "toolkit/recording/RecordFrames.h"
+#include "toolkit/writing/RecordFrames.h"
 
 namespace velmar::toolkit {
 

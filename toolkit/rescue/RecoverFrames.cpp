@@ -11,7 +11,7 @@
 #include "toolkit/jpeg/FrameInput.h"
 #include "toolkit/jpeg/JpegInspector.h"
 #include "toolkit/recording/FrameLosses.h"
-#include "toolkit/recording/RecordFrames.h"
+#include "toolkit/writing/RecordFrames.h"
 
 namespace velmar::toolkit {
 

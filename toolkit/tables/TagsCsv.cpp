@@ -14,8 +14,7 @@ namespace velmar::toolkit {
 
 namespace {
 
-// Puts a cell's value into a tag; false if it does not fit.
-using Setter = std::function<bool(FrameTag& tag, const std::string& text)>;
+using Setter = decltype(TagColumn::set);
 
 // A number of the tag within limits, which version 02 has narrower.
 template <typename T>
@@ -50,11 +49,6 @@ bool setCanField(can_data_io& can, const CanField& field, const std::string& tex
   }
 }
 
-struct Column {
-  std::string name;
-  Setter set;
-};
-
 // Version 02 has it as 24 bits with a sign, which tables show as 32 without one.
 bool setDistance02(FrameTag& tag, const std::string& text) {
   const auto value = numberOf<unsigned int>(text);
@@ -64,13 +58,33 @@ bool setDistance02(FrameTag& tag, const std::string& text) {
   return true;
 }
 
-// What a version holds is limited by its fields; z and the CAN signals, which not all of them
-// have, are read for any.
-std::vector<Column> columnsOf(version_e version) {
+// What to do with the cells of a column of the table.
+struct Use {
+  std::size_t column;
+  Setter set;
+};
+
+std::vector<Use> usesOf(const CsvTable& table, version_e version) {
+  std::vector<Use> uses;
+  for (const TagColumn& known : tagColumns(version)) {
+    if (const auto column = table.column(known.name)) uses.push_back({*column, known.set});
+  }
+  if (uses.empty()) {
+    table.fail(1,
+               "no column belongs to a tag (x, y, z, relative_distance, speed, direction, or a CAN "
+               "signal); there are " +
+                   joined(table.columns()));
+  }
+  return uses;
+}
+
+}  // namespace
+
+std::vector<TagColumn> tagColumns(version_e version) {
   const bool is02 = version == RTV_VER_02;
   const long low = is02 ? kLowest24Bits : std::numeric_limits<int>::min();
   const long high = is02 ? kHighest24Bits : std::numeric_limits<int>::max();
-  std::vector<Column> columns = {
+  std::vector<TagColumn> columns = {
       {"x", numberSetter(&FrameTag::x, low, high)},
       {"y", numberSetter(&FrameTag::y, low, high)},
       {"z", numberSetter(&FrameTag::z, std::numeric_limits<int>::min(),
@@ -88,28 +102,6 @@ std::vector<Column> columnsOf(version_e version) {
   }
   return columns;
 }
-
-// What to do with the cells of a column of the table.
-struct Use {
-  std::size_t column;
-  Setter set;
-};
-
-std::vector<Use> usesOf(const CsvTable& table, version_e version) {
-  std::vector<Use> uses;
-  for (const Column& known : columnsOf(version)) {
-    if (const auto column = table.column(known.name)) uses.push_back({*column, known.set});
-  }
-  if (uses.empty()) {
-    table.fail(1,
-               "no column belongs to a tag (x, y, z, relative_distance, speed, direction, or a CAN "
-               "signal); there are " +
-                   joined(table.columns()));
-  }
-  return uses;
-}
-
-}  // namespace
 
 std::vector<FrameTag> readTags(const CsvTable& table, const std::vector<std::string>& files,
                                version_e version) {

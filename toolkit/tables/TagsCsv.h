@@ -1,6 +1,7 @@
 #ifndef VELMAR_TOOLKIT_TAGS_CSV_H
 #define VELMAR_TOOLKIT_TAGS_CSV_H
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -10,11 +11,22 @@
 
 namespace velmar::toolkit {
 
+/// A value of a tag by the name of its column.
+struct TagColumn {
+  std::string name;
+  /// Takes a number as text; false if it does not fit.
+  std::function<bool(FrameTag& tag, const std::string& text)> set;
+};
+
+/// The columns of the values that a tag has: x, y, z, relative_distance, speed and direction, and
+/// the CAN signals by their names. What a version holds is limited by its fields; z and the CAN
+/// signals, which not all of them have, are taken for any.
+std::vector<TagColumn> tagColumns(version_e version);
+
 /// The tags of the files, in their order, from a table whose rows name their frame (see
-/// rowsOfFrames()) and have any of the columns x, y, z, relative_distance, speed and direction
-/// and of the CAN signals' names. Values are stored integers (floats for signals that are); an
-/// empty cell is 0 or an absent signal. Throws Failure, for values that the version's fields do not
-/// hold as well.
+/// rowsOfFrames()) and have any of the tagColumns(). Values are stored integers (floats for signals
+/// that are); an empty cell is 0 or an absent signal. Throws Failure, for values that the version's
+/// fields do not hold as well.
 std::vector<FrameTag> readTags(const CsvTable& table, const std::vector<std::string>& files,
                                version_e version);
 

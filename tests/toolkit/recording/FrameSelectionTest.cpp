@@ -6,7 +6,7 @@
 #include "toolkit/base/Failure.h"
 #include "toolkit/recording/FrameSelection.h"
 #include "toolkit/recording/Recording.h"
-#include "toolkit/recording/RecordingWriter.h"
+#include "toolkit/writing/RecordingWriter.h"
 
 using namespace velmar::toolkit;
 

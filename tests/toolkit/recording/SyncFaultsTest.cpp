@@ -6,7 +6,7 @@
 #include "faults/FaultInjection.h"
 #include "support/Pictures.h"
 #include "support/TestSupport.h"
-#include "toolkit/recording/RecordingWriter.h"
+#include "toolkit/writing/RecordingWriter.h"
 
 using namespace velmar::toolkit;
 

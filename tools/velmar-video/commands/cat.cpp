@@ -4,7 +4,7 @@
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
 #include "toolkit/recording/FrameLosses.h"
-#include "toolkit/recording/OutputGuard.h"
+#include "toolkit/writing/OutputGuard.h"
 
 namespace velmar::tool {
 

@@ -2,7 +2,7 @@
 
 #include "program/Tool.h"
 #include "toolkit/editing/Concatenation.h"
-#include "toolkit/recording/OutputGuard.h"
+#include "toolkit/writing/OutputGuard.h"
 
 namespace velmar::tool {
 

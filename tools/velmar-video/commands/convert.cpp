@@ -2,8 +2,8 @@
 #include "program/Tool.h"
 #include "toolkit/editing/Conversion.h"
 #include "toolkit/editing/CopyFrames.h"
-#include "toolkit/recording/OutputGuard.h"
 #include "toolkit/text/Joined.h"
+#include "toolkit/writing/OutputGuard.h"
 
 namespace velmar::tool {
 

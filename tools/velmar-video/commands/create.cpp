@@ -8,11 +8,11 @@
 #include "toolkit/editing/RecordFiles.h"
 #include "toolkit/editing/RecordStream.h"
 #include "toolkit/jpeg/FrameInput.h"
-#include "toolkit/recording/OutputGuard.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/tables/FrameColumns.h"
 #include "toolkit/tables/TagsCsv.h"
 #include "toolkit/tables/TimesCsv.h"
+#include "toolkit/writing/OutputGuard.h"
 
 namespace velmar::tool {
 

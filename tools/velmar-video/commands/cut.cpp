@@ -1,7 +1,7 @@
 #include "program/SelectionOptions.h"
 #include "program/Tool.h"
 #include "toolkit/editing/CopyFrames.h"
-#include "toolkit/recording/OutputGuard.h"
+#include "toolkit/writing/OutputGuard.h"
 
 namespace velmar::tool {
 

@@ -3,7 +3,7 @@
 #include "program/SelectionOptions.h"
 #include "program/Tool.h"
 #include "toolkit/editing/Extraction.h"
-#include "toolkit/recording/OutputGuard.h"
+#include "toolkit/writing/OutputGuard.h"
 
 namespace velmar::tool {
 

@@ -5,10 +5,10 @@
 #include "program/Tool.h"
 #include "toolkit/base/OutputFile.h"
 #include "toolkit/recording/OpenFailure.h"
-#include "toolkit/recording/OutputGuard.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/tables/FrameLine.h"
 #include "toolkit/tables/Track.h"
+#include "toolkit/writing/OutputGuard.h"
 
 namespace velmar::tool {
 

@@ -5,13 +5,13 @@
 #include "program/Tool.h"
 #include "toolkit/base/UndoFile.h"
 #include "toolkit/recording/OpenFailure.h"
-#include "toolkit/recording/OutputGuard.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/rescue/RecoverFrames.h"
 #include "toolkit/rescue/Recovery.h"
 #include "toolkit/tables/FrameColumns.h"
 #include "toolkit/tables/TimesCsv.h"
 #include "toolkit/text/PrintableText.h"
+#include "toolkit/writing/OutputGuard.h"
 
 namespace velmar::tool {
 

@@ -1,8 +1,8 @@
 #include "program/DescriptionOptions.h"
 #include "program/Tool.h"
 #include "toolkit/editing/SampleDrive.h"
-#include "toolkit/recording/OutputGuard.h"
 #include "toolkit/recording/Recording.h"
+#include "toolkit/writing/OutputGuard.h"
 
 namespace velmar::tool {
 

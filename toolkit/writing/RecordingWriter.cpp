@@ -1,4 +1,4 @@
-#include "toolkit/recording/RecordingWriter.h"
+#include "toolkit/writing/RecordingWriter.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -13,17 +13,6 @@
 #include "toolkit/recording/Recording.h"
 
 namespace velmar::toolkit {
-
-namespace {
-
-// Keeps it until the process ends, open and locked: it would finish its file if it was destroyed,
-// even at exit.
-void keepUnfinished(std::unique_ptr<RecordingBackend> backend) {
-  static auto& kept = *new std::vector<std::unique_ptr<RecordingBackend>>;
-  kept.push_back(std::move(backend));
-}
-
-}  // namespace
 
 RecordingWriter::RecordingWriter(std::string path, const RecordingDescription& description,
                                  unsigned int framesMax, OnFailure onFailure,
@@ -64,6 +53,16 @@ void RecordingWriter::finish() {
   finished_ = true;
 }
 
+// A backend that is let go finishes its file, unless the temporary name stands for another one.
+void RecordingWriter::abandon() {
+  const std::string temporary = path_ + ".tmp";
+  const std::string aside = temporary + ".kept";
+  const bool isAside = ::rename(temporary.c_str(), aside.c_str()) == 0;
+  backend_.reset();
+  // Another recorder may have taken the name meanwhile.
+  if (isAside && ::link(aside.c_str(), temporary.c_str()) == 0) ::unlink(aside.c_str());
+}
+
 Failure RecordingWriter::failure(const std::string& words, VELMAR_ERROR_CODE_E code) {
   if (!keepsFrames()) return {shownAs_, words, code};
   if (backend_) backend_->close();
@@ -90,7 +89,7 @@ void RecordingWriter::sync() {
                             std::to_string(frames_ - 1) +
                             " may not be on the disk: " + std::strerror(errno);
   // Another sync may succeed, although it brings nothing to the disk that this one has lost.
-  if (keepsFrames()) keepUnfinished(std::move(backend_));
+  if (keepsFrames()) abandon();
   throw failure(words, VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
 }
 

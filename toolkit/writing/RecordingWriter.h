@@ -6,7 +6,7 @@
 
 #include "base/FileDescriptor.h"
 #include "toolkit/base/Failure.h"
-#include "toolkit/recording/RecordingBackend.h"
+#include "toolkit/writing/RecordingBackend.h"
 
 namespace velmar::toolkit {
 
@@ -38,6 +38,8 @@ class RecordingWriter {
   /// Throws Failure if the frame cannot be written or not be brought to the disk. Then no other
   /// can be added.
   void add(const std::string& jpeg, FrameTimes times, const FrameTag& tag = {});
+  /// Leaves the frames in the temporary file, without a recording. Nothing can be added any more.
+  void abandon();
   /// Brings the recording under its name. Throws Failure, also if it has no frame.
   void finish();
 

@@ -1,4 +1,4 @@
-#include "toolkit/recording/RecordingBackend.h"
+#include "toolkit/writing/RecordingBackend.h"
 
 #include "velmar_video/TypeConversion.h"
 #include "velmar_video/VelmarVideoFile.h"

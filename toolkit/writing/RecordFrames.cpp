@@ -1,6 +1,6 @@
-#include "toolkit/recording/RecordFrames.h"
+#include "toolkit/writing/RecordFrames.h"
 
-#include "toolkit/recording/RecordingWriter.h"
+#include "toolkit/writing/RecordingWriter.h"
 
 namespace velmar::toolkit {
 

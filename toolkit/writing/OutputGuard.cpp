@@ -1,4 +1,4 @@
-#include "toolkit/recording/OutputGuard.h"
+#include "toolkit/writing/OutputGuard.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

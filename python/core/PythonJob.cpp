@@ -1,0 +1,51 @@
+#include "core/PythonJob.h"
+
+#include <pybind11/pybind11.h>
+
+namespace py = pybind11;
+
+namespace velmar::python {
+
+namespace {
+
+class PythonStage final : public toolkit::Job::Stage {
+ public:
+  explicit PythonStage(bool& isStopped) : isStopped_(isStopped) {}
+
+  void advance(std::size_t /*done*/) override {}
+  bool stopRequested() override {
+    const py::gil_scoped_acquire acquire;
+    isStopped_ = isStopped_ || PyErr_CheckSignals() != 0;
+    return isStopped_;
+  }
+  // Only streams are waited for, which the package does not record.
+  bool waitReadable(int /*fd*/) override { return !stopRequested(); }
+
+ private:
+  bool& isStopped_;
+};
+
+}  // namespace
+
+std::unique_ptr<toolkit::Job::Stage> PythonJob::begin(const std::string& /*name*/,
+                                                      std::size_t /*total*/) {
+  return std::make_unique<PythonStage>(isStopped_);
+}
+
+void PythonJob::lose(const std::string& what, const std::string& words) {
+  losses_.push_back(what + ": " + words);
+}
+
+void PythonJob::loseRest(const std::string& what, std::size_t done, std::size_t wanted) {
+  lose(what, "stopped after " + std::to_string(done) + " of " + std::to_string(wanted) + " frames");
+}
+
+void PythonJob::note(const std::string& what, const std::string& words) {
+  notes_.push_back(what + ": " + words);
+}
+
+void PythonJob::throwIfStopped() const {
+  if (isStopped_) throw py::error_already_set();
+}
+
+}  // namespace velmar::python
