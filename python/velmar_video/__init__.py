@@ -1,0 +1,62 @@
+"""Recordings of a vehicle-mounted camera: frames as numpy arrays.
+
+    import velmar_video as vv
+
+    rec = vv.open("drive.rtv")
+    picture = rec[48211]  # (height, width, 3) uint8, RGB
+"""
+
+from __future__ import annotations
+
+from collections.abc import Iterable
+
+from ._errors import ClosedError, Error
+from ._many import Recordings
+from ._recording import Path, Recording
+from ._rescue import Finding, RecoveryReport, recover, sample, undo_edit, verify
+from ._writing import Edit, FrameTimes, Writer, create
+
+__all__ = [
+    "ClosedError",
+    "Edit",
+    "Error",
+    "Finding",
+    "FrameTimes",
+    "Recording",
+    "Recordings",
+    "RecoveryReport",
+    "Writer",
+    "create",
+    "edit",
+    "open",
+    "open_many",
+    "recover",
+    "sample",
+    "undo_edit",
+    "verify",
+]
+
+
+def open(path: Path) -> Recording:
+    """Opens a recording for reading; its name's ending says the container."""
+    return Recording(path)
+
+
+def open_many(paths: Iterable[Path]) -> Recordings:
+    """The frames of many recordings as one sequence, in the order of the paths.
+
+    Files are opened when they are needed, at most 64 at a time. The number of frames takes opening
+    each file once.
+    """
+    return Recordings(paths)
+
+
+def edit(path: Path) -> Edit:
+    """Changes a recording in place, at the end of a with statement: all at once, or nothing.
+
+    Left by an exception, the file stays as it is. A power cut leaves the old or the new.
+    """
+    return Edit(path)
+
+
+del annotations

@@ -1,0 +1,544 @@
+"""Recordings as sequences of frames."""
+
+from __future__ import annotations
+
+import collections
+import concurrent.futures
+import json
+import multiprocessing
+import operator
+import os
+import threading
+from collections.abc import Iterator, Sequence
+from types import TracebackType
+from typing import TYPE_CHECKING, Any, Literal, Optional, Union, overload
+
+import numpy as np
+from numpy.typing import NDArray
+
+from . import _core
+from ._errors import Error, make_error
+from ._times import Time, Times, to_microseconds, to_time
+
+if TYPE_CHECKING:
+    import pandas
+
+Path = Union[str, "os.PathLike[str]"]
+Pixels = NDArray[np.uint8]
+Format = Literal["rgb", "bgr", "gray"]
+Scale = Literal["1", "1/2", "1/4", "1/8"]
+#: Numbers of frames in the sequence that is asked, negative ones from its end.
+Indices = Union[slice, Sequence[int], "NDArray[np.integer[Any]]"]
+
+_RANGE = "VELMAR_ERROR_CODE_OUT_RANGE_E"
+_USAGE = "VELMAR_ERROR_CODE_INVALID_PARAMETER_E"
+
+
+def usage_error(words: str, path: str = "") -> Error:
+    return make_error(words, _USAGE, path, None)
+
+
+class _File:
+    """An open file, with what is read of it once. Shared by the sequences over its frames."""
+
+    # A child process has the threads' locks as they were when it was forked: it opens anew.
+    _generation = 0
+
+    def __init__(self, path: str):
+        self.path = path
+        self._lock = threading.Lock()
+        self._cache: dict[str, Any] = {}
+        self._generation_of_core = _File._generation
+        self._core = _core.File(os.fsencode(path))
+        self.facts = self._core.facts()
+
+    @classmethod
+    def forked(cls) -> None:
+        cls._generation += 1
+
+    @property
+    def core(self) -> _core.File:
+        if self._generation_of_core != _File._generation:
+            self._lock = threading.Lock()
+            if not self._core.closed:
+                self._core = _core.File(os.fsencode(self.path))
+            self._generation_of_core = _File._generation
+        return self._core
+
+    def once(self, name: str) -> Any:
+        """What the method of the core gives, read-only."""
+        core = self.core
+        with self._lock:
+            if name not in self._cache:
+                self._cache[name] = getattr(core, name)()
+            return self._cache[name]
+
+
+os.register_at_fork(after_in_child=_File.forked)
+
+
+def thread_count(threads: int) -> int:
+    """0 is one a core, but a single one in a process of a pool, which has others beside it."""
+    if threads > 0:
+        return threads
+    if threads < 0:
+        raise usage_error("the number of threads is 0 or more")
+    if multiprocessing.parent_process() is not None:
+        return 1
+    return len(os.sched_getaffinity(0))
+
+
+def index_error(index: int, count: int, path: str = "") -> Error:
+    return make_error(f"there is no frame {index}, only {count}", _RANGE, path, None)
+
+
+def number_of(index: Any, count: int, path: str = "") -> int:
+    """A number from 0 on for an index that may be negative."""
+    number = operator.index(index)
+    if number < 0:
+        number += count
+    if not 0 <= number < count:
+        raise index_error(index, count, path)
+    return number
+
+
+def select(numbers: Sequence[int], indices: Indices, path: str = "") -> Sequence[int]:
+    """Those of the numbers at the indices."""
+    if isinstance(indices, slice):
+        return numbers[indices]
+    if isinstance(indices, range):
+        if indices and not all(-len(numbers) <= end < len(numbers) for end in (indices[0], indices[-1])):
+            raise index_error(max(indices[0], indices[-1]), len(numbers), path)
+        if isinstance(numbers, range) and len(indices) > 0 and min(indices[0], indices[-1]) >= 0:
+            last = numbers[indices[-1]]
+            step = numbers.step * indices.step
+            return range(numbers[indices[0]], last + (1 if step > 0 else -1), step)
+    array = np.asarray(indices)
+    if array.dtype == bool:
+        if array.shape != (len(numbers),):
+            raise usage_error(f"a mask has to have {len(numbers)} elements", path)
+        array = np.flatnonzero(array)
+    if array.size == 0:
+        return range(0)
+    if array.ndim != 1 or array.dtype.kind not in "iu":
+        raise usage_error("indices are a slice or a sequence of integers", path)
+    array = np.where(array < 0, array + len(numbers), array)
+    outside = (array < 0) | (array >= len(numbers))
+    if outside.any():
+        raise index_error(int(np.asarray(indices)[outside][0]), len(numbers), path)
+    if isinstance(numbers, range):
+        return np.asarray(numbers.start + numbers.step * array)  # type: ignore[return-value]
+    return np.asarray(numbers)[array]  # type: ignore[return-value]
+
+
+class Recording(Sequence[Pixels]):
+    """The frames of a recording, in order; see :func:`velmar_video.open`.
+
+    An index gives a frame as an array (height, width, 3) of uint8, RGB. A slice, a sequence of
+    integers or a mask gives a Recording over those frames, without reading any. Recordings may be
+    used by several threads, and are pickled by path and selection.
+
+    All raise :class:`velmar_video.Error`: for a frame that cannot be had, with its number in the
+    file as ``index``; for an index that there is not, which is an IndexError, too; for a wrong
+    argument and after close(), which is a ValueError.
+    """
+
+    def __init__(self, path: Path):
+        self._file = _File(os.fsdecode(os.path.abspath(path)))
+        self._path = os.fsdecode(path)
+        self._numbers: Sequence[int] = range(self._file.facts["frames"])
+
+    def _view(self, numbers: Sequence[int]) -> Recording:
+        view = object.__new__(Recording)
+        view._file = self._file
+        view._path = self._path
+        view._numbers = numbers
+        return view
+
+    # -- the sequence
+
+    def __len__(self) -> int:
+        return len(self._numbers)
+
+    @overload
+    def __getitem__(self, index: int) -> Pixels: ...
+    @overload
+    def __getitem__(self, index: Indices) -> Recording: ...
+    def __getitem__(self, index: Union[int, Indices]) -> Union[Pixels, Recording]:
+        if isinstance(index, (int, np.integer)):
+            return self.frame(index)
+        return self._view(select(self._numbers, index, self._path))  # type: ignore[arg-type]
+
+    def __getitems__(self, indices: Sequence[int]) -> list[Pixels]:
+        """Frames at once, as loaders of data sets ask for them."""
+        return list(self.frames(indices))
+
+    def __iter__(self) -> Iterator[Pixels]:
+        return self.iterate()
+
+    def __reduce__(self) -> tuple[Any, ...]:
+        return _reopened, (self._file.path, self._path, self._numbers)
+
+    def __repr__(self) -> str:
+        facts = self._file.facts
+        return (
+            f"<velmar_video.Recording {self._path!r}: {len(self)} frames, "
+            f"{facts['width']}x{facts['height']}>"
+        )
+
+    def __enter__(self) -> Recording:
+        return self
+
+    def __exit__(
+        self,
+        kind: Optional[type[BaseException]],
+        error: Optional[BaseException],
+        traceback: Optional[TracebackType],
+    ) -> None:
+        self.close()
+
+    def close(self) -> None:
+        """Closes the file for all sequences over its frames. May be called again."""
+        self._file.core.close()
+
+    @property
+    def closed(self) -> bool:
+        return self._file.core.closed
+
+    # -- what the recording says of itself
+
+    @property
+    def path(self) -> str:
+        """As it was given."""
+        return self._path
+
+    @property
+    def container(self) -> str:
+        """"img" or "rtv"."""
+        return str(self._file.facts["container"])
+
+    @property
+    def version(self) -> str:
+        """Of the container's format."""
+        return str(self._file.facts["version"])
+
+    @property
+    def width(self) -> int:
+        """Pixels."""
+        return int(self._file.facts["width"])
+
+    @property
+    def height(self) -> int:
+        """Pixels."""
+        return int(self._file.facts["height"])
+
+    @property
+    def device_id(self) -> bytes:
+        """Of the camera; 24 bytes in an rtv that has one."""
+        return bytes(self._file.facts["device_id"])
+
+    @property
+    def undistorted(self) -> bool:
+        """Whether the lens's distortion was taken out of the frames."""
+        return bool(self._file.facts["undistorted"])
+
+    @property
+    def start_time(self) -> np.datetime64:
+        """datetime64[us], UTC. Of an img: when its first frame arrived."""
+        return to_time(self._file.facts["start_time"])
+
+    @property
+    def start_position(self) -> Optional[tuple[float, float, float]]:
+        """Longitude and latitude in degrees, altitude in metres. None for an img."""
+        position: Optional[tuple[float, float, float]] = self._file.facts["start_position"]
+        return position
+
+    @property
+    def camera_params(self) -> dict[str, Any]:
+        """A copy. Empty for an rtv."""
+        return _json_object(self._file.facts["camera_params"])
+
+    @property
+    def extended_info(self) -> dict[str, Any]:
+        """A copy. Empty for an rtv."""
+        return _json_object(self._file.facts["extended_info"])
+
+    # -- pictures
+
+    def _shape(self, format: str, scale: str, crop: tuple[int, int]) -> tuple[int, int, int]:
+        shape: tuple[int, int, int] = self._file.core.shape(format, scale, *crop)
+        return shape
+
+    def frame(
+        self,
+        index: int,
+        *,
+        format: Format = "rgb",
+        scale: Scale = "1",
+        crop: tuple[int, int] = (0, 0),
+        out: Optional[Pixels] = None,
+    ) -> Pixels:
+        """A frame as an array (height, width, channels) of uint8; gray has one channel.
+
+        :param crop: rows to cut at top and bottom, of the unscaled picture
+        :param out: a C-contiguous array of that shape to decode into, which is returned
+        """
+        number = number_of(index, len(self._numbers), self._path)
+        core = self._file.core
+        if out is None:
+            out = np.empty(core.shape(format, scale, *crop), np.uint8)
+        core.decode(self._numbers[number], format, scale, *crop, out)
+        return out
+
+    @overload
+    def frames(
+        self,
+        indices: Optional[Indices] = ...,
+        *,
+        format: Format = ...,
+        scale: Scale = ...,
+        crop: tuple[int, int] = ...,
+        out: Optional[Pixels] = ...,
+        threads: int = ...,
+        errors: Literal["raise"] = ...,
+    ) -> Pixels: ...
+    @overload
+    def frames(
+        self,
+        indices: Optional[Indices] = ...,
+        *,
+        format: Format = ...,
+        scale: Scale = ...,
+        crop: tuple[int, int] = ...,
+        out: Optional[Pixels] = ...,
+        threads: int = ...,
+        errors: Literal["mask"],
+    ) -> tuple[Pixels, NDArray[np.bool_]]: ...
+    def frames(
+        self,
+        indices: Optional[Indices] = None,
+        *,
+        format: Format = "rgb",
+        scale: Scale = "1",
+        crop: tuple[int, int] = (0, 0),
+        out: Optional[Pixels] = None,
+        threads: int = 0,
+        errors: Literal["raise", "mask"] = "raise",
+    ) -> Union[Pixels, tuple[Pixels, NDArray[np.bool_]]]:
+        """Frames as an array (n, height, width, channels) of uint8, all if no indices are given.
+
+        :param threads: 0 is one a core, and a single one in a process of a pool
+        :param errors: "raise" raises for the first frame that cannot be had; "mask" gives zeros for
+            such frames, and (frames, mask) with True where one is missing
+        """
+        numbers = self._numbers if indices is None else select(self._numbers, indices, self._path)
+        if errors not in ("raise", "mask"):
+            raise usage_error('errors is "raise" or "mask"', self._path)
+        core = self._file.core
+        if out is None:
+            out = np.empty((len(numbers), *core.shape(format, scale, *crop)), np.uint8)
+        missing = core.decode_many(
+            list(numbers), format, scale, *crop, out, thread_count(threads), errors == "mask"
+        )
+        if errors == "raise":
+            return out
+        mask = np.zeros(len(numbers), bool)
+        mask[missing] = True
+        return out, mask
+
+    def iterate(
+        self,
+        indices: Optional[Indices] = None,
+        *,
+        format: Format = "rgb",
+        scale: Scale = "1",
+        crop: tuple[int, int] = (0, 0),
+        threads: int = 0,
+        ahead: Optional[int] = None,
+    ) -> Iterator[Pixels]:
+        """Frames one after the other, each an array of its own, decoded ahead by threads.
+
+        :param ahead: how many frames are decoded before they are asked for, at most; two a thread
+            if not given
+        """
+        view = self if indices is None else self._view(select(self._numbers, indices, self._path))
+        count = thread_count(threads)
+        if ahead is None:
+            ahead = 2 * count
+        if ahead < 0:
+            raise usage_error("ahead is 0 or more", self._path)
+        view._shape(format, scale, crop)  # says now what is wrong with the form
+        return view._iterate(dict(format=format, scale=scale, crop=crop), count, ahead)
+
+    def _iterate(self, form: dict[str, Any], threads: int, ahead: int) -> Iterator[Pixels]:
+        if ahead == 0:
+            for index in range(len(self)):
+                yield self.frame(index, **form)
+            return
+        pool = concurrent.futures.ThreadPoolExecutor(threads, "velmar_video")
+        try:
+            coming: collections.deque[concurrent.futures.Future[Pixels]] = collections.deque()
+            for index in range(len(self)):
+                coming.append(pool.submit(self.frame, index, **form))
+                if len(coming) > ahead:
+                    yield coming.popleft().result()
+            while coming:
+                yield coming.popleft().result()
+        finally:
+            pool.shutdown(wait=True, cancel_futures=True)
+
+    # -- bytes
+
+    def jpeg(self, index: int) -> bytes:
+        """The frame as it is stored."""
+        return self._file.core.jpeg(
+            self._numbers[number_of(index, len(self._numbers), self._path)]
+        )
+
+    def jpeg_view(self, index: int) -> memoryview:
+        """The same without a copy, read-only: a view of the mapped file.
+
+        It stays valid as long as it lives, also after close(). The process is killed (SIGBUS) if
+        another one makes the file shorter meanwhile, or if the disk cannot read it.
+        """
+        return self._file.core.jpeg_view(
+            self._numbers[number_of(index, len(self._numbers), self._path)]
+        )
+
+    # -- times
+
+    def _column(self, values: NDArray[Any]) -> NDArray[Any]:
+        numbers = self._numbers
+        if isinstance(numbers, range):
+            stop = numbers.stop if numbers.stop >= 0 else None
+            return values[numbers.start : stop : numbers.step] if len(numbers) else values[:0]
+        return values[numbers]
+
+    @property
+    def capture_times(self) -> Times:
+        """(n,) datetime64[us], UTC."""
+        return self._column(self._file.once("times")[:, 0]).astype("datetime64[us]")
+
+    @property
+    def arrival_times(self) -> Times:
+        """(n,) datetime64[us], UTC: when the frames came to the recorder. An rtv does not have it
+        and gives the capture times."""
+        return self._column(self._file.once("times")[:, 1]).astype("datetime64[us]")
+
+    def index_at(
+        self, time: Time, side: Literal["nearest", "before", "after"] = "nearest"
+    ) -> int:
+        """Of the frame captured nearest to the time, or last at or before it, or first at or after.
+
+        Raises IndexError if there is none on that side. Of frames as near as each other, the
+        earlier one.
+        """
+        wanted = to_microseconds(time)
+        times = self._column(self._file.once("times")[:, 0])
+        order = np.argsort(times, kind="stable")
+        ordered = times[order]
+        after = int(np.searchsorted(ordered, wanted, "left"))
+        before = int(np.searchsorted(ordered, wanted, "right")) - 1
+        if side == "before":
+            at = before
+        elif side == "after":
+            at = after
+        elif side == "nearest":
+            at = before
+            if before < 0 or (
+                after < len(ordered)
+                and int(ordered[after]) - wanted < wanted - int(ordered[before])
+            ):
+                at = after
+        else:
+            raise usage_error('side is "nearest", "before" or "after"', self._path)
+        if not 0 <= at < len(ordered):
+            raise make_error(f"there is no frame {side} {to_time(wanted)}", _RANGE, self._path, None)
+        return int(order[at])
+
+    def between(self, start: Time, stop: Time) -> Recording:
+        """The frames captured from `start` to before `stop`."""
+        times = self._column(self._file.once("times")[:, 0])
+        chosen = (times >= to_microseconds(start)) & (times < to_microseconds(stop))
+        found = np.flatnonzero(chosen)
+        if found.size and found[-1] - found[0] + 1 == found.size:
+            return self[int(found[0]) : int(found[-1]) + 1]
+        return self[found]
+
+    # -- what an rtv knows of each frame
+
+    @property
+    def tags(self) -> Optional[NDArray[np.void]]:
+        """(n,) structured, as stored. None for an img.
+
+        x, y, z: int32, hundredths of a metre from the start position; relative_distance: uint32,
+        hundredths of a metre; speed: uint16, hundredths of a metre a second; direction: uint16,
+        degrees.
+        """
+        if self.container == "img":
+            return None
+        return self._column(self._file.once("tags")).copy()
+
+    @property
+    def positions(self) -> Optional[NDArray[np.float64]]:
+        """(n, 3) float64: longitude and latitude in degrees, altitude in metres. None for an img."""
+        if self.container == "img":
+            return None
+        return self._column(self._file.once("positions")).copy()
+
+    @property
+    def speed(self) -> Optional[NDArray[np.float64]]:
+        """(n,) float64, metres a second. None for an img."""
+        tags = self.tags
+        return None if tags is None else tags["speed"] / 100.0
+
+    @property
+    def direction(self) -> Optional[NDArray[np.float64]]:
+        """(n,) float64, degrees. None for an img."""
+        tags = self.tags
+        return None if tags is None else tags["direction"].astype(np.float64)
+
+    @property
+    def can(self) -> dict[str, "np.ma.MaskedArray[Any, Any]"]:
+        """Vehicle bus signals by name, (n,) each; masked where a frame does not have one.
+
+        Empty for an img and for rtv versions 02 and 03.
+        """
+        if not self._file.facts["has_signals"]:
+            return {}
+        return {
+            name: np.ma.MaskedArray(self._column(values), self._column(mask), copy=True)
+            for name, (values, mask) in self._file.once("signals").items()
+        }
+
+    def to_pandas(self) -> pandas.DataFrame:
+        """Times, positions, speed, direction and signals, a row for each frame. Needs pandas."""
+        import pandas
+
+        columns: dict[str, Any] = {
+            "capture_time": self.capture_times,
+            "arrival_time": self.arrival_times,
+        }
+        positions = self.positions
+        if positions is not None:
+            columns.update(zip(("lng", "lat", "alt"), positions.T))
+            columns["speed"] = self.speed
+            columns["direction"] = self.direction
+        for name, values in self.can.items():
+            series = pandas.Series(values.data)
+            columns[name] = series.where(~values.mask) if values.mask.any() else series
+        return pandas.DataFrame(columns)
+
+
+def _json_object(text: str) -> dict[str, Any]:
+    value: dict[str, Any] = json.loads(text) if text else {}
+    return value
+
+
+def _reopened(path: str, name: str, numbers: Sequence[int]) -> Recording:
+    recording = Recording(path)
+    if len(numbers) and int(max(numbers[0], numbers[-1])) >= len(recording):
+        raise index_error(int(max(numbers[0], numbers[-1])), len(recording), path)
+    recording._path = name
+    recording._numbers = numbers
+    return recording
