@@ -4,13 +4,13 @@ from __future__ import annotations
 
 import collections
 import os
-import threading
 from collections.abc import Iterable, Iterator, Sequence
 from typing import Any, Optional, Union, overload
 
 import numpy as np
 
-from ._recording import Indices, Path, Pixels, Recording, index_error, number_of, select
+from . import _forks
+from ._recording import Indices, Path, Pixels, Recording, number_of, select
 
 _MOST_OPEN = 64
 
@@ -20,7 +20,7 @@ class _Files:
 
     def __init__(self, paths: tuple[str, ...]):
         self.paths = paths
-        self._lock = threading.RLock()
+        self._lock = _forks.Lock()
         self._open: collections.OrderedDict[int, Recording] = collections.OrderedDict()
         self._starts: Optional["np.ndarray[Any, np.dtype[np.int64]]"] = None
 
@@ -40,11 +40,8 @@ class _Files:
         with self._lock:
             if self._starts is None:
                 counts = [len(self.recording(number)) for number in range(len(self.paths))]
-                self._starts = np.concatenate(([0], np.cumsum(counts, dtype=np.int64)))
+                self._starts = np.cumsum([0, *counts], dtype=np.int64)
             return self._starts
-
-    def forked(self) -> None:
-        self._lock = threading.RLock()
 
 
 class Recordings(Sequence[Pixels]):
@@ -94,7 +91,7 @@ class Recordings(Sequence[Pixels]):
             return self.frame(index)
         view = object.__new__(Recordings)
         view._files = self._files
-        view._numbers = select(self._selected(), index)  # type: ignore[arg-type]
+        view._numbers = select(self._selected(), index)
         return view
 
     def __getitems__(self, indices: Sequence[int]) -> list[Pixels]:

@@ -8,7 +8,6 @@ import json
 import multiprocessing
 import operator
 import os
-import threading
 from collections.abc import Iterator, Sequence
 from types import TracebackType
 from typing import TYPE_CHECKING, Any, Literal, Optional, Union, overload
@@ -16,12 +15,12 @@ from typing import TYPE_CHECKING, Any, Literal, Optional, Union, overload
 import numpy as np
 from numpy.typing import NDArray
 
-from . import _core
+from . import _core, _forks
 from ._errors import Error, make_error
 from ._times import Time, Times, to_microseconds, to_time
 
 if TYPE_CHECKING:
-    import pandas
+    import pandas  # type: ignore[import]
 
 Path = Union[str, "os.PathLike[str]"]
 Pixels = NDArray[np.uint8]
@@ -41,29 +40,28 @@ def usage_error(words: str, path: str = "") -> Error:
 class _File:
     """An open file, with what is read of it once. Shared by the sequences over its frames."""
 
-    # A child process has the threads' locks as they were when it was forked: it opens anew.
-    _generation = 0
-
     def __init__(self, path: str):
         self.path = path
-        self._lock = threading.Lock()
+        self._lock = _forks.Lock()
         self._cache: dict[str, Any] = {}
-        self._generation_of_core = _File._generation
+        self._generation = _forks.generation
         self._core = _core.File(os.fsencode(path))
         self.facts = self._core.facts()
-
-    @classmethod
-    def forked(cls) -> None:
-        cls._generation += 1
+        self.is_closed = False
 
     @property
     def core(self) -> _core.File:
-        if self._generation_of_core != _File._generation:
-            self._lock = threading.Lock()
-            if not self._core.closed:
-                self._core = _core.File(os.fsencode(self.path))
-            self._generation_of_core = _File._generation
+        if self._generation != _forks.generation:
+            # A thread of the parent may have held a lock of it.
+            with self._lock:
+                if not self.is_closed:
+                    self._core = _core.File(os.fsencode(self.path))
+                self._generation = _forks.generation
         return self._core
+
+    def close(self) -> None:
+        self.is_closed = True
+        self.core.close()
 
     def once(self, name: str) -> Any:
         """What the method of the core gives, read-only."""
@@ -72,9 +70,6 @@ class _File:
             if name not in self._cache:
                 self._cache[name] = getattr(core, name)()
             return self._cache[name]
-
-
-os.register_at_fork(after_in_child=_File.forked)
 
 
 def thread_count(threads: int) -> int:
@@ -127,8 +122,13 @@ def select(numbers: Sequence[int], indices: Indices, path: str = "") -> Sequence
     if outside.any():
         raise index_error(int(np.asarray(indices)[outside][0]), len(numbers), path)
     if isinstance(numbers, range):
-        return np.asarray(numbers.start + numbers.step * array)  # type: ignore[return-value]
-    return np.asarray(numbers)[array]  # type: ignore[return-value]
+        return _as_sequence(numbers.start + numbers.step * array)
+    return _as_sequence(np.asarray(numbers)[array])
+
+
+def _as_sequence(array: Any) -> Sequence[int]:
+    sequence: Sequence[int] = array  # numpy does not say that it is one
+    return sequence
 
 
 class Recording(Sequence[Pixels]):
@@ -167,7 +167,7 @@ class Recording(Sequence[Pixels]):
     def __getitem__(self, index: Union[int, Indices]) -> Union[Pixels, Recording]:
         if isinstance(index, (int, np.integer)):
             return self.frame(index)
-        return self._view(select(self._numbers, index, self._path))  # type: ignore[arg-type]
+        return self._view(select(self._numbers, index, self._path))
 
     def __getitems__(self, indices: Sequence[int]) -> list[Pixels]:
         """Frames at once, as loaders of data sets ask for them."""
@@ -199,11 +199,11 @@ class Recording(Sequence[Pixels]):
 
     def close(self) -> None:
         """Closes the file for all sequences over its frames. May be called again."""
-        self._file.core.close()
+        self._file.close()
 
     @property
     def closed(self) -> bool:
-        return self._file.core.closed
+        return self._file.is_closed
 
     # -- what the recording says of itself
 
@@ -507,7 +507,9 @@ class Recording(Sequence[Pixels]):
         if not self._file.facts["has_signals"]:
             return {}
         return {
-            name: np.ma.MaskedArray(self._column(values), self._column(mask), copy=True)
+            name: np.ma.array(  # type: ignore[no-untyped-call]
+                self._column(values), mask=self._column(mask), copy=True
+            )
             for name, (values, mask) in self._file.once("signals").items()
         }
 

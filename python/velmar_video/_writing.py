@@ -12,7 +12,7 @@ import numpy as np
 
 from . import _core
 from ._errors import ClosedError
-from ._recording import Path, Recording, index_error, number_of, usage_error
+from ._recording import Path, Recording, number_of, usage_error
 from ._times import Duration, Time, duration_to_microseconds, to_microseconds, to_time
 
 #: Anything with the buffer protocol.
