@@ -53,7 +53,7 @@ std::string toText(const std::vector<py::ssize_t>& shape) {
 std::uint8_t* pixelsOf(const py::array& out, const std::vector<py::ssize_t>& shape) {
   const bool hasShape = out.ndim() == static_cast<py::ssize_t>(shape.size()) &&
                         std::equal(shape.begin(), shape.end(), out.shape());
-  if (!hasShape || !out.dtype().is(py::dtype::of<std::uint8_t>())) {
+  if (!hasShape || !py::isinstance<py::array_t<std::uint8_t>>(out)) {
     throwUsage("out has to be an array of uint8 with the shape " + toText(shape));
   }
   if ((out.flags() & py::array::c_style) == 0) throwUsage("out has to be C-contiguous");
