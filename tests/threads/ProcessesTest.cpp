@@ -99,7 +99,8 @@ class Processes : public testing::TestWithParam<const char*> {
     return isRight ? 0 : 1;
   }
 
-  // Every byte, and digit of the id, is the old or the new one. False if it does not open.
+  // Every byte, and digit of the id, is the old or the new one. False if it does not open, or
+  // was opened between two halves of an img's metadata, which shift by a digit.
   bool read() const {
     const auto reader = makeVelmarVideoFileReader(path_);
     if (reader->open() != kSuccess) return false;
@@ -108,8 +109,9 @@ class Processes : public testing::TestWithParam<const char*> {
     EXPECT_TRUE(std::all_of(std::begin(id), std::end(id), [](unsigned char byte) {
       return byte >> 4 <= 2 && byte % 16 <= 2;  // an img has it as hexadecimal digits
     }));
-    const bool isFirst = got(*reader, &VelmarVideoFileReader::getFramesCount) == frames_[0].size();
-    const auto& frames = frames_[isFirst ? 0 : 1];
+    const unsigned int count = got(*reader, &VelmarVideoFileReader::getFramesCount);
+    const auto& frames = frames_[count == frames_[0].size() ? 0 : 1];
+    if (!isRtv_ && count != frames.size()) return false;
     for (unsigned int i = 0; i < frames.size(); ++i) {
       std::string bytes;
       EXPECT_EQ(reader->getRawImage(i, bytes), kSuccess);
