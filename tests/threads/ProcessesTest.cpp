@@ -114,13 +114,19 @@ class Processes : public testing::TestWithParam<const char*> {
     }
   }
 
+  // Metadata that shift while an img is opened may give any number of frames.
+  bool isOneOfBoth(VelmarVideoFileReader& reader) const {
+    const unsigned int count = got(reader, &VelmarVideoFileReader::getFramesCount);
+    return count == frames_[0].size() || count == frames_[1].size();
+  }
+
   // The reader of before stays open, perhaps over a recording that has been replaced.
   int readUntilOver(bool isEdited) const {
     const LogCapture quiet;
     std::shared_ptr<VelmarVideoFileReader> last;
     while (!shared_->isOver) {
       auto reader = makeVelmarVideoFileReader(path_);
-      const bool isOpen = reader->open() == kSuccess;
+      const bool isOpen = reader->open() == kSuccess && isOneOfBoth(*reader);
       EXPECT_TRUE(isOpen || isEdited);
       if (isOpen) read(*reader);
       if (last) read(*last);
