@@ -98,7 +98,8 @@ TEST(Verification, NamesWhatIsWrong) {
       {"E 0 lies over the header or the index", "w the tags behind the last frame's are not zero"});
   check("rtv", 66, "\x63\x63", {"w the frame format is unknown", "w the frame codec is unknown"});
   check("rtv", tag(1, 0), "\xFF\xFF\xFF\xFF",
-        {"w 1 has a time before the start or more than 24 days after it, which readers misread"});
+        {"w 2 was captured before the frame before it",
+         "w 1 has a time before the start or more than 24 days after it, which readers misread"});
   check("rtv", tag(kFrames + 1, 3), "\x01", {"w the tags behind the last frame's are not zero"});
 }
 
