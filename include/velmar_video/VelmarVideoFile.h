@@ -171,9 +171,9 @@ class VELMAR_VIDEO_API VelmarVideoFileCreater : public IVelmarVideoFile {
   ~VelmarVideoFileCreater() override;
 
   /// Prepares the temporary file. It overwrites one that an interrupted recording left behind.
-  /// Recover that one before you make the creater. The file is locked (flock(2)) until close(): of
-  /// one that another creater has, or that is a symbolic link or no regular file, nothing is
-  /// changed.
+  /// Recover that one before you make the creater. The file is locked (flock(2)) until close(). A
+  /// file that another creater has locked stays as it is, and so does anything that is no regular
+  /// file, such as a symbolic link.
   /// \retval VELMAR_ERROR_CODE_FILE_OPEN_FAIL_E  img: the temporary file cannot be created, or is
   ///                                             another creater's; of an rtv, close() reports that
   VELMAR_ERROR_CODE_E open() override = 0;

@@ -22,7 +22,7 @@ TEST(Factories, ChooseByTheTextAfterTheLastDot) {
   const std::pair<const char*, bool> rows[] = {
       {"/rec/clip.img", true},  {"a.b.img", true},     {"a.rtv.img", true}, {".img", true},
       {"/rec/clip.IMG", false}, {"clip.img ", false},  {"clip", false},     {"img", false},
-      {"clip.", false},         {"/rec.1/img", false}, {"", false},         {"clip.avi", false},
+      {"clip.", false},         {"/rec.1/img", false}, {"", false},         {"a.RTV", false},
   };
   for (const auto& [path, known] : rows) {
     EXPECT_EQ(makeVelmarVideoFileCreater(path) != nullptr, known) << path;
@@ -34,7 +34,6 @@ TEST(Factories, ChooseByTheTextAfterTheLastDot) {
   const auto modifier = makeVelmarVideoFileModifier("a.rtv");
   EXPECT_NE(dynamic_cast<RtvContainerReader*>(reader.get()), nullptr);
   EXPECT_NE(dynamic_cast<RtvContainerModifier*>(modifier.get()), nullptr);
-  EXPECT_EQ(makeVelmarVideoFileReader("a.RTV"), nullptr);
 }
 
 // Constructed before anything that the library makes while it is used, and destroyed after it.
@@ -44,10 +43,10 @@ std::string finished;
 void readWhileExiting() {
   const auto reader = makeVelmarVideoFileReader(finished);
   unsigned int count = 0;
-  const bool isRead = reader->open() == VELMAR_ERROR_CODE_SUCCESS_E &&
-                      reader->getFramesCount(count) == VELMAR_ERROR_CODE_SUCCESS_E &&
-                      !reader->getMetaInfo().empty();
-  if (!isRead || count != 1) std::_Exit(7);
+  if (reader->open() != kSuccess || reader->getFramesCount(count) != kSuccess || count != 1 ||
+      reader->getMetaInfo().empty()) {
+    std::_Exit(7);
+  }
 }
 
 TEST(Files, AreFinishedAndReadWhileTheProgramExits) {
@@ -56,8 +55,7 @@ TEST(Files, AreFinishedAndReadWhileTheProgramExits) {
     finished = folder / ("finished." + name);
     const auto start = [&](const std::string& path) {
       leftOpen = makeVelmarVideoFileCreater(path);
-      return leftOpen->open() == VELMAR_ERROR_CODE_SUCCESS_E &&
-             leftOpen->addFrame(std::string(100, 'x'), 1, 2);
+      return leftOpen->open() == kSuccess && leftOpen->addFrame(std::string(100, 'x'), 1, 2);
     };
     ASSERT_TRUE(start(finished));
     leftOpen.reset();
@@ -82,9 +80,8 @@ TEST(Files, AreFinishedByARecorderThatMayNotReadThem) {
       if (::geteuid() == 0 && ::seteuid(kNobody) != 0) return false;
       ::umask(0400);
       const auto creater = makeVelmarVideoFileCreater(folder / name);
-      return creater->open() == VELMAR_ERROR_CODE_SUCCESS_E &&
-             creater->addFrame(std::string(100, 'x'), 1, 2) &&
-             creater->close() == VELMAR_ERROR_CODE_SUCCESS_E;
+      return creater->open() == kSuccess && creater->addFrame(std::string(100, 'x'), 1, 2) &&
+             creater->close() == kSuccess;
     })) << name;
     EXPECT_TRUE(exists(folder / name)) << name;
   }
@@ -97,7 +94,7 @@ TEST(Files, SayWhichStepOfFinishingFailed) {
     std::filesystem::create_directory(path);
     const LogCapture log;
     const auto creater = makeVelmarVideoFileCreater(path);
-    EXPECT_EQ(creater->open(), VELMAR_ERROR_CODE_SUCCESS_E);
+    EXPECT_EQ(creater->open(), kSuccess);
     creater->addFrame(std::string(100, 'x'), 1, 2);
     EXPECT_EQ(creater->close(), VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
     const std::string line =
@@ -116,37 +113,22 @@ class Creaters : public testing::TestWithParam<const char*> {
     creater->addFrame(std::string(100, frame), 1, 2);
     return creater;
   }
-  std::string finishedFrame() const {
-    std::string frame;
-    const auto reader = makeVelmarVideoFileReader(path_);
-    reader->open();
-    reader->getRawImage(0, frame);
-    return frame;
-  }
 
   const TempFolder folder_;
   const std::string path_ = folder_ / (std::string("a.") + GetParam());
   const LogCapture quiet_;
 };
 
-TEST_P(Creaters, LeaveAnothersFileAlone) {
-  const auto first = start('1');
-  EXPECT_NE(start('2')->close(), VELMAR_ERROR_CODE_SUCCESS_E);
-  EXPECT_EQ(first->close(), VELMAR_ERROR_CODE_SUCCESS_E);
-  EXPECT_EQ(finishedFrame(), std::string(100, '1'));
-  EXPECT_FALSE(exists(path_ + ".tmp"));
-}
-
 TEST_P(Creaters, GiveTheNameToNoFileButTheirOwn) {
   const auto first = start('1');
   std::filesystem::remove(path_ + ".tmp");
   const auto second = start('2');
   const bool hasJournal = exists(path_ + ".tmp.index");
-  EXPECT_NE(first->close(), VELMAR_ERROR_CODE_SUCCESS_E);
+  EXPECT_NE(first->close(), kSuccess);
   EXPECT_FALSE(exists(path_));
   EXPECT_EQ(exists(path_ + ".tmp.index"), hasJournal);
-  EXPECT_EQ(second->close(), VELMAR_ERROR_CODE_SUCCESS_E);
-  EXPECT_EQ(finishedFrame(), std::string(100, '2'));
+  EXPECT_EQ(second->close(), kSuccess);
+  EXPECT_EQ(storedFrame(*openedReader(path_), 0), std::string(100, '2'));
 }
 
 TEST_P(Creaters, UnlockAFileThatAChildHasOpen) {
@@ -156,7 +138,7 @@ TEST_P(Creaters, UnlockAFileThatAChildHasOpen) {
     ::pause();
     std::_Exit(0);
   }
-  EXPECT_EQ(creater->close(), VELMAR_ERROR_CODE_SUCCESS_E);
+  EXPECT_EQ(creater->close(), kSuccess);
   const velmar::detail::FileDescriptor file(path_, O_RDONLY);
   EXPECT_EQ(::flock(file.get(), LOCK_EX | LOCK_NB), 0);
   ::kill(child, SIGKILL);
@@ -177,7 +159,7 @@ TEST(Modifiers, HoldNoDescriptorAfterAFailedOpen) {
     writeFile(folder / name, std::string(300, 'x'));
     const auto modifier = makeVelmarVideoFileModifier(folder / name);
     const auto before = descriptors();
-    EXPECT_NE(modifier->open(), VELMAR_ERROR_CODE_SUCCESS_E);
+    EXPECT_NE(modifier->open(), kSuccess);
     EXPECT_EQ(descriptors(), before) << name;
   }
 }

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
 """What architecture.md says of the folders: each includes from those below it, and no file is in a circle."""
+import graphlib
 import pathlib
 import re
 import subprocess
@@ -57,17 +58,6 @@ def included(path):
                 break
 
 
-def circle_from(path, above, done):
-    if path in above:
-        return above[above.index(path) :] + [path]
-    if path not in done:
-        done.add(path)
-        for other in arrows[path]:
-            if circle := circle_from(other, above + [path], done):
-                return circle
-    return None
-
-
 listed = subprocess.run(
     ["git", "ls-files", "*.h", "*.cpp"], cwd=ROOT, check=True, capture_output=True, text=True
 ).stdout.split()
@@ -80,10 +70,10 @@ for path, others in sorted(arrows.items()):
         _, other_level, other_folder = layer_of(other)
         if other_folder != folder and other_level >= level:
             faults.append(f"{path} includes {other}, which is not below it")
-done = set()
-for path in sorted(sources):
-    if circle := circle_from(path, [], done):
-        faults.append("circle: " + " -> ".join(circle))
+try:
+    graphlib.TopologicalSorter(arrows).prepare()
+except graphlib.CycleError as error:
+    faults.append("circle: " + " <- ".join(error.args[1]))
 for folders in LAYERS:
     for folder in folders:
         count = sum(str(pathlib.PurePosixPath(path).parent) == folder for path in sources)

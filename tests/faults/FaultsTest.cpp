@@ -14,7 +14,6 @@
 
 namespace {
 
-constexpr auto kSuccess = VELMAR_ERROR_CODE_SUCCESS_E;
 constexpr unsigned short kWidth = 64;
 constexpr unsigned short kHeight = 48;
 constexpr unsigned char kDeviceId[kRtvDeviceIdSize] = "the camera behind glass";

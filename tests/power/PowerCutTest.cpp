@@ -2,7 +2,6 @@
 // editing. VELMAR_CUTS sets the number of states of each test, VELMAR_SEED repeats a run.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <iostream>
@@ -24,11 +23,6 @@ constexpr unsigned int kFrames = 200;  // an img's index has more than one page
 constexpr unsigned int kSyncInterval = 25;
 constexpr std::uint64_t kStart = 1700000000000000;
 constexpr unsigned int kAll = UINT32_MAX;  // promised: the recording is finished
-
-unsigned long numberFrom(const char* variable, unsigned long otherwise) {
-  const char* text = std::getenv(variable);
-  return text != nullptr ? std::stoul(text) : otherwise;
-}
 
 const std::vector<std::string>& frames() {
   static const std::vector<std::string> made = [] {
@@ -67,9 +61,7 @@ std::size_t checkFrames(const std::string& path, std::size_t promised) {
     const auto number = static_cast<unsigned int>((time - kStart) / 33000);
     if (number >= promised) continue;
     ++found;
-    std::string jpeg;
-    recording.reader().getRawImage(i, jpeg);
-    EXPECT_TRUE(jpeg == frames()[number]) << "frame " << i;
+    EXPECT_TRUE(storedFrame(recording.reader(), i) == frames()[number]) << "frame " << i;
     const FrameTag tag = recording.isRtv() ? tagOf(number) : FrameTag();
     EXPECT_EQ(recording.tag(i).x, tag.x) << "frame " << i;
     EXPECT_EQ(recording.tag(i).direction, tag.direction) << "frame " << i;
@@ -123,14 +115,17 @@ class PowerCuts : public testing::TestWithParam<const char*> {
     }
   }
 
+  Leftover leftoverIn(const FileBytes& file, const LeftoverTimes& times) const {
+    return extension_ == "rtv" ? findRtvLeftover(file, RTV_VER_03) : findImgLeftover(file, times);
+  }
+
   // How many of the first `promised` frames come back from the temporary file of a recording.
   std::size_t recovered(const std::string& path, std::size_t promised) {
     TestJob job;
     const FileBytes file(path + ".tmp");
     LeftoverTimes times;
     if (!exists(path + ".tmp.index")) times.framesPerSecond = 30;
-    const Leftover leftover =
-        extension_ == "rtv" ? findRtvLeftover(file, RTV_VER_03) : findImgLeftover(file, times);
+    const Leftover leftover = leftoverIn(file, times);
     if (!firstSize({file, leftover, false})) return 0;
     recoverFrames({file, leftover, false}, path, description(), job);
     return checkFrames(path, promised);
@@ -163,14 +158,10 @@ TEST_P(PowerCuts, GiveNoNameToHalfAFile) {
   DiskLog log(folder_ / "");
   {
     const FileBytes file(path_ + ".tmp");
-    const Leftover leftover =
-        extension_ == "rtv" ? findRtvLeftover(file, RTV_VER_03) : findImgLeftover(file, {});
-    recoverFrames({file, leftover, false}, path_, description(), job);
+    recoverFrames({file, leftoverIn(file, {}), false}, path_, description(), job);
     log.promise(1);
     const Recording recording(path_);
-    std::vector<unsigned int> all(kFrames);
-    for (unsigned int i = 0; i < kFrames; ++i) all[i] = i;
-    copyFrames({{&recording, all}}, copy, recording.description(), job);
+    copyFrames({{&recording, allFrames(recording)}}, copy, recording.description(), job);
     log.promise(2);
   }
   log.stop();
@@ -187,33 +178,24 @@ TEST_P(PowerCuts, GiveNoNameToHalfAFile) {
 
 struct Edit {
   const char* what;
-  void (*fill)(EditRequest& request);
+  EditRequest request;
   bool isForRtv = true;
 };
 
-// Each follows the ones before it.
-const Edit kEdits[] = {
-    {"a field", [](auto& request) { request.deviceId = "another one"; }},
-    {"a field in place", [](auto& request) { request.deviceId = "one another"; }},
-    {"the time of a frame",
-     [](auto& request) {
-       request.sensorTimes = {{7, kStart + 7000}};
-     }},
-    {"long parameters",
-     [](auto& request) { request.cameraParams = "\"" + std::string(9000, 'x') + "\""; }, false},
-    {"parameters in place",
-     [](auto& request) { request.cameraParams = "\"" + std::string(9000, 'y') + "\""; }, false},
-    {"short parameters", [](auto& request) { request.cameraParams = "{}"; }, false},
-    {"a shift", [](auto& request) { request.shift = 3600000; }},
-    {"all times",
-     [](auto& request) {
-       request.allTimes.emplace();
-       for (unsigned int i = 0; i < kFrames; ++i) {
-         request.allTimes->push_back(timesOf(kFrames + 2 * i));
-       }
-     }},
-    {"the resolution", [](auto& request) { request.fixResolution = true; }},
-};
+std::vector<Edit> edits() {
+  std::vector<FrameTimes> times;
+  for (unsigned int i = 0; i < kFrames; ++i) times.push_back(timesOf(kFrames + 2 * i));
+  // Each follows the ones before it.
+  return {{"a field", {.deviceId = "another one"}},
+          {"a field in place", {.deviceId = "one another"}},
+          {"the time of a frame", {.sensorTimes = {{7, kStart + 7000}}}},
+          {"long parameters", {.cameraParams = "\"" + std::string(9000, 'x') + "\""}, false},
+          {"parameters in place", {.cameraParams = "\"" + std::string(9000, 'y') + "\""}, false},
+          {"short parameters", {.cameraParams = "{}"}, false},
+          {"a shift", {.shift = 3600000}},
+          {"all times", {.allTimes = times}},
+          {"the resolution", {.fixResolution = true}}};
+}
 
 TEST_P(PowerCuts, LeaveAnEditOldOrNew) {
   record(path_, 0, nullptr, 48);
@@ -227,13 +209,11 @@ TEST_P(PowerCuts, LeaveAnEditOldOrNew) {
       EXPECT_TRUE(now == after || (promised == 0 && now == before));
       EXPECT_FALSE(exists(disk_ / (name + ".undo")));
     };
-    tryStates(log, check, 2 * std::size(kEdits));
+    tryStates(log, check, 2 * edits().size());
   };
-  for (const Edit& edit : kEdits) {
-    if (extension_ == "rtv" && !edit.isForRtv) continue;
-    SCOPED_TRACE(edit.what);
-    EditRequest request;
-    edit.fill(request);
+  for (const auto& [what, request, isForRtv] : edits()) {
+    if (extension_ == "rtv" && !isForRtv) continue;
+    SCOPED_TRACE(what);
     const std::string before = readFile(path_);
     const EditedPlaces places = EditPlan(Recording(path_), request).places();
     TestJob job;

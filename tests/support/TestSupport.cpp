@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -39,8 +40,14 @@ bool LogCapture::has(const std::string& line) const {
 
 std::shared_ptr<VelmarVideoFileReader> openedReader(const std::string& path) {
   auto reader = makeVelmarVideoFileReader(path);
-  EXPECT_EQ(reader->open(), VELMAR_ERROR_CODE_SUCCESS_E);
+  EXPECT_EQ(reader->open(), kSuccess);
   return reader;
+}
+
+std::string storedFrame(VelmarVideoFileReader& reader, unsigned int index) {
+  std::string bytes;
+  EXPECT_EQ(reader.getRawImage(index, bytes), kSuccess);
+  return bytes;
 }
 
 bool exists(const std::string& path) { return std::filesystem::exists(path); }
@@ -53,6 +60,11 @@ std::string readFile(const std::string& path) {
 
 void writeFile(const std::string& path, const std::string& bytes) {
   std::ofstream(path, std::ios::binary) << bytes;
+}
+
+unsigned long numberFrom(const char* variable, unsigned long otherwise) {
+  const char* text = std::getenv(variable);
+  return text != nullptr ? std::stoul(text) : otherwise;
 }
 
 unsigned long bigEndian(const std::string& bytes, std::size_t offset, std::size_t width) {

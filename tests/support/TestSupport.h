@@ -44,6 +44,8 @@ class LogCapture {
   std::vector<std::string> lines_;
 };
 
+constexpr auto kSuccess = VELMAR_ERROR_CODE_SUCCESS_E;
+
 /// A reader of the file, which is to open.
 std::shared_ptr<VelmarVideoFileReader> openedReader(const std::string& path);
 /// What a getter gives, which is to succeed.
@@ -60,9 +62,15 @@ Value got(Class& object, Code (Class::*getter)(Index, Value&), std::type_identit
   return value;
 }
 
+/// A frame as it is stored, which is to be had.
+std::string storedFrame(VelmarVideoFileReader& reader, unsigned int index);
+
 bool exists(const std::string& path);
 std::string readFile(const std::string& path);
 void writeFile(const std::string& path, const std::string& bytes);
+
+/// An environment variable's number.
+unsigned long numberFrom(const char* variable, unsigned long otherwise);
 
 /// An unsigned big-endian number of `width` bytes.
 unsigned long bigEndian(const std::string& bytes, std::size_t offset, std::size_t width);

@@ -1,7 +1,6 @@
-// Many threads at once, and recordings that are replaced while they are read. ThreadSanitizer sees
-// what threads share in memory: the tables of factories and names, the logger, the byte-order
-// latches, whatever decoders might have in common. It does not see that two maps are of one file:
-// there, only what is read counts.
+// Many threads at once. ThreadSanitizer sees what threads share in memory: the tables of factories
+// and names, the logger, the byte-order latches, whatever decoders might have in common. It does
+// not see that two maps are of one file: there, only what is read counts.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -9,7 +8,6 @@
 #include <latch>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include "container/img/ImgFiles.h"
@@ -24,7 +22,6 @@ using namespace velmar::detail;
 
 namespace {
 
-constexpr auto kSuccess = VELMAR_ERROR_CODE_SUCCESS_E;
 constexpr int kReaders = 8;
 constexpr int kRounds = 60;
 constexpr unsigned kFrames = 12;  // the last one's time lies across two cache lines in an img file
@@ -74,26 +71,16 @@ class Threads : public testing::TestWithParam<int> {
  protected:
   Threads() {
     SampleScene scene(kWidth, kHeight);
-    for (unsigned i = 0; i < kFrames; ++i) jpegs_.push_back(scene.jpeg(i));
-    for (const std::string& jpeg : jpegs_) pixels_.push_back(decoded(jpeg));
-    writeFile(path_, isRtv_ ? rtvBytes() : imgBytes());
-  }
-
-  std::string imgBytes() const {
-    std::vector<TestFrame> frames;
-    for (const std::string& jpeg : jpegs_) {
-      frames.push_back({jpeg, timeOf(kOldByte, timeWidth_), kStartTime});
+    const unsigned long time = timeOf(kOldByte, timeWidth_);
+    std::vector<TestFrame> img;
+    RtvFile rtv{.version = GetParam(), .startTime = kStartTime, .width = kWidth, .height = kHeight};
+    for (unsigned i = 0; i < kFrames; ++i) {
+      jpegs_.push_back(scene.jpeg(i));
+      pixels_.push_back(decoded(jpegs_[i]));
+      img.push_back({jpegs_[i], time, kStartTime});
+      rtv.frames.push_back({jpegs_[i], static_cast<int>(time)});
     }
-    return handMadeImg(frames, "", kWidth, kHeight);
-  }
-
-  std::string rtvBytes() const {
-    RtvFile file{
-        .version = GetParam(), .startTime = kStartTime, .width = kWidth, .height = kHeight};
-    for (const std::string& jpeg : jpegs_) {
-      file.frames.push_back({jpeg, static_cast<int>(timeOf(kOldByte, timeWidth_))});
-    }
-    return file.bytes();
+    writeFile(path_, isRtv_ ? rtv.bytes() : handMadeImg(img, "", kWidth, kHeight));
   }
 
   // As the file has it.
@@ -106,9 +93,7 @@ class Threads : public testing::TestWithParam<int> {
     const auto reader = openedReader(path_);
     ASSERT_EQ(got(*reader, &Reader::getFramesCount), kFrames);
     for (unsigned i = 0; i < kFrames; ++i) {
-      std::string jpeg;
-      EXPECT_EQ(reader->getRawImage(i, jpeg), kSuccess);
-      EXPECT_TRUE(jpeg == jpegs_[i]) << i;
+      EXPECT_TRUE(storedFrame(*reader, i) == jpegs_[i]) << i;
       Pixels pixels(pixels_[i].size());
       EXPECT_EQ(reader->getImage(i, pixels.size(), pixels.data(), VELMAR_FORMAT_RGB_E,
                                  SCALE_FACTOR_1_2_E, kCropTop, 0),
@@ -181,60 +166,6 @@ TEST_P(Threads, ReadWhileTimesAndLogChange) {
   const auto reader = openedReader(path_);
   for (unsigned i = 0; i < kFrames; ++i) {
     EXPECT_EQ(storedTime(*reader, i), timeOf(byte, timeWidth_)) << i;
-  }
-}
-
-std::vector<TestFrame> framesOf(Reader& reader) {
-  std::vector<TestFrame> frames(got(reader, &Reader::getFramesCount));
-  for (unsigned i = 0; i < frames.size(); ++i) {
-    EXPECT_EQ(reader.getRawImage(i, frames[i].bytes), kSuccess);
-    frames[i].sensorTime = got(reader, &Reader::getSensorTime, i);
-    frames[i].arrivedTime = got(reader, &Reader::getArrivedTime, i);
-  }
-  return frames;
-}
-
-// Opens the path until the recording there has changed so many times. The reader of before each
-// change stays open over it.
-void follow(const std::string& path, const std::vector<TestFrame> (&recordings)[2], int changes) {
-  std::shared_ptr<Reader> last;
-  std::vector<TestFrame> before;
-  while (changes > 0) {
-    auto reader = openedReader(path);
-    auto now = framesOf(*reader);
-    ASSERT_TRUE(now == recordings[0] || now == recordings[1]);
-    if (last && now != before) {
-      --changes;
-      EXPECT_TRUE(framesOf(*last) == before);
-    }
-    last = std::move(reader);
-    before = std::move(now);
-  }
-}
-
-TEST(ThreadsFollow, ARecordingIsSeenAsItWasOrAsItIs) {
-  constexpr int kChanges = 50;
-  constexpr int kFollowers = 2;
-  std::vector<TestFrame> recordings[] = {lettered({300, 100, 200}), lettered({20, 9000, 1, 400})};
-  for (auto& frames : recordings) {
-    for (TestFrame& frame : frames) frame.arrivedTime = frame.sensorTime += 1000 * frames.size();
-  }
-  for (const char* const name : {"a.img", "a.rtv"}) {
-    const TempFolder folder;
-    const std::string path = folder / name;
-    ASSERT_EQ(record(path, recordings[0]), kSuccess);
-    std::atomic<int> following = kFollowers;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < kFollowers; ++i) {
-      threads.emplace_back([&] {
-        follow(path, recordings, kChanges);
-        --following;
-      });
-    }
-    for (int turn = 1; following > 0; ++turn) {
-      EXPECT_EQ(record(path, recordings[turn % 2]), kSuccess);
-    }
-    for (std::thread& thread : threads) thread.join();
   }
 }
 

@@ -1,11 +1,14 @@
 #ifndef VELMAR_TESTS_TEST_JOB_H
 #define VELMAR_TESTS_TEST_JOB_H
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "support/TestSupport.h"
 #include "toolkit/base/Job.h"
+#include "toolkit/recording/Recording.h"
 #include "toolkit/writing/RecordingWriter.h"
 
 /// Keeps what it is told, and wants to stop once so many frames are done.
@@ -37,16 +40,30 @@ class TestJob : public velmar::toolkit::Job {
   std::size_t stopAfter_;
 };
 
-/// Records the frames, of 32 x 16 pixels by their description, one a microsecond.
+/// Records the frames, one a microsecond.
+/// \param size   of the description
+/// \param slots  of an rtv; 0: as many as there are frames
 inline void recordFrames(const std::string& path, const std::vector<std::string>& frames,
-                         velmar::detail::JpegSize size = {32, 16}) {
+                         velmar::detail::JpegSize size = {32, 16}, version_e version = RTV_VER_03,
+                         std::size_t slots = 0) {
   velmar::toolkit::RecordingDescription description;
   description.setSize(size);
+  description.version = version;
   velmar::toolkit::RecordingWriter writer(
-      path, description, static_cast<unsigned int>(frames.size()),
+      path, description, static_cast<unsigned int>(std::max(slots, frames.size())),
       velmar::toolkit::RecordingWriter::OnFailure::RemoveFrames);
   for (const std::string& frame : frames) writer.add(frame, {writer.frames(), writer.frames()});
   writer.finish();
+}
+
+/// The frames of a recording as they are stored.
+inline std::vector<std::string> framesOf(const std::string& path) {
+  const velmar::toolkit::Recording recording(path);
+  std::vector<std::string> frames;
+  for (unsigned int i = 0; i < recording.framesCount(); ++i) {
+    frames.push_back(storedFrame(recording.reader(), i));
+  }
+  return frames;
 }
 
 #endif

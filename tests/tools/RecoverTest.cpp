@@ -5,18 +5,17 @@
 
 #include <atomic>
 #include <csignal>
-#include <cstdlib>
 #include <functional>
 #include <iostream>
+#include <numeric>
 #include <random>
 #include <thread>
 
-#include "ToolRun.h"
 #include "program/Tool.h"
 #include "support/Pictures.h"
 #include "support/TestSupport.h"
 #include "toolkit/recording/Recording.h"
-#include "velmar_video/rtv/RecordFileCreater.h"
+#include "toolkit/writing/RecordingWriter.h"
 
 using namespace velmar::toolkit;
 using namespace velmar::tool;
@@ -43,31 +42,23 @@ const Kind kKinds[] = {kImg, kRtv02, kRtv03, kRtv04};
 
 std::string picture(unsigned int i) { return numberedJpeg(i, 40 + i % 7 * 300); }
 
-// Records frames whose numbers are in all that is kept of them.
-class Recorder {
- public:
-  Recorder(const Kind& kind, const std::string& path, unsigned short slots = kSlots) {
-    if (kind.version == RTV_VER_MAX) {
-      img_ = makeVelmarVideoFileCreater(path);
-      img_->open();
-      img_->setVideoResolution(32, 16);
-    } else {
-      rtv_ = std::make_unique<RecordFileCreater>(path, slots, kind.version, nullptr);
-      rtv_->setVideoResolution(32, 16);
-      rtv_->setStartTime(1234567);
-    }
-  }
-  bool add(unsigned int i) {
-    const int number = static_cast<int>(i);
-    return img_ ? img_->addFrame(picture(i), kStart + i * 1000, kStart + i * 1000 + 5)
-                : rtv_->addFrame(number, picture(i), -number, number, 0, i, i, 0, nullptr);
-  }
-  void close() { img_ ? static_cast<void>(img_->close()) : static_cast<void>(rtv_->close()); }
+// Its frames have their numbers in all that is kept of them.
+RecordingWriter recorder(const Kind& kind, const std::string& path, unsigned int slots = kSlots) {
+  RecordingDescription description;
+  description.setSize({32, 16});
+  description.version = kind.version;
+  description.startTime = kStart;
+  return {path, description, slots, RecordingWriter::OnFailure::KeepFrames};
+}
 
- private:
-  std::shared_ptr<VelmarVideoFileCreater> img_;
-  std::unique_ptr<RecordFileCreater> rtv_;
-};
+void add(RecordingWriter& writer, unsigned int i) {
+  FrameTag tag;
+  tag.y = static_cast<int>(i);
+  tag.x = -tag.y;
+  tag.relativeDistance = i;
+  tag.speed = static_cast<unsigned short>(i);
+  writer.add(picture(i), {kStart + i * 1000, kStart + i * 1000 + 5}, tag);
+}
 
 // The numbers of the frames in the recording; -1 where a frame is not as it was recorded.
 // \param withTags  those of an rtv have to have their tags as well
@@ -75,8 +66,7 @@ std::vector<int> framesIn(const std::string& path, bool withTags = true) {
   const Recording recording(path);
   std::vector<int> numbers;
   for (unsigned int i = 0; i < recording.framesCount(); ++i) {
-    std::string jpeg;
-    recording.reader().getRawImage(i, jpeg);
+    const std::string jpeg = storedFrame(recording.reader(), i);
     const FrameTag tag = recording.tag(i);
     const bool isImg = recording.parser() == nullptr;
     const int number =
@@ -90,9 +80,36 @@ std::vector<int> framesIn(const std::string& path, bool withTags = true) {
 }
 
 std::vector<int> numbersTo(int end) {
-  std::vector<int> numbers;
-  for (int i = 0; i < end; ++i) numbers.push_back(i);
+  std::vector<int> numbers(end);
+  std::iota(numbers.begin(), numbers.end(), 0);
   return numbers;
+}
+
+using Options = std::vector<std::string>;
+
+struct ToolRun {
+  ExitStatus status;
+  std::string diagnostics;
+};
+
+// Makes a recording of what is left of it.
+ToolRun recover(const std::string& path, Options options = {}) {
+  options.insert(options.begin(), {"recover", path + ".tmp", path});
+  std::reverse(options.begin(), options.end());  // as the parser takes them
+  Tool tool;
+  addRecoverCommand(tool);
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  ToolRun run{ExitStatus::Failed, ""};
+  try {
+    tool.app.parse(options);
+    run.status = tool.run();
+  } catch (const Failure& failure) {
+    run.diagnostics = failure.what();
+  }
+  run.diagnostics += testing::internal::GetCapturedStderr();
+  testing::internal::GetCapturedStdout();
+  return run;
 }
 
 // What the recording process tells of itself.
@@ -110,12 +127,10 @@ unsigned int recordAndKill(const Kind& kind, const std::string& path, std::mt199
   auto* telling = new (shared) Telling;
   const pid_t child = ::fork();
   if (child == 0) {
-    Recorder recorder(kind, path);
-    for (unsigned int i = 0; i < kFrames; ++i) {
-      if (recorder.add(i)) telling->added = i + 1;
-    }
+    RecordingWriter writer = recorder(kind, path);
+    for (unsigned int i = 0; i < kFrames; telling->added = ++i) add(writer, i);
     telling->closing = true;
-    recorder.close();
+    writer.finish();
     ::_exit(0);
   }
   const bool inClose = random() % 3 == 0;
@@ -129,11 +144,6 @@ unsigned int recordAndKill(const Kind& kind, const std::string& path, std::mt199
   const unsigned int added = telling->added;
   ::munmap(shared, sizeof(Telling));
   return added;
-}
-
-unsigned int numberFrom(const char* variable, unsigned int otherwise) {
-  const char* text = std::getenv(variable);
-  return text != nullptr ? static_cast<unsigned int>(std::stoul(text)) : otherwise;
 }
 
 TEST(Recover, KeepsEveryFrameThatWasAddedBeforeTheKill) {
@@ -152,7 +162,7 @@ TEST(Recover, KeepsEveryFrameThatWasAddedBeforeTheKill) {
         ++finished;
       } else if (exists(path + ".tmp")) {
         const std::string before = readFile(path + ".tmp");
-        const ToolRun run = runTool(addRecoverCommand, {"recover", path + ".tmp", path});
+        const ToolRun run = recover(path);
         ASSERT_TRUE(run.status != ExitStatus::Failed || promised == 0) << run.diagnostics;
         ASSERT_EQ(readFile(path + ".tmp"), before);
       }
@@ -180,51 +190,41 @@ std::size_t placeOf(unsigned int frame, const Kind& kind, unsigned int slots = k
   return offset;
 }
 
-void leave(const Kind& kind, const std::string& path, bool isFinished,
-           unsigned short slots = kSlots, unsigned int frames = kLeft) {
-  ASSERT_TRUE(inChildProcess([&] {
-    auto* recorder = new Recorder(kind, path, slots);
-    for (unsigned int i = 0; i < frames; ++i) recorder->add(i);
-    if (isFinished) recorder->close();
-    return true;
+void leave(const Kind& kind, const std::string& path, bool isFinished, unsigned int slots = kSlots,
+           unsigned int frames = kLeft) {
+  ASSERT_TRUE(inChildProcess([&]() -> bool {
+    RecordingWriter writer = recorder(kind, path, slots);
+    for (unsigned int i = 0; i < frames; ++i) add(writer, i);
+    if (isFinished) writer.finish();
+    ::_exit(0);  // no destructor
   }));
   if (isFinished) std::filesystem::rename(path, path + ".tmp");
 }
 
 using Damage = std::function<void(const std::string& leftover)>;
-using Options = std::vector<std::string>;
+
+constexpr bool kUnfinished = false;
+constexpr bool kFinished = true;
 
 // What may be wrong with what is left, and what comes of it.
 struct Case {
   const Kind& kind;
   bool isFinished;  // the recorder came to write all, but not to give the file its name
   Damage damage;
-  Options options;
-  ExitStatus status;
-  const char* words;
-  std::vector<int> frames;
+  Options options = {};
+  const char* words = "";
+  ExitStatus status = ExitStatus::Done;
+  std::vector<int> frames = numbersTo(kLeft);
 };
-
-constexpr bool kUnfinished = false;
-constexpr bool kFinished = true;
-
-Case whole(const Kind& kind, bool isFinished, Damage damage, Options options,
-           const char* words = "") {
-  return {kind,  isFinished,      std::move(damage), std::move(options), ExitStatus::Done,
-          words, numbersTo(kLeft)};
-}
 
 Case lossy(const Kind& kind, bool isFinished, Damage damage, Options options, const char* words,
            std::vector<int> frames) {
-  return {kind,  isFinished,       std::move(damage), std::move(options), ExitStatus::Loss,
-          words, std::move(frames)};
-}
-
-Case hopeless(const Kind& kind, Damage damage, Options options, const char* words) {
-  return {kind, kUnfinished, std::move(damage), std::move(options), ExitStatus::Failed, words, {}};
+  return {kind, isFinished, damage, options, words, ExitStatus::Loss, frames};
 }
 
 void nothing(const std::string& /*leftover*/) {}
+
+void empty(const std::string& leftover) { writeFile(leftover, ""); }
 
 Damage cut(std::size_t bytes) {
   return [bytes](auto& file) {
@@ -299,24 +299,24 @@ const Options kRateFromStart{"--device-id", "0a",           "--fps",
 const Options kIdAndStart{"--device-id", "0a", "--start-time", "2020-01-01T00:00:00Z"};
 const Options kTable{"--device-id", "0a", "--times", "LEFTOVER.csv"};
 
-std::vector<Case> casesOfImg() {
+std::vector<Case> cases() {
   return {
-      whole(kImg, kUnfinished, nothing, kId),
-      whole(kImg, kUnfinished, removeJournal, kRateFromStart),
-      whole(kImg, kUnfinished, cutJournal, kRate),
-      whole(kImg, kUnfinished, cutJournalAndWriteTimes, kTable),
-      whole(kImg, kUnfinished, zeroJournalEnd, kRate),
-      whole(kImg, kUnfinished, tearTime, kRate),
-      whole(kImg, kUnfinished, strip, kId),
-      whole(kImg, kUnfinished, repeatFront, kId),
-      whole(kImg, kFinished, splitRecords, {}),
-      whole(kImg, kFinished, nothing, {}),
-      whole(kImg, kFinished, zero(0, 8), {}),
-      whole(kImg, kFinished, cut(50), kId, "it is cut short inside"),
-      whole(kImg, kFinished, zeroTag(kImg, 2, 0, 2 * 28), kRate),
-      whole(kImg, kFinished, zeroTag(kImg, 2, 27, 1 + 12), kRate),
-      whole(kImg, kFinished, zero(0, 8 + kLeft * 28), kRateFromStart),
-      lossy(kImg, kUnfinished, nothing, {}, "the device id is not known", numbersTo(kLeft)),
+      {kImg, kUnfinished, nothing, kId},
+      {kImg, kUnfinished, removeJournal, kRateFromStart},
+      {kImg, kUnfinished, cutJournal, kRate},
+      {kImg, kUnfinished, cutJournalAndWriteTimes, kTable},
+      {kImg, kUnfinished, zeroJournalEnd, kRate},
+      {kImg, kUnfinished, tearTime, kRate},
+      {kImg, kUnfinished, strip, kId},
+      {kImg, kUnfinished, repeatFront, kId},
+      {kImg, kFinished, splitRecords},
+      {kImg, kFinished, nothing},
+      {kImg, kFinished, zero(0, 8)},
+      {kImg, kFinished, cut(50), kId, "it is cut short inside"},
+      {kImg, kFinished, zeroTag(kImg, 2, 0, 2 * 28), kRate},
+      {kImg, kFinished, zeroTag(kImg, 2, 27, 1 + 12), kRate},
+      {kImg, kFinished, zero(0, 8 + kLeft * 28), kRateFromStart},
+      {kImg, kUnfinished, nothing, {}, "the device id is not known", ExitStatus::Loss},
       lossy(kImg, kUnfinished, cutJournal, kId, "frames 2 to 4 are lost: the index", {0, 1}),
       lossy(kImg, kUnfinished, cut(3), kId, "frame 4 is lost: the picture is cut", {0, 1, 2, 3}),
       lossy(kImg, kUnfinished, zero(placeOf(1, kImg), 9), kId, "frame 1 is lost: its bytes are no",
@@ -331,50 +331,34 @@ std::vector<Case> casesOfImg() {
       lossy(kImg, kFinished, zero(placeOf(3, kImg) + 950, 512), {},
             "frame 3 is lost: the picture has", {0, 1, 2, 4}),
       lossy(kImg, kFinished, cut(1200), kId, "it is cut short: ", {1, 2, 3, 4}),
-      hopeless(kImg, removeJournal, kId, "there is no index journal"),
-  };
-}
-
-std::vector<Case> casesOfRtv() {
-  return {
-      whole(kRtv02, kUnfinished, nothing, kIdAndStart),
-      whole(kRtv04, kFinished, nothing, {}),
-      lossy(kRtv03, kUnfinished, nothing, kId, "the start time is not known", numbersTo(kLeft)),
+      {kImg, kUnfinished, removeJournal, kId, "there is no index journal", ExitStatus::Failed, {}},
+      {kRtv02, kUnfinished, nothing, kIdAndStart},
+      {kRtv04, kFinished, nothing},
+      {kRtv03, kUnfinished, nothing, kId, "the start time is not known", ExitStatus::Loss},
       lossy(kRtv02, kFinished, cut(3), {}, "frame 4 is lost: the picture is cut", {0, 1, 2, 3}),
-      whole(kRtv04, kFinished, zeroTag(kRtv04, 4, 12, 4), {}),
+      {kRtv04, kFinished, zeroTag(kRtv04, 4, 12, 4)},
       lossy(kRtv04, kFinished, zero(placeOf(0, kRtv04), 9), {},
             "frame 0 is lost: the tag points to no JPEG", {1, 2, 3, 4}),
-      hopeless(
-          kRtv03, [](auto& file) { writeFile(file, ""); }, kId, "it holds no frame of an rtv"),
+      {kRtv03, kUnfinished, empty, kId, "it holds no frame of an rtv", ExitStatus::Failed, {}},
   };
 }
 
-void PrintTo(const Case& each, std::ostream* out) {
-  *out << each.kind.name << (each.isFinished ? ", finished: " : ": ") << each.words;
-}
-
-class RecoverDamaged : public testing::TestWithParam<Case> {};
-
-TEST_P(RecoverDamaged, KeepsWhatIsWholeAndSaysWhatIsNot) {
-  const Case& each = GetParam();
-  const TempFolder folder;
-  const std::string path = folder / "a"s + each.kind.extension;
-  leave(each.kind, path, each.isFinished);
-  each.damage(path + ".tmp");
-  Options arguments{"recover", path + ".tmp", path};
-  for (std::string option : each.options) {
-    if (option == "LEFTOVER.csv") option = path + ".tmp.csv";
-    arguments.push_back(option);
+TEST(Recover, KeepsWhatIsWholeAndSaysWhatIsNot) {
+  for (const Case& each : cases()) {
+    SCOPED_TRACE(each.kind.name + (each.isFinished ? ", finished: "s : ": "s) + each.words);
+    const TempFolder folder;
+    const std::string path = folder / "a"s + each.kind.extension;
+    leave(each.kind, path, each.isFinished);
+    each.damage(path + ".tmp");
+    Options options = each.options;
+    std::replace(options.begin(), options.end(), "LEFTOVER.csv"s, path + ".tmp.csv");
+    const ToolRun run = recover(path, options);
+    EXPECT_EQ(run.status, each.status) << run.diagnostics;
+    EXPECT_NE(run.diagnostics.find(each.words), std::string::npos) << run.diagnostics;
+    EXPECT_EQ(exists(path) ? framesIn(path) : std::vector<int>(), each.frames);
+    EXPECT_FALSE(exists(folder / "a.recovering"s + each.kind.extension + ".tmp"));
   }
-  const ToolRun run = runTool(addRecoverCommand, arguments);
-  EXPECT_EQ(run.status, each.status) << run.diagnostics;
-  EXPECT_NE(run.diagnostics.find(each.words), std::string::npos) << run.diagnostics;
-  EXPECT_EQ(exists(path) ? framesIn(path) : std::vector<int>(), each.frames);
-  EXPECT_FALSE(exists(folder / "a.recovering"s + each.kind.extension + ".tmp"));
 }
-
-INSTANTIATE_TEST_SUITE_P(Img, RecoverDamaged, testing::ValuesIn(casesOfImg()));
-INSTANTIATE_TEST_SUITE_P(Rtv, RecoverDamaged, testing::ValuesIn(casesOfRtv()));
 
 // However large the hole is, the frames behind it are found.
 TEST(Recover, FindsTheFramesBehindAHole) {
@@ -383,7 +367,7 @@ TEST(Recover, FindsTheFramesBehindAHole) {
   const std::string path = folder / "a.img";
   leave(kImg, path, kFinished, kSlots, kFrames);
   zero(placeOf(1000, kImg), placeOf(8500, kImg) - placeOf(1000, kImg))(path + ".tmp");
-  const ToolRun run = runTool(addRecoverCommand, {"recover", path + ".tmp", path});
+  const ToolRun run = recover(path);
   std::vector<int> left = numbersTo(kFrames);
   left.erase(left.begin() + 1000, left.begin() + 8500);
   EXPECT_EQ(framesIn(path), left);
@@ -415,8 +399,7 @@ TEST(Recover, FindsTheFramesOfLostTags) {
     const std::string path = folder / "a.rtv";
     leave(each.kind, path, kUnfinished, kSlots, each.frames);
     zero(each.page, each.size)(path + ".tmp");
-    const ToolRun run = runTool(addRecoverCommand, {"recover", path + ".tmp", path, "--device-id",
-                                                    "0a", "--start-time", "2020-01-01T00:00:00Z"});
+    const ToolRun run = recover(path, kIdAndStart);
     EXPECT_EQ(run.status, ExitStatus::Loss);
     EXPECT_NE(run.diagnostics.find(each.words), std::string::npos) << run.diagnostics;
     EXPECT_EQ(framesIn(path, false), numbersTo(static_cast<int>(each.frames)));
@@ -434,8 +417,7 @@ TEST(Recover, KeepsCutPicturesIfAsked) {
   const TempFolder folder;
   leave(kImg, folder / "a.img", false);
   cut(3)(folder / "a.img.tmp");
-  runTool(addRecoverCommand, {"recover", folder / "a.img.tmp", folder / "a.img", "--keep-damaged",
-                              "--size", "640x480"});
+  recover(folder / "a.img", {"--keep-damaged", "--size", "640x480"});
   const Recording recording(folder / "a.img");
   EXPECT_EQ(recording.framesCount(), kLeft);
   EXPECT_EQ(recording.description().width, 640);
@@ -443,12 +425,12 @@ TEST(Recover, KeepsCutPicturesIfAsked) {
 
 // Tags of 03 and 04 begin alike, and the capacities are such that either reading is possible.
 TEST(Recover, TellsTheVersionFromASingleFrame) {
-  const std::pair<const Kind&, unsigned short> files[] = {{kRtv03, 145}, {kRtv04, 36}, {kRtv02, 7}};
+  const std::pair<const Kind&, unsigned int> files[] = {{kRtv03, 145}, {kRtv04, 36}, {kRtv02, 7}};
   for (const auto& [kind, slots] : files) {
     SCOPED_TRACE(kind.name);
     const TempFolder folder;
     leave(kind, folder / "a.rtv", false, slots, 1);
-    runTool(addRecoverCommand, {"recover", folder / "a.rtv.tmp", folder / "a.rtv"});
+    recover(folder / "a.rtv");
     EXPECT_EQ(Recording(folder / "a.rtv").description().version, kind.version);
     EXPECT_EQ(std::filesystem::file_size(folder / "a.rtv"),
               placeOf(0, kind, slots) + picture(0).size());

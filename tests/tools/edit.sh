@@ -24,12 +24,6 @@ edited() {
 
 expect 0 "" sample a.img --frames 3 --size 96x64
 
-# Readers give up after half a minute, which passes while the rest goes on.
-cp a.img busy.img
-exec 9<busy.img
-flock 9
-"$tool" verify busy.img a.img --json >busy.out 2>busy.err 9<&- &
-busy=$!
 for version in 02 03 04; do
   expect 0 "" sample $version.rtv --frames 3 --size 96x64 --rtv-version $version
 done
@@ -87,6 +81,10 @@ grep -q 'nothing to change' out || fail "nothing to change"
 
 # What cannot be is refused before anything is written.
 cp a.img kept.img
+exec 9<a.img
+flock 9
+expect 1 "a.img: another edit is changing it; try again later" edit a.img --device-id 01
+exec 9<&-
 echo '{' >bad.json
 expect 1 "--sensor-time: there is no frame 3, only 3 frames (VELMAR_ERROR_CODE_OUT_RANGE_E)" edit a.img --device-id 01 --sensor-time 3=5
 expect 1 "bad.json: it is not valid JSON" edit a.img --device-id 01 --camera-params bad.json
@@ -177,7 +175,6 @@ expect 3 "n.rtv: its start position is not known" concat no.rtv p.rtv n.rtv --fo
 expect 0 "" dump 03.rtv
 sed -n 5p out | grep -qx "device_id: $id" || fail "dump: $(sed -n 5p out)"
 [ "$(wc -l <out)" -eq $((13 + 2 * 3)) ] || fail "lines of a dump: $(wc -l <out)"
-head -1 out | grep -qx 'v03 filename: 03.rtv' || fail "first line of a dump"
 expect 1 "a.img: only rtv recordings can be dumped" dump a.img
 
 # Tracks: the second frame of a sample is 0.574 m east and 0.557 m north of the start.
@@ -186,8 +183,6 @@ expect 0 "" frames t.rtv --gpx t.gpx --geojson t.json
 [ ! -s out ] || fail "a list beside the track"
 grep -q '^<trkpt lat="48.137405038" lon="11.575507636"><ele>519.00</ele><time>2023-11-14T22:13:20.033000Z</time></trkpt>$' t.gpx || fail "gpx: $(cat t.gpx)"
 grep -q '"type":"LineString","coordinates":\[\[11.575499978,48.137400001,519.00\],\[11.575507636,48.137405038,519.00\]' t.json || fail "geojson: $(cat t.json)"
-expect 0 "" frames t.rtv --json --range 1:2
-grep -q '"lng_deg":11.575507636,"lat_deg":48.137405038,"distance_m":0.80,"speed_m_s":24.00' out || fail "degrees: $(cat out)"
 expect 1 "t.gpx: it is already there" frames t.rtv --gpx t.gpx
 expect 1 "a.img: an img holds no positions" frames a.img --gpx x.gpx
 expect 1 "nosuch.txt: there is no such file" frames nosuch.txt --gpx x.gpx
@@ -206,12 +201,3 @@ sed 's/"camera_id" : "00ff"/"camera_id" : "00FFe"/' a.img >odd.img
 expect 3 "odd.img: its device id is not hexadecimal text" cut odd.img x.img --range 0:1 --force
 expect 3 "the length of the device id, which is padded to 24 bytes" convert a.img x.rtv
 expect 3 "the exact text of the device id" convert odd.img y.rtv
-
-got=0
-wait $busy || got=$?
-mv busy.err err
-[ "$got" -eq 1 ] && grep -q "busy.img: an edit is changing it; try again later" err ||
-  fail "status $got of a file that is locked"
-head -1 busy.out | grep -q '^{"file":"busy.img","frames":0,"errors":1,.*"text":"an edit is changing it' &&
-  tail -1 busy.out | grep -q '^{"file":"a.img","frames":3,' || fail "verify --json: $(cat busy.out)"
-

@@ -63,9 +63,8 @@ expect 3 "rich.rtv: it does not hold arrival times, microseconds of the capture 
 "$tool" info rich.rtv --json | grep -q '"undistorted":true' || fail "undistorted"
 
 # A sample has it all; it is the same every time.
-expect 0 "" sample s.rtv --frames 2 --size 64x64
-"$tool" sample t.rtv --frames 2 --size 64x64 && cmp s.rtv t.rtv
-"$tool" frames s.rtv --json | grep -q '"x":57,.*"vehicle_speed":24' || fail "sample"
+for file in s.rtv t.rtv; do expect 0 "" sample $file --frames 2 --size 64x64; done
+cmp s.rtv t.rtv
 
 # Streams keep the default version; the clock of a version 02 begins in 2015.
 expect 0 "" create stream.rtv - --fps 25 --start-time 2023-11-14T22:13:20Z <stream
@@ -115,12 +114,6 @@ located 3 "one.rtv: its start position is 520 m high, the nearest to 519.63 that
 [ "$(place one.rtv)" = 8.000000026,46.999999965,520.00 ] || fail "start position: $(place one.rtv)"
 
 # A full disk: what was recorded of a stream is complete, files can be read again.
-limited() (
-  trap '' XFSZ
-  ulimit -f 2500
-  "$tool" "$@" 2>err
-)
-got=0
-limited create full.rtv - --fps 25 < <(for i in $(seq 400); do cat stream; done) || got=$?
-[ "$got" -eq 1 ] && grep -q "the frames recorded so far are in full.rtv (" err || fail "status $got on a full disk"
+told 1 "the frames recorded so far are in full.rtv (" limited 2500 create full.rtv - --fps 25 \
+  < <(for i in $(seq 400); do cat stream; done)
 [ "$(frames_in full.rtv)" -gt 10 ] || fail "frames on a full disk"

@@ -7,7 +7,6 @@
 
 namespace {
 
-constexpr auto kSuccess = VELMAR_ERROR_CODE_SUCCESS_E;
 constexpr auto kNotComplete = VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E;
 const std::string kTag = "3 ImgContainerCreater_TAG: ";
 
@@ -152,26 +151,6 @@ TEST(ImgCreater, TellsWhatItCannotOpen) {
   EXPECT_TRUE(log.has(kTag + "filePath_ is empty"));
   EXPECT_EQ(ImgContainerCreater(nowhere).open(), VELMAR_ERROR_CODE_FILE_OPEN_FAIL_E);
   EXPECT_TRUE(log.has(kTag + "open filePath_ = " + nowhere + " error"));
-}
-
-TEST(ImgCreater, KilledLeavesEveryFrameAndItsRecordAndDroppedFinishes) {
-  const TempFolder folder;
-  const std::string path = folder / "a.img";
-  const auto frames = lettered({50, 3000, 1});
-  auto creater = makeVelmarVideoFileCreater(path);
-  const auto recordsAll = [&] {
-    bool done = creater->open() == kSuccess;
-    for (const auto& frame : frames) {
-      done = done && creater->addFrame(frame.bytes, frame.sensorTime, frame.arrivedTime);
-    }
-    return done;
-  };
-  ASSERT_TRUE(inChildProcess(recordsAll));
-  EXPECT_FALSE(exists(path));
-  expectJournal(path, frames);
-  ASSERT_TRUE(recordsAll());
-  creater.reset();
-  EXPECT_TRUE(exists(path));
 }
 
 TEST(ImgCreater, RecordsWithoutAJournalThatCannotBeWritten) {

@@ -9,7 +9,6 @@
 
 namespace {
 
-constexpr auto kSuccess = VELMAR_ERROR_CODE_SUCCESS_E;
 constexpr auto kOpenFail = VELMAR_ERROR_CODE_FILE_OPEN_FAIL_E;
 const std::string kTag = "3 ImgContainerModifier_Tag: ";
 const unsigned char kId[] = {0xAB, 0xCD, 0xEF};
@@ -76,18 +75,14 @@ TEST_F(ImgModifier, RewritesTheMetaDataShorterOrLonger) {
 }
 
 TEST_F(ImgModifier, CorrectsTheResolutionOnlyIfItDiffers) {
-  const auto correct = [](auto& modifier) { return modifier.correctVideoResolution(); };
-  EXPECT_EQ(edit(correct), kSuccess);
+  EXPECT_EQ(edit([](auto& modifier) { return modifier.correctVideoResolution(); }), kSuccess);
   const std::string corrected = readFile(path_);
   EXPECT_NE(corrected.find("\"width\" : 64", metaDataAt_), std::string::npos);
   EXPECT_NE(corrected.find("\"height\" : 48", metaDataAt_), std::string::npos);
 
   const std::string fitting = handMadeImg({{jpeg_}}, "", 64, 48);
-  writeFile(path_, fitting);
-  EXPECT_EQ(edit(correct), kSuccess);
-  EXPECT_TRUE(readFile(path_) == fitting);
-
   const std::pair<std::string, VELMAR_ERROR_CODE_E> rows[] = {
+      {fitting, kSuccess},
       {handMadeImg({}), VELMAR_ERROR_CODE_OUT_RANGE_E},
       {handMadeImg({{"no JPEG"}}), VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E},
       {handMadeImg({{tablesOf(jpeg_)}}), VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E},

@@ -46,6 +46,10 @@ TEST(RtvCreater, WritesTheBytesOfEachVersion) {
                                                   expected.bytes().substr(expected.headerSize()));
     EXPECT_TRUE(creater.close());
     EXPECT_FALSE(creater.close());
+    const LogCapture log;
+    EXPECT_FALSE(add(creater, expected.frames[0]));
+    EXPECT_TRUE(log.has("3 RecordFileCreater: Error: ftruncate fail " + folder / "a.rtv.tmp" +
+                        ", Bad file descriptor"));
     EXPECT_EQ(readFile(folder / "a.rtv"), expected.bytes());
     EXPECT_FALSE(exists(folder / "a.rtv.tmp"));
   }
@@ -62,16 +66,6 @@ TEST(RtvCreater, RefusesFramesBeyondItsCapacityAndNull) {
   const std::string file = readFile(folder / "a.rtv");
   EXPECT_EQ(file.size(), 72U + 2 * 145 + 3);
   EXPECT_EQ(file.substr(72 + 36, 109), RtvFrame().can);  // no signals
-}
-
-TEST(RtvCreater, LogsFramesThatComeTooLate) {
-  const TempFolder folder;
-  RecordFileCreater creater(folder / "a.rtv", FramesMax{2}, RTV_VER_04, nullptr);
-  ASSERT_TRUE(creater.close());
-  const LogCapture log;
-  EXPECT_FALSE(creater.addFrame(0, "too late", 0, 0, 0, 0, 0, 0, nullptr));
-  EXPECT_TRUE(log.has("3 RecordFileCreater: Error: ftruncate fail " + folder / "a.rtv.tmp" +
-                      ", Bad file descriptor"));
 }
 
 TEST(RtvCreater, TurnsADurationIntoSlots) {

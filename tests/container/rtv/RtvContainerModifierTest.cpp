@@ -9,8 +9,6 @@
 
 namespace {
 
-constexpr auto kSuccess = VELMAR_ERROR_CODE_SUCCESS_E;
-
 RtvFile recording(int version) {
   RtvFile file = threeFrames(version);
   file.startTime = 1500000000000;

@@ -8,7 +8,6 @@
 
 namespace {
 
-constexpr auto kSuccess = VELMAR_ERROR_CODE_SUCCESS_E;
 constexpr auto kNotInit = VELMAR_ERROR_CODE_NOT_INIT_E;
 
 using Reader = VelmarVideoFileReader;

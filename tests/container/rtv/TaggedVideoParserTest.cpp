@@ -58,8 +58,11 @@ TEST_P(RtvParserVersions, AnswersWhatTheHeaderSays) {
 }
 
 TEST_P(RtvParserVersions, AnswersWhatTheTagsSay) {
-  ASSERT_EQ(init(threeFrames(GetParam()).bytes()), kSuccess);
   const bool is02 = GetParam() == 2;
+  std::string file = threeFrames(GetParam()).bytes();
+  if (is02) file[13] = '\1';  // is read as 02 as well
+  ASSERT_EQ(init(file), kSuccess);
+  EXPECT_EQ(got(parser_, &Parser::getVersion) + 2, GetParam());
   const unsigned long start = (is02 ? 1420070400000 : 0) + 1000000;
   const struct {
     int timeFlag;
@@ -169,7 +172,6 @@ TEST_F(RtvParser, RefusesWhatIsNotAWholeFile) {
       {"v", RTV_ERR_NOT_VELMAR_VIDEO_FORMAT},
       {cut(13), RTV_ERR_NOT_VELMAR_VIDEO_FORMAT, "version unknown: 0.0\n"},
       {cut(14), RTV_ERR_VIDEO_NOT_COMPLETE, ends(14, " > ", 0, 0)},
-      {cut(59), RTV_ERR_VIDEO_NOT_COMPLETE, ends(59, " > ", 0, 0)},
       {cut(71), RTV_ERR_VIDEO_NOT_COMPLETE, ends(71, " > ", 0, 0)},
       {cut(lastTag + 12), RTV_ERR_VIDEO_NOT_COMPLETE, ends(lastTag + 12, " < ", size - 5, 0)},
       {with(12, "\x01"), RTV_ERR_NOT_VELMAR_VIDEO_FORMAT, "version unknown: 1.3\n"},
@@ -221,11 +223,6 @@ TEST_F(RtvParser, LogsTheCauseOfEachRefusedFrame) {
   }
 }
 
-TEST_F(RtvParser, ReadsMinorVersionOneAsTwo) {
-  ASSERT_EQ(init(threeFrames(2).bytes().replace(13, 1, "\x01")), kSuccess);
-  EXPECT_EQ(got(parser_, &Parser::getVersion), RTV_VER_02);
-}
-
 TEST_F(RtvParser, WalksThroughItsLife) {
   const LogCapture log;
   EXPECT_EQ(parser_.init(nullptr), RTV_ERR_NULL_POINTER);
@@ -234,22 +231,16 @@ TEST_F(RtvParser, WalksThroughItsLife) {
   unsigned int size = 0;
   unsigned long offset = 4711;
   can_data can;
-  const auto answersAll = [&](int code) {
-    EXPECT_EQ(parser_.loadAllFromFile(), code);
-    EXPECT_EQ(parser_.getCAN(0, can), code);
-    EXPECT_EQ(parser_.getImageSizeInBytes(size, RTV_FMT_RGB, RTV_SCALE_1_1, 0, 0, nullptr, nullptr),
-              code);
-  };
-  answersAll(RTV_ERR_NOT_INIT);
+  EXPECT_EQ(parser_.getCAN(0, can), RTV_ERR_NOT_INIT);
   parser_.getRawImageRange(0, offset, size, true, nullptr);
   EXPECT_EQ(offset, 4711U);
   ASSERT_EQ(init(threeFrames(4).bytes()), kSuccess);
-  answersAll(kSuccess);
+  EXPECT_EQ(parser_.getCAN(0, can), kSuccess);
   EXPECT_EQ(parser_.init(path_.c_str()), RTV_ERR_DUPLICATE_INIT);
   EXPECT_TRUE(log.has("3 TaggedVideoParser: TaggedVideoParser::init: Error: already inited by " +
                       path_ + "\n"));
   EXPECT_EQ(parser_.clear(), kSuccess);
-  answersAll(RTV_ERR_NOT_INIT);
+  EXPECT_EQ(parser_.getCAN(0, can), RTV_ERR_NOT_INIT);
   EXPECT_EQ(parser_.getFileName(), "");
 }
 

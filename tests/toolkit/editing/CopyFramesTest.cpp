@@ -13,14 +13,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-// The frames of a recording as they are stored.
-std::vector<std::string> framesOf(const std::string& path) {
-  const Recording recording(path);
-  std::vector<std::string> frames(recording.framesCount());
-  for (unsigned int i = 0; i < frames.size(); ++i) recording.reader().getRawImage(i, frames[i]);
-  return frames;
-}
-
 // Frames 1 and 2 are no pictures, frames 3 and 5 are said to be larger than the file.
 void recordDamaged(const std::string& path) {
   recordFrames(path, {numberedJpeg(0), "no", "picture", numberedJpeg(3), numberedJpeg(4), "lost"});

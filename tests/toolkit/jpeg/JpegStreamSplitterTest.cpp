@@ -4,8 +4,6 @@
 
 #include <vector>
 
-#include "scene/SampleScene.h"
-
 using namespace velmar::toolkit;
 
 namespace {
@@ -91,13 +89,9 @@ TEST(JpegStreamSplitter, FindsWholeFramesOnly) {
       {"half a start", one + "\xFF", {{one}}},
   };
   for (const auto& [what, stream, outcome] : cases) {
-    for (const std::size_t pieceSize :
-         {std::size_t{1}, std::size_t{2}, std::size_t{7}, std::size_t{1000}}) {
+    for (const std::size_t pieceSize : {1, 2, 7, 1000}) {
       SCOPED_TRACE(std::string(what) + ", pieces of " + std::to_string(pieceSize));
-      const Outcome found = split(stream, pieceSize);
-      EXPECT_EQ(found.frames, outcome.frames);
-      EXPECT_EQ(found.skipped, outcome.skipped);
-      EXPECT_EQ(found.inside, outcome.inside);
+      EXPECT_EQ(split(stream, pieceSize), outcome);
     }
   }
 }
@@ -114,16 +108,6 @@ TEST(JpegStreamSplitter, GivesUpFramesThatEndBeyondTheLimit) {
   for (const unsigned int tooMuch : {0U, 1U, 2U}) {
     const Outcome found = split(smallest, 64, smallest.size() - tooMuch);
     EXPECT_EQ(found.frames.size(), tooMuch == 0 ? 1U : 0U) << tooMuch;
-  }
-}
-
-TEST(JpegStreamSplitter, CutsRealFramesInPiecesOfAnySize) {
-  SampleScene scene(160, 96);
-  const std::vector<std::string> frames = {scene.jpeg(0), scene.jpeg(1), scene.jpeg(2)};
-  const std::string stream = frames[0] + frames[1] + frames[2];
-  for (const std::size_t pieceSize :
-       {std::size_t{1}, std::size_t{13}, std::size_t{4096}, stream.size()}) {
-    EXPECT_EQ(split(stream, pieceSize), (Outcome{frames, 0, false})) << pieceSize;
   }
 }
 

@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cstdio>
-
+#include "support/TestSupport.h"
 #include "toolkit/base/Failure.h"
 #include "toolkit/recording/FrameSelection.h"
 #include "toolkit/recording/Recording.h"
@@ -17,28 +15,23 @@ using Frames = std::vector<unsigned int>;
 // A recording with frames captured at the given times.
 class TimedRecording {
  public:
-  explicit TimedRecording(const std::vector<std::uint64_t>& times)
-      : path_(testing::TempDir() + "selection" + std::to_string(getpid()) + ".img") {
+  explicit TimedRecording(const std::vector<std::uint64_t>& times) {
     RecordingWriter writer(path_, {}, static_cast<unsigned int>(times.size()),
                            RecordingWriter::OnFailure::RemoveFrames);
     for (const std::uint64_t time : times) writer.add(std::string(100, 'x'), {time, time});
     writer.finish();
   }
-  ~TimedRecording() { std::remove(path_.c_str()); }
-
   Frames select(const FrameSelection& selection) { return selection.frames(Recording(path_)); }
 
  private:
-  std::string path_;
+  const TempFolder folder_;
+  const std::string path_ = folder_ / "a.img";
 };
 
 TEST(FrameSelection, SelectsByCaptureTimeExactly) {
   // The rate varies, one frame is late, two share a time.
   TimedRecording recording({1000000, 1010000, 2500000, 2400000, 2500000, 9000000});
-  const struct {
-    const char* text;
-    Frames frames;
-  } cases[] = {
+  const std::pair<const char*, Frames> cases[] = {
       {"1000000:1010000", {0}},
       {"1000000:1010001", {0, 1}},
       {"2400000:2500000", {3}},
@@ -50,8 +43,7 @@ TEST(FrameSelection, SelectsByCaptureTimeExactly) {
       {"1970-01-01T01:00:09+01:00:+9s", {5}},
       {"+0s:1970-01-01T00:00:01.01Z", {0}},
       {"3000000:8000000", {}},
-      {"+9s:1000000", {}},
-  };
+      {"+9s:1000000", {}}};
   for (const auto& [text, frames] : cases) {
     SCOPED_TRACE(text);
     FrameSelection selection;

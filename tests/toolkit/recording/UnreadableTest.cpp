@@ -32,27 +32,15 @@ std::string picture(unsigned int i) { return numberedJpeg(i, 9000); }
 class UnreadableBytes : public testing::TestWithParam<const char*> {
  protected:
   UnreadableBytes() : path_(folder_ / (std::string("a.") + GetParam())) {
-    std::vector<std::string> frames;
+    Lines frames;
     for (unsigned int i = 0; i < kFrames; ++i) frames.push_back(picture(i));
     recordFrames(path_, frames);
+    frames.erase(frames.begin() + 2);
+    others_ = frames;
     damage = {Recording(path_).places()[2].offset + 4500, 10};
   }
   ~UnreadableBytes() override { damage = {0, 0}; }
 
-  // The frames of a recording, by number; none for another picture.
-  static std::vector<int> framesOf(const std::string& path) {
-    damage = {0, 0};
-    std::vector<int> numbers;
-    const Recording recording(path);
-    for (unsigned int i = 0; i < recording.framesCount(); ++i) {
-      std::string jpeg;
-      EXPECT_FALSE(readStoredFrame(recording, i, jpeg));
-      for (unsigned int each = 0; each < kFrames; ++each) {
-        if (jpeg == picture(each)) numbers.push_back(static_cast<int>(each));
-      }
-    }
-    return numbers;
-  }
   std::string line(const std::string& words, const std::string& code = "") const {
     return std::string("a.") + GetParam() + " frame 2 is " + words + kProblem + code;
   }
@@ -60,13 +48,13 @@ class UnreadableBytes : public testing::TestWithParam<const char*> {
   const TempFolder folder_;
   const std::string path_;
   TestJob job_;
-  const std::vector<int> others_ = {0, 1, 3, 4, 5};
+  Lines others_;  // the frames besides it
 };
 
 TEST_P(UnreadableBytes, FrameIsSkippedByExtraction) {
   for (const PictureForm::Kind kind : {PictureForm::Kind::Stored, PictureForm::Kind::Pnm}) {
     TestJob job;
-    Extraction extraction(path_, {}, {kind}, folder_ / "out");
+    Extraction extraction(path_, {}, {{}, kind}, folder_ / "out");
     extraction.run(2, job);
     for (unsigned int i = 0; i < kFrames; ++i) EXPECT_EQ(exists(extraction.outputs()[i]), i != 2);
     EXPECT_EQ(job.lines, Lines{line("skipped: ", kCode)});
@@ -78,7 +66,7 @@ TEST_P(UnreadableBytes, FrameIsLeftOutOfACopy) {
   const Recording recording(path_);
   copyFrames({{&recording, allFrames(recording)}}, copy, recording.description(), job_);
   EXPECT_EQ(job_.lines, Lines{line("left out: ")});
-  EXPECT_EQ(framesOf(copy), others_);
+  EXPECT_TRUE(framesOf(copy) == others_);
 }
 
 TEST_P(UnreadableBytes, FrameIsAFinding) {
@@ -99,9 +87,9 @@ TEST_P(UnreadableBytes, FrameIsLostToRecovery) {
     EXPECT_EQ(job.lines,
               Lines{keepDamaged ? line("kept with zeros in it: ")
                                 : line("lost: ", " (--keep-damaged keeps what can be read)")});
-    const FilePlace before = damage;
-    EXPECT_EQ(framesOf(output), others_);
-    damage = before;
+    Lines found = framesOf(output);
+    if (keepDamaged) found.erase(found.begin() + 2);
+    EXPECT_TRUE(found == others_);
   }
 }
 
@@ -126,14 +114,7 @@ INSTANTIATE_TEST_SUITE_P(, UnreadableBytes, testing::Values("img", "rtv"));
 // The tags of version 04 are looked at in the map again.
 TEST(UnreadableTags, AreAFailure) {
   const TempFolder folder;
-  RecordingDescription description;
-  description.version = RTV_VER_04;
-  {
-    RecordingWriter writer(folder / "a.rtv", description, 1,
-                           RecordingWriter::OnFailure::RemoveFrames);
-    writer.add(picture(0), {});
-    writer.finish();
-  }
+  recordFrames(folder / "a.rtv", {picture(0)}, {32, 16}, RTV_VER_04);
   const Recording recording(folder / "a.rtv");
   EXPECT_FALSE(recording.tag(0).hasCan());
   std::filesystem::resize_file(folder / "a.rtv", 0);

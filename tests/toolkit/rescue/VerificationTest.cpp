@@ -3,12 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <iostream>
 
 #include "support/Pictures.h"
 #include "support/TestSupport.h"
+#include "toolkit/TestJob.h"
 #include "toolkit/recording/FramePlaces.h"
-#include "velmar_video/rtv/RecordFileCreater.h"
 
 using namespace velmar::detail;
 using namespace velmar::toolkit;
@@ -18,28 +17,13 @@ namespace {
 using namespace std::string_literals;
 
 constexpr unsigned int kFrames = 4;
-constexpr unsigned short kSlots = 6;
 constexpr std::size_t kImgIndexEnd = 8 + 28 * kFrames;
-
-std::string picture(unsigned int i) { return numberedJpeg(i, 40 + i % 2 * 100); }
 
 // Of version 04 unless said otherwise.
 void record(const std::string& path, version_e version = RTV_VER_04) {
-  if (isRtvPath(path)) {
-    RecordFileCreater creater(path, kSlots, version, nullptr);
-    creater.setVideoResolution(32, 16);
-    creater.setFrameFormat(RTV_FMT_BGR);
-    creater.setFrameCodec(RTV_CODEC_JPG);
-    for (int i = 0; i < static_cast<int>(kFrames); ++i) {
-      creater.addFrame(i * 10, picture(i), 0, 0, 0, 0, 0, 0, nullptr);
-    }
-    return;
-  }
-  const auto creater = makeVelmarVideoFileCreater(path);
-  creater->open();
-  creater->setVideoResolution(32, 16);
-  for (unsigned int i = 0; i < kFrames; ++i) creater->addFrame(picture(i), 1000 + i, 2000 + i);
-  creater->close();
+  std::vector<std::string> frames;
+  for (unsigned int i = 0; i < kFrames; ++i) frames.push_back(numberedJpeg(i, 40 + i % 2 * 100));
+  recordFrames(path, frames, {32, 16}, version, kFrames + 2);
 }
 
 std::vector<std::string> findingsOf(const std::string& path) {
@@ -52,13 +36,6 @@ std::vector<std::string> findingsOf(const std::string& path) {
   });
   return found;
 }
-
-struct Case {
-  const char* extension;
-  std::size_t offset;
-  std::string bytes;  // to put there
-  std::vector<std::string> findings;
-};
 
 TEST(Verification, NamesWhatIsWrong) {
   const TempFolder folder;
@@ -76,87 +53,66 @@ TEST(Verification, NamesWhatIsWrong) {
     return "w " + std::to_string(img.frames[2].offset - from) + " bytes belong to no frame";
   };
 
-  const Case cases[] = {
-      {"img", 0, "", {}},
-      {"rtv", 0, "", {}},
-      {"img",
-       4,
-       "\x01",
-       {"E does not open: it is cut short: it has " + std::to_string(text.size()) +
-        " bytes, but its metadata were at byte " + std::to_string((1ULL << 24) + metaData) +
-        " (VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E)"}},
-      {"img",
-       0,
-       "\xFF",
-       {"E does not open: it is cut short, damaged or unfinished "
-        "(VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E)"}},
-      {"img",
-       record(1, 24),
-       "\x10",
-       {"E 1 reaches past the end of the file", unclaimed(kImgIndexEnd)}},
-      {"img",
-       record(1, 16),
-       bigEndianBytes(40, 8),
-       {"E 1 lies over the header or the index", unclaimed(40 + img.frames[1].size),
-        "E 1 does not begin as a JPEG"}},
-      {"img", record(1, 24), bigEndianBytes(img.frames[1].size + 1, 4), {"E 2 overlaps frame 1"}},
-      {"img", record(2, 8), bigEndianBytes(0, 8), {"w 2 arrived before the frame before it"}},
-      {"img", record(2, 0), bigEndianBytes(0, 8), {"w 2 was captured before the frame before it"}},
-      {"img", img.frames[3].offset, "\xFE", {"E 3 does not begin as a JPEG"}},
-      {"img", img.frames[3].offset + 2, "\0"s, {"E 3 has no JPEG header that can be read"}},
-      {"img",
-       img.frames[3].end() - 60,
-       std::string(30, '\xFF') + "\xD9",
-       {"w 3 decodes with a warning: Corrupt JPEG data: premature end of data segment"}},
-      {"img", in("16"), "17", {"w 0 to 3 is 32x16, but the header says 32x17"}},
-      {"img",
-       img.frames[1].offset,
-       std::string(img.frames[3].offset - img.frames[1].offset - 1, '\0') + "?\xFE",
-       {"E 1 to 3 does not begin as a JPEG"}},
-      {"img",
-       in("frames_count"),
-       "frames_found",
-       {"E there is no frame", "w " + std::to_string(metaData - 8) + " bytes belong to no frame",
-        "w metadata: \"frames_count\" is missing",
-        "w metadata: \"frames_found\" is unknown, an edit would lose it"}},
-      {"img", in("BGR"), "BGX", {"w metadata: \"frame_format\" is \"BGX\", read as \"\""}},
-      {"rtv", 0, "velmar.xyz", {"w the magic code differs"}},
-      {"rtv",
-       60,
-       "\x07",
-       {"E 0 lies over the header or the index",
-        "w the tags behind the last frame's are not zero"}},
-      {"rtv", 66, "\x63\x63", {"w the frame format is unknown", "w the frame codec is unknown"}},
-      {"rtv",
-       tag(1, 0),
-       "\xFF\xFF\xFF\xFF",
-       {"w 1 has a time before the start or more than 24 days after it, which readers misread"}},
-      {"rtv", tag(kFrames + 1, 3), "\x01", {"w the tags behind the last frame's are not zero"}},
-  };
   const LogCapture quiet;
-  for (const Case& each : cases) {
-    const std::string path = folder / "case."s + each.extension;
-    std::string bytes = readFile(folder / "whole."s + each.extension);
-    writeFile(path, bytes.replace(each.offset, each.bytes.size(), each.bytes));
-    EXPECT_EQ(findingsOf(path), each.findings) << each.extension << " at " << each.offset;
-  }
+  const auto check = [&](const char* extension, std::size_t offset, const std::string& patch,
+                         const std::vector<std::string>& findings) {
+    const std::string path = folder / "case."s + extension;
+    std::string bytes = readFile(folder / "whole."s + extension);
+    writeFile(path, bytes.replace(offset, patch.size(), patch));
+    EXPECT_EQ(findingsOf(path), findings) << extension << " at " << offset;
+  };
+
+  check("img", 0, "", {});
+  check("rtv", 0, "", {});
+  check("img", 4, "\x01",
+        {"E does not open: it is cut short: it has " + std::to_string(text.size()) +
+         " bytes, but its metadata were at byte " + std::to_string((1ULL << 24) + metaData) +
+         " (VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E)"});
+  check("img", 0, "\xFF",
+        {"E does not open: it is cut short, damaged or unfinished "
+         "(VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E)"});
+  check("img", record(1, 24), "\x10",
+        {"E 1 reaches past the end of the file", unclaimed(kImgIndexEnd)});
+  check("img", record(1, 16), bigEndianBytes(40, 8),
+        {"E 1 lies over the header or the index", unclaimed(40 + img.frames[1].size),
+         "E 1 does not begin as a JPEG"});
+  check("img", record(1, 24), bigEndianBytes(img.frames[1].size + 1, 4), {"E 2 overlaps frame 1"});
+  check("img", record(2, 8), bigEndianBytes(0, 8), {"w 2 arrived before the frame before it"});
+  check("img", record(2, 0), bigEndianBytes(0, 8), {"w 2 was captured before the frame before it"});
+  check("img", img.frames[3].offset, "\xFE", {"E 3 does not begin as a JPEG"});
+  check("img", img.frames[3].offset + 2, "\0"s, {"E 3 has no JPEG header that can be read"});
+  check("img", img.frames[3].end() - 60, std::string(30, '\xFF') + "\xD9",
+        {"w 3 decodes with a warning: Corrupt JPEG data: premature end of data segment"});
+  check("img", in("16"), "17", {"w 0 to 3 is 32x16, but the header says 32x17"});
+  check("img", img.frames[1].offset,
+        std::string(img.frames[3].offset - img.frames[1].offset - 1, '\0') + "?\xFE",
+        {"E 1 to 3 does not begin as a JPEG"});
+  check("img", in("frames_count"), "frames_found",
+        {"E there is no frame", "w " + std::to_string(metaData - 8) + " bytes belong to no frame",
+         "w metadata: \"frames_count\" is missing",
+         "w metadata: \"frames_found\" is unknown, an edit would lose it"});
+  check("img", in("BGR"), "BGX", {"w metadata: \"frame_format\" is \"BGX\", read as \"\""});
+  check("rtv", 0, "velmar.xyz", {"w the magic code differs"});
+  check(
+      "rtv", 60, "\x07",
+      {"E 0 lies over the header or the index", "w the tags behind the last frame's are not zero"});
+  check("rtv", 66, "\x63\x63", {"w the frame format is unknown", "w the frame codec is unknown"});
+  check("rtv", tag(1, 0), "\xFF\xFF\xFF\xFF",
+        {"w 2 was captured before the frame before it",
+         "w 1 has a time before the start or more than 24 days after it, which readers misread"});
+  check("rtv", tag(kFrames + 1, 3), "\x01", {"w the tags behind the last frame's are not zero"});
 }
 
 // What a reader answers of the pictures; empty if it does not open the recording.
 std::vector<std::string> picturesIn(const std::string& path) {
   const auto reader = makeVelmarVideoFileReader(path);
-  std::vector<std::string> answers;
-  if (reader->open() != VELMAR_ERROR_CODE_SUCCESS_E) return answers;
-  unsigned int count = 0;
+  if (reader->open() != VELMAR_ERROR_CODE_SUCCESS_E) return {};
+  const unsigned int count = got(*reader, &VelmarVideoFileReader::getFramesCount);
   unsigned short width = 0, height = 0;
-  reader->getFramesCount(count);
   reader->getImageResolution(width, height);
-  answers.push_back(std::to_string(count) + " " + std::to_string(width) + "x" +
-                    std::to_string(height));
+  std::vector answers{std::to_string(count) + " " + std::to_string(width << 16 | height)};
   for (unsigned int i = 0; i < count && i < 100; ++i) {
-    std::string jpeg;
-    reader->getRawImage(i, jpeg);
-    answers.push_back(std::move(jpeg));
+    reader->getRawImage(i, answers.emplace_back());
   }
   return answers;
 }
@@ -177,10 +133,10 @@ TEST(Verification, NoticesEveryFlipThatChangesAPicture) {
     const std::vector<std::string> right = picturesIn(path);
     const FramePlaces places{Recording(path)};
     std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
-    std::size_t flips = 0, changed = 0;
+    std::size_t changed = 0;
     for (std::size_t at = 0; at < whole.size(); ++at) {
       if (at == places.room.offset) at = places.room.end();
-      for (unsigned int bit = 0; bit < 8 && at < whole.size(); ++bit, ++flips) {
+      for (unsigned int bit = 0; bit < 8 && at < whole.size(); ++bit) {
         const auto put = [&](int byte) { file.seekp(at).put(static_cast<char>(byte)).flush(); };
         put(whole[at] ^ 1 << bit);
         const bool isChanged = picturesIn(path) != right;
@@ -190,7 +146,6 @@ TEST(Verification, NoticesEveryFlipThatChangesAPicture) {
         EXPECT_TRUE(isNoticed) << name << ", bit " << bit << " of byte " << at;
       }
     }
-    std::cout << name << ": " << flips << " flips, " << changed << " that change an answer\n";
     EXPECT_GT(changed, 0U);
   }
 }

@@ -12,17 +12,12 @@ using namespace velmar::toolkit;
 namespace {
 
 constexpr std::uint64_t kNoon = 1700000000000000;  // 2023-11-14T22:13:20Z
-constexpr auto kNone = std::nullopt;
 
 TEST(TimeText, ParsesMicrosecondsAndRfc3339) {
-  const struct {
-    const char* text;
-    std::optional<std::uint64_t> time;
-  } cases[] = {
+  const std::pair<const char*, std::uint64_t> cases[] = {
       {"0", 0},
       {"1700000000000000", kNoon},
       {"18446744073709551615", UINT64_MAX},
-      {"18446744073709551616", kNone},
       {"2023-11-14T22:13:20Z", kNoon},
       {"2023-11-14 22:13:20z", kNoon},
       {"2023-11-14T22:13:20.5Z", kNoon + 500000},
@@ -30,44 +25,26 @@ TEST(TimeText, ParsesMicrosecondsAndRfc3339) {
       {"2023-11-14T23:43:20+01:30", kNoon},
       {"2023-11-14T21:13:20-01:00", kNoon},
       {"1970-01-01T00:00:00Z", 0},
-      {"1970-01-01T00:30:00+01:00", kNone},
       {"2024-02-29T00:00:00Z", 1709164800000000},
-      {"2023-02-29T00:00:00Z", kNone},
-      {"2016-12-31T23:59:60Z", 1483228800000000},
-      {"2023-11-14T24:00:00Z", kNone},
-      {"2023-11-14T22:60:20Z", kNone},
-      {"2023-11-14T22:13:61Z", kNone},
-      {"2023-11-14T22:13:20", kNone},
-      {"2023-11-14T22:13:20.Z", kNone},
-      {"2023-11-14T22:13:20+0100", kNone},
-      {"2023-11-14T22:13:20Z ", kNone},
-      {"-1", kNone},
-      {"+1", kNone},
-      {"1.5", kNone},
-      {"", kNone},
-  };
-  for (const auto& [text, time] : cases) EXPECT_EQ(parseTime(text), time) << text;
+      {"2016-12-31T23:59:60Z", 1483228800000000}};
+  for (const auto& [text, micros] : cases) EXPECT_EQ(parseTime(text), micros) << text;
+  for (const char* wrong :
+       {"18446744073709551616", "1970-01-01T00:30:00+01:00", "2023-02-29T00:00:00Z",
+        "2023-11-14T24:00:00Z", "2023-11-14T22:60:20Z", "2023-11-14T22:13:61Z",
+        "2023-11-14T22:13:20", "2023-11-14T22:13:20.Z", "2023-11-14T22:13:20+0100",
+        "2023-11-14T22:13:20Z ", "-1", "+1", "1.5", ""}) {
+    EXPECT_FALSE(parseTime(wrong)) << wrong;
+  }
 }
 
 TEST(TimeText, ParsesOffsets) {
-  const struct {
-    const char* text;
-    std::optional<std::uint64_t> micros;
-  } cases[] = {
-      {"+0s", 0},
-      {"+1.5s", 1500000},
-      {"+12.000001s", 12000001},
-      {"+3600s", 3600000000},
-      {"1.5s", kNone},
-      {"+1.5", kNone},
-      {"+s", kNone},
-      {"+.5s", kNone},
-      {"+1.s", kNone},
-      {"+-1s", kNone},
-      {"+1e3s", kNone},
-      {"+99999999999999999s", kNone},
-  };
+  const std::pair<const char*, std::uint64_t> cases[] = {
+      {"+0s", 0}, {"+1.5s", 1500000}, {"+12.000001s", 12000001}, {"+3600s", 3600000000}};
   for (const auto& [text, micros] : cases) EXPECT_EQ(parseOffset(text), micros) << text;
+  for (const char* wrong :
+       {"1.5s", "+1.5", "+s", "+.5s", "+1.s", "+-1s", "+1e3s", "+99999999999999999s"}) {
+    EXPECT_FALSE(parseOffset(wrong)) << wrong;
+  }
 }
 
 TEST(TimeText, FormatsAsItParses) {
