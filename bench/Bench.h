@@ -107,6 +107,7 @@ void addDecodeRows();
 void addEditRows();
 void addMemoryRows();
 void addToolRows();
+void addPythonRows();
 void addGrowthRows();
 
 #endif

@@ -17,4 +17,6 @@ std::vector<Contender> decodingPeers(unsigned int /*count*/, unsigned int /*deno
 
 std::vector<Contender> seekingDecodePeers(const std::vector<unsigned int>& /*order*/) { return {}; }
 
+std::vector<Contender> pythonPeers(const std::vector<unsigned int>& /*order*/) { return {}; }
+
 std::string listablePeerFile(unsigned int /*count*/) { return ""; }

@@ -21,6 +21,8 @@ std::vector<Contender> seekingPeers(const std::vector<unsigned int>& order);
 std::vector<Contender> decodingPeers(unsigned int count, unsigned int denominator);
 /// Decoding frames of the camera recording in the given order.
 std::vector<Contender> seekingDecodePeers(const std::vector<unsigned int>& order);
+/// The same in Python; only while its interpreter runs.
+std::vector<Contender> pythonPeers(const std::vector<unsigned int>& order);
 /// A file of `count` small frames to list with another program; its path, empty without peers.
 std::string listablePeerFile(unsigned int count);
 

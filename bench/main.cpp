@@ -53,6 +53,7 @@ void addAllRows() {
   addDecodeRows();
   addEditRows();
   addToolRows();
+  addPythonRows();
   addMemoryRows();
   addGrowthRows();
 }

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <filesystem>
 
 #include "Bench.h"
 #include "Files.h"
@@ -58,6 +59,18 @@ void writeLibavFile(const std::string& path, const Frames& frames, unsigned int 
   const OpenFile file(temporary, O_RDONLY);
   require(::fdatasync(file.get()) == 0 && std::rename(temporary.c_str(), path.c_str()) == 0,
           path + ": not in place");
+}
+
+std::string libavFile(const LibavContainer& container, const Frames& frames,
+                      const std::string& framesName, unsigned int count) {
+  const std::string path =
+      Workspace::path(framesName + "-" + std::to_string(count) + container.extension);
+  if (!std::filesystem::exists(path)) writeLibavFile(path, frames, count);
+  return path;
+}
+
+std::string cameraFile(const LibavContainer& container) {
+  return libavFile(container, Frames::camera(), "camera", cameraFrames());
 }
 
 LibavReader::LibavReader(const std::string& path) : packet_(av_packet_alloc()) {

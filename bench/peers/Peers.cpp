@@ -10,24 +10,6 @@
 
 namespace {
 
-struct LibavContainer {
-  const char* name;
-  const char* extension;
-};
-constexpr LibavContainer kContainers[] = {{"AVI", ".avi"}, {"MKV", ".mkv"}};
-
-std::string libavFile(const LibavContainer& container, const Frames& frames,
-                      const std::string& framesName, unsigned int count) {
-  const std::string path =
-      Workspace::path(framesName + "-" + std::to_string(count) + container.extension);
-  if (!std::filesystem::exists(path)) writeLibavFile(path, frames, count);
-  return path;
-}
-
-std::string cameraFile(const LibavContainer& container) {
-  return libavFile(container, Frames::camera(), "camera", cameraFrames());
-}
-
 double writeOnce(const LibavContainer& container, const Frames& frames, unsigned int count) {
   const std::string path = Workspace::path(std::string("written") + container.extension);
   const WallTimer timer;

@@ -34,6 +34,11 @@ std::vector<toolkit::FrameTag> readTags(const SharedRecording& recording) {
   return tags;
 }
 
+// As numpy's datetime64 has it; NaT for what that cannot hold.
+std::int64_t toDateTime(std::uint64_t time) {
+  return time > INT64_MAX ? INT64_MIN : static_cast<std::int64_t>(time);
+}
+
 const char* typeOf(CanFieldType type) {
   switch (type) {
     case CanFieldType::Float:
@@ -57,8 +62,8 @@ py::array_t<std::int64_t> timesOf(const SharedRecording& recording) {
   const std::lock_guard lock(recording.mutex());
   for (unsigned int i = 0; i < count; ++i) {
     const toolkit::FrameTimes each = recording.recording().times(i);
-    *out++ = static_cast<std::int64_t>(each.sensor);
-    *out++ = static_cast<std::int64_t>(each.arrived);
+    *out++ = toDateTime(each.sensor);
+    *out++ = toDateTime(each.arrived);
   }
   return times;
 }

@@ -3,6 +3,7 @@
 #include <pybind11/pybind11.h>
 
 #include "toolkit/base/Failure.h"
+#include "toolkit/text/PrintableText.h"
 
 namespace py = pybind11;
 
@@ -11,10 +12,13 @@ namespace velmar::python {
 namespace {
 
 // The package has the classes, since they derive from Python's own.
-void raise(const std::string& words, VELMAR_ERROR_CODE_E code, const std::string& path,
+void raise(const std::string& words, VELMAR_ERROR_CODE_E code, const std::string& file,
            const py::object& index) {
-  const py::object error = py::module_::import("velmar_video._errors")
-                               .attr("make_error")(words, errorCode2String(code), path, index);
+  const auto path = py::reinterpret_steal<py::object>(
+      PyUnicode_DecodeFSDefaultAndSize(file.data(), static_cast<py::ssize_t>(file.size())));
+  const py::object error =
+      py::module_::import("velmar_video._errors")
+          .attr("make_error")(toolkit::printable(words), errorCode2String(code), path, index);
   PyErr_SetObject(py::type::of(error).ptr(), error.ptr());
 }
 

@@ -6,6 +6,8 @@
 
 #include "core/Arrays.h"
 #include "core/Errors.h"
+#include "toolkit/base/Failure.h"
+#include "toolkit/text/JsonText.h"
 
 namespace py = pybind11;
 
@@ -73,14 +75,14 @@ py::object startPosition(const SharedRecording& recording) {
 
 }  // namespace
 
-py::buffer_info FrameBytes::buffer() const {
-  return {const_cast<char*>(bytes.data()),
-          1,
-          py::format_descriptor<std::uint8_t>::format(),
-          1,
-          {static_cast<py::ssize_t>(bytes.size())},
-          {1},
-          true};
+FileMap::FileMap(const toolkit::FileBytes& file) : size_(file.size()) {
+  if (!map_.map(file.descriptor(), size_)) {
+    throw toolkit::Failure(file.path(), VELMAR_ERROR_CODE_FILE_MMAP_FAIL_E);
+  }
+}
+
+py::buffer_info FileMap::buffer() const {
+  return {map_.data(), static_cast<py::ssize_t>(size_), true};
 }
 
 FileHandle::FileHandle(const std::string& path) : path_(path) {
@@ -90,6 +92,7 @@ FileHandle::FileHandle(const std::string& path) : path_(path) {
 
 void FileHandle::close() {
   std::shared_ptr<SharedRecording> last;
+  view_ = {};
   const std::lock_guard lock(mutex_);
   last.swap(recording_);
 }
@@ -119,11 +122,17 @@ py::dict FileHandle::facts() const {
   facts["undistorted"] = description.undistorted;
   facts["start_time"] = description.startTime;
   facts["start_position"] = startPosition(*recording);
-  facts["camera_params"] = description.cameraParams;
-  facts["extended_info"] = description.extendedInfo;
   facts["frames"] = recording->recording().framesCount();
   facts["has_signals"] = recording->recording().isRtv() && description.version == RTV_VER_04;
   return facts;
+}
+
+std::string FileHandle::cameraParams() const {
+  return toolkit::toJsonText(toolkit::parseJson(opened()->description().cameraParams));
+}
+
+std::string FileHandle::extendedInfo() const {
+  return toolkit::toJsonText(toolkit::parseJson(opened()->description().extendedInfo));
 }
 
 py::array FileHandle::times() const { return timesOf(*opened()); }
@@ -181,11 +190,15 @@ py::bytes FileHandle::jpeg(unsigned int index) const {
   return bytes;
 }
 
-py::object FileHandle::jpegView(unsigned int index) const {
-  auto recording = opened();
-  const std::string_view bytes = recording->mappedJpeg(index);
-  const py::object exporter = py::cast(FrameBytes{std::move(recording), bytes});
-  return py::reinterpret_steal<py::object>(PyMemoryView_FromObject(exporter.ptr()));
+py::object FileHandle::jpegView(unsigned int index) {
+  const auto recording = opened();
+  const toolkit::FilePlace& place = recording->place(index);
+  if (!view_) {
+    const py::object map = py::cast(std::make_unique<FileMap>(recording->recording().file()));
+    view_ = py::reinterpret_steal<py::object>(PyMemoryView_FromObject(map.ptr()));
+  }
+  return view_[py::slice(static_cast<py::ssize_t>(place.offset),
+                         static_cast<py::ssize_t>(place.end()), 1)];
 }
 
 }  // namespace velmar::python

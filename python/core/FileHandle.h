@@ -5,26 +5,23 @@
 
 #include <memory>
 #include <string>
-#include <string_view>
 
+#include "base/MemoryMap.h"
 #include "core/SharedRecording.h"
 
 namespace velmar::python {
 
-/// The bytes of a frame in the map of its file, which lives as long as this.
-struct FrameBytes {
-  std::shared_ptr<SharedRecording> recording;
-  std::string_view bytes;
+/// A map of a file, for views of its bytes, which keep it.
+class FileMap {
+ public:
+  /// Throws toolkit::Failure.
+  explicit FileMap(const toolkit::FileBytes& file);
 
   pybind11::buffer_info buffer() const;
-};
 
-/// How frames are decoded, as the package says it: names of the format and the scale, rows.
-struct FormArguments {
-  std::string format;
-  std::string scale;
-  long top;
-  long bottom;
+ private:
+  detail::MemoryMap map_;
+  std::size_t size_;
 };
 
 /// A recording that can be closed while other threads use it. They finish what they have begun.
@@ -40,6 +37,9 @@ class FileHandle {
 
   /// What the recording says of itself, by name.
   pybind11::dict facts() const;
+  /// Plain JSON, "null" for what is none.
+  std::string cameraParams() const;
+  std::string extendedInfo() const;
   pybind11::array times() const;
   pybind11::array tags() const;
   pybind11::array positions() const;
@@ -58,7 +58,8 @@ class FileHandle {
                                       long bottom, const pybind11::array& out, unsigned int threads,
                                       bool masks) const;
   pybind11::bytes jpeg(unsigned int index) const;
-  pybind11::object jpegView(unsigned int index) const;
+  /// A slice of the view of the mapped file.
+  pybind11::object jpegView(unsigned int index);
 
  private:
   std::shared_ptr<SharedRecording> get() const;
@@ -67,6 +68,7 @@ class FileHandle {
   std::string path_;
   mutable std::mutex mutex_;
   std::shared_ptr<SharedRecording> recording_;
+  pybind11::object view_;  // of a FileMap, once it has been asked for
 };
 
 }  // namespace velmar::python

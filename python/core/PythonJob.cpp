@@ -2,6 +2,8 @@
 
 #include <pybind11/pybind11.h>
 
+#include "toolkit/text/PrintableText.h"
+
 namespace py = pybind11;
 
 namespace velmar::python {
@@ -33,7 +35,7 @@ std::unique_ptr<toolkit::Job::Stage> PythonJob::begin(const std::string& /*name*
 }
 
 void PythonJob::lose(const std::string& what, const std::string& words) {
-  losses_.push_back(what + ": " + words);
+  losses_.push_back(toolkit::printable(what + ": " + words));
 }
 
 void PythonJob::loseRest(const std::string& what, std::size_t done, std::size_t wanted) {
@@ -41,7 +43,7 @@ void PythonJob::loseRest(const std::string& what, std::size_t done, std::size_t 
 }
 
 void PythonJob::note(const std::string& what, const std::string& words) {
-  notes_.push_back(what + ": " + words);
+  notes_.push_back(toolkit::printable(what + ": " + words));
 }
 
 void PythonJob::throwIfStopped() const {

@@ -1,7 +1,5 @@
 #include "core/SharedRecording.h"
 
-#include <fcntl.h>
-
 #include <algorithm>
 #include <atomic>
 #include <cstring>
@@ -72,18 +70,10 @@ std::string SharedRecording::jpeg(unsigned int index) const {
   return bytes;
 }
 
-std::string_view SharedRecording::mappedJpeg(unsigned int index) {
-  std::call_once(mapped_, [this] {
-    const toolkit::FileBytes& file = recording_.file();
-    if (!map_.map(file.descriptor(), file.size())) {
-      throw toolkit::Failure(file.path(), VELMAR_ERROR_CODE_FILE_MMAP_FAIL_E);
-    }
-  });
+const toolkit::FilePlace& SharedRecording::place(unsigned int index) const {
   const toolkit::FilePlace& place = recording_.places().at(index);
-  if (!recording_.file().contains(place.offset, place.size)) {
-    throw FrameError{recording_.path(), index, FrameFlaw(VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E)};
-  }
-  return {reinterpret_cast<const char*>(map_.data()) + place.offset, place.size};
+  if (recording_.file().contains(place.offset, place.size)) return place;
+  throw FrameError{recording_.path(), index, FrameFlaw(VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E)};
 }
 
 std::vector<std::pair<std::size_t, FrameFlaw>> decodeMany(SharedRecording& recording,

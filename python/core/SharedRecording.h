@@ -6,8 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "base/FileDescriptor.h"
-#include "base/MemoryMap.h"
 #include "toolkit/recording/FramePixels.h"
 #include "toolkit/recording/Recording.h"
 
@@ -37,8 +35,8 @@ class SharedRecording {
                             std::uint8_t* pixels);
   /// Throws FrameError.
   std::string jpeg(unsigned int index) const;
-  /// The frame's bytes in a map of the file, which lives as long as this. Throws FrameError.
-  std::string_view mappedJpeg(unsigned int index);
+  /// Where the frame's bytes are in the file. Throws FrameError if they are not.
+  const toolkit::FilePlace& place(unsigned int index) const;
 
  private:
   struct Decoder {
@@ -53,8 +51,6 @@ class SharedRecording {
   toolkit::RecordingDescription description_;
   mutable std::mutex mutex_;
   std::vector<Decoder> idle_;
-  std::once_flag mapped_;
-  detail::MemoryMap map_;
 };
 
 /// Decodes frames one behind the other into `pixels`, `threads` at a time.

@@ -11,6 +11,7 @@
 #include "toolkit/rescue/RecoverFrames.h"
 #include "toolkit/rescue/Recovery.h"
 #include "toolkit/rescue/Verification.h"
+#include "toolkit/text/PrintableText.h"
 #include "toolkit/writing/OutputGuard.h"
 
 namespace py = pybind11;
@@ -67,7 +68,7 @@ py::list verify(const std::string& path, bool decode) {
   for (const toolkit::Finding& each : findings) {
     const bool isError = each.severity == toolkit::Finding::Severity::Error;
     list.append(py::make_tuple(isError ? "error" : "warning", each.frame, each.lastFrame,
-                               each.offset, each.text));
+                               each.offset, toolkit::printable(each.text)));
   }
   return list;
 }
@@ -115,7 +116,8 @@ void sample(const std::string& path, unsigned int frames, unsigned int width, un
     const py::gil_scoped_release release;
     toolkit::checkExtension(path);
     const toolkit::ReservedOutput reserved(path, {}, overwrite);
-    toolkit::recordSample({frames, {width, height}, rate}, path, job);
+    toolkit::recordSample({frames, {static_cast<int>(width), static_cast<int>(height)}, rate}, path,
+                          job);
   }
   job.throwIfStopped();
 }

@@ -90,7 +90,7 @@ void WriterHandle::add(const py::buffer& jpeg, std::uint64_t captureTime, std::u
     description_.setSize(*size);
     if (writer_) writer_->setSize(description_.width, description_.height);
   }
-  if (!(*size == description_.size())) {
+  if (*size != description_.size()) {
     throwUsage("jpeg has " + toolkit::toText(*size) + " pixels, the recording " +
                toolkit::toText(description_.size()));
   }

@@ -21,13 +21,14 @@ namespace velmar::python {
 namespace {
 
 void addFile(py::module_& module) {
-  py::class_<FrameBytes>(module, "FrameBytes", py::buffer_protocol())
-      .def_buffer(&FrameBytes::buffer);
+  py::class_<FileMap>(module, "FileMap", py::buffer_protocol()).def_buffer(&FileMap::buffer);
   py::class_<FileHandle>(module, "File")
       .def(py::init<std::string>(), "path"_a)
       .def("close", &FileHandle::close)
       .def_property_readonly("closed", &FileHandle::isClosed)
       .def("facts", &FileHandle::facts)
+      .def("camera_params", &FileHandle::cameraParams)
+      .def("extended_info", &FileHandle::extendedInfo)
       .def("times", &FileHandle::times)
       .def("tags", &FileHandle::tags)
       .def("positions", &FileHandle::positions)

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import re
 from typing import Optional
 
 
@@ -67,10 +68,26 @@ _CLASSES: dict[str, type[Error]] = {
 }
 
 
+#: What the options of the tool, which the toolkit's words name, are called here.
+_NAMES = {
+    "--force": "overwrite=True",
+    "--fps": "frame_rate",
+    "--sensor-time": "capture_times",
+    "--arrived-time": "arrival_times",
+    "--shift-time": "shift_times",
+}
+
+
+def in_python(words: str) -> str:
+    """The toolkit's words with the package's names."""
+    return re.sub(
+        "--[a-z-]+[a-z]", lambda found: _NAMES.get(found[0], found[0][2:].replace("-", "_")), words
+    )
+
+
 def make_error(words: str, code: str, path: str, index: Optional[int]) -> Error:
     """The exception for a failure of the toolkit."""
     kind = _CLASSES.get(code, Error)
     if "it is already there" in words:
         kind = _ExistsError
-        words = words.replace("--force replaces it", "overwrite=True replaces it")
-    return kind(words, code, path, index)
+    return kind(in_python(words), code, path, index)

@@ -255,15 +255,29 @@ class Recording(Sequence[Pixels]):
 
     @property
     def camera_params(self) -> dict[str, Any]:
-        """A copy. Empty for an rtv."""
-        return _json_object(self._file.facts["camera_params"])
+        """A copy of the JSON. Empty for an rtv."""
+        return self._json("camera_params")
 
     @property
     def extended_info(self) -> dict[str, Any]:
-        """A copy. Empty for an rtv."""
-        return _json_object(self._file.facts["extended_info"])
+        """A copy of the JSON. Empty for an rtv."""
+        return self._json("extended_info")
+
+    def _json(self, name: str) -> dict[str, Any]:
+        try:
+            value: dict[str, Any] = json.loads(self._file.once(name))
+        except RecursionError:
+            raise usage_error(f"{name} is nested too deeply", self._path) from None
+        return {} if value is None else value
 
     # -- pictures
+
+    def _number(self, index: int) -> int:
+        """In the file."""
+        try:
+            return self._numbers[index]
+        except IndexError:
+            raise index_error(index, len(self._numbers), self._path) from None
 
     def _shape(self, format: str, scale: str, crop: tuple[int, int]) -> tuple[int, int, int]:
         shape: tuple[int, int, int] = self._file.core.shape(format, scale, *crop)
@@ -283,11 +297,11 @@ class Recording(Sequence[Pixels]):
         :param crop: rows to cut at top and bottom, of the unscaled picture
         :param out: a C-contiguous array of that shape to decode into, which is returned
         """
-        number = number_of(index, len(self._numbers), self._path)
         core = self._file.core
+        number = self._number(index)
         if out is None:
             out = np.empty(core.shape(format, scale, *crop), np.uint8)
-        core.decode(self._numbers[number], format, scale, *crop, out)
+        core.decode(number, format, scale, *crop, out)
         return out
 
     @overload
@@ -391,9 +405,7 @@ class Recording(Sequence[Pixels]):
 
     def jpeg(self, index: int) -> bytes:
         """The frame as it is stored."""
-        return self._file.core.jpeg(
-            self._numbers[number_of(index, len(self._numbers), self._path)]
-        )
+        return self._file.core.jpeg(self._number(index))
 
     def jpeg_view(self, index: int) -> memoryview:
         """The same without a copy, read-only: a view of the mapped file.
@@ -401,9 +413,7 @@ class Recording(Sequence[Pixels]):
         It stays valid as long as it lives, also after close(). The process is killed (SIGBUS) if
         another one makes the file shorter meanwhile, or if the disk cannot read it.
         """
-        return self._file.core.jpeg_view(
-            self._numbers[number_of(index, len(self._numbers), self._path)]
-        )
+        return self._file.core.jpeg_view(self._number(index))
 
     # -- times
 
@@ -416,7 +426,7 @@ class Recording(Sequence[Pixels]):
 
     @property
     def capture_times(self) -> Times:
-        """(n,) datetime64[us], UTC."""
+        """(n,) datetime64[us], UTC; NaT where a damaged file has a time beyond it."""
         return self._column(self._file.once("times")[:, 0]).astype("datetime64[us]")
 
     @property
@@ -530,11 +540,6 @@ class Recording(Sequence[Pixels]):
             series = pandas.Series(values.data)
             columns[name] = series.where(~values.mask) if values.mask.any() else series
         return pandas.DataFrame(columns)
-
-
-def _json_object(text: str) -> dict[str, Any]:
-    value: dict[str, Any] = json.loads(text) if text else {}
-    return value
 
 
 def _reopened(path: str, name: str, numbers: Sequence[int]) -> Recording:

@@ -7,6 +7,7 @@ import os
 from typing import Any, Literal, Optional
 
 from . import _core
+from ._errors import in_python
 from ._recording import Path
 from ._times import Time, to_microseconds
 
@@ -73,8 +74,11 @@ def recover(
         options["start_time"] = to_microseconds(start_time)
     if frame_rate is not None:
         options["frame_rate"] = float(frame_rate)
+    frames, before, losses, notes = _core.recover(
+        os.fsencode(leftover), os.fsencode(output), options, overwrite
+    )
     return RecoveryReport(
-        *_core.recover(os.fsencode(leftover), os.fsencode(output), options, overwrite)
+        frames, before, [in_python(each) for each in losses], [in_python(each) for each in notes]
     )
 
 

@@ -33,6 +33,9 @@ def duration_to_microseconds(duration: Any) -> int:
 
 
 def to_time(microseconds: int) -> np.datetime64:
+    """NaT for what a damaged file may hold and datetime64 cannot, as in the arrays."""
+    if microseconds >= 1 << 63:
+        return np.datetime64("NaT", "us")
     return np.datetime64(microseconds, "us")
 
 

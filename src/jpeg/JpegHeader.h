@@ -11,6 +11,8 @@ namespace velmar::detail {
 struct JpegSize {
   int width;
   int height;
+
+  bool operator==(const JpegSize&) const = default;
 };
 
 /// Reads a JPEG's size from its header. Empty if the header is not usable, or if the JPEG has

@@ -1,5 +1,5 @@
-"""Runs the Python blocks of docs/python.md, one after the other; each prints what the block behind
-it says. The block that needs more than the package is left out: it is "py".
+"""Runs the Python blocks of docs/python.md and README.md, one after the other; each prints what the block behind
+it says. Blocks that need more than the package are left out: they are "py".
 """
 import contextlib
 import io
@@ -10,21 +10,23 @@ import unittest
 
 from markdown import blocks
 
+PAGES = ["docs/python.md", "README.md"]
+
 
 class Python(unittest.TestCase):
     def test_blocks(self):
-        found = [(kind, text) for kind, text, _ in blocks("docs/python.md")]
+        found = [(page, kind, text) for page in PAGES for kind, text, _ in blocks(page)]
         self.assertGreater(len(found), 15)
         names = {}
         with tempfile.TemporaryDirectory() as folder:
             self.addCleanup(os.chdir, os.getcwd())
             os.chdir(folder)
             printed = io.StringIO()
-            for kind, text in found:
+            for page, kind, text in found:
                 if kind == "python":
                     printed = io.StringIO()
                     with contextlib.redirect_stdout(printed):
-                        exec(compile(text, "docs/python.md", "exec"), names)
+                        exec(compile(text, page, "exec"), names)
                 elif kind == "output":
                     self.assertEqual(printed.getvalue(), text)
 

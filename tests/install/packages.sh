@@ -32,6 +32,8 @@ cp -a "$base/root" "$work/root"
 mkdir "$work/root/packages"
 cp "$packages"/*.deb "$work/root/packages"
 cp -r "$here/consumer" "$here/../../examples" "$work/root/packages"
+(cd "$here/../.." && cp --parents README.md docs/python.md tests/docs/markdown.py tests/docs/python_test.py \
+  "$work/root/packages")
 cat >"$work/root/packages/check" <<'TEXT'
 set -eux
 cd /packages
@@ -68,8 +70,17 @@ examples/build/record /tmp/mine.rtv 1280 800 frame_*.jpg
 examples/build/browse /tmp/mine.rtv 1 /tmp/one.ppm
 examples/build/decode_all /tmp/mine.rtv
 
+# The Python package, with and without pandas.
+apt-get -qq install --no-install-recommends ./python3-velmar-video_*.deb
+cd /tmp
+python3 -c 'import velmar_video as vv; assert vv.open("mine.rtv")[0].shape == (800, 1280, 3)'
+apt-get -qq install --no-install-recommends python3-pandas
+python3 /packages/tests/docs/python_test.py
+cd /packages
+
 # Nothing is left of them, nor of what they needed.
-apt-get -qq purge --auto-remove velmar-video libvelmar-video1 libvelmar-video-dev
+apt-get -qq purge --auto-remove velmar-video libvelmar-video1 libvelmar-video-dev \
+  python3-velmar-video python3-pandas
 files >after
 diff before after
 TEXT

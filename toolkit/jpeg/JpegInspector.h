@@ -32,10 +32,6 @@ class JpegInspector {
   detail::TjHandle handle_;
 };
 
-inline bool operator==(detail::JpegSize one, detail::JpegSize other) {
-  return one.width == other.width && one.height == other.height;
-}
-
 /// The marker that a JPEG begins with.
 bool beginsAsJpeg(std::string_view bytes);
 

@@ -63,6 +63,7 @@ Json::Value parseJson(const std::string& text) {
 
 std::string toJsonText(const Json::Value& value) {
   Json::StreamWriterBuilder builder;
+  builder["commentStyle"] = "None";
   builder["indentation"] = "";
   std::string text = Json::writeString(builder, value);
   // The only control character that jsoncpp leaves as it is.

@@ -70,7 +70,11 @@ std::optional<std::string> unexpectedArgument(const CLI::App& app,
   const std::string where = chosen.empty() ? "" : command.get_name() + ": ";
   if (found->starts_with('-')) {
     const std::string name = found->substr(0, found->find('='));
-    return where + "there is no option " + name + suggestion(name, optionNames(command));
+    const auto names = optionNames(command);
+    if (std::find(names.begin(), names.end(), name) != names.end()) {
+      return where + name + " has to come after " + command.get_name();
+    }
+    return where + "there is no option " + name + suggestion(name, names);
   }
   if (!chosen.empty()) return where + *found + " is one argument too many";
   return "there is no command " + *found + suggestion(*found, commandNames(app));
