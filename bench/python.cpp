@@ -197,10 +197,13 @@ Row jpegViewRow() {
 }  // namespace
 
 void addPythonRows() {
+  constexpr int kManyRepetitions = 45;
   constexpr int kLongRepetitions = 7;
   for (const Container container : {Container::Img, Container::Rtv03}) {
     const std::string name = extension(container);
-    addRow("Python: frame(i, out=a), " + name, [=] { return frameIntoRow(container); });
+    addRow(
+        "Python: frame(i, out=a), " + name, [=] { return frameIntoRow(container); },
+        kManyRepetitions);
     addRow("Python: recording[i], " + name, [=] { return frameRow(container); });
   }
   addRow(

@@ -12,7 +12,9 @@ constexpr char kWork[] = R"(
 import av
 import cv2
 
-class OpenCv:
+av.logging.set_level(av.logging.PANIC)
+
+class OpenCV:
     def __init__(self, path):
         self.capture = cv2.VideoCapture(path)
 
@@ -21,7 +23,7 @@ class OpenCv:
             self.capture.set(cv2.CAP_PROP_POS_FRAMES, i)
             cv2.cvtColor(self.capture.read()[1], cv2.COLOR_BGR2RGB)
 
-class PyAv:
+class PyAV:
     def __init__(self, path):
         self.container = av.open(path)
         self.stream = self.container.streams.video[0]
@@ -43,7 +45,7 @@ std::vector<Contender> pythonPeers(const std::vector<unsigned int>& order) {
   py::dict names;
   py::exec(kWork, names);
   std::vector<Contender> peers;
-  for (const char* name : {"OpenCv", "PyAv"}) {
+  for (const char* name : {"OpenCV", "PyAV"}) {
     for (const LibavContainer& container : kContainers) {
       peers.push_back({std::string(name) + " of " + container.name,
                        [read = names[name](cameraFile(container)), frames = py::cast(order)] {

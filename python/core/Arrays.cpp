@@ -24,7 +24,7 @@ py::dtype tagType() {
                    py::make_tuple(0, 4, 8, 12, 16, 18), sizeof(StoredTag));
 }
 
-std::vector<toolkit::FrameTag> readTags(const SharedRecording& recording) {
+std::vector<toolkit::FrameTag> readTags(const toolkit::SharedRecording& recording) {
   const py::gil_scoped_release release;
   const std::lock_guard lock(recording.mutex());
   std::vector<toolkit::FrameTag> tags;
@@ -54,7 +54,7 @@ const char* typeOf(CanFieldType type) {
 
 }  // namespace
 
-py::array_t<std::int64_t> timesOf(const SharedRecording& recording) {
+py::array_t<std::int64_t> timesOf(const toolkit::SharedRecording& recording) {
   const unsigned int count = recording.recording().framesCount();
   py::array_t<std::int64_t> times({std::size_t{count}, std::size_t{2}});
   std::int64_t* out = times.mutable_data();
@@ -68,7 +68,7 @@ py::array_t<std::int64_t> timesOf(const SharedRecording& recording) {
   return times;
 }
 
-py::array tagsOf(const SharedRecording& recording) {
+py::array tagsOf(const toolkit::SharedRecording& recording) {
   const auto tags = readTags(recording);
   py::array array(tagType(), tags.size());
   auto* out = static_cast<StoredTag*>(array.mutable_data());
@@ -78,7 +78,7 @@ py::array tagsOf(const SharedRecording& recording) {
   return array;
 }
 
-py::array_t<double> positionsOf(const SharedRecording& recording) {
+py::array_t<double> positionsOf(const toolkit::SharedRecording& recording) {
   static std::mutex oneTrackAtATime;
   const auto tags = readTags(recording);
   py::array_t<double> positions({tags.size(), std::size_t{3}});
@@ -95,7 +95,7 @@ py::array_t<double> positionsOf(const SharedRecording& recording) {
   return positions;
 }
 
-py::dict signalsOf(const SharedRecording& recording) {
+py::dict signalsOf(const toolkit::SharedRecording& recording) {
   const auto tags = readTags(recording);
   py::dict signals;
   for (const CanField& field : toolkit::canSignals()) {

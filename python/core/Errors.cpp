@@ -28,7 +28,7 @@ void registerErrors() {
   py::register_exception_translator([](std::exception_ptr thrown) {
     try {
       std::rethrow_exception(thrown);
-    } catch (const FrameError& error) {
+    } catch (const toolkit::FrameError& error) {
       raise("frame " + std::to_string(error.index) + ": " + error.flaw.words, error.flaw.code,
             error.path, py::int_(error.index));
     } catch (const toolkit::Failure& failure) {
@@ -40,7 +40,7 @@ void registerErrors() {
 }
 
 void throwFrame(const std::string& path, unsigned int index, const toolkit::FrameFlaw& flaw) {
-  throw FrameError{path, index, flaw};
+  throw toolkit::FrameError{path, index, flaw};
 }
 
 void throwUsage(const std::string& words) { throw toolkit::UsageError(words); }

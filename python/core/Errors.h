@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "core/SharedRecording.h"
+#include "toolkit/recording/SharedRecording.h"
 
 namespace velmar::python {
 

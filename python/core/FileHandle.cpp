@@ -63,7 +63,7 @@ std::uint8_t* pixelsOf(const py::array& out, const std::vector<py::ssize_t>& sha
   return static_cast<std::uint8_t*>(const_cast<void*>(out.data()));
 }
 
-py::object startPosition(const SharedRecording& recording) {
+py::object startPosition(const toolkit::SharedRecording& recording) {
   TaggedVideoParser* const parser = recording.recording().parser();
   if (parser == nullptr) return py::none();
   double lat = 0;
@@ -87,22 +87,22 @@ py::buffer_info FileMap::buffer() const {
 
 FileHandle::FileHandle(const std::string& path) : path_(path) {
   const py::gil_scoped_release release;
-  recording_ = std::make_shared<SharedRecording>(path);
+  recording_ = std::make_shared<toolkit::SharedRecording>(path);
 }
 
 void FileHandle::close() {
-  std::shared_ptr<SharedRecording> last;
+  std::shared_ptr<toolkit::SharedRecording> last;
   view_ = {};
   const std::lock_guard lock(mutex_);
   last.swap(recording_);
 }
 
-std::shared_ptr<SharedRecording> FileHandle::get() const {
+std::shared_ptr<toolkit::SharedRecording> FileHandle::get() const {
   const std::lock_guard lock(mutex_);
   return recording_;
 }
 
-std::shared_ptr<SharedRecording> FileHandle::opened() const {
+std::shared_ptr<toolkit::SharedRecording> FileHandle::opened() const {
   auto recording = get();
   if (!recording) throwClosed(path_);
   return recording;
@@ -170,7 +170,7 @@ std::vector<std::size_t> FileHandle::decodeMany(const std::vector<unsigned int>&
   std::vector<std::pair<std::size_t, toolkit::FrameFlaw>> flaws;
   {
     const py::gil_scoped_release release;
-    flaws = python::decodeMany(*recording, indices, form, threads, !masks, pixels);
+    flaws = toolkit::decodeMany(*recording, indices, form, threads, !masks, pixels);
   }
   if (!masks && !flaws.empty()) {
     throwFrame(path_, indices[flaws.front().first], flaws.front().second);

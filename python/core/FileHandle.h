@@ -7,7 +7,7 @@
 #include <string>
 
 #include "base/MemoryMap.h"
-#include "core/SharedRecording.h"
+#include "toolkit/recording/SharedRecording.h"
 
 namespace velmar::python {
 
@@ -33,7 +33,7 @@ class FileHandle {
   void close();
   bool isClosed() const { return get() == nullptr; }
 
-  // All below throw toolkit::Failure once it is closed, and FrameError for a frame.
+  // All below throw toolkit::Failure once it is closed, and toolkit::FrameError for a frame.
 
   /// What the recording says of itself, by name.
   pybind11::dict facts() const;
@@ -62,12 +62,12 @@ class FileHandle {
   pybind11::object jpegView(unsigned int index);
 
  private:
-  std::shared_ptr<SharedRecording> get() const;
-  std::shared_ptr<SharedRecording> opened() const;
+  std::shared_ptr<toolkit::SharedRecording> get() const;
+  std::shared_ptr<toolkit::SharedRecording> opened() const;
 
   std::string path_;
   mutable std::mutex mutex_;
-  std::shared_ptr<SharedRecording> recording_;
+  std::shared_ptr<toolkit::SharedRecording> recording_;
   pybind11::object view_;  // of a FileMap, once it has been asked for
 };
 

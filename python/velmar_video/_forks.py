@@ -8,18 +8,25 @@ import weakref
 from types import TracebackType
 from typing import Optional
 
-_locks: weakref.WeakSet[Lock]
-
-#: Goes up in a child process.
-generation = 0
+_registered: weakref.WeakSet[Forked]
 
 
-class Lock:
+class Forked:
+    """Hears that it is in a child process now."""
+
+    def __init__(self) -> None:
+        _registered.add(self)
+
+    def forked(self) -> None:
+        raise NotImplementedError
+
+
+class Lock(Forked):
     """A reentrant lock that nobody holds in a child process."""
 
     def __init__(self) -> None:
+        super().__init__()
         self._lock = threading.RLock()
-        _locks.add(self)
 
     def __enter__(self) -> None:
         self._lock.acquire()
@@ -32,18 +39,16 @@ class Lock:
     ) -> None:
         self._lock.release()
 
-    def _renew(self) -> None:
+    def forked(self) -> None:
         self._lock = threading.RLock()
 
 
-_locks = weakref.WeakSet()
+_registered = weakref.WeakSet()
 
 
-def _forked() -> None:
-    global generation
-    generation += 1
-    for lock in list(_locks):
-        lock._renew()
+def _tell_all() -> None:
+    for each in list(_registered):
+        each.forked()
 
 
-os.register_at_fork(after_in_child=_forked)
+os.register_at_fork(after_in_child=_tell_all)

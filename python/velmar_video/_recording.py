@@ -37,38 +37,45 @@ def usage_error(words: str, path: str = "") -> Error:
     return make_error(words, _USAGE, path, None)
 
 
-class _File:
+class _File(_forks.Forked):
     """An open file, with what is read of it once. Shared by the sequences over its frames."""
 
+    core: _core.File
+
     def __init__(self, path: str):
+        super().__init__()
         self.path = path
         self._lock = _forks.Lock()
         self._cache: dict[str, Any] = {}
-        self._generation = _forks.generation
-        self._core = _core.File(os.fsencode(path))
-        self.facts = self._core.facts()
+        self.core = _core.File(os.fsencode(path))
+        self.facts = self.core.facts()
         self.is_closed = False
 
-    @property
-    def core(self) -> _core.File:
-        if self._generation != _forks.generation:
-            # A thread of the parent may have held a lock of it.
-            with self._lock:
-                if not self.is_closed:
-                    self._core = _core.File(os.fsencode(self.path))
-                self._generation = _forks.generation
-        return self._core
+    def forked(self) -> None:
+        # A thread of the parent may have held a lock of it.
+        self.__dict__.pop("core", None)
+
+    def __getattr__(self, name: str) -> Any:
+        """Opens the file again in a child process."""
+        if name != "core":
+            raise AttributeError(name)
+        if self.is_closed:
+            raise make_error("it is closed", "VELMAR_ERROR_CODE_NOT_INIT_E", self.path, None)
+        with self._lock:
+            if "core" not in self.__dict__:
+                self.core = _core.File(os.fsencode(self.path))
+        return self.core
 
     def close(self) -> None:
         self.is_closed = True
-        self.core.close()
+        if "core" in self.__dict__:
+            self.core.close()
 
     def once(self, name: str) -> Any:
         """What the method of the core gives, read-only."""
-        core = self.core
         with self._lock:
             if name not in self._cache:
-                self._cache[name] = getattr(core, name)()
+                self._cache[name] = getattr(self.core, name)()
             return self._cache[name]
 
 

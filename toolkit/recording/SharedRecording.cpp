@@ -1,4 +1,4 @@
-#include "core/SharedRecording.h"
+#include "toolkit/recording/SharedRecording.h"
 
 #include <algorithm>
 #include <atomic>
@@ -7,11 +7,7 @@
 
 #include "toolkit/base/Failure.h"
 
-namespace velmar::python {
-
-using toolkit::FrameFlaw;
-using toolkit::FramePixels;
-using toolkit::PixelForm;
+namespace velmar::toolkit {
 
 namespace {
 
@@ -64,14 +60,14 @@ FrameFlaw SharedRecording::decode(unsigned int index, const PixelForm& form, std
 
 std::string SharedRecording::jpeg(unsigned int index) const {
   std::string bytes;
-  if (FrameFlaw flaw = toolkit::readFrameBytes(recording_, index, bytes)) {
+  if (FrameFlaw flaw = readFrameBytes(recording_, index, bytes)) {
     throw FrameError{recording_.path(), index, std::move(flaw)};
   }
   return bytes;
 }
 
-const toolkit::FilePlace& SharedRecording::place(unsigned int index) const {
-  const toolkit::FilePlace& place = recording_.places().at(index);
+const FilePlace& SharedRecording::place(unsigned int index) const {
+  const FilePlace& place = recording_.places().at(index);
   if (recording_.file().contains(place.offset, place.size)) return place;
   throw FrameError{recording_.path(), index, FrameFlaw(VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E)};
 }
@@ -115,4 +111,4 @@ std::vector<std::pair<std::size_t, FrameFlaw>> decodeMany(SharedRecording& recor
   return flaws;
 }
 
-}  // namespace velmar::python
+}  // namespace velmar::toolkit
