@@ -1,5 +1,5 @@
 """Runs the Python blocks of docs/python.md and README.md, one after the other; each prints what the block behind
-it says. Blocks that need more than the package are left out: they are "py".
+it says. Blocks that need PyTorch or matplotlib are "py"; they run with --all.
 """
 import contextlib
 import io
@@ -10,6 +10,7 @@ import unittest
 
 from markdown import blocks
 
+KINDS = ["python", "py"] if "--all" in sys.argv else ["python"]
 PAGES = ["docs/python.md", "README.md"]
 
 
@@ -23,7 +24,7 @@ class Python(unittest.TestCase):
             os.chdir(folder)
             printed = io.StringIO()
             for page, kind, text in found:
-                if kind == "python":
+                if kind in KINDS:
                     printed = io.StringIO()
                     with contextlib.redirect_stdout(printed):
                         exec(compile(text, page, "exec"), names)
