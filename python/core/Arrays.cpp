@@ -26,12 +26,7 @@ py::dtype tagType() {
 
 std::vector<toolkit::FrameTag> readTags(const toolkit::SharedRecording& recording) {
   const py::gil_scoped_release release;
-  const std::lock_guard lock(recording.mutex());
-  std::vector<toolkit::FrameTag> tags;
-  const unsigned int count = recording.recording().framesCount();
-  tags.reserve(count);
-  for (unsigned int i = 0; i < count; ++i) tags.push_back(recording.recording().tag(i));
-  return tags;
+  return recording.tags();
 }
 
 // As numpy's datetime64 has it; NaT for what that cannot hold.
@@ -55,17 +50,18 @@ const char* typeOf(CanFieldType type) {
 }  // namespace
 
 py::array_t<std::int64_t> timesOf(const toolkit::SharedRecording& recording) {
-  const unsigned int count = recording.recording().framesCount();
-  py::array_t<std::int64_t> times({std::size_t{count}, std::size_t{2}});
-  std::int64_t* out = times.mutable_data();
-  const py::gil_scoped_release release;
-  const std::lock_guard lock(recording.mutex());
-  for (unsigned int i = 0; i < count; ++i) {
-    const toolkit::FrameTimes each = recording.recording().times(i);
+  std::vector<toolkit::FrameTimes> times;
+  {
+    const py::gil_scoped_release release;
+    times = recording.times();
+  }
+  py::array_t<std::int64_t> array({times.size(), std::size_t{2}});
+  std::int64_t* out = array.mutable_data();
+  for (const toolkit::FrameTimes& each : times) {
     *out++ = toDateTime(each.sensor);
     *out++ = toDateTime(each.arrived);
   }
-  return times;
+  return array;
 }
 
 py::array tagsOf(const toolkit::SharedRecording& recording) {

@@ -3,6 +3,7 @@
 #include <pybind11/pybind11.h>
 
 #include "toolkit/base/Failure.h"
+#include "toolkit/recording/SharedRecording.h"
 #include "toolkit/text/PrintableText.h"
 
 namespace py = pybind11;
@@ -28,19 +29,14 @@ void registerErrors() {
   py::register_exception_translator([](std::exception_ptr thrown) {
     try {
       std::rethrow_exception(thrown);
-    } catch (const toolkit::FrameError& error) {
-      raise("frame " + std::to_string(error.index) + ": " + error.flaw.words, error.flaw.code,
-            error.path, py::int_(error.index));
+    } catch (const toolkit::FrameFailure& failure) {
+      raise(failure.words(), failure.code(), failure.file(), py::int_(failure.index()));
     } catch (const toolkit::Failure& failure) {
       raise(failure.words(), failure.code(), failure.file(), py::none());
     } catch (const toolkit::UsageError& error) {
       raise(error.what(), VELMAR_ERROR_CODE_INVALID_PARAMETER_E, "", py::none());
     }
   });
-}
-
-void throwFrame(const std::string& path, unsigned int index, const toolkit::FrameFlaw& flaw) {
-  throw toolkit::FrameError{path, index, flaw};
 }
 
 void throwUsage(const std::string& words) { throw toolkit::UsageError(words); }

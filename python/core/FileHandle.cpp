@@ -97,15 +97,10 @@ void FileHandle::close() {
   last.swap(recording_);
 }
 
-std::shared_ptr<toolkit::SharedRecording> FileHandle::get() const {
-  const std::lock_guard lock(mutex_);
-  return recording_;
-}
-
 std::shared_ptr<toolkit::SharedRecording> FileHandle::opened() const {
-  auto recording = get();
-  if (!recording) throwClosed(path_);
-  return recording;
+  const std::lock_guard lock(mutex_);
+  if (!recording_) throwClosed(path_);
+  return recording_;
 }
 
 py::dict FileHandle::facts() const {
@@ -155,7 +150,7 @@ void FileHandle::decode(unsigned int index, const std::string& format, const std
     const py::gil_scoped_release release;
     flaw = recording->decode(index, form, pixels);
   }
-  if (flaw) throwFrame(path_, index, flaw);
+  if (flaw) throw toolkit::FrameFailure(path_, index, flaw);
 }
 
 std::vector<std::size_t> FileHandle::decodeMany(const std::vector<unsigned int>& indices,
@@ -170,12 +165,14 @@ std::vector<std::size_t> FileHandle::decodeMany(const std::vector<unsigned int>&
   std::vector<std::pair<std::size_t, toolkit::FrameFlaw>> flaws;
   {
     const py::gil_scoped_release release;
-    flaws = toolkit::decodeMany(*recording, indices, form, threads, !masks, pixels);
+    flaws = toolkit::decodeMany(*recording, indices, form, threads,
+                                masks ? toolkit::OnFlaw::Continue : toolkit::OnFlaw::Stop, pixels);
   }
   if (!masks && !flaws.empty()) {
-    throwFrame(path_, indices[flaws.front().first], flaws.front().second);
+    throw toolkit::FrameFailure(path_, indices[flaws.front().first], flaws.front().second);
   }
   std::vector<std::size_t> places;
+  places.reserve(flaws.size());
   for (const auto& [place, flaw] : flaws) places.push_back(place);
   return places;
 }

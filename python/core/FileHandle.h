@@ -4,6 +4,7 @@
 #include <pybind11/numpy.h>
 
 #include <memory>
+#include <mutex>
 #include <string>
 
 #include "base/MemoryMap.h"
@@ -31,9 +32,8 @@ class FileHandle {
   explicit FileHandle(const std::string& path);
 
   void close();
-  bool isClosed() const { return get() == nullptr; }
 
-  // All below throw toolkit::Failure once it is closed, and toolkit::FrameError for a frame.
+  // All below throw toolkit::Failure once it is closed, and toolkit::FrameFailure for a frame.
 
   /// What the recording says of itself, by name.
   pybind11::dict facts() const;
@@ -58,11 +58,10 @@ class FileHandle {
                                       long bottom, const pybind11::array& out, unsigned int threads,
                                       bool masks) const;
   pybind11::bytes jpeg(unsigned int index) const;
-  /// A slice of the view of the mapped file.
+  /// A read-only memoryview of the frame's bytes; it keeps the map alive.
   pybind11::object jpegView(unsigned int index);
 
  private:
-  std::shared_ptr<toolkit::SharedRecording> get() const;
   std::shared_ptr<toolkit::SharedRecording> opened() const;
 
   std::string path_;

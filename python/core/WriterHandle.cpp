@@ -2,13 +2,12 @@
 
 #include <pybind11/stl.h>
 
-#include <algorithm>
-#include <map>
+#include <cmath>
+#include <tuple>
 
 #include "core/Errors.h"
 #include "toolkit/jpeg/JpegInspector.h"
 #include "toolkit/recording/Recording.h"
-#include "velmar_video/TypeConversion.h"
 
 namespace py = pybind11;
 
@@ -42,6 +41,19 @@ toolkit::RecordingDescription descriptionOf(const py::dict& values) {
   return description;
 }
 
+// Nothing that is given gets lost.
+void checkHeld(const toolkit::RecordingDescription& description, bool isRtv) {
+  const bool hasPlace = description.lng != 0 || description.lat != 0 || description.alt != 0;
+  const bool isVersion02 = description.version == RTV_VER_02;
+  if (!isRtv && hasPlace) throwUsage("an img holds no start_position");
+  if (!isRtv) return;
+  if (description.cameraParams != "{}") throwUsage("an rtv holds no camera_params");
+  if (description.extendedInfo != "{}") throwUsage("an rtv holds no extended_info");
+  if (description.deviceId.size() > kRtvDeviceIdSize) throwUsage("an rtv's device_id has 24 bytes");
+  if (isVersion02 && description.undistorted) throwUsage("version 02 of rtv has no undistorted");
+  if (isVersion02 && description.alt != 0) throwUsage("version 02 of rtv holds no altitude");
+}
+
 std::string bytesOf(const py::buffer& jpeg) {
   const py::buffer_info info = jpeg.request();
   if (PyBuffer_IsContiguous(info.view(), 'C') == 0) throwUsage("jpeg has to be contiguous");
@@ -54,9 +66,8 @@ WriterHandle::WriterHandle(const std::string& path, const py::dict& description,
                            unsigned int capacity, bool overwrite)
     : path_(path), capacity_(capacity), description_(descriptionOf(description)) {
   toolkit::checkExtension(path);
+  checkHeld(description_, toolkit::isRtvPath(path));
   if (toolkit::isRtvPath(path)) {
-    if (description_.deviceId.size() > kRtvDeviceIdSize)
-      throwUsage("an rtv's device_id has 24 bytes");
     for (toolkit::TagColumn& column : toolkit::tagColumns(description_.version)) {
       tagColumns_.emplace(column.name, std::move(column.set));
     }
@@ -107,7 +118,7 @@ void WriterHandle::add(const py::buffer& jpeg, std::uint64_t captureTime, std::u
 void WriterHandle::finish() {
   const py::gil_scoped_release release;
   const std::lock_guard lock(mutex_);
-  if (isOver_) throwClosed(path_);
+  if (isOver_) return;
   isOver_ = true;
   if (!writer_) open();  // says that there is no frame
   writer_->finish();

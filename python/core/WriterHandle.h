@@ -25,11 +25,13 @@ class WriterHandle {
                bool overwrite);
   ~WriterHandle() { abandon(); }
 
-  // All below throw toolkit::Failure, also once it is finished or abandoned.
+  // All below throw toolkit::Failure.
 
+  /// Fails once it is finished or abandoned.
   /// \param tag  values as text by the names of toolkit::tagColumns()
   void add(const pybind11::buffer& jpeg, std::uint64_t captureTime, std::uint64_t arrivalTime,
            const std::map<std::string, std::string>& tag);
+  /// Does nothing if it is over.
   void finish();
   /// Leaves the frames in the temporary file. Does not throw.
   void abandon();

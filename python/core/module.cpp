@@ -25,7 +25,6 @@ void addFile(py::module_& module) {
   py::class_<FileHandle>(module, "File")
       .def(py::init<std::string>(), "path"_a)
       .def("close", &FileHandle::close)
-      .def_property_readonly("closed", &FileHandle::isClosed)
       .def("facts", &FileHandle::facts)
       .def("camera_params", &FileHandle::cameraParams)
       .def("extended_info", &FileHandle::extendedInfo)
@@ -46,7 +45,7 @@ void addFile(py::module_& module) {
 
 PYBIND11_MODULE(_core, module) {
 #if __has_include(<velmar_logger/control.h>)
-  velmar_logger::setLevel(4);  // an exception says it
+  velmar_logger::setLevel(4);  // nothing: errors reach Python as exceptions
 #endif
   registerErrors();
   addFile(module);

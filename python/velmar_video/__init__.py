@@ -6,15 +6,13 @@
     picture = rec[48211]  # (height, width, 3) uint8, RGB
 """
 
-from __future__ import annotations
-
 from collections.abc import Iterable
 
 from ._errors import ClosedError, Error
 from ._many import Recordings
 from ._recording import Path, Recording
-from ._rescue import Finding, RecoveryReport, recover, sample, undo_edit, verify
-from ._writing import Edit, FrameTimes, Writer, create
+from ._rescue import Finding, RecoveryReport, recover, verify
+from ._writing import Edit, FrameTimes, Writer, create, edit, sample, undo_edit
 
 __all__ = [
     "ClosedError",
@@ -38,7 +36,7 @@ __all__ = [
 
 
 def open(path: Path) -> Recording:
-    """Opens a recording for reading; its name's ending says the container."""
+    """Opens a recording for reading; its name ends in .img or .rtv."""
     return Recording(path)
 
 
@@ -49,14 +47,3 @@ def open_many(paths: Iterable[Path]) -> Recordings:
     each file once.
     """
     return Recordings(paths)
-
-
-def edit(path: Path) -> Edit:
-    """Changes a recording in place, at the end of a with statement: all at once, or nothing.
-
-    Left by an exception, the file stays as it is. A power cut leaves the old or the new.
-    """
-    return Edit(path)
-
-
-del annotations

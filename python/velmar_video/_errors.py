@@ -7,22 +7,21 @@ from typing import Optional
 
 
 class Error(Exception):
-    """Work on a recording that cannot be done.
+    """Base class of the package's errors.
 
     Where one of Python's own exceptions fits, the error is one of these, too: FileNotFoundError,
     FileExistsError, PermissionError, IndexError or ValueError.
+
+    Attributes:
+        message: what happened, without the path
+        code: name of the library's error code, such as "VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E"
+        path: the file, "" if the error is about none
+        index: number of the frame in the file, or None
     """
 
-    #: Name of the library's error code, such as "VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E".
-    code: str
-    #: The file, as it was named; empty if it is about none.
-    path: str
-    #: Number of the frame in its recording, if it is about one.
-    index: Optional[int]
-
-    def __init__(self, words: str, code: str = "", path: str = "", index: Optional[int] = None):
-        super().__init__(f"{path}: {words}" if path else words)
-        self.words = words
+    def __init__(self, message: str, code: str = "", path: str = "", index: Optional[int] = None):
+        super().__init__(f"{path}: {message}" if path else message)
+        self.message = message
         self.code = code
         self.path = path
         self.index = index
@@ -31,7 +30,7 @@ class Error(Exception):
         return str(self.args[0]) if self.args else ""
 
     def __reduce__(self) -> tuple[object, ...]:
-        return type(self), (self.words, self.code, self.path, self.index)
+        return type(self), (self.message, self.code, self.path, self.index)
 
 
 class _NotFoundError(Error, FileNotFoundError):
@@ -91,3 +90,15 @@ def make_error(words: str, code: str, path: str, index: Optional[int]) -> Error:
     if "it is already there" in words:
         kind = _ExistsError
     return kind(in_python(words), code, path, index)
+
+
+def usage_error(words: str, path: str = "") -> Error:
+    return make_error(words, "VELMAR_ERROR_CODE_INVALID_PARAMETER_E", path, None)
+
+
+def range_error(words: str, path: str = "") -> Error:
+    return make_error(words, "VELMAR_ERROR_CODE_OUT_RANGE_E", path, None)
+
+
+def closed_error(path: str) -> Error:
+    return make_error("it is closed", "VELMAR_ERROR_CODE_NOT_INIT_E", path, None)

@@ -3,14 +3,19 @@
 from __future__ import annotations
 
 import collections
+import itertools
 import os
 from collections.abc import Iterable, Iterator, Sequence
+from types import TracebackType
 from typing import Any, Optional, Union, overload
 
 import numpy as np
+from numpy.typing import NDArray
 
 from . import _forks
-from ._recording import Indices, Path, Pixels, Recording, number_of, select
+from ._errors import closed_error
+from ._recording import Format, Path, Pixels, Recording, Scale
+from ._selection import Indices, number_of, select
 
 _MOST_OPEN = 64
 
@@ -22,10 +27,13 @@ class _Files:
         self.paths = paths
         self._lock = _forks.Lock()
         self._open: collections.OrderedDict[int, Recording] = collections.OrderedDict()
-        self._starts: Optional["np.ndarray[Any, np.dtype[np.int64]]"] = None
+        self._starts: Optional[NDArray[np.int64]] = None
+        self.is_closed = False
 
     def recording(self, number: int) -> Recording:
         with self._lock:
+            if self.is_closed:
+                raise closed_error(self.paths[number])
             found = self._open.pop(number, None)
             if found is None:
                 found = Recording(self.paths[number])
@@ -35,7 +43,12 @@ class _Files:
                 self._open.popitem(last=False)
             return found
 
-    def starts(self) -> "np.ndarray[Any, np.dtype[np.int64]]":
+    def close(self) -> None:
+        with self._lock:
+            self.is_closed = True
+            self._open.clear()
+
+    def starts(self) -> NDArray[np.int64]:
         """Where the frames of each begin, and the number of all."""
         with self._lock:
             if self._starts is None:
@@ -44,10 +57,11 @@ class _Files:
             return self._starts
 
 
-class Recordings(Sequence[Pixels]):
+class Recordings:
     """The frames of many recordings, one behind the other; see :func:`velmar_video.open_many`.
 
-    Indices are as those of a :class:`Recording`; at most 64 files are open at a time.
+    Indices are those of a :class:`Recording`, as are errors and threads. The frames of one call may
+    be of different sizes only where they are given one by one.
     """
 
     def __init__(self, paths: Iterable[Path]):
@@ -56,6 +70,12 @@ class Recordings(Sequence[Pixels]):
 
     def _selected(self) -> Sequence[int]:
         return range(int(self._files.starts()[-1])) if self._numbers is None else self._numbers
+
+    def _view(self, indices: Indices) -> Recordings:
+        view = object.__new__(Recordings)
+        view._files = self._files
+        view._numbers = select(self._selected(), indices)
+        return view
 
     def __len__(self) -> int:
         return len(self._selected())
@@ -83,33 +103,90 @@ class Recordings(Sequence[Pixels]):
         return self._files.recording(file), number
 
     @overload
-    def __getitem__(self, index: int) -> Pixels: ...
+    def __getitem__(self, index: int) -> Pixels:
+        ...
+
     @overload
-    def __getitem__(self, index: Indices) -> Recordings: ...
+    def __getitem__(self, index: Indices) -> Recordings:
+        ...
+
     def __getitem__(self, index: Union[int, Indices]) -> Union[Pixels, Recordings]:
         if isinstance(index, (int, np.integer)):
             return self.frame(index)
-        view = object.__new__(Recordings)
-        view._files = self._files
-        view._numbers = select(self._selected(), index)
-        return view
+        return self._view(index)
 
     def __getitems__(self, indices: Sequence[int]) -> list[Pixels]:
         """Frames at once, as loaders of data sets ask for them."""
-        return [self.frame(index) for index in indices]
+        pictures: dict[int, Pixels] = {}
+        for file, places in self._by_file(self._view(indices)).items():
+            frames = self._files.recording(file).frames([number for _, number in places])
+            pictures.update((at, frame) for (at, _), frame in zip(places, frames))
+        return [pictures[at] for at in range(len(pictures))]
+
+    @staticmethod
+    def _by_file(view: Recordings) -> dict[int, list[tuple[int, int]]]:
+        """The places in the view and the numbers in the file."""
+        files: dict[int, list[tuple[int, int]]] = {}
+        for at in range(len(view)):
+            file, number = view._place(at)
+            files.setdefault(file, []).append((at, number))
+        return files
 
     def __iter__(self) -> Iterator[Pixels]:
-        return (self.frame(index) for index in range(len(self)))
+        return self.iterate()
 
-    def frame(self, index: int, **form: Any) -> Pixels:
+    def frame(
+        self,
+        index: int,
+        *,
+        format: Format = "rgb",
+        scale: Scale = "1",
+        crop: tuple[int, int] = (0, 0),
+        out: Optional[Pixels] = None,
+    ) -> Pixels:
         """As :meth:`Recording.frame`."""
         recording, number = self.recording(index)
-        return recording.frame(number, **form)
+        return recording.frame(number, format=format, scale=scale, crop=crop, out=out)
+
+    def iterate(
+        self,
+        indices: Optional[Indices] = None,
+        *,
+        format: Format = "rgb",
+        scale: Scale = "1",
+        crop: tuple[int, int] = (0, 0),
+        threads: int = 0,
+    ) -> Iterator[Pixels]:
+        """As :meth:`Recording.iterate`, one recording after the other."""
+        view = self if indices is None else self._view(indices)
+        for file, run in itertools.groupby(
+            map(view._place, range(len(view))), lambda each: each[0]
+        ):
+            numbers = [number for _, number in run]
+            recording = self._files.recording(file)
+            yield from recording.iterate(
+                numbers, format=format, scale=scale, crop=crop, threads=threads
+            )
 
     def jpeg(self, index: int) -> bytes:
-        """The frame as it is stored."""
+        """The stored JPEG bytes of a frame."""
         recording, number = self.recording(index)
         return recording.jpeg(number)
+
+    def close(self) -> None:
+        """Closes the files for all sequences over their frames. May be called again."""
+        self._files.close()
+
+    def __enter__(self) -> Recordings:
+        return self
+
+    def __exit__(
+        self,
+        kind: Optional[type[BaseException]],
+        error: Optional[BaseException],
+        traceback: Optional[TracebackType],
+    ) -> None:
+        self.close()
 
     def __reduce__(self) -> tuple[Any, ...]:
         paths = tuple(os.path.abspath(path) for path in self._files.paths)

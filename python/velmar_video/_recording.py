@@ -6,7 +6,6 @@ import collections
 import concurrent.futures
 import json
 import multiprocessing
-import operator
 import os
 from collections.abc import Iterator, Sequence
 from types import TracebackType
@@ -16,7 +15,8 @@ import numpy as np
 from numpy.typing import NDArray
 
 from . import _core, _forks
-from ._errors import Error, make_error
+from ._errors import closed_error, range_error, usage_error
+from ._selection import Indices, index_error, select
 from ._times import Time, Times, to_microseconds, to_time
 
 if TYPE_CHECKING:
@@ -26,15 +26,6 @@ Path = Union[str, "os.PathLike[str]"]
 Pixels = NDArray[np.uint8]
 Format = Literal["rgb", "bgr", "gray"]
 Scale = Literal["1", "1/2", "1/4", "1/8"]
-#: Numbers of frames in the sequence that is asked, negative ones from its end.
-Indices = Union[slice, Sequence[int], "NDArray[np.integer[Any]]"]
-
-_RANGE = "VELMAR_ERROR_CODE_OUT_RANGE_E"
-_USAGE = "VELMAR_ERROR_CODE_INVALID_PARAMETER_E"
-
-
-def usage_error(words: str, path: str = "") -> Error:
-    return make_error(words, _USAGE, path, None)
 
 
 class _File(_forks.Forked):
@@ -60,7 +51,7 @@ class _File(_forks.Forked):
         if name != "core":
             raise AttributeError(name)
         if self.is_closed:
-            raise make_error("it is closed", "VELMAR_ERROR_CODE_NOT_INIT_E", self.path, None)
+            raise closed_error(self.path)
         with self._lock:
             if "core" not in self.__dict__:
                 self.core = _core.File(os.fsencode(self.path))
@@ -79,7 +70,7 @@ class _File(_forks.Forked):
             return self._cache[name]
 
 
-def thread_count(threads: int) -> int:
+def _thread_count(threads: int) -> int:
     """0 is one a core, but a single one in a process of a pool, which has others beside it."""
     if threads > 0:
         return threads
@@ -90,64 +81,18 @@ def thread_count(threads: int) -> int:
     return len(os.sched_getaffinity(0))
 
 
-def index_error(index: int, count: int, path: str = "") -> Error:
-    return make_error(f"there is no frame {index}, only {count}", _RANGE, path, None)
-
-
-def number_of(index: Any, count: int, path: str = "") -> int:
-    """A number from 0 on for an index that may be negative."""
-    number = operator.index(index)
-    if number < 0:
-        number += count
-    if not 0 <= number < count:
-        raise index_error(index, count, path)
-    return number
-
-
-def select(numbers: Sequence[int], indices: Indices, path: str = "") -> Sequence[int]:
-    """Those of the numbers at the indices."""
-    if isinstance(indices, slice):
-        return numbers[indices]
-    if isinstance(indices, range):
-        if indices and not all(-len(numbers) <= end < len(numbers) for end in (indices[0], indices[-1])):
-            raise index_error(max(indices[0], indices[-1]), len(numbers), path)
-        if isinstance(numbers, range) and len(indices) > 0 and min(indices[0], indices[-1]) >= 0:
-            last = numbers[indices[-1]]
-            step = numbers.step * indices.step
-            return range(numbers[indices[0]], last + (1 if step > 0 else -1), step)
-    array = np.asarray(indices)
-    if array.dtype == bool:
-        if array.shape != (len(numbers),):
-            raise usage_error(f"a mask has to have {len(numbers)} elements", path)
-        array = np.flatnonzero(array)
-    if array.size == 0:
-        return range(0)
-    if array.ndim != 1 or array.dtype.kind not in "iu":
-        raise usage_error("indices are a slice or a sequence of integers", path)
-    array = np.where(array < 0, array + len(numbers), array)
-    outside = (array < 0) | (array >= len(numbers))
-    if outside.any():
-        raise index_error(int(np.asarray(indices)[outside][0]), len(numbers), path)
-    if isinstance(numbers, range):
-        return _as_sequence(numbers.start + numbers.step * array)
-    return _as_sequence(np.asarray(numbers)[array])
-
-
-def _as_sequence(array: Any) -> Sequence[int]:
-    sequence: Sequence[int] = array  # numpy does not say that it is one
-    return sequence
-
-
-class Recording(Sequence[Pixels]):
+class Recording:
     """The frames of a recording, in order; see :func:`velmar_video.open`.
 
     An index gives a frame as an array (height, width, 3) of uint8, RGB. A slice, a sequence of
-    integers or a mask gives a Recording over those frames, without reading any. Recordings may be
-    used by several threads, and are pickled by path and selection.
+    integers or a mask gives a Recording over those frames, without reading any. A Recording may be
+    used by several threads, and is pickled by path and selection.
 
-    All raise :class:`velmar_video.Error`: for a frame that cannot be had, with its number in the
-    file as ``index``; for an index that there is not, which is an IndexError, too; for a wrong
-    argument and after close(), which is a ValueError.
+    Times are numpy.datetime64 (UTC) or integers, microseconds since 1970.
+
+    Methods raise :class:`velmar_video.Error`: with ``index`` set if a frame cannot be read; also an
+    IndexError if an index is out of range, and a ValueError for a wrong argument and after close().
+    Arguments of a wrong type may raise TypeError.
     """
 
     def __init__(self, path: Path):
@@ -168,9 +113,13 @@ class Recording(Sequence[Pixels]):
         return len(self._numbers)
 
     @overload
-    def __getitem__(self, index: int) -> Pixels: ...
+    def __getitem__(self, index: int) -> Pixels:
+        ...
+
     @overload
-    def __getitem__(self, index: Indices) -> Recording: ...
+    def __getitem__(self, index: Indices) -> Recording:
+        ...
+
     def __getitem__(self, index: Union[int, Indices]) -> Union[Pixels, Recording]:
         if isinstance(index, (int, np.integer)):
             return self.frame(index)
@@ -210,38 +159,39 @@ class Recording(Sequence[Pixels]):
 
     @property
     def closed(self) -> bool:
+        """Whether close() has been called."""
         return self._file.is_closed
 
     # -- what the recording says of itself
 
     @property
     def path(self) -> str:
-        """As it was given."""
+        """Path as given to open()."""
         return self._path
 
     @property
     def container(self) -> str:
-        """"img" or "rtv"."""
+        """ "img" or "rtv"."""
         return str(self._file.facts["container"])
 
     @property
     def version(self) -> str:
-        """Of the container's format."""
+        """Version of the container format, such as "04"."""
         return str(self._file.facts["version"])
 
     @property
     def width(self) -> int:
-        """Pixels."""
+        """Width of the frames in pixels."""
         return int(self._file.facts["width"])
 
     @property
     def height(self) -> int:
-        """Pixels."""
+        """Height of the frames in pixels."""
         return int(self._file.facts["height"])
 
     @property
     def device_id(self) -> bytes:
-        """Of the camera; 24 bytes in an rtv that has one."""
+        """Identifier of the camera; an rtv stores 24 bytes, or none."""
         return bytes(self._file.facts["device_id"])
 
     @property
@@ -251,23 +201,23 @@ class Recording(Sequence[Pixels]):
 
     @property
     def start_time(self) -> np.datetime64:
-        """datetime64[us], UTC. Of an img: when its first frame arrived."""
+        """Start of the recording, datetime64[us], UTC. For an img, when its first frame arrived."""
         return to_time(self._file.facts["start_time"])
 
     @property
     def start_position(self) -> Optional[tuple[float, float, float]]:
-        """Longitude and latitude in degrees, altitude in metres. None for an img."""
+        """Start longitude and latitude in degrees, altitude in metres. None for an img."""
         position: Optional[tuple[float, float, float]] = self._file.facts["start_position"]
         return position
 
     @property
     def camera_params(self) -> dict[str, Any]:
-        """A copy of the JSON. Empty for an rtv."""
+        """Camera parameters, a new dict at each call. Empty for an rtv."""
         return self._json("camera_params")
 
     @property
     def extended_info(self) -> dict[str, Any]:
-        """A copy of the JSON. Empty for an rtv."""
+        """Extended information, a new dict at each call. Empty for an rtv."""
         return self._json("extended_info")
 
     def _json(self, name: str) -> dict[str, Any]:
@@ -301,8 +251,13 @@ class Recording(Sequence[Pixels]):
     ) -> Pixels:
         """A frame as an array (height, width, channels) of uint8; gray has one channel.
 
-        :param crop: rows to cut at top and bottom, of the unscaled picture
-        :param out: a C-contiguous array of that shape to decode into, which is returned
+        :param index: negative ones count from the end
+        :param format: "rgb", "bgr" or "gray"
+        :param scale: "1", "1/2", "1/4" or "1/8"; sizes are rounded up
+        :param crop: rows to remove at the top and bottom before scaling
+        :param out: a writable C-contiguous uint8 array of the returned shape; it is filled and
+            returned
+        :raises Error: if the frame cannot be read or decoded
         """
         core = self._file.core
         number = self._number(index)
@@ -322,7 +277,9 @@ class Recording(Sequence[Pixels]):
         out: Optional[Pixels] = ...,
         threads: int = ...,
         errors: Literal["raise"] = ...,
-    ) -> Pixels: ...
+    ) -> Pixels:
+        ...
+
     @overload
     def frames(
         self,
@@ -334,7 +291,9 @@ class Recording(Sequence[Pixels]):
         out: Optional[Pixels] = ...,
         threads: int = ...,
         errors: Literal["mask"],
-    ) -> tuple[Pixels, NDArray[np.bool_]]: ...
+    ) -> tuple[Pixels, NDArray[np.bool_]]:
+        ...
+
     def frames(
         self,
         indices: Optional[Indices] = None,
@@ -348,7 +307,13 @@ class Recording(Sequence[Pixels]):
     ) -> Union[Pixels, tuple[Pixels, NDArray[np.bool_]]]:
         """Frames as an array (n, height, width, channels) of uint8, all if no indices are given.
 
-        :param threads: 0 is one a core, and a single one in a process of a pool
+        `format`, `scale` and `crop` are those of :meth:`frame`.
+
+        :param indices: a slice, a sequence of integers or a mask
+        :param out: a writable C-contiguous uint8 array of the returned shape; it is filled and
+            returned
+        :param threads: number of threads; 0 is one for each core, but a single one in a child
+            process of multiprocessing
         :param errors: "raise" raises for the first frame that cannot be had; "mask" gives zeros for
             such frames, and (frames, mask) with True where one is missing
         """
@@ -359,7 +324,7 @@ class Recording(Sequence[Pixels]):
         if out is None:
             out = np.empty((len(numbers), *core.shape(format, scale, *crop)), np.uint8)
         missing = core.decode_many(
-            list(numbers), format, scale, *crop, out, thread_count(threads), errors == "mask"
+            list(numbers), format, scale, *crop, out, _thread_count(threads), errors == "mask"
         )
         if errors == "raise":
             return out
@@ -379,11 +344,13 @@ class Recording(Sequence[Pixels]):
     ) -> Iterator[Pixels]:
         """Frames one after the other, each an array of its own, decoded ahead by threads.
 
+        `indices`, `format`, `scale`, `crop` and `threads` are those of :meth:`frames`.
+
         :param ahead: how many frames are decoded before they are asked for, at most; two a thread
             if not given
         """
         view = self if indices is None else self._view(select(self._numbers, indices, self._path))
-        count = thread_count(threads)
+        count = _thread_count(threads)
         if ahead is None:
             ahead = 2 * count
         if ahead < 0:
@@ -411,13 +378,13 @@ class Recording(Sequence[Pixels]):
     # -- bytes
 
     def jpeg(self, index: int) -> bytes:
-        """The frame as it is stored."""
+        """The stored JPEG bytes of a frame."""
         return self._file.core.jpeg(self._number(index))
 
     def jpeg_view(self, index: int) -> memoryview:
-        """The same without a copy, read-only: a view of the mapped file.
+        """The stored JPEG bytes of a frame as a read-only view of the mapped file, without a copy.
 
-        It stays valid as long as it lives, also after close(). The process is killed (SIGBUS) if
+        The view stays valid after close(). The process is killed (SIGBUS) if
         another one makes the file shorter meanwhile, or if the disk cannot read it.
         """
         return self._file.core.jpeg_view(self._number(index))
@@ -428,7 +395,7 @@ class Recording(Sequence[Pixels]):
         numbers = self._numbers
         if isinstance(numbers, range):
             stop = numbers.stop if numbers.stop >= 0 else None
-            return values[numbers.start : stop : numbers.step] if len(numbers) else values[:0]
+            return values[slice(numbers.start, stop, numbers.step)] if len(numbers) else values[:0]
         return values[numbers]
 
     @property
@@ -442,17 +409,17 @@ class Recording(Sequence[Pixels]):
         and gives the capture times."""
         return self._column(self._file.once("times")[:, 1]).astype("datetime64[us]")
 
-    def index_at(
-        self, time: Time, side: Literal["nearest", "before", "after"] = "nearest"
-    ) -> int:
-        """Of the frame captured nearest to the time, or last at or before it, or first at or after.
+    def index_at(self, time: Time, side: Literal["nearest", "before", "after"] = "nearest") -> int:
+        """The index of a frame by its capture time.
 
-        Raises IndexError if there is none on that side. Of frames as near as each other, the
-        earlier one.
+        :param side: "nearest" is the frame captured nearest to `time`, of two as near the earlier
+            one; "before" the last at or before it; "after" the first at or after it
+        :raises IndexError: if there is none
         """
         wanted = to_microseconds(time)
         times = self._column(self._file.once("times")[:, 0])
         order = np.argsort(times, kind="stable")
+        order = order[np.searchsorted(times[order], 0) :]  # NaT comes first
         ordered = times[order]
         after = int(np.searchsorted(ordered, wanted, "left"))
         before = int(np.searchsorted(ordered, wanted, "right")) - 1
@@ -470,7 +437,7 @@ class Recording(Sequence[Pixels]):
         else:
             raise usage_error('side is "nearest", "before" or "after"', self._path)
         if not 0 <= at < len(ordered):
-            raise make_error(f"there is no frame {side} {to_time(wanted)}", _RANGE, self._path, None)
+            raise range_error(f"there is no frame {side} {to_time(wanted)}", self._path)
         return int(order[at])
 
     def between(self, start: Time, stop: Time) -> Recording:

@@ -1,4 +1,4 @@
-"""Checking, recovering, and a recording to try."""
+"""Checking and recovering recordings."""
 
 from __future__ import annotations
 
@@ -14,37 +14,45 @@ from ._times import Time, to_microseconds
 
 @dataclasses.dataclass(frozen=True)
 class Finding:
-    """Something that is wrong with a recording."""
+    """Something that is wrong with a recording.
 
-    #: "error": something cannot be had from it, or not as it was recorded; "warning": unusual.
+    Attributes:
+        severity: "error" if something cannot be read from it, or not as it was recorded, else
+            "warning"
+        frame: index of the first frame that it is about, or None
+        last_frame: index of the last one, if it is about several
+        offset: bytes from the start of the file, or None
+        text: what is wrong
+    """
+
     severity: Literal["error", "warning"]
-    #: The first frame it is about, if it is about any.
     frame: Optional[int]
-    #: The last one, if it is about several.
     last_frame: Optional[int]
-    #: Bytes from the start of the file.
     offset: Optional[int]
     text: str
 
 
 @dataclasses.dataclass(frozen=True)
 class RecoveryReport:
-    """What came back of a recording."""
+    """What came back of a recording.
 
-    #: Frames that the new recording has.
+    Attributes:
+        frames: number of frames in the new recording
+        frames_before: number of frames that there were, as far as can be told
+        losses: what is lost
+        notes: what is not lost but worth knowing
+    """
+
     frames: int
-    #: Frames that there were, as far as can be told.
     frames_before: int
-    #: What is lost, in words.
     losses: list[str]
-    #: What is not lost but worth knowing.
     notes: list[str]
 
 
 def verify(path: Path, decode: bool = False) -> list[Finding]:
     """Checks a recording for damage; an empty list if there is none.
 
-    :param decode: whether every frame is decoded as well
+    :param decode: decode every frame as well
     """
     return [Finding(*each) for each in _core.verify(os.fsencode(path), decode)]
 
@@ -62,10 +70,11 @@ def recover(
     """Makes a recording of what an interrupted or damaged one left, which stays as it is.
 
     :param leftover: the temporary file, PATH.tmp, or the damaged recording
-    :param device_id: instead of what the file says; an interrupted recording does not say it
-    :param start_time: rtv: the same; img: of the first frame, with a frame rate
+    :param device_id: identifier of the camera; an interrupted recording does not contain it
+    :param start_time: rtv: start time; img: capture time of the first frame, needs frame_rate
     :param frame_rate: img: frames a second, for frames whose times are lost
-    :param keep_damaged: whether pictures that are cut short are kept, too
+    :param keep_damaged: keep pictures that are cut short
+    :param overwrite: replace an existing file
     """
     options: dict[str, Any] = {"keep_damaged": keep_damaged}
     if device_id is not None:
@@ -80,27 +89,3 @@ def recover(
     return RecoveryReport(
         frames, before, [in_python(each) for each in losses], [in_python(each) for each in notes]
     )
-
-
-def undo_edit(path: Path) -> bool:
-    """Brings a recording back to what it was before an edit that was interrupted.
-
-    :return: whether there was one
-    """
-    return _core.undo_edit(os.fsencode(path))
-
-
-def sample(
-    path: Path,
-    frames: int = 50,
-    *,
-    width: int = 1280,
-    height: int = 800,
-    frame_rate: float = 30.0,
-    overwrite: bool = False,
-) -> None:
-    """Draws a drive on a country road, to have a recording to try.
-
-    The same arguments give the same bytes.
-    """
-    _core.sample(os.fsencode(path), frames, width, height, frame_rate, overwrite)

@@ -9,22 +9,22 @@ from typing import Any, Union
 import numpy as np
 from numpy.typing import NDArray
 
-#: datetime64, or an integer: microseconds since 1970-01-01 00:00:00 UTC.
+from ._errors import usage_error
+
 Time = Union[np.datetime64, int]
-#: timedelta64, timedelta, or an integer: microseconds.
 Duration = Union[np.timedelta64, datetime.timedelta, int]
 Times = NDArray[np.datetime64]
 
 
 def to_microseconds(time: Any) -> int:
-    """Microseconds since 1970. Raises ValueError for what is not exactly one."""
+    """Microseconds since 1970. Raises Error for what is not exactly one."""
     if isinstance(time, np.datetime64):
         return _exact(time, np.datetime64(0, "us"))
     return _integer(time, "a time is a numpy.datetime64 or an integer, microseconds since 1970")
 
 
 def duration_to_microseconds(duration: Any) -> int:
-    """Microseconds. Raises ValueError for what is not exactly one."""
+    """Microseconds. Raises Error for what is not exactly one."""
     if isinstance(duration, np.timedelta64):
         return _exact(duration, np.timedelta64(0, "us"))
     if isinstance(duration, datetime.timedelta):
@@ -41,10 +41,10 @@ def to_time(microseconds: int) -> np.datetime64:
 
 def _exact(value: Any, like: Any) -> int:
     if np.isnat(value):
-        raise ValueError("it is no time (NaT)")
+        raise usage_error("it is no time (NaT)")
     rounded = value.astype(like.dtype)
     if rounded != value:
-        raise ValueError(f"{value} is not a whole number of microseconds")
+        raise usage_error(f"{value} is not a whole number of microseconds")
     return int(rounded.astype(np.int64))
 
 
@@ -52,4 +52,4 @@ def _integer(value: Any, words: str) -> int:
     try:
         return operator.index(value)
     except TypeError:
-        raise ValueError(f"{words}, not {value!r}") from None
+        raise usage_error(f"{words}, not {value!r}") from None

@@ -4,16 +4,17 @@ from __future__ import annotations
 
 import json
 import os
-from collections.abc import Iterator, Mapping, MutableMapping
+from collections.abc import Mapping
 from types import TracebackType
 from typing import Any, Optional, Union
 
 import numpy as np
 
 from . import _core
-from ._errors import ClosedError
-from ._recording import Path, Recording, number_of, usage_error
-from ._times import Duration, Time, duration_to_microseconds, to_microseconds, to_time
+from ._errors import closed_error, usage_error
+from ._recording import Path, Recording
+from ._selection import number_of
+from ._times import Duration, Time, Times, duration_to_microseconds, to_microseconds, to_time
 
 #: Anything with the buffer protocol.
 Bytes = Union[bytes, bytearray, memoryview, "np.ndarray[Any, Any]"]
@@ -44,9 +45,10 @@ class Writer:
         tag: Optional[Mapping[str, int]] = None,
         can: Optional[Mapping[str, float]] = None,
     ) -> None:
-        """Adds a frame; the system has it when this returns.
+        """Adds a frame. It is handed to the operating system and survives the end of this process,
+        but not a power cut.
 
-        :param jpeg: a whole JPEG of the recording's size
+        :param jpeg: a whole JPEG of the recording's size, any contiguous buffer
         :param arrival_time: the capture time if not given; an rtv does not hold it
         :param tag: rtv: any of x, y, z, relative_distance, speed and direction, as stored
         :param can: rtv version 04: signals by name, as :attr:`Recording.can` has them
@@ -60,7 +62,8 @@ class Writer:
         self._core.add(jpeg, capture, arrival, values)
 
     def close(self) -> None:
-        """Finishes the recording: it is complete, on the disk and under its name."""
+        """Finishes the recording: it is complete, on the disk and under its name. May be called
+        again; add() afterwards raises ClosedError."""
         self._core.finish()
 
     def abandon(self) -> None:
@@ -90,6 +93,13 @@ def _text(value: Any) -> str:
     return str(value)
 
 
+def _json(value: Mapping[str, Any]) -> str:
+    try:
+        return json.dumps(value, allow_nan=False)
+    except ValueError as error:
+        raise usage_error(f"it is no JSON: {error}") from None
+
+
 def create(
     path: Path,
     *,
@@ -111,16 +121,20 @@ def create(
     end; left by an exception, nothing is under the name, and the frames stay for
     :func:`velmar_video.recover`.
 
-    :param width: pixels; those of the first frame if 0, as the height
-    :param device_id: of the camera; at most 24 bytes in an rtv
-    :param camera_params: img: what JSON can hold
-    :param extended_info: img: the same
+    :param width: pixels; that of the first frame if 0
+    :param height: pixels; that of the first frame if 0
+    :param device_id: identifier of the camera; at most 24 bytes in an rtv
+    :param camera_params: img: anything that JSON can express
+    :param extended_info: img: anything that JSON can express
     :param start_time: rtv: the first frame's capture time if not given
     :param start_position: rtv: longitude and latitude in degrees, altitude in metres
     :param version: rtv: "02", "03" or "04", which holds signals
     :param capacity: rtv: the most frames there can be, 65535 at most
-    :param overwrite: whether a file of the name, or what an interrupted recording left, may go
+    :param overwrite: replace an existing file and what an interrupted recording left
     """
+    longitude, latitude, _ = start_position
+    if not (-180 <= longitude <= 180 and -90 <= latitude <= 90):
+        raise usage_error("start_position is longitude, latitude and altitude", os.fsdecode(path))
     if not 0 <= width <= 65535 or not 0 <= height <= 65535:
         raise usage_error("width and height are 0 to 65535 pixels", os.fsdecode(path))
     if not 1 <= capacity <= 65535:
@@ -130,8 +144,8 @@ def create(
         "height": height,
         "device_id": bytes(device_id),
         "undistorted": undistorted,
-        "camera_params": json.dumps(camera_params or {}),
-        "extended_info": json.dumps(extended_info or {}),
+        "camera_params": _json(camera_params or {}),
+        "extended_info": _json(extended_info or {}),
         "start_time": 0 if start_time is None else to_microseconds(start_time),
         "start_position": start_position,
         "version": version,
@@ -139,31 +153,27 @@ def create(
     return Writer(path, description, capacity, overwrite)
 
 
-class FrameTimes(MutableMapping[int, np.datetime64]):
-    """The times of a recording's frames by their numbers, and those that are to be changed."""
+class FrameTimes:
+    """Times of a recording's frames by index, for :class:`Edit`: assign to an element to change it."""
 
-    def __init__(self, times: Any, path: str):
+    def __init__(self, edit: Edit, times: Times):
+        self._edit = edit
         self._times = times
-        self._path = path
-        self._changes: dict[int, int] = {}
+        self.changes: dict[int, int] = {}
 
     def __len__(self) -> int:
         return len(self._times)
 
-    def __iter__(self) -> Iterator[int]:
-        return iter(range(len(self._times)))
-
     def __getitem__(self, index: int) -> np.datetime64:
-        number = number_of(index, len(self._times), self._path)
-        changed = self._changes.get(number)
+        number = number_of(index, len(self._times), self._edit.path)
+        changed = self.changes.get(number)
         time: np.datetime64 = self._times[number] if changed is None else to_time(changed)
         return time
 
     def __setitem__(self, index: int, time: Time) -> None:
-        self._changes[number_of(index, len(self._times), self._path)] = to_microseconds(time)
-
-    def __delitem__(self, index: int) -> None:
-        raise usage_error("a frame has its times", self._path)
+        self._edit._check_open()
+        number = number_of(index, len(self._times), self._edit.path)
+        self.changes[number] = to_microseconds(time)
 
 
 class Edit:
@@ -179,14 +189,22 @@ class Edit:
                 "camera_params": recording.camera_params,
                 "extended_info": recording.extended_info,
             }
-            self._capture = FrameTimes(recording.capture_times, self._path)
-            self._arrival = FrameTimes(recording.arrival_times, self._path)
+            self._capture = FrameTimes(self, recording.capture_times)
+            self._arrival = FrameTimes(self, recording.arrival_times)
         self._changes: dict[str, Any] = {}
         self._is_over = False
 
-    def _set(self, name: str, value: Any, stored: Any) -> None:
+    @property
+    def path(self) -> str:
+        """Path as given to edit()."""
+        return self._path
+
+    def _check_open(self) -> None:
         if self._is_over:
-            raise ClosedError("the edit is over", path=self._path)
+            raise closed_error(self._path)
+
+    def _set(self, name: str, value: Any, stored: Any) -> None:
+        self._check_open()
         self._now[name] = value
         self._changes[name] = stored
 
@@ -210,7 +228,7 @@ class Edit:
 
     @property
     def start_time(self) -> np.datetime64:
-        """Of an rtv, whose frame times are relative to it: they move with it."""
+        """Start time; the times of all frames move with it. rtv only."""
         time: np.datetime64 = self._now["start_time"]
         return time
 
@@ -221,34 +239,35 @@ class Edit:
 
     @property
     def camera_params(self) -> dict[str, Any]:
-        """Of an img. Assign it as a whole: a change inside is not seen."""
+        """Camera parameters. Assign a new dict; changing the returned one does nothing. img only."""
         return dict(self._now["camera_params"])
 
     @camera_params.setter
     def camera_params(self, value: Mapping[str, Any]) -> None:
-        self._set("camera_params", dict(value), json.dumps(value))
+        self._set("camera_params", dict(value), _json(value))
 
     @property
     def extended_info(self) -> dict[str, Any]:
-        """Of an img. Assign it as a whole: a change inside is not seen."""
+        """Extended information. Assign a new dict, as for camera_params. img only."""
         return dict(self._now["extended_info"])
 
     @extended_info.setter
     def extended_info(self, value: Mapping[str, Any]) -> None:
-        self._set("extended_info", dict(value), json.dumps(value))
+        self._set("extended_info", dict(value), _json(value))
 
     @property
     def capture_times(self) -> FrameTimes:
-        """By the frames' numbers; assign to an element to change it."""
+        """Capture times by index; assign to an element to change it."""
         return self._capture
 
     @property
     def arrival_times(self) -> FrameTimes:
-        """The same of an img's arrival times."""
+        """Arrival times by index. img only."""
         return self._arrival
 
     def shift_times(self, delta: Duration) -> None:
         """Adds to all times of the recording. Not together with other changes of times."""
+        self._check_open()
         shift = self._changes.get("shift", 0) + duration_to_microseconds(delta)
         self._set("shift", shift, shift)
 
@@ -259,8 +278,10 @@ class Edit:
         self._is_over = True
         changes = dict(self._changes)
         for name, times in (("capture_times", self._capture), ("arrival_times", self._arrival)):
-            if times._changes:
-                changes[name] = times._changes
+            if times.changes:
+                changes[name] = times.changes
+        if "shift" in changes and changes.keys() & {"capture_times", "arrival_times", "start_time"}:
+            raise usage_error("shift_times() excludes other changes of times", self._path)
         if changes:
             _core.edit(os.fsencode(self._path), changes)
 
@@ -281,3 +302,35 @@ class Edit:
             self.close()
         else:
             self.discard()
+
+
+def edit(path: Path) -> Edit:
+    """Changes a recording in place, at the end of a with statement: all at once, or nothing.
+
+    Left by an exception, the file stays as it is. A power cut leaves the old or the new.
+    """
+    return Edit(path)
+
+
+def undo_edit(path: Path) -> bool:
+    """Brings a recording back to what it was before an edit that was interrupted.
+
+    :return: whether there was one
+    """
+    return _core.undo_edit(os.fsencode(path))
+
+
+def sample(
+    path: Path,
+    frames: int = 50,
+    *,
+    width: int = 1280,
+    height: int = 800,
+    frame_rate: float = 30.0,
+    overwrite: bool = False,
+) -> None:
+    """Draws a drive on a country road, to have a recording to try.
+
+    The same arguments give the same bytes.
+    """
+    _core.sample(os.fsencode(path), frames, width, height, frame_rate, overwrite)

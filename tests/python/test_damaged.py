@@ -7,7 +7,9 @@ import pytest
 import velmar_video as vv
 
 CORPUS = pathlib.Path(__file__).parents[2] / "fuzz/corpus"
-INPUTS = sorted(path for path in CORPUS.glob("*/*") if path.parent.name.startswith(("img_", "rtv_")))
+INPUTS = sorted(
+    path for path in CORPUS.glob("*/*") if path.parent.name.startswith(("img_", "rtv_"))
+)
 
 
 def read(path):

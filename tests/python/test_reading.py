@@ -43,14 +43,24 @@ def test_many_frames_are_the_single_ones(rec):
     assert np.array_equal(rec.frames(), singles)
     assert np.array_equal(rec.frames([3, -1, 3], threads=3), singles[[3, -1, 3]])
     assert np.array_equal(np.stack(list(rec)), singles)
-    assert np.array_equal(np.stack(list(rec.iterate(range(8, 2, -2), threads=2, ahead=1))), singles[8:2:-2])
+    assert np.array_equal(
+        np.stack(list(rec.iterate(range(8, 2, -2), threads=2, ahead=1))), singles[8:2:-2]
+    )
     assert np.array_equal(np.stack(rec.__getitems__([2, 5])), singles[[2, 5]])
     out = np.empty((2, 64, 96, 3), np.uint8)
     assert rec.frames([0, 1], out=out) is out and np.array_equal(out, singles[:2])
     assert rec.frames([]).shape == (0, 64, 96, 3)
 
 
-VIEWS = [slice(2, 9, 3), slice(None, None, -1), slice(9, 2, -4), slice(5, 2), [4, 0, -1], np.arange(12) % 3 == 0, range(1, 11, 2)]
+VIEWS = [
+    slice(2, 9, 3),
+    slice(None, None, -1),
+    slice(9, 2, -4),
+    slice(5, 2),
+    [4, 0, -1],
+    np.arange(12) % 3 == 0,
+    range(1, 11, 2),
+]
 
 
 @pytest.mark.parametrize("chosen", VIEWS, ids=str)
@@ -65,8 +75,15 @@ def test_views_are_over_the_chosen_frames(rec, chosen):
 
 
 def test_facts_and_columns_are_those_of_the_tool(path, rec):
-    info = json.loads(subprocess.run([TOOL, "info", path, "--json"], check=True, capture_output=True).stdout)
-    assert (rec.width, rec.height, rec.container, rec.path) == (96, 64, info["container"], str(path))
+    info = json.loads(
+        subprocess.run([TOOL, "info", path, "--json"], check=True, capture_output=True).stdout
+    )
+    assert (rec.width, rec.height, rec.container, rec.path) == (
+        96,
+        64,
+        info["container"],
+        str(path),
+    )
     assert rec.device_id.hex() == info["device_id"] and rec.undistorted is True
     frames = shown(path)
     assert rec.capture_times.astype(np.int64).tolist() == [f["sensor_time_us"] for f in frames]
@@ -77,7 +94,9 @@ def test_facts_and_columns_are_those_of_the_tool(path, rec):
         return
     for name in rec.tags.dtype.names:
         assert rec.tags[name].tolist() == [f[name] for f in frames]
-    assert np.allclose(rec.positions[:, :2], [(f["lng_deg"], f["lat_deg"]) for f in frames], atol=1e-9, rtol=0)
+    assert np.allclose(
+        rec.positions[:, :2], [(f["lng_deg"], f["lat_deg"]) for f in frames], atol=1e-9, rtol=0
+    )
     assert np.allclose(rec.speed, [f["speed_m_s"] for f in frames], atol=1e-9)
     for name, values in rec.can.items():
         for value, frame in zip(values, frames):
@@ -89,7 +108,12 @@ def test_facts_and_columns_are_those_of_the_tool(path, rec):
 def test_frames_are_found_by_time(rec):
     times = rec.capture_times
     for i in (0, 7, 11):
-        assert rec.index_at(times[i]) == rec.index_at(times[i], "before") == rec.index_at(times[i], "after") == i
+        assert (
+            rec.index_at(times[i])
+            == rec.index_at(times[i], "before")
+            == rec.index_at(times[i], "after")
+            == i
+        )
     assert rec.index_at(times[3] + np.timedelta64(1, "us"), "before") == 3
     assert rec.index_at(times[3] + np.timedelta64(1, "us"), "after") == 4
     assert rec.index_at(times[4] - np.timedelta64(1, "us")) == 4
@@ -132,11 +156,28 @@ BAD_USES = {
     "threads": (ValueError, lambda rec: rec.frames(threads=-1)),
     "float time": (ValueError, lambda rec: rec.index_at(1.5)),
     "NaT": (ValueError, lambda rec: rec.index_at(np.datetime64("NaT"))),
-    "out of another shape": (ValueError, lambda rec: rec.frame(0, out=np.empty((64, 96), np.uint8))),
-    "out of another type": (ValueError, lambda rec: rec.frame(0, out=np.empty((64, 96, 3), np.int8))),
-    "out with strides": (ValueError, lambda rec: rec.frame(0, out=np.empty((64, 192, 3), np.uint8)[:, ::2])),
-    "out that is read-only": (ValueError, lambda rec: rec.frame(0, out=np.frombuffer(bytes(64 * 96 * 3), np.uint8).reshape(64, 96, 3))),
-    "out of another number": (ValueError, lambda rec: rec.frames([0, 1], out=np.empty((3, 64, 96, 3), np.uint8))),
+    "out of another shape": (
+        ValueError,
+        lambda rec: rec.frame(0, out=np.empty((64, 96), np.uint8)),
+    ),
+    "out of another type": (
+        ValueError,
+        lambda rec: rec.frame(0, out=np.empty((64, 96, 3), np.int8)),
+    ),
+    "out with strides": (
+        ValueError,
+        lambda rec: rec.frame(0, out=np.empty((64, 192, 3), np.uint8)[:, ::2]),
+    ),
+    "out that is read-only": (
+        ValueError,
+        lambda rec: rec.frame(
+            0, out=np.frombuffer(bytes(64 * 96 * 3), np.uint8).reshape(64, 96, 3)
+        ),
+    ),
+    "out of another number": (
+        ValueError,
+        lambda rec: rec.frames([0, 1], out=np.empty((3, 64, 96, 3), np.uint8)),
+    ),
 }
 
 
@@ -154,7 +195,13 @@ def test_a_closed_recording_is_an_exception(path):
     rec.close()
     rec.close()
     assert view.closed
-    for use in (lambda: rec[0], lambda: view.frames(), lambda: rec.capture_times, lambda: rec.jpeg_view(0), lambda: next(rec.iterate(ahead=0))):
+    for use in (
+        lambda: rec[0],
+        lambda: view.frames(),
+        lambda: rec.capture_times,
+        lambda: rec.jpeg_view(0),
+        lambda: next(rec.iterate(ahead=0)),
+    ):
         with pytest.raises(vv.ClosedError):
             use()
 
@@ -164,7 +211,10 @@ def test_files_that_do_not_open_say_why(drives, tmp_path):
     cut.write_bytes((drives / "drive.img").read_bytes()[:5000])
     with pytest.raises(FileNotFoundError) as missing:
         vv.open(tmp_path / "none.rtv")
-    assert missing.value.code == "VELMAR_ERROR_CODE_FILE_NOT_EXIST_E" and missing.value.path.endswith("none.rtv")
+    assert (
+        missing.value.code == "VELMAR_ERROR_CODE_FILE_NOT_EXIST_E"
+        and missing.value.path.endswith("none.rtv")
+    )
     with pytest.raises(vv.Error, match="VIDEO_NOT_COMPLETE"):
         vv.open(cut)
     assert pickle.loads(pickle.dumps(missing.value)).path == missing.value.path

@@ -13,9 +13,15 @@ def copied(source, target, **options):
             extra = {}
             if source.container == "rtv" and str(target).endswith(".rtv"):
                 tag = source.tags[i]
-                signals = {name: values[i] for name, values in source.can.items() if values[i] is not np.ma.masked}
+                signals = {
+                    name: values[i]
+                    for name, values in source.can.items()
+                    if values[i] is not np.ma.masked
+                }
                 extra = {"tag": {name: tag[name] for name in tag.dtype.names}, "can": signals}
-            writer.add(source.jpeg_view(i), source.capture_times[i], source.arrival_times[i], **extra)
+            writer.add(
+                source.jpeg_view(i), source.capture_times[i], source.arrival_times[i], **extra
+            )
     return vv.open(target)
 
 
@@ -25,12 +31,16 @@ def test_what_is_written_is_read(rec, tmp_path, ending):
     assert [copy.jpeg(i) for i in range(12)] == [rec.jpeg(i) for i in range(12)]
     assert (copy.width, copy.height, copy.undistorted) == (96, 64, True)
     exact = 1 if ending == "img" else 1000  # an rtv holds milliseconds
-    assert np.array_equal(copy.capture_times.astype(int) // exact, rec.capture_times.astype(int) // exact)
+    assert np.array_equal(
+        copy.capture_times.astype(int) // exact, rec.capture_times.astype(int) // exact
+    )
     assert vv.verify(copy.path, decode=True) == []
     if ending == rec.container == "rtv":
         assert np.array_equal(copy.tags, rec.tags)
         for name, values in rec.can.items():
-            assert np.ma.allequal(copy.can[name], values) and np.array_equal(copy.can[name].mask, values.mask)
+            assert np.ma.allequal(copy.can[name], values) and np.array_equal(
+                copy.can[name].mask, values.mask
+            )
 
 
 @pytest.mark.parametrize("ending", ["img", "rtv"])
@@ -123,7 +133,9 @@ def test_many_recordings_are_one_sequence(drives, tmp_path):
     assert many.locate(-1) == (str(drives / "drive.rtv"), 11)
     assert many.jpeg(25) == vv.open(paths[2]).jpeg(1)
     view = many[5::100][::-1]
-    assert [view.locate(i) for i in range(len(view))] == [many.locate(i) for i in range(5, len(many), 100)][::-1]
+    assert [view.locate(i) for i in range(len(view))] == [
+        many.locate(i) for i in range(5, len(many), 100)
+    ][::-1]
     import pickle
 
     again = pickle.loads(pickle.dumps(view))

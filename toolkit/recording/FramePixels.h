@@ -18,6 +18,8 @@ struct PixelForm {
   SCALE_FACTOR_E scale = SCALE_FACTOR_1_1_E;
   unsigned short cropTop = 0;     ///< rows, before scaling
   unsigned short cropBottom = 0;  ///< rows, before scaling
+
+  bool operator==(const PixelForm&) const = default;
 };
 
 /// Decodes frames of a recording. One for each thread; they may share the recording once its

@@ -9,14 +9,9 @@
 
 namespace velmar::toolkit {
 
-namespace {
-
-bool isSame(const PixelForm& one, const PixelForm& other) {
-  return one.format == other.format && one.scale == other.scale && one.cropTop == other.cropTop &&
-         one.cropBottom == other.cropBottom;
-}
-
-}  // namespace
+FrameFailure::FrameFailure(const std::string& path, unsigned int index, const FrameFlaw& flaw)
+    : Failure(path, "frame " + std::to_string(index) + ": " + flaw.words, flaw.code),
+      index_(index) {}
 
 SharedRecording::SharedRecording(const std::string& path)
     : recording_(path), description_(recording_.description()) {
@@ -27,7 +22,7 @@ SharedRecording::Decoder SharedRecording::take(const PixelForm& form) {
   {
     const std::lock_guard lock(mutex_);
     const auto found = std::find_if(idle_.begin(), idle_.end(),
-                                    [&](const Decoder& each) { return isSame(each.form, form); });
+                                    [&](const Decoder& each) { return each.form == form; });
     if (found != idle_.end()) {
       Decoder decoder = std::move(*found);
       idle_.erase(found);
@@ -58,10 +53,24 @@ FrameFlaw SharedRecording::decode(unsigned int index, const PixelForm& form, std
   return flaw;
 }
 
+std::vector<FrameTimes> SharedRecording::times() const {
+  const std::lock_guard lock(mutex_);
+  std::vector<FrameTimes> times(recording_.framesCount());
+  for (unsigned int i = 0; i < times.size(); ++i) times[i] = recording_.times(i);
+  return times;
+}
+
+std::vector<FrameTag> SharedRecording::tags() const {
+  const std::lock_guard lock(mutex_);
+  std::vector<FrameTag> tags(recording_.framesCount());
+  for (unsigned int i = 0; i < tags.size(); ++i) tags[i] = recording_.tag(i);
+  return tags;
+}
+
 std::string SharedRecording::jpeg(unsigned int index) const {
   std::string bytes;
-  if (FrameFlaw flaw = readFrameBytes(recording_, index, bytes)) {
-    throw FrameError{recording_.path(), index, std::move(flaw)};
+  if (const FrameFlaw flaw = readFrameBytes(recording_, index, bytes)) {
+    throw FrameFailure(recording_.path(), index, flaw);
   }
   return bytes;
 }
@@ -69,13 +78,13 @@ std::string SharedRecording::jpeg(unsigned int index) const {
 const FilePlace& SharedRecording::place(unsigned int index) const {
   const FilePlace& place = recording_.places().at(index);
   if (recording_.file().contains(place.offset, place.size)) return place;
-  throw FrameError{recording_.path(), index, FrameFlaw(VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E)};
+  throw FrameFailure(recording_.path(), index, FrameFlaw(VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E));
 }
 
 std::vector<std::pair<std::size_t, FrameFlaw>> decodeMany(SharedRecording& recording,
                                                           const std::vector<unsigned int>& frames,
                                                           const PixelForm& form,
-                                                          unsigned int threads, bool stopsAtFlaw,
+                                                          unsigned int threads, OnFlaw onFlaw,
                                                           std::uint8_t* pixels) {
   const std::size_t size = recording.geometry(form).size();
   std::vector<std::pair<std::size_t, FrameFlaw>> flaws;
@@ -88,7 +97,7 @@ std::vector<std::pair<std::size_t, FrameFlaw>> decodeMany(SharedRecording& recor
         FrameFlaw flaw = recording.decode(frames[i], form, pixels + i * size);
         if (!flaw) continue;
         std::memset(pixels + i * size, 0, size);
-        if (stopsAtFlaw) next = frames.size();
+        if (onFlaw == OnFlaw::Stop) next = frames.size();
         const std::lock_guard lock(mutex);
         flaws.emplace_back(i, std::move(flaw));
       }

@@ -6,19 +6,25 @@
 #include <string>
 #include <vector>
 
+#include "toolkit/base/Failure.h"
 #include "toolkit/recording/FramePixels.h"
 #include "toolkit/recording/Recording.h"
 
 namespace velmar::toolkit {
 
-/// A frame that cannot be had.
-struct FrameError {
-  std::string path;
-  unsigned int index;
-  FrameFlaw flaw;
+/// A frame that cannot be read or decoded.
+class FrameFailure : public Failure {
+ public:
+  FrameFailure(const std::string& path, unsigned int index, const FrameFlaw& flaw);
+
+  unsigned int index() const { return index_; }
+
+ private:
+  unsigned int index_;
 };
 
-/// An open recording for several threads. Decoders are kept for the next frame of the same form.
+/// An open recording for several threads: all members may be called at the same time. Decoders are
+/// kept for the next frame of the same form.
 class SharedRecording {
  public:
   /// Throws Failure.
@@ -26,15 +32,16 @@ class SharedRecording {
 
   const Recording& recording() const { return recording_; }
   const RecordingDescription& description() const { return description_; }
-  /// For calls that are not for several threads.
-  std::mutex& mutex() const { return mutex_; }
-
   /// Throws Failure if the form leaves nothing of the pictures.
   detail::ImageGeometry geometry(const PixelForm& form);
+  /// As FramePixels::read().
   FrameFlaw decode(unsigned int index, const PixelForm& form, std::uint8_t* pixels);
-  /// Throws FrameError.
+  std::vector<FrameTimes> times() const;
+  /// Of an rtv.
+  std::vector<FrameTag> tags() const;
+  /// Throws FrameFailure.
   std::string jpeg(unsigned int index) const;
-  /// Where the frame's bytes are in the file. Throws FrameError if they are not.
+  /// Where the frame's bytes are in the file. Throws FrameFailure if they are not.
   const FilePlace& place(unsigned int index) const;
 
  private:
@@ -52,12 +59,15 @@ class SharedRecording {
   std::vector<Decoder> idle_;
 };
 
-/// Decodes frames one behind the other into `pixels`, `threads` at a time.
-/// \return the flaws of those that cannot be had, which are zeros then
+enum class OnFlaw { Stop, Continue };
+
+/// Decodes frames by several threads into `pixels`, geometry(form).size() bytes for each.
+/// \return the places in `frames` of those that cannot be had, ascending, and what is wrong; their
+///         pixels are zeros. With OnFlaw::Stop those behind may not be decoded.
 std::vector<std::pair<std::size_t, FrameFlaw>> decodeMany(SharedRecording& recording,
                                                           const std::vector<unsigned int>& frames,
                                                           const PixelForm& form,
-                                                          unsigned int threads, bool stopsAtFlaw,
+                                                          unsigned int threads, OnFlaw onFlaw,
                                                           std::uint8_t* pixels);
 
 }  // namespace velmar::toolkit
