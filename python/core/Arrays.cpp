@@ -1,4 +1,5 @@
 #include "core/Arrays.h"
+#include "core/WithoutGil.h"
 
 #include <cstring>
 
@@ -25,7 +26,7 @@ py::dtype tagType() {
 }
 
 std::vector<toolkit::FrameTag> readTags(const toolkit::SharedRecording& recording) {
-  const py::gil_scoped_release release;
+  const WithoutGil release;
   return recording.tags();
 }
 
@@ -52,7 +53,7 @@ const char* typeOf(CanFieldType type) {
 py::array_t<std::int64_t> timesOf(const toolkit::SharedRecording& recording) {
   std::vector<toolkit::FrameTimes> times;
   {
-    const py::gil_scoped_release release;
+    const WithoutGil release;
     times = recording.times();
   }
   py::array_t<std::int64_t> array({times.size(), std::size_t{2}});
@@ -74,13 +75,11 @@ py::array tagsOf(const toolkit::SharedRecording& recording) {
   return array;
 }
 
+// With the GIL: there may be one Track at a time.
 py::array_t<double> positionsOf(const toolkit::SharedRecording& recording) {
-  static std::mutex oneTrackAtATime;
   const auto tags = readTags(recording);
   py::array_t<double> positions({tags.size(), std::size_t{3}});
   double* out = positions.mutable_data();
-  const py::gil_scoped_release release;
-  const std::lock_guard lock(oneTrackAtATime);
   const toolkit::Track track(recording.recording());
   for (const toolkit::FrameTag& tag : tags) {
     const toolkit::Place place = track.at(tag);

@@ -35,11 +35,18 @@ void registerErrors() {
       raise(failure.words(), failure.code(), failure.file(), py::none());
     } catch (const toolkit::UsageError& error) {
       raise(error.what(), VELMAR_ERROR_CODE_INVALID_PARAMETER_E, "", py::none());
+    } catch (const py::cast_error&) {
+      raise("an argument has a wrong type or is out of its range",
+            VELMAR_ERROR_CODE_INVALID_PARAMETER_E, "", py::none());
     }
   });
 }
 
 void throwUsage(const std::string& words) { throw toolkit::UsageError(words); }
+
+void checkDeviceId(const std::string& id) {
+  if (id.size() > kRtvDeviceIdSize) throwUsage("an rtv's device_id has 24 bytes at most");
+}
 
 void throwClosed(const std::string& path) {
   throw toolkit::Failure(path, "it is closed", VELMAR_ERROR_CODE_NOT_INIT_E);

@@ -10,6 +10,8 @@ void registerErrors();
 
 /// An argument that cannot be, ValueError in Python.
 [[noreturn]] void throwUsage(const std::string& words);
+/// Of an rtv.
+void checkDeviceId(const std::string& id);
 /// Something that was closed before.
 [[noreturn]] void throwClosed(const std::string& path);
 

@@ -1,11 +1,15 @@
 #include "core/FileHandle.h"
 
 #include <pybind11/stl.h>
+#include <sys/stat.h>
 
+#include <chrono>
 #include <map>
 
 #include "core/Arrays.h"
 #include "core/Errors.h"
+#include "core/PythonJob.h"
+#include "core/WithoutGil.h"
 #include "toolkit/base/Failure.h"
 #include "toolkit/text/JsonText.h"
 
@@ -63,6 +67,27 @@ std::uint8_t* pixelsOf(const py::array& out, const std::vector<py::ssize_t>& sha
   return static_cast<std::uint8_t*>(const_cast<void*>(out.data()));
 }
 
+// What is mapped behind the end of the file would end the process.
+void checkLength(const toolkit::FileBytes& file, std::uint64_t length) {
+  struct stat status {};
+  if (::fstat(file.descriptor(), &status) == 0 &&
+      static_cast<std::uint64_t>(status.st_size) >= length) {
+    return;
+  }
+  throw toolkit::Failure(file.path(), "it has become shorter since it was opened",
+                         VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
+}
+
+// Asks for signals now and then: it has to wait for the GIL.
+std::function<void()> pollSignals() {
+  using Clock = std::chrono::steady_clock;
+  return [last = Clock::now()]() mutable {
+    if (Clock::now() - last < std::chrono::milliseconds(100)) return;
+    throwSignals();
+    last = Clock::now();
+  };
+}
+
 py::object startPosition(const toolkit::SharedRecording& recording) {
   TaggedVideoParser* const parser = recording.recording().parser();
   if (parser == nullptr) return py::none();
@@ -86,7 +111,7 @@ py::buffer_info FileMap::buffer() const {
 }
 
 FileHandle::FileHandle(const std::string& path) : path_(path) {
-  const py::gil_scoped_release release;
+  const WithoutGil release;
   recording_ = std::make_shared<toolkit::SharedRecording>(path);
 }
 
@@ -147,7 +172,7 @@ void FileHandle::decode(unsigned int index, const std::string& format, const std
   std::uint8_t* const pixels = pixelsOf(out, shapeOf(recording->geometry(form)));
   toolkit::FrameFlaw flaw;
   {
-    const py::gil_scoped_release release;
+    const WithoutGil release;
     flaw = recording->decode(index, form, pixels);
   }
   if (flaw) throw toolkit::FrameFailure(path_, index, flaw);
@@ -164,9 +189,10 @@ std::vector<std::size_t> FileHandle::decodeMany(const std::vector<unsigned int>&
   std::uint8_t* const pixels = pixelsOf(out, shape);
   std::vector<std::pair<std::size_t, toolkit::FrameFlaw>> flaws;
   {
-    const py::gil_scoped_release release;
+    const WithoutGil release;
     flaws = toolkit::decodeMany(*recording, indices, form, threads,
-                                masks ? toolkit::OnFlaw::Continue : toolkit::OnFlaw::Stop, pixels);
+                                masks ? toolkit::OnFlaw::Continue : toolkit::OnFlaw::Stop, pixels,
+                                pollSignals());
   }
   if (!masks && !flaws.empty()) {
     throw toolkit::FrameFailure(path_, indices[flaws.front().first], flaws.front().second);
@@ -181,7 +207,7 @@ py::bytes FileHandle::jpeg(unsigned int index) const {
   const auto recording = opened();
   std::string bytes;
   {
-    const py::gil_scoped_release release;
+    const WithoutGil release;
     bytes = recording->jpeg(index);
   }
   return bytes;
@@ -190,6 +216,7 @@ py::bytes FileHandle::jpeg(unsigned int index) const {
 py::object FileHandle::jpegView(unsigned int index) {
   const auto recording = opened();
   const toolkit::FilePlace& place = recording->place(index);
+  checkLength(recording->recording().file(), place.end());
   if (!view_) {
     const py::object map = py::cast(std::make_unique<FileMap>(recording->recording().file()));
     view_ = py::reinterpret_steal<py::object>(PyMemoryView_FromObject(map.ptr()));

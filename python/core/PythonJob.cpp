@@ -12,26 +12,25 @@ namespace {
 
 class PythonStage final : public toolkit::Job::Stage {
  public:
-  explicit PythonStage(bool& isStopped) : isStopped_(isStopped) {}
-
   void advance(std::size_t /*done*/) override {}
   bool stopRequested() override {
-    const py::gil_scoped_acquire acquire;
-    isStopped_ = isStopped_ || PyErr_CheckSignals() != 0;
-    return isStopped_;
+    throwSignals();
+    return false;
   }
   // Only streams are waited for, which the package does not record.
-  bool waitReadable(int /*fd*/) override { return !stopRequested(); }
-
- private:
-  bool& isStopped_;
+  bool waitReadable(int /*fd*/) override { return true; }
 };
 
 }  // namespace
 
+void throwSignals() {
+  const py::gil_scoped_acquire acquire;
+  if (PyErr_CheckSignals() != 0) throw py::error_already_set();
+}
+
 std::unique_ptr<toolkit::Job::Stage> PythonJob::begin(const std::string& /*name*/,
                                                       std::size_t /*total*/) {
-  return std::make_unique<PythonStage>(isStopped_);
+  return std::make_unique<PythonStage>();
 }
 
 void PythonJob::lose(const std::string& what, const std::string& words) {
@@ -44,10 +43,6 @@ void PythonJob::loseRest(const std::string& what, std::size_t done, std::size_t 
 
 void PythonJob::note(const std::string& what, const std::string& words) {
   notes_.push_back(toolkit::printable(what + ": " + words));
-}
-
-void PythonJob::throwIfStopped() const {
-  if (isStopped_) throw py::error_already_set();
 }
 
 }  // namespace velmar::python

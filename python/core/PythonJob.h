@@ -9,7 +9,12 @@
 
 namespace velmar::python {
 
-/// Collects what work without the GIL has to tell, and stops it for Python's signals.
+/// Throws the exception that a Python signal handler raises, such as KeyboardInterrupt. To be
+/// called without the GIL.
+void throwSignals();
+
+/// Collects what work without the GIL has to tell. A signal ends it by throwSignals(), so that
+/// nothing half done gets a name.
 class PythonJob final : public toolkit::Job {
  public:
   std::unique_ptr<Stage> begin(const std::string& name, std::size_t total) override;
@@ -19,13 +24,10 @@ class PythonJob final : public toolkit::Job {
 
   const std::vector<std::string>& losses() const { return losses_; }
   const std::vector<std::string>& notes() const { return notes_; }
-  /// Throws the exception of the signal that has stopped the work, if there was one.
-  void throwIfStopped() const;
 
  private:
   std::vector<std::string> losses_;
   std::vector<std::string> notes_;
-  bool isStopped_ = false;
 };
 
 }  // namespace velmar::python

@@ -6,8 +6,10 @@
 
 #include "core/Errors.h"
 #include "core/PythonJob.h"
+#include "core/WithoutGil.h"
 #include "toolkit/editing/EditPlan.h"
 #include "toolkit/editing/SampleDrive.h"
+#include "toolkit/recording/OpenFailure.h"
 #include "toolkit/rescue/RecoverFrames.h"
 #include "toolkit/rescue/Recovery.h"
 #include "toolkit/rescue/Verification.h"
@@ -53,7 +55,7 @@ toolkit::EditRequest requestOf(const py::dict& changes) {
 
 void edit(const std::string& path, const py::dict& changes) {
   const toolkit::EditRequest request = requestOf(changes);
-  const py::gil_scoped_release release;
+  const WithoutGil release;
   PythonJob job;
   toolkit::editRecording(path, request, job);
 }
@@ -61,7 +63,8 @@ void edit(const std::string& path, const py::dict& changes) {
 py::list verify(const std::string& path, bool decode) {
   std::vector<toolkit::Finding> findings;
   {
-    const py::gil_scoped_release release;
+    const WithoutGil release;
+    if (const auto failure = toolkit::pathFailure(path)) throw toolkit::Failure(*failure);
     toolkit::verify(path, decode, [&](const auto& finding) { findings.push_back(finding); });
   }
   py::list list;
@@ -81,13 +84,14 @@ py::tuple recover(const std::string& leftover, const std::string& output, const 
   request.times.startTime = request.startTime.value_or(0);
   request.keepDamaged = value<bool>(options, "keep_damaged").value_or(false);
   const auto deviceId = value<std::string>(options, "device_id");
+  if (deviceId && toolkit::isRtvPath(output)) checkDeviceId(*deviceId);
   request.describe = [&](toolkit::RecordingDescription& description) {
     if (deviceId) description.deviceId = *deviceId;
   };
   PythonJob job;
   toolkit::Recovered recovered;
   {
-    const py::gil_scoped_release release;
+    const WithoutGil release;
     toolkit::checkExtension(output);
     toolkit::checkLeftoverName(leftover, output);
     const std::vector<std::string> inputs{leftover, leftover + ".index"};
@@ -95,12 +99,11 @@ py::tuple recover(const std::string& leftover, const std::string& output, const 
     const toolkit::ReservedOutput reserved(toolkit::recoveringPath(output), inputs, true);
     recovered = toolkit::recoverRecording(request, job);
   }
-  job.throwIfStopped();
   return py::make_tuple(recovered.frames, recovered.framesCount, job.losses(), job.notes());
 }
 
 bool undoEdit(const std::string& path) {
-  const py::gil_scoped_release release;
+  const WithoutGil release;
   const toolkit::FileLock lock(path, toolkit::FileLock::Kind::Edit);
   return toolkit::undoEdit(path, lock) != toolkit::UndoState::None;
 }
@@ -113,13 +116,12 @@ void sample(const std::string& path, unsigned int frames, unsigned int width, un
   }
   PythonJob job;
   {
-    const py::gil_scoped_release release;
+    const WithoutGil release;
     toolkit::checkExtension(path);
     const toolkit::ReservedOutput reserved(path, {}, overwrite);
     toolkit::recordSample({frames, {static_cast<int>(width), static_cast<int>(height)}, rate}, path,
                           job);
   }
-  job.throwIfStopped();
 }
 
 }  // namespace velmar::python

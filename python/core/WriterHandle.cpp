@@ -6,6 +6,7 @@
 #include <tuple>
 
 #include "core/Errors.h"
+#include "core/WithoutGil.h"
 #include "toolkit/jpeg/JpegInspector.h"
 #include "toolkit/recording/Recording.h"
 
@@ -49,7 +50,7 @@ void checkHeld(const toolkit::RecordingDescription& description, bool isRtv) {
   if (!isRtv) return;
   if (description.cameraParams != "{}") throwUsage("an rtv holds no camera_params");
   if (description.extendedInfo != "{}") throwUsage("an rtv holds no extended_info");
-  if (description.deviceId.size() > kRtvDeviceIdSize) throwUsage("an rtv's device_id has 24 bytes");
+  checkDeviceId(description.deviceId);
   if (isVersion02 && description.undistorted) throwUsage("version 02 of rtv has no undistorted");
   if (isVersion02 && description.alt != 0) throwUsage("version 02 of rtv holds no altitude");
 }
@@ -78,7 +79,8 @@ WriterHandle::WriterHandle(const std::string& path, const py::dict& description,
 }
 
 void WriterHandle::open() {
-  writer_.emplace(path_, description_, capacity_, toolkit::RecordingWriter::OnFailure::KeepFrames);
+  writer_.emplace(path_, description_, capacity_,
+                  toolkit::RecordingWriter::OnFailure::KeepTemporary);
 }
 
 void WriterHandle::add(const py::buffer& jpeg, std::uint64_t captureTime, std::uint64_t arrivalTime,
@@ -91,7 +93,7 @@ void WriterHandle::add(const py::buffer& jpeg, std::uint64_t captureTime, std::u
       throwUsage("a frame of " + path_ + " has no value \"" + name + "\"");
     if (!column->second(values, text)) throwUsage(name + " cannot be " + text);
   }
-  const py::gil_scoped_release release;
+  const WithoutGil release;
   const std::lock_guard lock(mutex_);
   if (isOver_) throwClosed(path_);
   const auto size = toolkit::JpegInspector().size(bytes);
@@ -110,13 +112,16 @@ void WriterHandle::add(const py::buffer& jpeg, std::uint64_t captureTime, std::u
     description_.startTime = captureTime / toolkit::kMillisecond * toolkit::kMillisecond;
   }
   if (isRtv) toolkit::checkRtvTimes(path_, description_, {{captureTime, captureTime}});
+  if (isRtv && frames_ == capacity_) {
+    throwUsage("the recording has no room for more than " + std::to_string(capacity_) + " frames");
+  }
   if (!writer_) open();
   writer_->add(bytes, {captureTime, arrivalTime}, values);
   ++frames_;
 }
 
 void WriterHandle::finish() {
-  const py::gil_scoped_release release;
+  const WithoutGil release;
   const std::lock_guard lock(mutex_);
   if (isOver_) return;
   isOver_ = true;
@@ -127,7 +132,7 @@ void WriterHandle::finish() {
 }
 
 void WriterHandle::abandon() {
-  const py::gil_scoped_release release;
+  const WithoutGil release;
   const std::lock_guard lock(mutex_);
   isOver_ = true;
   if (writer_ && frames_ > 0) writer_->abandon();

@@ -10,7 +10,8 @@ from collections.abc import Iterable
 
 from ._errors import ClosedError, Error
 from ._many import Recordings
-from ._recording import Path, Recording
+from ._arguments import Path
+from ._recording import Recording
 from ._rescue import Finding, RecoveryReport, recover, verify
 from ._writing import Edit, FrameTimes, Writer, create, edit, sample, undo_edit
 

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import errno
 import re
 from typing import Optional
 
@@ -33,16 +34,25 @@ class Error(Exception):
         return type(self), (self.message, self.code, self.path, self.index)
 
 
-class _NotFoundError(Error, FileNotFoundError):
-    pass
+class _FileError(Error, OSError):
+    number: int
+
+    def __init__(self, message: str, code: str = "", path: str = "", index: Optional[int] = None):
+        super().__init__(message, code, path, index)
+        self.errno = self.number
+        self.filename = path
 
 
-class _ExistsError(Error, FileExistsError):
-    pass
+class _NotFoundError(_FileError, FileNotFoundError):
+    number = errno.ENOENT
 
 
-class _PermissionError(Error, PermissionError):
-    pass
+class _ExistsError(_FileError, FileExistsError):
+    number = errno.EEXIST
+
+
+class _PermissionError(_FileError, PermissionError):
+    number = errno.EACCES
 
 
 class _RangeError(Error, IndexError):

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import bisect
 import collections
 import itertools
 import os
@@ -10,12 +11,12 @@ from types import TracebackType
 from typing import Any, Optional, Union, overload
 
 import numpy as np
-from numpy.typing import NDArray
 
 from . import _forks
-from ._errors import closed_error
-from ._recording import Format, Path, Pixels, Recording, Scale
-from ._selection import Indices, number_of, select
+from ._arguments import Path, to_path
+from ._errors import closed_error, usage_error
+from ._recording import Format, Pixels, Recording, Scale
+from ._selection import Index, Indices, number_of, select
 
 _MOST_OPEN = 64
 
@@ -27,7 +28,7 @@ class _Files:
         self.paths = paths
         self._lock = _forks.Lock()
         self._open: collections.OrderedDict[int, Recording] = collections.OrderedDict()
-        self._starts: Optional[NDArray[np.int64]] = None
+        self._starts = [0]  # where the frames of each begin, as far as they are counted
         self.is_closed = False
 
     def recording(self, number: int) -> Recording:
@@ -48,13 +49,33 @@ class _Files:
             self.is_closed = True
             self._open.clear()
 
-    def starts(self) -> NDArray[np.int64]:
-        """Where the frames of each begin, and the number of all."""
+    def count(self) -> int:
+        """Of all frames."""
         with self._lock:
-            if self._starts is None:
-                counts = [len(self.recording(number)) for number in range(len(self.paths))]
-                self._starts = np.cumsum([0, *counts], dtype=np.int64)
-            return self._starts
+            while len(self._starts) <= len(self.paths):
+                self._count_next()
+            return self._starts[-1]
+
+    def place(self, number: int) -> tuple[int, int]:
+        """The file of a frame and its number there."""
+        with self._lock:
+            while self._starts[-1] <= number:
+                self._count_next()
+            file = bisect.bisect_right(self._starts, number) - 1
+            return file, number - self._starts[file]
+
+    def _count_next(self) -> None:
+        self._starts.append(self._starts[-1] + len(self.recording(len(self._starts) - 1)))
+
+    def __reduce__(self) -> tuple[Any, ...]:
+        paths = tuple(os.path.abspath(path) for path in self.paths)
+        return _counted, (paths, self._starts)
+
+
+def _counted(paths: tuple[str, ...], starts: list[int]) -> _Files:
+    files = _Files(paths)
+    files._starts = starts
+    return files
 
 
 class Recordings:
@@ -65,11 +86,13 @@ class Recordings:
     """
 
     def __init__(self, paths: Iterable[Path]):
-        self._files = _Files(tuple(os.fsdecode(path) for path in paths))
+        if isinstance(paths, (str, bytes, os.PathLike)):
+            raise usage_error("paths is a sequence of paths", os.fsdecode(paths))
+        self._files = _Files(tuple(to_path(path) for path in paths))
         self._numbers: Optional[Sequence[int]] = None  # all, which are not counted yet
 
     def _selected(self) -> Sequence[int]:
-        return range(int(self._files.starts()[-1])) if self._numbers is None else self._numbers
+        return range(self._files.count()) if self._numbers is None else self._numbers
 
     def _view(self, indices: Indices) -> Recordings:
         view = object.__new__(Recordings)
@@ -85,32 +108,29 @@ class Recordings:
         """Of all recordings, in order."""
         return self._files.paths
 
-    def locate(self, index: int) -> tuple[str, int]:
+    def locate(self, index: Index) -> tuple[str, int]:
         """The recording's path and the frame's number in it."""
         file, number = self._place(index)
         return self._files.paths[file], number
 
-    def _place(self, index: int) -> tuple[int, int]:
+    def _place(self, index: Index) -> tuple[int, int]:
         numbers = self._selected()
-        number = int(numbers[number_of(index, len(numbers))])
-        starts = self._files.starts()
-        file = int(np.searchsorted(starts, number, "right")) - 1
-        return file, number - int(starts[file])
+        return self._files.place(int(numbers[number_of(index, len(numbers))]))
 
-    def recording(self, index: int) -> tuple[Recording, int]:
+    def recording(self, index: Index) -> tuple[Recording, int]:
         """The open recording of a frame, and the frame's number in it."""
         file, number = self._place(index)
         return self._files.recording(file), number
 
     @overload
-    def __getitem__(self, index: int) -> Pixels:
+    def __getitem__(self, index: Index) -> Pixels:
         ...
 
     @overload
     def __getitem__(self, index: Indices) -> Recordings:
         ...
 
-    def __getitem__(self, index: Union[int, Indices]) -> Union[Pixels, Recordings]:
+    def __getitem__(self, index: Union[Index, Indices]) -> Union[Pixels, Recordings]:
         if isinstance(index, (int, np.integer)):
             return self.frame(index)
         return self._view(index)
@@ -137,7 +157,7 @@ class Recordings:
 
     def frame(
         self,
-        index: int,
+        index: Index,
         *,
         format: Format = "rgb",
         scale: Scale = "1",
@@ -168,7 +188,7 @@ class Recordings:
                 numbers, format=format, scale=scale, crop=crop, threads=threads
             )
 
-    def jpeg(self, index: int) -> bytes:
+    def jpeg(self, index: Index) -> bytes:
         """The stored JPEG bytes of a frame."""
         recording, number = self.recording(index)
         return recording.jpeg(number)
@@ -189,14 +209,14 @@ class Recordings:
         self.close()
 
     def __reduce__(self) -> tuple[Any, ...]:
-        paths = tuple(os.path.abspath(path) for path in self._files.paths)
-        return _reopened, (paths, self._numbers)
+        return _reopened, (self._files, self._numbers)
 
     def __repr__(self) -> str:
         return f"<velmar_video.Recordings: {len(self._files.paths)} files>"
 
 
-def _reopened(paths: tuple[str, ...], numbers: Optional[Sequence[int]]) -> Recordings:
-    recordings = Recordings(paths)
+def _reopened(files: _Files, numbers: Optional[Sequence[int]]) -> Recordings:
+    recordings = object.__new__(Recordings)
+    recordings._files = files
     recordings._numbers = numbers
     return recordings

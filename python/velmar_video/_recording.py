@@ -4,8 +4,10 @@ from __future__ import annotations
 
 import collections
 import concurrent.futures
+import itertools
 import json
 import multiprocessing
+import operator
 import os
 from collections.abc import Iterator, Sequence
 from types import TracebackType
@@ -15,14 +17,14 @@ import numpy as np
 from numpy.typing import NDArray
 
 from . import _core, _forks
+from ._arguments import Path, to_form, to_number, to_path
 from ._errors import closed_error, range_error, usage_error
-from ._selection import Indices, index_error, select
+from ._selection import Index, Indices, index_error, select
 from ._times import Time, Times, to_microseconds, to_time
 
 if TYPE_CHECKING:
     import pandas  # type: ignore[import]
 
-Path = Union[str, "os.PathLike[str]"]
 Pixels = NDArray[np.uint8]
 Format = Literal["rgb", "bgr", "gray"]
 Scale = Literal["1", "1/2", "1/4", "1/8"]
@@ -35,10 +37,10 @@ class _File(_forks.Forked):
 
     def __init__(self, path: str):
         super().__init__()
-        self.path = path
+        self.path = os.path.abspath(path)
         self._lock = _forks.Lock()
         self._cache: dict[str, Any] = {}
-        self.core = _core.File(os.fsencode(path))
+        self.core = _core.File(os.fsencode(path))  # errors name it as it was given
         self.facts = self.core.facts()
         self.is_closed = False
 
@@ -72,13 +74,13 @@ class _File(_forks.Forked):
 
 def _thread_count(threads: int) -> int:
     """0 is one a core, but a single one in a process of a pool, which has others beside it."""
-    if threads > 0:
-        return threads
-    if threads < 0:
-        raise usage_error("the number of threads is 0 or more")
+    most = 1024
+    count = to_number(threads, 0, 1 << 31, "threads")
+    if count > 0:
+        return min(count, most)
     if multiprocessing.parent_process() is not None:
         return 1
-    return len(os.sched_getaffinity(0))
+    return min(len(os.sched_getaffinity(0)), most)
 
 
 class Recording:
@@ -96,8 +98,8 @@ class Recording:
     """
 
     def __init__(self, path: Path):
-        self._file = _File(os.fsdecode(os.path.abspath(path)))
-        self._path = os.fsdecode(path)
+        self._path = to_path(path)
+        self._file = _File(self._path)
         self._numbers: Sequence[int] = range(self._file.facts["frames"])
 
     def _view(self, numbers: Sequence[int]) -> Recording:
@@ -113,14 +115,14 @@ class Recording:
         return len(self._numbers)
 
     @overload
-    def __getitem__(self, index: int) -> Pixels:
+    def __getitem__(self, index: Index) -> Pixels:
         ...
 
     @overload
     def __getitem__(self, index: Indices) -> Recording:
         ...
 
-    def __getitem__(self, index: Union[int, Indices]) -> Union[Pixels, Recording]:
+    def __getitem__(self, index: Union[Index, Indices]) -> Union[Pixels, Recording]:
         if isinstance(index, (int, np.integer)):
             return self.frame(index)
         return self._view(select(self._numbers, index, self._path))
@@ -229,20 +231,16 @@ class Recording:
 
     # -- pictures
 
-    def _number(self, index: int) -> int:
+    def _number(self, index: Index) -> int:
         """In the file."""
         try:
-            return self._numbers[index]
+            return self._numbers[operator.index(index)]
         except IndexError:
-            raise index_error(index, len(self._numbers), self._path) from None
-
-    def _shape(self, format: str, scale: str, crop: tuple[int, int]) -> tuple[int, int, int]:
-        shape: tuple[int, int, int] = self._file.core.shape(format, scale, *crop)
-        return shape
+            raise index_error(int(index), len(self._numbers), self._path) from None
 
     def frame(
         self,
-        index: int,
+        index: Index,
         *,
         format: Format = "rgb",
         scale: Scale = "1",
@@ -261,9 +259,10 @@ class Recording:
         """
         core = self._file.core
         number = self._number(index)
+        form = to_form(format, scale, crop)
         if out is None:
-            out = np.empty(core.shape(format, scale, *crop), np.uint8)
-        core.decode(number, format, scale, *crop, out)
+            out = np.empty(core.shape(*form), np.uint8)
+        core.decode(number, *form, out)
         return out
 
     @overload
@@ -321,10 +320,11 @@ class Recording:
         if errors not in ("raise", "mask"):
             raise usage_error('errors is "raise" or "mask"', self._path)
         core = self._file.core
+        form = to_form(format, scale, crop)
         if out is None:
-            out = np.empty((len(numbers), *core.shape(format, scale, *crop)), np.uint8)
+            out = np.empty((len(numbers), *core.shape(*form)), np.uint8)
         missing = core.decode_many(
-            list(numbers), format, scale, *crop, out, _thread_count(threads), errors == "mask"
+            list(numbers), *form, out, _thread_count(threads), errors == "mask"
         )
         if errors == "raise":
             return out
@@ -353,35 +353,43 @@ class Recording:
         count = _thread_count(threads)
         if ahead is None:
             ahead = 2 * count
-        if ahead < 0:
-            raise usage_error("ahead is 0 or more", self._path)
-        view._shape(format, scale, crop)  # says now what is wrong with the form
+        ahead = to_number(ahead, 0, 1 << 31, "ahead")
+        self._file.core.shape(*to_form(format, scale, crop))  # says now what is wrong with them
         return view._iterate(dict(format=format, scale=scale, crop=crop), count, ahead)
 
     def _iterate(self, form: dict[str, Any], threads: int, ahead: int) -> Iterator[Pixels]:
-        if ahead == 0:
-            for index in range(len(self)):
-                yield self.frame(index, **form)
-            return
+        done = 0
+        if ahead > 0:
+            for frame in self._decoded_ahead(form, threads, ahead):
+                done += 1
+                yield frame
+        # All of them, or the rest in a child process, which has none of its parent's threads.
+        for index in range(done, len(self)):
+            yield self.frame(index, **form)
+
+    def _decoded_ahead(self, form: dict[str, Any], threads: int, ahead: int) -> Iterator[Pixels]:
+        process = os.getpid()
         pool = concurrent.futures.ThreadPoolExecutor(threads, "velmar_video")
+        coming: collections.deque[concurrent.futures.Future[Pixels]] = collections.deque()
+        indices = iter(range(len(self)))
         try:
-            coming: collections.deque[concurrent.futures.Future[Pixels]] = collections.deque()
-            for index in range(len(self)):
-                coming.append(pool.submit(self.frame, index, **form))
-                if len(coming) > ahead:
-                    yield coming.popleft().result()
-            while coming:
+            while os.getpid() == process:
+                for index in itertools.islice(indices, ahead + 1 - len(coming)):
+                    coming.append(pool.submit(self.frame, index, **form))
+                if not coming:
+                    return
                 yield coming.popleft().result()
         finally:
-            pool.shutdown(wait=True, cancel_futures=True)
+            if os.getpid() == process:
+                pool.shutdown(wait=True, cancel_futures=True)
 
     # -- bytes
 
-    def jpeg(self, index: int) -> bytes:
+    def jpeg(self, index: Index) -> bytes:
         """The stored JPEG bytes of a frame."""
         return self._file.core.jpeg(self._number(index))
 
-    def jpeg_view(self, index: int) -> memoryview:
+    def jpeg_view(self, index: Index) -> memoryview:
         """The stored JPEG bytes of a frame as a read-only view of the mapped file, without a copy.
 
         The view stays valid after close(). The process is killed (SIGBUS) if
@@ -395,7 +403,8 @@ class Recording:
         numbers = self._numbers
         if isinstance(numbers, range):
             stop = numbers.stop if numbers.stop >= 0 else None
-            return values[slice(numbers.start, stop, numbers.step)] if len(numbers) else values[:0]
+            chosen: NDArray[Any] = values[slice(numbers.start, stop, numbers.step)]
+            return chosen if len(numbers) else values[:0]
         return values[numbers]
 
     @property
@@ -419,7 +428,7 @@ class Recording:
         wanted = to_microseconds(time)
         times = self._column(self._file.once("times")[:, 0])
         order = np.argsort(times, kind="stable")
-        order = order[np.searchsorted(times[order], 0) :]  # NaT comes first
+        order = order[int(np.searchsorted(times[order], 0)) :]  # NaT comes first
         ordered = times[order]
         after = int(np.searchsorted(ordered, wanted, "left"))
         before = int(np.searchsorted(ordered, wanted, "right")) - 1
@@ -518,8 +527,9 @@ class Recording:
 
 def _reopened(path: str, name: str, numbers: Sequence[int]) -> Recording:
     recording = Recording(path)
-    if len(numbers) and int(max(numbers[0], numbers[-1])) >= len(recording):
-        raise index_error(int(max(numbers[0], numbers[-1])), len(recording), path)
+    last = int(np.max(numbers)) if len(numbers) else -1
+    if last >= len(recording):
+        raise index_error(last, len(recording), path)
     recording._path = name
     recording._numbers = numbers
     return recording

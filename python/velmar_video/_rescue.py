@@ -8,8 +8,8 @@ from typing import Any, Literal, Optional
 
 from . import _core
 from ._errors import in_python
-from ._recording import Path
-from ._times import Time, to_microseconds
+from ._arguments import Path, to_bool, to_bytes, to_path
+from ._times import Time, to_stored_microseconds
 
 
 @dataclasses.dataclass(frozen=True)
@@ -54,7 +54,7 @@ def verify(path: Path, decode: bool = False) -> list[Finding]:
 
     :param decode: decode every frame as well
     """
-    return [Finding(*each) for each in _core.verify(os.fsencode(path), decode)]
+    return [Finding(*each) for each in _core.verify(os.fsencode(to_path(path)), decode)]
 
 
 def recover(
@@ -76,15 +76,15 @@ def recover(
     :param keep_damaged: keep pictures that are cut short
     :param overwrite: replace an existing file
     """
-    options: dict[str, Any] = {"keep_damaged": keep_damaged}
+    options: dict[str, Any] = {"keep_damaged": to_bool(keep_damaged, "keep_damaged")}
     if device_id is not None:
-        options["device_id"] = bytes(device_id)
+        options["device_id"] = to_bytes(device_id, "device_id")
     if start_time is not None:
-        options["start_time"] = to_microseconds(start_time)
+        options["start_time"] = to_stored_microseconds(start_time)
     if frame_rate is not None:
         options["frame_rate"] = float(frame_rate)
     frames, before, losses, notes = _core.recover(
-        os.fsencode(leftover), os.fsencode(output), options, overwrite
+        os.fsencode(to_path(leftover)), os.fsencode(to_path(output)), options, overwrite
     )
     return RecoveryReport(
         frames, before, [in_python(each) for each in losses], [in_python(each) for each in notes]

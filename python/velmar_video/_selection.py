@@ -11,6 +11,7 @@ from numpy.typing import NDArray
 
 from ._errors import Error, range_error, usage_error
 
+Index = Union[int, "np.integer[Any]"]
 #: Numbers of frames in the sequence that is asked, negative ones from its end; or a mask.
 Indices = Union[slice, Sequence[int], "NDArray[np.integer[Any]]", "NDArray[np.bool_]"]
 

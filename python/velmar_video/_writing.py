@@ -6,26 +6,27 @@ import json
 import os
 from collections.abc import Mapping
 from types import TracebackType
-from typing import Any, Optional, Union
+from typing import Any, Optional, Union, cast
 
 import numpy as np
 
 from . import _core
+from ._arguments import Bytes, Path, to_bool, to_bytes, to_number, to_path
 from ._errors import closed_error, usage_error
-from ._recording import Path, Recording
+from ._recording import Recording
 from ._selection import number_of
-from ._times import Duration, Time, Times, duration_to_microseconds, to_microseconds, to_time
+from ._times import Duration, Time, Times, duration_to_microseconds, to_stored_microseconds, to_time
 
-#: Anything with the buffer protocol.
-Bytes = Union[bytes, bytearray, memoryview, "np.ndarray[Any, Any]"]
+_TAG_FIELDS = ("x", "y", "z", "relative_distance", "speed", "direction")
 
 
 class Writer:
     """A recording that is being written; see :func:`velmar_video.create`."""
 
     def __init__(self, path: Path, description: dict[str, Any], capacity: int, overwrite: bool):
-        self._path = os.fsdecode(path)
-        self._core = _core.Writer(os.fsencode(path), description, capacity, overwrite)
+        self._path = to_path(path)
+        self._process = os.getpid()
+        self._core = _core.Writer(os.fsencode(self._path), description, capacity, overwrite)
 
     @property
     def path(self) -> str:
@@ -53,21 +54,33 @@ class Writer:
         :param tag: rtv: any of x, y, z, relative_distance, speed and direction, as stored
         :param can: rtv version 04: signals by name, as :attr:`Recording.can` has them
         """
-        capture = to_microseconds(capture_time)
-        arrival = capture if arrival_time is None else to_microseconds(arrival_time)
-        if capture < 0 or arrival < 0:
-            raise usage_error("a time before 1970", self._path)
-        values = {name: _text(value) for name, value in (tag or {}).items()}
-        values.update((name, _text(value)) for name, value in (can or {}).items())
-        self._core.add(jpeg, capture, arrival, values)
+        self._check_process()
+        capture = to_stored_microseconds(capture_time)
+        arrival = capture if arrival_time is None else to_stored_microseconds(arrival_time)
+        values = {}
+        for name, value in (*(tag or {}).items(), *(can or {}).items()):
+            if (name in _TAG_FIELDS) != (name in (tag or {})):
+                raise usage_error(f'there is no such value as "{name}"', self._path)
+            values[name] = _text(value)
+        try:
+            view = memoryview(cast(bytes, jpeg))
+        except TypeError:
+            raise usage_error(f"jpeg is bytes, not {type(jpeg).__name__}", self._path) from None
+        self._core.add(view, capture, arrival, values)
+
+    def _check_process(self) -> None:
+        if os.getpid() != self._process:
+            raise usage_error("the recording belongs to the parent of this process", self._path)
 
     def close(self) -> None:
         """Finishes the recording: it is complete, on the disk and under its name. May be called
         again; add() afterwards raises ClosedError."""
+        self._check_process()
         self._core.finish()
 
     def abandon(self) -> None:
         """Ends without a recording: the frames stay in PATH.tmp, for :func:`velmar_video.recover`."""
+        self._check_process()
         self._core.abandon()
 
     def __enter__(self) -> Writer:
@@ -88,16 +101,26 @@ class Writer:
 def _text(value: Any) -> str:
     if isinstance(value, (bool, np.bool_)):
         return str(int(value))
-    if isinstance(value, np.floating):
-        value = float(value) if value.dtype != np.float32 else value
+    if isinstance(value, (float, np.floating)) and value == np.trunc(value):
+        return str(int(value))
+    if isinstance(value, np.floating) and value.dtype != np.float32:
+        return str(float(value))
     return str(value)
 
 
-def _json(value: Mapping[str, Any]) -> str:
+def _json(value: Mapping[str, Any], name: str) -> str:
     try:
-        return json.dumps(value, allow_nan=False)
-    except ValueError as error:
-        raise usage_error(f"it is no JSON: {error}") from None
+        text = json.dumps(dict(value), allow_nan=False)
+        json.loads(text, parse_int=_check_integer)
+    except (TypeError, ValueError, RecursionError) as error:
+        raise usage_error(f"{name} cannot be stored as JSON: {error}") from None
+    return text
+
+
+def _check_integer(digits: str) -> int:
+    if not -(1 << 63) <= int(digits) < 1 << 64:
+        raise ValueError(f"{digits} has more than 64 bits")
+    return int(digits)
 
 
 def create(
@@ -110,9 +133,9 @@ def create(
     camera_params: Optional[Mapping[str, Any]] = None,
     extended_info: Optional[Mapping[str, Any]] = None,
     start_time: Optional[Time] = None,
-    start_position: tuple[float, float, float] = (0.0, 0.0, 0.0),
-    version: str = "04",
-    capacity: int = 65535,
+    start_position: Optional[tuple[float, float, float]] = None,
+    version: Optional[str] = None,
+    capacity: Optional[int] = None,
     overwrite: bool = False,
 ) -> Writer:
     """Starts a recording; its name's ending, .img or .rtv, says the container.
@@ -128,33 +151,53 @@ def create(
     :param extended_info: img: anything that JSON can express
     :param start_time: rtv: the first frame's capture time if not given
     :param start_position: rtv: longitude and latitude in degrees, altitude in metres
-    :param version: rtv: "02", "03" or "04", which holds signals
-    :param capacity: rtv: the most frames there can be, 65535 at most
+    :param version: rtv: "02", "03" or "04" (if not given), which holds signals
+    :param capacity: rtv: the most frames there can be, 65535 if not given
     :param overwrite: replace an existing file and what an interrupted recording left
+
+    An rtv keeps times in milliseconds.
     """
-    longitude, latitude, _ = start_position
-    if not (-180 <= longitude <= 180 and -90 <= latitude <= 90):
-        raise usage_error("start_position is longitude, latitude and altitude", os.fsdecode(path))
-    if not 0 <= width <= 65535 or not 0 <= height <= 65535:
-        raise usage_error("width and height are 0 to 65535 pixels", os.fsdecode(path))
-    if not 1 <= capacity <= 65535:
-        raise usage_error("the capacity is 1 to 65535 frames", os.fsdecode(path))
-    description = {
-        "width": width,
-        "height": height,
-        "device_id": bytes(device_id),
-        "undistorted": undistorted,
-        "camera_params": _json(camera_params or {}),
-        "extended_info": _json(extended_info or {}),
-        "start_time": 0 if start_time is None else to_microseconds(start_time),
+    name = to_path(path)
+    rtv_only = {
+        "start_time": start_time,
         "start_position": start_position,
         "version": version,
+        "capacity": capacity,
     }
-    return Writer(path, description, capacity, overwrite)
+    for argument, value in rtv_only.items():
+        if value is not None and not name.endswith(".rtv"):
+            raise usage_error(f"{argument} is for an rtv", name)
+    if (width == 0) != (height == 0):
+        raise usage_error("width and height are given together", name)
+    description = {
+        "width": to_number(width, 0, 65535, "width"),
+        "height": to_number(height, 0, 65535, "height"),
+        "device_id": to_bytes(device_id, "device_id"),
+        "undistorted": to_bool(undistorted, "undistorted"),
+        "camera_params": _json(camera_params or {}, "camera_params"),
+        "extended_info": _json(extended_info or {}, "extended_info"),
+        "start_time": 0 if start_time is None else to_stored_microseconds(start_time),
+        "start_position": _position(start_position or (0.0, 0.0, 0.0)),
+        "version": version or "04",
+    }
+    most = to_number(65535 if capacity is None else capacity, 1, 65535, "capacity")
+    return Writer(name, description, most, overwrite)
+
+
+def _position(position: tuple[float, float, float]) -> tuple[float, float, float]:
+    try:
+        lng, lat, alt = (float(value) for value in position)
+    except (TypeError, ValueError):
+        raise usage_error("start_position is longitude, latitude and altitude") from None
+    if not (-180 <= lng <= 180 and -90 <= lat <= 90 and -1e6 <= alt <= 1e6):
+        raise usage_error("start_position is in degrees and metres")
+    return lng, lat, alt
 
 
 class FrameTimes:
     """Times of a recording's frames by index, for :class:`Edit`: assign to an element to change it."""
+
+    __slots__ = ("_edit", "_times", "changes")
 
     def __init__(self, edit: Edit, times: Times):
         self._edit = edit
@@ -173,14 +216,17 @@ class FrameTimes:
     def __setitem__(self, index: int, time: Time) -> None:
         self._edit._check_open()
         number = number_of(index, len(self._times), self._edit.path)
-        self.changes[number] = to_microseconds(time)
+        self.changes[number] = to_stored_microseconds(time)
 
 
 class Edit:
     """Changes to a recording, made together when it ends; see :func:`velmar_video.edit`."""
 
+    # A misspelt attribute is an error.
+    __slots__ = ("_path", "_now", "_capture", "_arrival", "_changes", "_is_over")
+
     def __init__(self, path: Path):
-        self._path = os.fsdecode(path)
+        self._path = to_path(path)
         with Recording(path) as recording:
             self._now: dict[str, Any] = {
                 "device_id": recording.device_id,
@@ -215,7 +261,8 @@ class Edit:
 
     @device_id.setter
     def device_id(self, value: bytes) -> None:
-        self._set("device_id", bytes(value), bytes(value))
+        stored = to_bytes(value, "device_id")
+        self._set("device_id", stored, stored)
 
     @property
     def undistorted(self) -> bool:
@@ -224,7 +271,8 @@ class Edit:
 
     @undistorted.setter
     def undistorted(self, value: bool) -> None:
-        self._set("undistorted", bool(value), bool(value))
+        stored = to_bool(value, "undistorted")
+        self._set("undistorted", stored, stored)
 
     @property
     def start_time(self) -> np.datetime64:
@@ -234,7 +282,7 @@ class Edit:
 
     @start_time.setter
     def start_time(self, value: Time) -> None:
-        microseconds = to_microseconds(value)
+        microseconds = to_stored_microseconds(value)
         self._set("start_time", to_time(microseconds), microseconds)
 
     @property
@@ -244,7 +292,7 @@ class Edit:
 
     @camera_params.setter
     def camera_params(self, value: Mapping[str, Any]) -> None:
-        self._set("camera_params", dict(value), _json(value))
+        self._set("camera_params", dict(value), _json(value, "camera_params"))
 
     @property
     def extended_info(self) -> dict[str, Any]:
@@ -253,7 +301,7 @@ class Edit:
 
     @extended_info.setter
     def extended_info(self, value: Mapping[str, Any]) -> None:
-        self._set("extended_info", dict(value), _json(value))
+        self._set("extended_info", dict(value), _json(value, "extended_info"))
 
     @property
     def capture_times(self) -> FrameTimes:
@@ -317,7 +365,7 @@ def undo_edit(path: Path) -> bool:
 
     :return: whether there was one
     """
-    return _core.undo_edit(os.fsencode(path))
+    return _core.undo_edit(os.fsencode(to_path(path)))
 
 
 def sample(
@@ -333,4 +381,4 @@ def sample(
 
     The same arguments give the same bytes.
     """
-    _core.sample(os.fsencode(path), frames, width, height, frame_rate, overwrite)
+    _core.sample(os.fsencode(to_path(path)), frames, width, height, frame_rate, overwrite)

@@ -22,7 +22,7 @@ LAYERS = [
     ["toolkit/recording"],
     ["toolkit/writing"],
     ["toolkit/tables", "toolkit/editing", "toolkit/rescue"],
-    ["tools/velmar-video/program"],
+    ["tools/velmar-video/program", "python/core"],
     ["tools/velmar-video/commands"],
     ["tools/velmar-video", "tools/reference"],
 ]
@@ -31,11 +31,12 @@ NAMESPACES = {
     "src/base/": "velmar::detail",
     "src/jpeg/": "velmar::detail",
     "toolkit/": "velmar::toolkit",
+    "python/core/": "velmar::python",
     "tools/velmar-video/commands/": "velmar::tool",
     "tools/velmar-video/program/": "velmar::tool",
 }
 # Where the paths of #include lines begin.
-STARTS = ["include", "src", "logger", "tools/velmar-video", ""]
+STARTS = ["include", "src", "logger", "tools/velmar-video", "python", ""]
 
 
 def layer_of(path):

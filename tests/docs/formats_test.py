@@ -18,7 +18,9 @@ TOOL = Path(sys.argv.pop(1)).resolve()
 def jpeg(comment):
     """A header of one grey pixel: as little as a recorder takes for a picture."""
     return (
-        b"\xff\xd8\xff\xfe" + struct.pack(">H", len(comment) + 2) + comment.encode()
+        b"\xff\xd8\xff\xfe"
+        + struct.pack(">H", len(comment) + 2)
+        + comment.encode()
         + bytes.fromhex("ffc0000b080001000101011100ffda000801010000003f0000ffd9")
     )
 
@@ -46,8 +48,10 @@ class Formats(unittest.TestCase):
             Path(f"{number}.jpg").write_bytes(jpeg(comment))
 
     def create(self, *arguments):
-        times = {"0.jpg": "1700000000000000,1700000000040000",
-                 "1.jpg": "1700000000033333,1700000000073333"}
+        times = {
+            "0.jpg": "1700000000000000,1700000000040000",
+            "1.jpg": "1700000000033333,1700000000073333",
+        }
         rows = [f"{file},{times[file]}\n" for file in arguments if file in times]
         Path("times.csv").write_text("file,sensor_time_us,arrived_time_us\n" + "".join(rows))
         subprocess.run([TOOL, "create", *arguments, "--times", "times.csv"], check=True)
@@ -74,7 +78,9 @@ class Formats(unittest.TestCase):
         recorder.kill()
         recorder.communicate()
         self.assertEqual(Path("drive.img.tmp").read_bytes(), bytes(8) + frames)
-        self.assertEqual(journal.read_bytes().hex(" "), dump("docs/formats/img.md", "hex", 1).hex(" "))
+        self.assertEqual(
+            journal.read_bytes().hex(" "), dump("docs/formats/img.md", "hex", 1).hex(" ")
+        )
 
     def test_rtv(self):
         Path("tags.csv").write_text(
@@ -82,9 +88,19 @@ class Formats(unittest.TestCase):
             "1.jpg,-56,1250,3,1388,1200,359,12.25,0\n"
         )
         made = self.create(
-            "drive.rtv", "1.jpg", "--rtv-version", "04",
-            "--tags", "tags.csv", "--device-id", "0aff", "--undistorted",
-            "--start-position", "8.55,47.37,408.5", "--start-time", "2023-11-14T22:13:19.960Z",
+            "drive.rtv",
+            "1.jpg",
+            "--rtv-version",
+            "04",
+            "--tags",
+            "tags.csv",
+            "--device-id",
+            "0aff",
+            "--undistorted",
+            "--start-position",
+            "8.55,47.37,408.5",
+            "--start-time",
+            "2023-11-14T22:13:19.960Z",
         )
         self.assertEqual(made.hex(" "), dump("docs/formats/rtv.md", "hex").hex(" "))
 

@@ -56,9 +56,13 @@ class Json(unittest.TestCase):
         every = found["04.rtv"][0].keys()
         self.assertEqual(every, schema["properties"].keys())
         self.assertEqual(every - found["03.rtv"][0].keys(), {"can"})
-        signals = subprocess.run(
-            [TOOL, "frames", "04.rtv", "--csv"], check=True, stdout=subprocess.PIPE, text=True
-        ).stdout.splitlines()[0].split(",")[len(every) - 1 :]
+        signals = (
+            subprocess.run(
+                [TOOL, "frames", "04.rtv", "--csv"], check=True, stdout=subprocess.PIPE, text=True
+            )
+            .stdout.splitlines()[0]
+            .split(",")[len(every) - 1 :]
+        )
         self.assertEqual(set(signals), schema["properties"]["can"]["properties"].keys())
 
     def test_verify(self):

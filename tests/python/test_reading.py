@@ -4,7 +4,9 @@ import json
 import multiprocessing
 import os
 import pickle
+import shutil
 import subprocess
+import sys
 import threading
 
 import numpy as np
@@ -154,6 +156,13 @@ BAD_USES = {
     "crop": (ValueError, lambda rec: rec.frame(0, crop=(60, 60))),
     "negative crop": (ValueError, lambda rec: rec.frame(0, crop=(-1, 0))),
     "threads": (ValueError, lambda rec: rec.frames(threads=-1)),
+    "no format": (ValueError, lambda rec: rec.frame(0, format=None)),
+    "crop of three": (ValueError, lambda rec: rec.frame(0, crop=(1, 2, 3))),
+    "threads in part": (ValueError, lambda rec: rec.frames(threads=1.5)),
+    "null character": (ValueError, lambda rec: vv.open(rec.path + "\0.img")),
+    "one path for many": (ValueError, lambda rec: vv.open_many(rec.path)),
+    "time": (ValueError, lambda rec: rec.index_at(np.datetime64(300000, "Y"))),
+    "duration": (ValueError, lambda rec: rec.index_at(2**63)),
     "float time": (ValueError, lambda rec: rec.index_at(1.5)),
     "NaT": (ValueError, lambda rec: rec.index_at(np.datetime64("NaT"))),
     "out of another shape": (
@@ -278,3 +287,42 @@ def test_nothing_grows_over_opens(path):
         rec[0]
         del rec
     assert used() == before
+
+
+def test_a_child_goes_on_with_its_parents_iterator(rec):
+    frames = rec.iterate(threads=2, ahead=2)
+    next(frames)
+    child = os.fork()
+    if child == 0:
+        try:
+            os._exit(0 if all(map(np.array_equal, frames, rec[1:])) else 1)
+        finally:
+            os._exit(2)
+    assert os.waitpid(child, 0)[1] == 0
+    assert len(list(frames)) == 11
+
+
+def test_a_thread_may_decode_when_the_interpreter_ends(path):
+    script = """
+import sys, threading, time, velmar_video as vv
+rec = vv.open(sys.argv[1])
+def decode():
+    while True: rec[5]
+for _ in range(3): threading.Thread(target=decode, daemon=True).start()
+time.sleep(0.2)
+"""
+    for _ in range(3):
+        subprocess.run([sys.executable, "-c", script, path], check=True, timeout=30)
+
+
+def test_a_file_that_has_changed_is_an_error(drives, tmp_path):
+    path = tmp_path / "a.img"
+    shutil.copy(drives / "drive.img", path)
+    rec = vv.open(path)
+    pickled = pickle.dumps(rec[[0, 11, 1]])
+    os.truncate(path, 8000)
+    with pytest.raises(vv.Error, match="shorter"):
+        rec.jpeg_view(11)
+    vv.sample(path, 3, width=96, height=64, overwrite=True)
+    with pytest.raises(IndexError):
+        pickle.loads(pickled)

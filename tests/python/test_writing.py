@@ -1,3 +1,6 @@
+import pickle
+import signal
+
 import numpy as np
 import pytest
 
@@ -61,6 +64,10 @@ BAD_FRAMES = {
     "half a picture": lambda w, jpeg: w.add(jpeg[:-100], START),
     "float time": lambda w, jpeg: w.add(jpeg, 1.5e15),
     "nanoseconds": lambda w, jpeg: w.add(jpeg, np.datetime64("2026-11-21T08:00:00.000000001")),
+    "time beyond": lambda w, jpeg: w.add(jpeg, 2**63),
+    "years beyond": lambda w, jpeg: w.add(jpeg, np.datetime64(600000, "Y")),
+    "text": lambda w, jpeg: w.add("jpeg", START),
+    "a signal as a tag": lambda w, jpeg: w.add(jpeg, START, tag={"vehicle_speed": 3}),
     "no such signal": lambda w, jpeg: w.add(jpeg, START, can={"warp": 9}),
     "a value too large": lambda w, jpeg: w.add(jpeg, START, tag={"speed": 70000}),
     "before the start": lambda w, jpeg: (w.add(jpeg, START), w.add(jpeg, START - 5000)),
@@ -75,6 +82,70 @@ def test_a_frame_that_cannot_be_is_refused(rec, tmp_path, name):
             BAD_FRAMES[name](writer, rec.jpeg(0))
         writer.add(rec.jpeg(1), START)
     assert vv.open(path).jpeg(len(vv.open(path)) - 1) == rec.jpeg(1)
+
+
+def test_a_full_recording_is_not_finished(rec, tmp_path):
+    with pytest.raises(ValueError, match="no room"), vv.create(
+        tmp_path / "a.rtv", capacity=3
+    ) as writer:
+        for i in range(4):
+            writer.add(rec.jpeg(i), START)
+    assert [path.name for path in tmp_path.iterdir()] == ["a.rtv.tmp"]
+
+
+BAD_DESCRIPTIONS = {
+    "number as id": dict(path="a.img", device_id=5),
+    "long id": dict(path="a.rtv", device_id=bytes(25)),
+    "text as flag": dict(path="a.img", undistorted="no"),
+    "width alone": dict(path="a.img", width=96),
+    "start of an img": dict(path="a.img", start_time=START),
+    "before 1970": dict(path="a.rtv", start_time=-1),
+    "no place": dict(path="a.rtv", start_position=(500, 0, 0)),
+    "two numbers": dict(path="a.rtv", start_position=(1, 2)),
+    "parameters of an rtv": dict(path="a.rtv", camera_params={"f": 1}),
+    "no JSON": dict(path="a.img", camera_params={"f": float("nan")}),
+    "a large number": dict(path="a.img", extended_info={"n": 2**70}),
+    "version": dict(path="a.rtv", version="05"),
+    "null character": dict(path="kept.img\0.img", overwrite=True),
+}
+
+
+@pytest.mark.parametrize("name", BAD_DESCRIPTIONS)
+def test_what_a_recording_cannot_hold_is_refused(tmp_path, monkeypatch, name):
+    monkeypatch.chdir(tmp_path)
+    (tmp_path / "kept.img").write_bytes(b"kept")
+    with pytest.raises(ValueError):
+        vv.create(**BAD_DESCRIPTIONS[name])
+    assert [path.name for path in tmp_path.iterdir()] == ["kept.img"]
+
+
+def test_a_signal_leaves_nothing_half_done(tmp_path):
+    class Interrupted(Exception):
+        pass
+
+    def interrupt(*_):
+        raise Interrupted
+
+    before = signal.signal(signal.SIGALRM, interrupt)
+    try:
+        vv.sample(tmp_path / "whole.img", 400, width=320, height=200)
+        works = [
+            lambda: vv.sample(tmp_path / "a.img", 100000),
+            lambda: [vv.open(tmp_path / "whole.img").frames() for _ in range(1000)],
+            lambda: [
+                vv.recover(tmp_path / "whole.img", tmp_path / "a.img", overwrite=True)
+                for _ in range(1000)
+            ],
+        ]
+        for work in works:
+            signal.setitimer(signal.ITIMER_REAL, 0.15)
+            with pytest.raises(Interrupted):
+                work()
+    finally:
+        signal.setitimer(signal.ITIMER_REAL, 0)
+        signal.signal(signal.SIGALRM, before)
+    assert {path.name for path in tmp_path.iterdir()} <= {"whole.img", "a.img"}
+    assert not (tmp_path / "a.img").exists() or len(vv.open(tmp_path / "a.img")) == 400
 
 
 def test_nothing_is_replaced_unasked(rec, tmp_path):
@@ -116,6 +187,11 @@ def test_edits_are_made_together_or_not_at_all(drives, tmp_path):
     with pytest.raises(vv.Error), vv.edit(path) as edit:
         edit.device_id = b"\x03"
         edit.start_time = START  # an img has none
+    with pytest.raises(ValueError), vv.edit(path) as edit:
+        edit.shift_times(1)
+        edit.capture_times[1] = START
+    with pytest.raises(AttributeError), vv.edit(path) as edit:
+        edit.devise_id = b"\x03"
     assert path.read_bytes() == edited
     with vv.edit(path) as edit:
         edit.shift_times(np.timedelta64(-3, "s"))
@@ -136,7 +212,6 @@ def test_many_recordings_are_one_sequence(drives, tmp_path):
     assert [view.locate(i) for i in range(len(view))] == [
         many.locate(i) for i in range(5, len(many), 100)
     ][::-1]
-    import pickle
 
     again = pickle.loads(pickle.dumps(view))
     assert np.array_equal(again[0], view[0]) and len(again) == len(view)

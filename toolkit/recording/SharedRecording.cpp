@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
+#include <system_error>
 #include <thread>
 
 #include "toolkit/base/Failure.h"
@@ -46,7 +47,13 @@ detail::ImageGeometry SharedRecording::geometry(const PixelForm& form) {
   return geometry;
 }
 
+void SharedRecording::checkIndex(unsigned int index) const {
+  if (index < recording_.places().size()) return;
+  throw FrameFailure(recording_.path(), index, FrameFlaw(VELMAR_ERROR_CODE_OUT_RANGE_E));
+}
+
 FrameFlaw SharedRecording::decode(unsigned int index, const PixelForm& form, std::uint8_t* pixels) {
+  if (index >= recording_.places().size()) return FrameFlaw(VELMAR_ERROR_CODE_OUT_RANGE_E);
   Decoder decoder = take(form);
   FrameFlaw flaw = decoder.pixels->read(index, pixels);
   giveBack(std::move(decoder));
@@ -68,6 +75,7 @@ std::vector<FrameTag> SharedRecording::tags() const {
 }
 
 std::string SharedRecording::jpeg(unsigned int index) const {
+  checkIndex(index);
   std::string bytes;
   if (const FrameFlaw flaw = readFrameBytes(recording_, index, bytes)) {
     throw FrameFailure(recording_.path(), index, flaw);
@@ -76,48 +84,87 @@ std::string SharedRecording::jpeg(unsigned int index) const {
 }
 
 const FilePlace& SharedRecording::place(unsigned int index) const {
-  const FilePlace& place = recording_.places().at(index);
+  checkIndex(index);
+  const FilePlace& place = recording_.places()[index];
   if (recording_.file().contains(place.offset, place.size)) return place;
   throw FrameFailure(recording_.path(), index, FrameFlaw(VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E));
 }
 
-std::vector<std::pair<std::size_t, FrameFlaw>> decodeMany(SharedRecording& recording,
-                                                          const std::vector<unsigned int>& frames,
-                                                          const PixelForm& form,
-                                                          unsigned int threads, OnFlaw onFlaw,
-                                                          std::uint8_t* pixels) {
-  const std::size_t size = recording.geometry(form).size();
-  std::vector<std::pair<std::size_t, FrameFlaw>> flaws;
-  std::mutex mutex;
-  std::exception_ptr failure;
-  std::atomic<std::size_t> next = 0;
-  const auto work = [&] {
+namespace {
+
+// Frames that several threads decode, each the next one.
+class ManyFrames {
+ public:
+  ManyFrames(SharedRecording& recording, const std::vector<unsigned int>& frames,
+             const PixelForm& form, OnFlaw onFlaw, std::uint8_t* pixels)
+      : recording_(recording),
+        frames_(frames),
+        form_(form),
+        onFlaw_(onFlaw),
+        pixels_(pixels),
+        size_(recording.geometry(form).size()) {}
+
+  // Of each thread; `poll` is called between frames.
+  void decode(const std::function<void()>& poll) {
     try {
-      for (std::size_t i = next++; i < frames.size(); i = next++) {
-        FrameFlaw flaw = recording.decode(frames[i], form, pixels + i * size);
-        if (!flaw) continue;
-        std::memset(pixels + i * size, 0, size);
-        if (onFlaw == OnFlaw::Stop) next = frames.size();
-        const std::lock_guard lock(mutex);
-        flaws.emplace_back(i, std::move(flaw));
+      for (std::size_t i = next_++; i < frames_.size(); i = next_++) {
+        poll();
+        decodeAt(i);
       }
     } catch (...) {
-      next = frames.size();
-      const std::lock_guard lock(mutex);
-      failure = std::current_exception();
+      next_ = frames_.size();
+      const std::lock_guard lock(mutex_);
+      failure_ = std::current_exception();
     }
-  };
+  }
+
+  std::vector<std::pair<std::size_t, FrameFlaw>> flaws() {
+    if (failure_) std::rethrow_exception(failure_);
+    std::sort(flaws_.begin(), flaws_.end(),
+              [](auto& one, auto& other) { return one.first < other.first; });
+    return std::move(flaws_);
+  }
+
+ private:
+  void decodeAt(std::size_t i) {
+    FrameFlaw flaw = recording_.decode(frames_[i], form_, pixels_ + i * size_);
+    if (!flaw) return;
+    std::memset(pixels_ + i * size_, 0, size_);
+    if (onFlaw_ == OnFlaw::Stop) next_ = frames_.size();
+    const std::lock_guard lock(mutex_);
+    flaws_.emplace_back(i, std::move(flaw));
+  }
+
+  SharedRecording& recording_;
+  const std::vector<unsigned int>& frames_;
+  const PixelForm form_;
+  const OnFlaw onFlaw_;
+  std::uint8_t* const pixels_;
+  const std::size_t size_;
+  std::atomic<std::size_t> next_ = 0;
+  std::mutex mutex_;
+  std::vector<std::pair<std::size_t, FrameFlaw>> flaws_;
+  std::exception_ptr failure_;
+};
+
+}  // namespace
+
+std::vector<std::pair<std::size_t, FrameFlaw>> decodeMany(
+    SharedRecording& recording, const std::vector<unsigned int>& frames, const PixelForm& form,
+    unsigned int threads, OnFlaw onFlaw, std::uint8_t* pixels, const std::function<void()>& poll) {
+  ManyFrames many(recording, frames, form, onFlaw, pixels);
   {
     std::vector<std::jthread> helpers;
-    for (unsigned int i = 1; i < std::min<std::size_t>(threads, frames.size()); ++i) {
-      helpers.emplace_back(work);
+    try {
+      for (unsigned int i = 1; i < std::min<std::size_t>(threads, frames.size()); ++i) {
+        helpers.emplace_back([&] { many.decode([] {}); });
+      }
+    } catch (const std::system_error&) {
+      // The system has no more threads: those that there are do the work.
     }
-    work();
+    many.decode(poll);
   }
-  if (failure) std::rethrow_exception(failure);
-  std::sort(flaws.begin(), flaws.end(),
-            [](auto& one, auto& other) { return one.first < other.first; });
-  return flaws;
+  return many.flaws();
 }
 
 }  // namespace velmar::toolkit

@@ -1,6 +1,7 @@
 #ifndef VELMAR_TOOLKIT_SHARED_RECORDING_H
 #define VELMAR_TOOLKIT_SHARED_RECORDING_H
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -50,6 +51,7 @@ class SharedRecording {
     std::unique_ptr<FramePixels> pixels;
   };
 
+  void checkIndex(unsigned int index) const;
   Decoder take(const PixelForm& form);
   void giveBack(Decoder decoder);
 
@@ -62,13 +64,12 @@ class SharedRecording {
 enum class OnFlaw { Stop, Continue };
 
 /// Decodes frames by several threads into `pixels`, geometry(form).size() bytes for each.
+/// \param poll  called by the calling thread between frames; what it throws ends the work
 /// \return the places in `frames` of those that cannot be had, ascending, and what is wrong; their
 ///         pixels are zeros. With OnFlaw::Stop those behind may not be decoded.
-std::vector<std::pair<std::size_t, FrameFlaw>> decodeMany(SharedRecording& recording,
-                                                          const std::vector<unsigned int>& frames,
-                                                          const PixelForm& form,
-                                                          unsigned int threads, OnFlaw onFlaw,
-                                                          std::uint8_t* pixels);
+std::vector<std::pair<std::size_t, FrameFlaw>> decodeMany(
+    SharedRecording& recording, const std::vector<unsigned int>& frames, const PixelForm& form,
+    unsigned int threads, OnFlaw onFlaw, std::uint8_t* pixels, const std::function<void()>& poll);
 
 }  // namespace velmar::toolkit
 

@@ -65,7 +65,11 @@ void RecordingWriter::abandon() {
 
 Failure RecordingWriter::failure(const std::string& words, VELMAR_ERROR_CODE_E code) {
   if (!keepsFrames()) return {shownAs_, words, code};
-  if (backend_) backend_->close();
+  if (backend_ && onFailure_ == OnFailure::KeepTemporary) {
+    abandon();
+  } else if (backend_) {
+    backend_->close();
+  }
   const std::string temporary = path_ + ".tmp";
   const std::string place = ::access(temporary.c_str(), F_OK) != 0
                                 ? path_

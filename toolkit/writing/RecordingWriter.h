@@ -14,11 +14,12 @@ namespace velmar::toolkit {
 class RecordingWriter {
  public:
   enum class OnFailure {
-    RemoveFrames,  ///< they can be had again
-    KeepFrames,    ///< what is recorded stays, finished if possible and if it is on the disk
+    RemoveFrames,   ///< they can be had again
+    KeepFrames,     ///< what is recorded stays, finished if possible and if it is on the disk
+    KeepTemporary,  ///< what is recorded stays in the temporary file
   };
 
-  /// Opens the recording. What is there is replaced; see checkRecordingOutput().
+  /// Opens the recording. What is there is replaced; see ReservedOutput.
   /// \param framesMax  see makeRecordingBackend()
   /// \param shownAs    the name to show in failures, the path if empty
   /// Throws Failure.
@@ -44,7 +45,7 @@ class RecordingWriter {
   void finish();
 
  private:
-  bool keepsFrames() const { return onFailure_ == OnFailure::KeepFrames && frames_ > 0; }
+  bool keepsFrames() const { return onFailure_ != OnFailure::RemoveFrames && frames_ > 0; }
   /// Says where the frames are that are kept.
   Failure failure(const std::string& words, VELMAR_ERROR_CODE_E code);
   Failure creationFailure(VELMAR_ERROR_CODE_E code) const;

@@ -29,7 +29,7 @@ TEST(SharedRecording, ThreadsGetTheFramesThatOneWouldGet) {
   for (int form : {0, 1}) {
     expected[form].resize(kFrames * recording.geometry(forms[form]).size());
     const auto flaws =
-        decodeMany(recording, all, forms[form], 1, OnFlaw::Continue, expected[form].data());
+        decodeMany(recording, all, forms[form], 1, OnFlaw::Continue, expected[form].data(), [] {});
     ASSERT_EQ(flaws.size(), 1U);
     EXPECT_EQ(flaws[0].first, 5U);
   }
@@ -42,7 +42,7 @@ TEST(SharedRecording, ThreadsGetTheFramesThatOneWouldGet) {
       const std::size_t size = recording.geometry(forms[form]).size();
       std::vector<std::uint8_t> pixels(kFrames * size);
       if (step % 10 == 0) {
-        decodeMany(recording, all, forms[form], 3, OnFlaw::Continue, pixels.data());
+        decodeMany(recording, all, forms[form], 3, OnFlaw::Continue, pixels.data(), [] {});
         wrong += pixels != expected[form];
       } else if (!recording.decode(frame, forms[form], pixels.data())) {
         wrong += !std::equal(&pixels[0], &pixels[size], &expected[form][frame * size]);
@@ -64,7 +64,7 @@ TEST(SharedRecording, SaysWhichFrameIsMissing) {
   recordFrames(folder / "a.rtv", std::vector<std::string>(30, "no picture"));
   SharedRecording recording(folder / "a.rtv");
   std::vector<std::uint8_t> pixels(2 * recording.geometry({}).size(), 7);
-  const auto flaws = decodeMany(recording, {4, 3}, {}, 1, OnFlaw::Stop, pixels.data());
+  const auto flaws = decodeMany(recording, {4, 3}, {}, 1, OnFlaw::Stop, pixels.data(), [] {});
   ASSERT_EQ(flaws.size(), 1U);
   EXPECT_EQ(flaws[0].first, 0U);
   EXPECT_TRUE(std::all_of(pixels.begin(), pixels.begin() + pixels.size() / 2,
