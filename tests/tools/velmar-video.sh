@@ -38,7 +38,12 @@ grep -qF '"frame_format":"GRAY","frame_codec":"JPG","undistorted":true,"device_i
 
 # Pictures: size after scaling and cutting.
 expect 0 "" extract drive.img --output pnm --as ppm --scale 1/2 --crop-top 10 --crop-bottom 3 --range 2:3
-expect 0 "" extract drive.img --output pnm --as ppm --format gray --range 2:3
+expect 0 "" extract drive.img --output pnm --as ppm --format gray --range 2:3 --no-table
+expect 0 "" extract timed.img --output small --scale 1/2 --quality 50
+expect 0 "" create again.img small --times small/frames.csv
+expect 0 "" frames again.img --csv
+[ "$(cut -d, -f1-3 out | tr '\n' ' ')" = "index,sensor_time_us,arrived_time_us 0,20,22 1,30,31 " ] ||
+  fail "times by frames.csv: $(cat out)"
 [ "$(stat -c %s pnm/frame_000002.p?m | tr '\n' ' ')" = "6157 3613 " ] || fail "sizes of pictures"
 
 # Wrong usage, and what cannot be: nothing is written.
@@ -53,7 +58,10 @@ expect 2 "--times or from --fps" create x.img in
 expect 2 "cannot be used with a stream" create x.img - --times times.csv
 expect 2 "has to be the only input" create x.img - in --fps 5
 expect 2 "--device-id" create x.img in --fps 5 --device-id abc
-expect 2 "needs --as png" extract drive.img --output x --scale 1/2
+expect 2 "--format bgr needs --as png" extract drive.img --output x --scale 1/2 --format bgr
+expect 2 "--quality needs --as jpg" extract drive.img --output x --as png --quality 50
+expect 2 "--compression needs --as png" extract drive.img --output x --compression 5
+expect 2 "cat writes frames to standard output" extract drive.img --output -
 expect 1 "drive.img: --range goes beyond its 12 frames (VELMAR_ERROR_CODE_OUT_RANGE_E)" cat drive.img --range 3:13
 expect 1 "no frame was captured in that time" extract drive.img --output x --time 0:9
 expect 1 "leaves nothing of its pictures" extract drive.img --output x --as png --crop-top 64

@@ -11,12 +11,15 @@
 #include "toolkit/base/OutputFile.h"
 #include "toolkit/jpeg/DecodingLimits.h"
 #include "toolkit/recording/FramePlaces.h"
+#include "toolkit/tables/FrameLine.h"
 
 namespace velmar::toolkit {
 
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr char kTableName[] = "frames.csv";
 
 // A folder with the folders above it, as far as they were missing.
 class OutputFolder {
@@ -46,7 +49,7 @@ class OutputFolder {
 }  // namespace
 
 Extraction::Extraction(const std::string& file, const FrameSelection& selection,
-                       const PictureForm& form, std::string folder)
+                       const PictureForm& form, PictureFolder folder)
     : source_(file, form),
       folder_(std::move(folder)),
       frames_(selection.frames(source_.recording())),
@@ -63,19 +66,18 @@ Extraction::Extraction(const std::string& file, const FrameSelection& selection,
 std::vector<std::string> Extraction::outputs() const {
   std::vector<std::string> paths;
   for (const unsigned int frame : frames_) paths.push_back(pathOf(frame));
+  if (folder_.hasTable) paths.push_back(fs::path(folder_.path) / kTableName);
   return paths;
 }
 
 void Extraction::run(unsigned int threads, Job& job) {
   noteInterruptedEdit(source_.recording(), job);
-  const OutputFolder folder(folder_);
-  runThreads(threads, *job.begin(folder_, frames_.size()));
+  const OutputFolder folder(folder_.path);
+  runThreads(threads, *job.begin(folder_.path, frames_.size()));
   const auto count = static_cast<std::size_t>(std::count(written_.begin(), written_.end(), 1));
-  if (failure_ || count == 0) {
-    removeWritten();
-    folder.remove();
-  }
+  if (count == 0) folder.remove();
   if (failure_) std::rethrow_exception(failure_);
+  if (folder_.hasTable && count > 0) replaceFile(fs::path(folder_.path) / kTableName, table());
   const std::string& file = source_.recording().path();
   losses_.report(file, frames_.size(), job);
   if (count + losses_.count() < frames_.size()) job.loseRest(file, count, frames_.size());
@@ -84,7 +86,7 @@ void Extraction::run(unsigned int threads, Job& job) {
 std::string Extraction::pathOf(unsigned int frame) const {
   std::string number = std::to_string(frame);
   number.insert(0, digits_ - number.size(), '0');
-  return fs::path(folder_) / ("frame_" + number + "." + source_.form().extension());
+  return fs::path(folder_.path) / ("frame_" + number + "." + source_.form().extension());
 }
 
 // The calling thread is one of them; it alone has to do with the job.
@@ -128,21 +130,28 @@ bool Extraction::extractNext(PictureSource& source) {
   if (stopped_) return false;
   const std::size_t at = next_++;
   if (at >= frames_.size()) return false;
+  const std::string path = pathOf(frames_[at]);
   std::string bytes;
-  if (const FrameFlaw flaw =
-          repeated_[at] != 0 ? FrameFlaw::ofRepetition() : source.read(frames_[at], bytes)) {
+  if (folder_.keepsExisting && fs::exists(path)) {
+    written_[at] = 1;
+  } else if (const FrameFlaw flaw =
+                 repeated_[at] != 0 ? FrameFlaw::ofRepetition() : source.read(frames_[at], bytes)) {
     losses_.add(frames_[at], flaw);
   } else {
-    replaceFile(pathOf(frames_[at]), bytes);
+    replaceFile(path, bytes);
     written_[at] = 1;
   }
   return true;
 }
 
-void Extraction::removeWritten() const {
+std::string Extraction::table() const {
+  const FrameLine lines(source_.recording());
+  std::string text = "file," + lines.csvHeader();
   for (std::size_t i = 0; i < frames_.size(); ++i) {
-    if (written_[i] != 0) ::unlink(pathOf(frames_[i]).c_str());
+    if (written_[i] == 0) continue;
+    text += fs::path(pathOf(frames_[i])).filename().string() + "," + lines.csv(frames_[i]);
   }
+  return text;
 }
 
 }  // namespace velmar::toolkit

@@ -15,19 +15,26 @@
 
 namespace velmar::toolkit {
 
+/// Where pictures go.
+struct PictureFolder {
+  std::string path;
+  bool keepsExisting = false;  ///< pictures that are there are taken for those of an earlier run
+  bool hasTable = true;        ///< frames.csv: the pictures' files beside what `frames --csv` shows
+};
+
 /// Writes frames of a recording as picture files into a folder, once.
 class Extraction {
  public:
   /// Throws Failure if there are no such frames or no such pictures of them.
   Extraction(const std::string& file, const FrameSelection& selection, const PictureForm& form,
-             std::string folder);
+             PictureFolder folder);
 
-  /// The files that run() writes; those that are there are replaced.
+  /// The files that run() writes; those that are there are replaced or kept.
   std::vector<std::string> outputs() const;
 
   /// Makes the folder and writes the files, `threads` at a time. The job is told of frames that
-  /// cannot be had and of the rest after the wish to stop. Throws Failure and leaves nothing
-  /// behind, also if no frame can be had.
+  /// cannot be had and of the rest after the wish to stop. Throws Failure, also if no frame can be
+  /// had; pictures that are whole stay.
   void run(unsigned int threads, Job& job);
 
  private:
@@ -36,13 +43,13 @@ class Extraction {
   template <typename Work>
   void guarded(Work work);
   bool extractNext(PictureSource& source);
-  void removeWritten() const;
+  std::string table() const;
 
   PictureSource source_;
-  std::string folder_;
+  PictureFolder folder_;
   std::vector<unsigned int> frames_;
   std::vector<char> repeated_;  // which of them have bytes of others
-  std::vector<char> written_;   // each element belongs to the thread that extracts its frame
+  std::vector<char> written_;   // or kept; each belongs to the thread that extracts its frame
   std::size_t digits_ = 0;      // of the numbers in the names
   std::atomic<std::size_t> next_ = 0;
   std::atomic<bool> stopped_ = false;

@@ -15,8 +15,15 @@ struct Picture {
   std::vector<std::uint8_t> pixels;
 };
 
-/// As a PNG file. Throws std::runtime_error.
-std::string encodePng(const Picture& picture);
+/// As a PNG file.
+/// \param level  of compression, 1 (quick) to 12 (small)
+/// Throws std::bad_alloc.
+std::string encodePng(const Picture& picture, int level);
+
+/// As a JPEG file, with half the resolution for colours.
+/// \param quality  1 to 100
+/// Throws std::runtime_error.
+std::string encodeJpeg(const Picture& picture, int quality);
 
 /// As a binary PPM file, PGM if grey.
 std::string encodePnm(const Picture& picture);

@@ -7,7 +7,7 @@
 namespace velmar::toolkit {
 
 const char* PictureForm::extension() const {
-  if (kind == Kind::Stored) return "jpg";
+  if (kind == Kind::Stored || kind == Kind::Jpeg) return "jpg";
   if (kind == Kind::Png) return "png";
   return format == VELMAR_FORMAT_GRAY_E ? "pgm" : "ppm";
 }
@@ -25,7 +25,9 @@ PictureSource::PictureSource(const std::string& path, const PictureForm& form)
 FrameFlaw PictureSource::read(unsigned int index, std::string& bytes) {
   if (!pixels_) return readStoredFrame(recording_, index, bytes);
   if (FrameFlaw flaw = pixels_->read(index, picture_.pixels.data())) return flaw;
-  bytes = form_.kind == PictureForm::Kind::Png ? encodePng(picture_) : encodePnm(picture_);
+  bytes = form_.kind == PictureForm::Kind::Png    ? encodePng(picture_, form_.compression)
+          : form_.kind == PictureForm::Kind::Jpeg ? encodeJpeg(picture_, form_.quality)
+                                                  : encodePnm(picture_);
   return {};
 }
 

@@ -13,9 +13,11 @@ namespace velmar::toolkit {
 
 /// What becomes of a frame. The stored bytes stay as they are; the other kinds are decoded.
 struct PictureForm : PixelForm {
-  enum class Kind { Stored, Png, Pnm };
+  enum class Kind { Stored, Jpeg, Png, Pnm };
 
   Kind kind = Kind::Stored;
+  int quality = 90;     ///< of a JPEG that is encoded again, 1 to 100
+  int compression = 1;  ///< of a PNG, 1 (quick) to 12 (small)
 
   bool decodes() const { return kind != Kind::Stored; }
   /// Of the names of such files.

@@ -101,13 +101,10 @@ class FrameFinder {
         file_(table.column("file")),
         index_(table.column("index")) {
     if (!file_ && !index_) table.failWithout("file or index");
-    if (file_ && index_) {
-      table.fail(1, "both columns, file and index, say which frame a row is for; leave one out");
-    }
   }
 
   std::size_t frameOf(const CsvTable::Row& row) const {
-    if (index_) {
+    if (!file_) {
       const auto index = parseNumber(trimmed(row.fields[*index_]));
       if (!index || *index >= count_) {
         table_.fail(row.line, "there is no frame " + row.fields[*index_]);

@@ -8,6 +8,7 @@
 #include "support/TestSupport.h"
 #include "toolkit/TestJob.h"
 #include "toolkit/base/Failure.h"
+#include "toolkit/jpeg/JpegInspector.h"
 
 using namespace velmar::toolkit;
 
@@ -19,7 +20,7 @@ using namespace std::string_literals;
 
 std::vector<std::string> extract(const std::string& file, const std::string& output, Job& job,
                                  const PictureForm& form = {}, unsigned int threads = 1) {
-  Extraction extraction(file, {}, form, output);
+  Extraction extraction(file, {}, form, {output, false, false});
   extraction.run(threads, job);
   return extraction.outputs();
 }
@@ -50,8 +51,14 @@ TEST(Extraction, MakesFilesOfEachForm) {
   const auto cut = made({{VELMAR_FORMAT_RGB_E, SCALE_FACTOR_1_2_E, 5, 2}, Kind::Pnm},
                         "frame_000000.ppm", "P6\n16 4\n255\n");
   EXPECT_EQ(cut.size(), 3U * 16 * 4);
-  made({{}, Kind::Png}, "frame_000000.png",
-       "\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\0\x20\0\0\0\x10\x08\x02"s);
+  for (const int level : {1, 12}) {
+    made({{}, Kind::Png, 0, level}, "frame_000000.png",
+         "\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\0\x20\0\0\0\x10\x08\x02"s);
+  }
+  const std::string small =
+      made({{VELMAR_FORMAT_RGB_E, SCALE_FACTOR_1_2_E}, Kind::Jpeg, 90}, "frame_000000.jpg", "");
+  const auto size = JpegInspector().size(small);
+  EXPECT_TRUE(size && size->width == 16 && size->height == 8);
 }
 
 TEST(Extraction, ThreadsMakeTheSameAndNameWhatIsMissing) {
@@ -86,7 +93,7 @@ TEST(Extraction, TakesNoTimeForLargePicturesThatAreNone) {
   EXPECT_LT(std::clock() - begin, 2 * CLOCKS_PER_SEC);
 }
 
-TEST(Extraction, LeavesNothingBehindIfItFails) {
+TEST(Extraction, KeepsWhatIsWholeIfItFailsAndGoesOnFromThere) {
   const TempFolder folder;
   TestJob job;
   recordFrames(folder / "bad.img", {std::string(100, 'x')});
@@ -94,12 +101,20 @@ TEST(Extraction, LeavesNothingBehindIfItFails) {
   EXPECT_FALSE(exists(folder / "none"));
 
   recordFrames(folder / "good.img", std::vector(20, numberedJpeg(1)));
-  std::filesystem::create_directories(folder / "out/frame_000011.jpg/taken");
-  for (const unsigned int threads : {1U, 4U}) {
-    EXPECT_THROW(extract(folder / "good.img", folder / "out", job, {}, threads), Failure);
-    const std::filesystem::directory_iterator left(folder / "out");
-    EXPECT_EQ(std::distance(begin(left), end(left)), 1) << threads;
-  }
+  const std::string blocked = folder / "out/frame_000011.jpg";
+  std::filesystem::create_directories(blocked + "/taken");
+  EXPECT_THROW(extract(folder / "good.img", folder / "out", job), Failure);
+  EXPECT_TRUE(exists(folder / "out/frame_000010.jpg"));
+  std::filesystem::remove_all(blocked);
+  writeFile(folder / "out/frame_000003.jpg", "of an earlier run");
+  Extraction rest(folder / "good.img", {}, {}, {folder / "out", true, true});
+  rest.run(2, job);
+  EXPECT_EQ(readFile(folder / "out/frame_000003.jpg"), "of an earlier run");
+  EXPECT_EQ(readFile(blocked), numberedJpeg(1));
+  const std::string table = readFile(folder / "out/frames.csv");
+  EXPECT_TRUE(table.starts_with("file,index,sensor_time_us,arrived_time_us,size"));
+  EXPECT_TRUE(table.find("\nframe_000019.jpg,19,19,19,") != table.npos) << table;
+  EXPECT_EQ(std::count(table.begin(), table.end(), '\n'), 21);
 }
 
 TEST(Extraction, StopsWhenItIsTo) {

@@ -49,8 +49,6 @@ TEST(TimesCsv, NamesTheLineThatDoesNotFit) {
        "line 1: there is no column arrived_time_us; there are file, sensor_time_us"},
       {"sensor_time_us,arrived_time_us\n",
        "line 1: there is no column file or index; there are sensor_time_us, arrived_time_us"},
-      {"index," + kHeader,
-       "line 1: both columns, file and index, say which frame a row is for; leave one out"},
       {"FILE ," + kHeader, "line 1: the column file is there twice"},
       {kHeader + "1.jpg,10\n", "line 2: it has 2 fields, the header 3"},
       {kHeader + "\n1.jpg,-1,11\n2.jpg,1,1\n", "line 3: its times are not microseconds"},

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <map>
 
 #include "program/SelectionOptions.h"
@@ -9,7 +10,7 @@ namespace velmar::tool {
 
 namespace {
 
-const std::map<std::string, PictureForm::Kind> kKinds = {{"jpg", PictureForm::Kind::Stored},
+const std::map<std::string, PictureForm::Kind> kKinds = {{"jpg", PictureForm::Kind::Jpeg},
                                                          {"png", PictureForm::Kind::Png},
                                                          {"ppm", PictureForm::Kind::Pnm}};
 
@@ -23,28 +24,44 @@ const std::map<std::string, VELMAR_FORMAT_E> kFormats = {
 
 struct Options {
   std::string file;
-  std::string folder;
+  PictureFolder folder;
   FrameSelection selection;
   PictureForm form;
   unsigned int jobs = 1;
   bool force = false;
-  std::vector<const CLI::Option*> decoding;  // make no sense for stored bytes
+  std::vector<const CLI::Option*> decoding;  // without any of them jpg are the stored bytes
+  const CLI::Option* quality = nullptr;
+  const CLI::Option* compression = nullptr;
 };
 
+PictureForm formOf(const Options& options) {
+  PictureForm form = options.form;
+  const bool decodes = std::any_of(options.decoding.begin(), options.decoding.end(),
+                                   [](const CLI::Option* option) { return option->count() > 0; });
+  if (form.kind == PictureForm::Kind::Jpeg && !decodes) form.kind = PictureForm::Kind::Stored;
+  return form;
+}
+
 ExitStatus extract(const Options& options, CommandJob& job) {
-  Extraction extraction(options.file, options.selection, options.form, options.folder);
+  Extraction extraction(options.file, options.selection, formOf(options), options.folder);
   for (const std::string& path : extraction.outputs()) {
-    checkOutput(path, {options.file}, options.force);
+    checkOutput(path, {options.file}, options.force || options.folder.keepsExisting);
   }
   extraction.run(options.jobs, job);
   return job.status();
 }
 
 void checkUsage(const Options& options) {
-  for (const CLI::Option* option : options.decoding) {
-    if (!options.form.decodes() && option->count() > 0) {
-      throw UsageError("extract: " + option->get_name() + " needs --as png or --as ppm");
-    }
+  if (options.folder.path == "-") {
+    throw UsageError("extract: --output is a folder; cat writes frames to standard output");
+  }
+  if (options.compression->count() > 0 && options.form.kind != PictureForm::Kind::Png) {
+    throw UsageError("extract: --compression needs --as png");
+  }
+  if (options.form.kind != PictureForm::Kind::Jpeg) {
+    if (options.quality->count() > 0) throw UsageError("extract: --quality needs --as jpg");
+  } else if (options.form.format == VELMAR_FORMAT_BGR_E) {
+    throw UsageError("extract: --format bgr needs --as png or --as ppm");
   }
 }
 
@@ -67,10 +84,10 @@ void addDecodingOptions(CLI::App& command, Options& options) {
   PictureForm& form = options.form;
   options.decoding = {
       addChoice(command, "--format", "FORMAT",
-                "Pixels of png and ppm: rgb, gray, or bgr, which stores blue first although the "
+                "Pixels: rgb, gray, or for png and ppm bgr, which stores blue first although the "
                 "file type says red; rgb if not given",
                 kFormats, form.format),
-      addChoice(command, "--scale", "SCALE", "Size of png and ppm, 1/1 if not given", kScales,
+      addChoice(command, "--scale", "SCALE", "Size of the pictures, 1/1 if not given", kScales,
                 form.scale),
       command
           .add_option("--crop-top", form.cropTop, "Rows to cut at the top, counted before scaling")
@@ -78,15 +95,30 @@ void addDecodingOptions(CLI::App& command, Options& options) {
       command
           .add_option("--crop-bottom", form.cropBottom,
                       "Rows to cut at the bottom, counted before scaling")
-          ->type_name("N")};
+          ->type_name("N"),
+      command
+          .add_option("--quality", form.quality,
+                      "Of jpg that are decoded and encoded again, 1 to 100; 90 if not given")
+          ->type_name("N")
+          ->check(CLI::Range(1, 100).description(""))};
+  options.quality = options.decoding.back();
+  options.compression =
+      command
+          .add_option("--compression", form.compression,
+                      "Of png, from 1, which is quick, to 12, which is small; 1 if not given")
+          ->type_name("N")
+          ->check(CLI::Range(1, 12).description(""));
 }
 
 void addOptions(CLI::App& command, Options& options) {
   command.add_option("file", options.file, "The recording")->required();
-  command.add_option("--output", options.folder, "The folder, made if it is not there")
+  command.add_option("--output", options.folder.path, "The folder, made if it is not there")
       ->required()
       ->type_name("DIR");
-  addChoice(command, "--as", "KIND", "jpg: the stored bytes; png, ppm: decoded; jpg if not given",
+  options.form.kind = PictureForm::Kind::Jpeg;
+  addChoice(command, "--as", "KIND",
+            "jpg: the stored bytes, or encoded again if an option below changes them; png, ppm: "
+            "decoded; jpg if not given",
             kKinds, options.form.kind);
   addDecodingOptions(command, options);
   addSelectionOptions(command, options.selection);
@@ -97,6 +129,10 @@ void addOptions(CLI::App& command, Options& options) {
           "much memory for the size of the recording")
       ->type_name("N")
       ->check(CLI::Range(1U, 256U).description(""));
+  command.add_flag("!--no-table", options.folder.hasTable,
+                   "Without frames.csv, the table of the pictures beside them");
+  command.add_flag("--skip-existing", options.folder.keepsExisting,
+                   "Keep existing pictures, to go on where an earlier run was stopped");
   command.add_flag("--force", options.force, "Replace existing pictures");
 }
 
