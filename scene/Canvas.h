@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 #include "scene/Color.h"
@@ -29,11 +30,16 @@ class Canvas {
             std::uint32_t seed);
   /// Moves the brightness of every pixel by up to half of `amount`.
   void addGrain(double amount, std::uint32_t seed);
-  /// Decimal digits of `dot` by `dot` pixels a dot, at least six of them, on a dark ground.
+  /// RGB pixels, row by row without padding.
+  void picture(const std::uint8_t* pixels, int width, int height, int left, int top);
+  /// Digits, colons, points and hyphens; a gap for any other character. A character is 6 by 7 dots
+  /// of `dot` by `dot` pixels, of which the sixth column is empty.
+  void text(std::string_view text, int left, int top, int dot, Color color);
+  /// Decimal digits, at least six of them, on a dark ground.
   void number(unsigned int value, int left, int top, int dot);
 
  private:
-  void digit(unsigned int value, int left, int top, int dot, Color color);
+  void glyph(const std::uint8_t* rows, int left, int top, int dot, Color color);
 
   int width_;
   int height_;

@@ -42,6 +42,7 @@ void addCommands(Tool& tool) {
   addRecoverCommand(tool);
   addVerifyCommand(tool);
   addSampleCommand(tool);
+  addSheetCommand(tool);
 }
 
 }  // namespace velmar::tool

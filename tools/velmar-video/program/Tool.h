@@ -77,6 +77,7 @@ void addDumpCommand(Tool& tool);
 void addRecoverCommand(Tool& tool);
 void addVerifyCommand(Tool& tool);
 void addSampleCommand(Tool& tool);
+void addSheetCommand(Tool& tool);
 
 }  // namespace velmar::tool
 
