@@ -89,8 +89,7 @@ void WriterHandle::add(const py::buffer& jpeg, std::uint64_t captureTime, std::u
   toolkit::FrameTag values;
   for (const auto& [name, text] : tag) {
     const auto column = tagColumns_.find(name);
-    if (column == tagColumns_.end())
-      throwUsage("a frame of " + path_ + " has no value \"" + name + "\"");
+    if (column == tagColumns_.end()) throwUsage("there is no such value as " + name);
     if (!column->second(values, text)) throwUsage(name + " cannot be " + text);
   }
   const WithoutGil release;
