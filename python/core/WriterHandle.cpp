@@ -83,16 +83,18 @@ void WriterHandle::open() {
                   toolkit::RecordingWriter::OnFailure::KeepTemporary);
 }
 
+void WriterHandle::setValue(toolkit::FrameTag& tag, const std::string& name,
+                            const std::string& text) const {
+  const auto column = tagColumns_.find(name);
+  if (column == tagColumns_.end()) throwUsage("there is no such value as " + name);
+  if (!column->second(tag, text)) throwUsage(name + " cannot be " + text);
+}
+
 void WriterHandle::add(const py::buffer& jpeg, std::uint64_t captureTime, std::uint64_t arrivalTime,
                        const std::map<std::string, std::string>& tag) {
   const std::string bytes = bytesOf(jpeg);
   toolkit::FrameTag values;
-  for (const auto& [name, text] : tag) {
-    const auto column = tagColumns_.find(name);
-    if (column == tagColumns_.end())
-      throwUsage("a frame of " + path_ + " has no value \"" + name + "\"");
-    if (!column->second(values, text)) throwUsage(name + " cannot be " + text);
-  }
+  for (const auto& [name, text] : tag) setValue(values, name, text);
   const WithoutGil release;
   const std::lock_guard lock(mutex_);
   if (isOver_) throwClosed(path_);

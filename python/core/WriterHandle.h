@@ -39,6 +39,7 @@ class WriterHandle {
 
  private:
   void open();
+  void setValue(toolkit::FrameTag& tag, const std::string& name, const std::string& text) const;
 
   const std::string path_;
   const unsigned int capacity_;

@@ -19,21 +19,21 @@ SharedRecording::SharedRecording(const std::string& path)
   recording_.places();  // so that threads only read them
 }
 
-SharedRecording::Decoder SharedRecording::take(const PixelForm& form) {
+std::unique_ptr<SharedRecording::Decoder> SharedRecording::take(const PixelForm& form) {
   {
     const std::lock_guard lock(mutex_);
     const auto found = std::find_if(idle_.begin(), idle_.end(),
-                                    [&](const Decoder& each) { return each.form == form; });
+                                    [&](const auto& each) { return each->form == form; });
     if (found != idle_.end()) {
-      Decoder decoder = std::move(*found);
+      std::unique_ptr<Decoder> decoder = std::move(*found);
       idle_.erase(found);
       return decoder;
     }
   }
-  return {form, std::make_unique<FramePixels>(recording_, form)};
+  return std::unique_ptr<Decoder>(new Decoder{form, {recording_, form}});
 }
 
-void SharedRecording::giveBack(Decoder decoder) {
+void SharedRecording::giveBack(std::unique_ptr<Decoder> decoder) {
   constexpr std::size_t kMost = 16;  // each keeps the memory of a picture
   const std::lock_guard lock(mutex_);
   if (idle_.size() == kMost) idle_.erase(idle_.begin());
@@ -41,8 +41,8 @@ void SharedRecording::giveBack(Decoder decoder) {
 }
 
 detail::ImageGeometry SharedRecording::geometry(const PixelForm& form) {
-  Decoder decoder = take(form);
-  const detail::ImageGeometry geometry = decoder.pixels->geometry();
+  auto decoder = take(form);
+  const detail::ImageGeometry geometry = decoder->pixels.geometry();
   giveBack(std::move(decoder));
   return geometry;
 }
@@ -54,8 +54,8 @@ void SharedRecording::checkIndex(unsigned int index) const {
 
 FrameFlaw SharedRecording::decode(unsigned int index, const PixelForm& form, std::uint8_t* pixels) {
   if (index >= recording_.places().size()) return FrameFlaw(VELMAR_ERROR_CODE_OUT_RANGE_E);
-  Decoder decoder = take(form);
-  FrameFlaw flaw = decoder.pixels->read(index, pixels);
+  auto decoder = take(form);
+  FrameFlaw flaw = decoder->pixels.read(index, pixels);
   giveBack(std::move(decoder));
   return flaw;
 }

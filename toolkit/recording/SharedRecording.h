@@ -48,17 +48,17 @@ class SharedRecording {
  private:
   struct Decoder {
     PixelForm form;
-    std::unique_ptr<FramePixels> pixels;
+    FramePixels pixels;
   };
 
   void checkIndex(unsigned int index) const;
-  Decoder take(const PixelForm& form);
-  void giveBack(Decoder decoder);
+  std::unique_ptr<Decoder> take(const PixelForm& form);
+  void giveBack(std::unique_ptr<Decoder> decoder);
 
   Recording recording_;
   RecordingDescription description_;
   mutable std::mutex mutex_;
-  std::vector<Decoder> idle_;
+  std::vector<std::unique_ptr<Decoder>> idle_;
 };
 
 enum class OnFlaw { Stop, Continue };
