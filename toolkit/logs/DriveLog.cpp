@@ -69,10 +69,10 @@ void startAt(const Fix& fix, const LogSeries* heights, RecordingDescription& des
 
 }  // namespace
 
-DriveLog::DriveLog(const LogRequest& request, RecordingDescription& description, Job& job)
+DriveLog::DriveLog(const LogRequest& request, RecordingDescription& description)
     : maxAge_(request.maxAge),
       columns_(tagColumns(description.version)),
-      logs_(readLogs(request, columns_, job)) {
+      logs_(readLogs(request, columns_)) {
   for (const ReadLog& log : logs_) {
     addPositions(log, description);
     for (const LogSeries& series : log.series) {
@@ -163,26 +163,37 @@ void DriveLog::checkOverlap(const std::vector<std::uint64_t>& times) const {
   }
 }
 
+void DriveLog::tell(Job& job) const {
+  for (const ReadLog& log : logs_) {
+    job.note(log.name, log.understood);
+    if (log.otherColumns.empty()) continue;
+    job.note(log.name, "columns that are not read: " + joined(log.otherColumns));
+  }
+}
+
+std::size_t DriveLog::fill(const Target& target, std::vector<FrameTag>& tags,
+                           const std::vector<std::uint64_t>& times) const {
+  std::size_t missing = 0;
+  for (std::size_t i = 0; i < times.size(); ++i) {
+    auto value = valueAt(target, static_cast<std::int64_t>(times[i]));
+    if (value && target.between == LogField::Between::ShorterArc) {
+      // Rounded here: what is nearest to 360 degrees is 0.
+      value = std::fmod(std::round(*value) + kFullCircle, kFullCircle);
+    }
+    target.column.clear(tags[i]);
+    if (!value || !target.column.setValue(tags[i], *value)) ++missing;
+  }
+  return missing;
+}
+
 void DriveLog::fill(std::vector<FrameTag>& tags, const std::vector<std::uint64_t>& times,
                     Job& job) const {
   checkOverlap(times);
+  tell(job);
   std::vector<std::string> missing;
   for (const Target& target : targets_) {
-    std::size_t without = 0;
-    for (std::size_t i = 0; i < times.size(); ++i) {
-      auto value = valueAt(target, static_cast<std::int64_t>(times[i]));
-      if (value && target.between == LogField::Between::ShorterArc) {
-        // Rounded here: what is nearest to 360 degrees is 0.
-        value = std::fmod(std::round(*value) + kFullCircle, kFullCircle);
-      }
-      target.column.clear(tags[i]);
-      if (value) {
-        target.column.setValue(tags[i], *value);
-      } else {
-        ++without;
-      }
-    }
-    if (without > 0) missing.push_back(target.column.name + " " + std::to_string(without));
+    const std::size_t count = fill(target, tags, times);
+    if (count > 0) missing.push_back(target.column.name + " " + std::to_string(count));
   }
   if (missing.empty()) return;
   std::vector<std::string> names;

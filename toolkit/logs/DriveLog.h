@@ -23,11 +23,12 @@ class DriveLog {
   /// Reads the logs; see readLogs(). Latitude and longitude become positions from the start
   /// position of the description; if that has none, it gets the first fix. Throws Failure, also if
   /// a field is in two logs.
-  DriveLog(const LogRequest& request, RecordingDescription& description, Job& job);
+  DriveLog(const LogRequest& request, RecordingDescription& description);
 
   /// Sets the fields of the logs in the tags of frames captured at those times, and leaves the
-  /// others. A field without a value is cleared; the job is told of how many frames. Throws Failure
-  /// if a log ends before the earliest of the times or begins behind the latest.
+  /// others. A field without a value is cleared. The job is told what is understood of the logs and
+  /// what is not, and how many frames have no value. Throws Failure if a log ends before the
+  /// earliest of the times or begins behind the latest.
   void fill(std::vector<FrameTag>& tags, const std::vector<std::uint64_t>& times, Job& job) const;
 
  private:
@@ -41,6 +42,10 @@ class DriveLog {
 
   void add(const ReadLog& log, const LogSeries& series, const std::string& name);
   void addPositions(const ReadLog& log, RecordingDescription& description);
+  void tell(Job& job) const;
+  /// \return the number of frames without a value
+  std::size_t fill(const Target& target, std::vector<FrameTag>& tags,
+                   const std::vector<std::uint64_t>& times) const;
   std::optional<double> valueAt(const Target& target, std::int64_t time) const;
   void checkOverlap(const std::vector<std::uint64_t>& times) const;
 

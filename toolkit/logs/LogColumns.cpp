@@ -23,9 +23,8 @@ class ColumnFinder {
          end = text.rfind(':', end - 1)) {
       const auto column = table_.column(plainName(text.substr(0, end)));
       if (!column) continue;
-      const auto same = std::find_if(columns_.begin(), columns_.end(), [&mapping](auto& one) {
-        return one.field == mapping.field;
-      });
+      const auto same = std::find_if(columns_.begin(), columns_.end(),
+                                     [&mapping](auto& one) { return one.field == mapping.field; });
       if (same != columns_.end()) {
         table_.fail(1, "--log-map names the " + mapping.field->name + " twice, in " +
                            table_.columns()[same->at] + " and in " + table_.columns()[*column]);

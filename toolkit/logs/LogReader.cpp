@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <optional>
+#include <utility>
 
 #include "toolkit/base/Failure.h"
 #include "toolkit/base/InputFile.h"
@@ -89,13 +90,15 @@ class TableReader {
   ReadLog read(std::int64_t offset, const std::vector<TagColumn>& targets) {
     if (table_.rows().empty()) table_.fail(1, "there is no row behind the header");
     readTimes(offset);
-    ReadLog log{table_.name(), times_.front(), times_.back(), {}};
+    ReadLog log{table_.name(), times_.front(), times_.back(), {}, "", {}};
+    std::vector<std::string> understood;
+    std::vector<std::size_t> read;
     for (const LogColumn& column : columns_) {
       if (column.at == time_.at && column.field == time_.field) continue;
       LogSeries series = readColumn(column, targets);
       if (series.samples.empty()) continue;
-      understood_.push_back(column.text(table_));
-      read_.push_back(column.at);
+      understood.push_back(column.text(table_));
+      read.push_back(column.at);
       log.series.push_back(std::move(series));
     }
     if (log.series.empty()) {
@@ -104,22 +107,23 @@ class TableReader {
                   "there are " +
                       joined(table_.columns()));
     }
+    describe(log, std::move(understood), read);
     return log;
   }
 
-  void tell(Job& job) const {
-    std::vector<std::string> words = understood_;
+ private:
+  void describe(ReadLog& log, std::vector<std::string> words,
+                const std::vector<std::size_t>& read) const {
     words.insert(words.begin(), time_.text(table_));
-    job.note(table_.name(), joined(words));
-    std::vector<std::string> others;
+    log.understood = joined(words);
     for (std::size_t i = 0; i < table_.columns().size(); ++i) {
-      const bool isRead = i == time_.at || std::find(read_.begin(), read_.end(), i) != read_.end();
-      if (!isRead && !table_.plainNames()[i].empty()) others.push_back(table_.columns()[i]);
+      const bool isRead = i == time_.at || std::find(read.begin(), read.end(), i) != read.end();
+      if (!isRead && !table_.plainNames()[i].empty()) {
+        log.otherColumns.push_back(table_.columns()[i]);
+      }
     }
-    if (!others.empty()) job.note(table_.name(), "columns that are not read: " + joined(others));
   }
 
- private:
   void readTimes(std::int64_t offset) {
     constexpr auto kLast = static_cast<std::int64_t>(kLastFormattedTime);
     for (const CsvTable::Row& row : table_.rows()) {
@@ -157,8 +161,6 @@ class TableReader {
   const std::vector<LogColumn> columns_;
   LogColumn time_{};
   std::vector<std::int64_t> times_;
-  std::vector<std::string> understood_;
-  std::vector<std::size_t> read_;
 };
 
 void checkMappings(const LogRequest& request, const std::vector<bool>& used,
@@ -175,8 +177,7 @@ void checkMappings(const LogRequest& request, const std::vector<bool>& used,
 
 }  // namespace
 
-std::vector<ReadLog> readLogs(const LogRequest& request, const std::vector<TagColumn>& columns,
-                              Job& job) {
+std::vector<ReadLog> readLogs(const LogRequest& request, const std::vector<TagColumn>& columns) {
   std::vector<CsvTable> tables;
   std::vector<std::vector<LogColumn>> understood;
   std::vector<bool> used(request.mappings.size());
@@ -190,9 +191,7 @@ std::vector<ReadLog> readLogs(const LogRequest& request, const std::vector<TagCo
   checkMappings(request, used, names);
   std::vector<ReadLog> logs;
   for (std::size_t i = 0; i < tables.size(); ++i) {
-    TableReader reader(tables[i], understood[i]);
-    logs.push_back(reader.read(request.offset, columns));
-    reader.tell(job);
+    logs.push_back(TableReader(tables[i], understood[i]).read(request.offset, columns));
   }
   return logs;
 }

@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "toolkit/base/Job.h"
 #include "toolkit/logs/LogFields.h"
 #include "toolkit/tables/TagsCsv.h"
 
@@ -36,12 +35,13 @@ struct ReadLog {
   std::string name;
   std::int64_t first, last;  ///< times of its rows
   std::vector<LogSeries> series;
+  std::string understood;                 ///< the columns that are read, in words
+  std::vector<std::string> otherColumns;  ///< those that are not
 };
 
-/// Reads the logs. The job is told what is understood of each and what is not. Throws Failure with
-/// the line for what does not fit, also for what the tags of the columns do not hold.
-std::vector<ReadLog> readLogs(const LogRequest& request, const std::vector<TagColumn>& columns,
-                              Job& job);
+/// Reads the logs. Throws Failure with the line for what does not fit, also for what the tags of
+/// the columns do not hold.
+std::vector<ReadLog> readLogs(const LogRequest& request, const std::vector<TagColumn>& columns);
 
 }  // namespace velmar::toolkit
 

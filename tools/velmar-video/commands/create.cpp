@@ -60,7 +60,7 @@ std::vector<FrameTag> tagsOf(const Options& options, const FrameFiles& files,
   if (options.log.isGiven()) {
     std::vector<std::uint64_t> times;
     for (const FrameTimes& time : files.times) times.push_back(time.sensor);
-    DriveLog(options.log.request, description, job).fill(tags, times, job);
+    DriveLog(options.log.request, description).fill(tags, times, job);
   } else if (!options.tagsFile.empty()) {
     tags =
         readTags(readFrameTable(options.tagsFile, job, {"file"}), files.paths, description.version);
