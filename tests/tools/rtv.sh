@@ -97,7 +97,7 @@ expect 0 "frames without a value, of 3: x 1, y 1, z 1" create tracked.rtv in --f
   --start-time 2023-11-14T22:13:20.04Z --log track.gpx
 sed 's/520,5;72/520,5;-72/' log.csv >wrong.csv
 cp edited.rtv before.rtv
-expect 1 "wrong.csv: line 3: SPEED_KMH, the speed, cannot be -72,0 km/h" edit edited.rtv --log wrong.csv "${map[@]:2}"
+expect 1 "wrong.csv: line 3: SPEED_KMH cannot be -72,0 km/h" edit edited.rtv --log wrong.csv "${map[@]:2}"
 cmp edited.rtv before.rtv
 expect 1 "wrong.csv: line 3: " create x.rtv in --fps 5 --log wrong.csv "${map[@]:2}"
 expect 1 "log.csv: it goes from " create x.rtv in --fps 5 --start-time 0 "${map[@]}"

@@ -52,10 +52,9 @@ class ColumnFinder {
   void add(const LogColumn& column) {
     for (const LogColumn& other : columns_) {
       if (other.field != column.field) continue;
-      const std::string& name = column.field->name;
-      table_.fail(1, "both columns, " + table_.columns()[other.at] + " and " +
-                         table_.columns()[column.at] + ", are the " + name + "; --log-map " + name +
-                         "=COLUMN chooses one");
+      const std::string both = table_.columns()[other.at] + " and " + table_.columns()[column.at];
+      table_.fail(1, "both columns, " + both + ", are the " + column.field->name +
+                         "; --log-map chooses one");
     }
     columns_.push_back(column);
   }

@@ -21,13 +21,20 @@ std::vector<std::string> otherNames(const std::string& signal) {
 }
 
 std::vector<LogField> makeFields() {
+  constexpr double kHighest = 2e7;  // as hundredths in the 32 bits of a start position
   const Unit degrees = *unitNamed(Dimension::Angle, "deg");
   const Unit metres = *unitNamed(Dimension::Length, "m");
   std::vector<LogField> fields = {
       {"time", {"timestamp", "sensor_time"}, Dimension::Time},
       {"lat", {"latitude"}, Dimension::Angle, degrees, Between::Line, -90, 90},
       {"lng", {"lon", "long", "longitude"}, Dimension::Angle, degrees, Between::Line, -180, 180},
-      {"alt", {"altitude", "ele", "elevation"}, Dimension::Length, metres},
+      {"alt",
+       {"altitude", "ele", "elevation"},
+       Dimension::Length,
+       metres,
+       Between::Line,
+       -kHighest,
+       kHighest},
       {"x", {}, Dimension::Length},
       {"y", {}, Dimension::Length},
       {"z", {}, Dimension::Length},

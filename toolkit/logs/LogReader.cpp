@@ -48,9 +48,9 @@ class ColumnReader {
 
  private:
   [[noreturn]] void fail(const CsvTable::Row& row, const std::string& cell) const {
-    const std::string& unit = std::string(column_.unit.name);
-    table_.fail(row.line, table_.columns()[column_.at] + ", the " + column_.field->name +
-                              ", cannot be " + cell + (unit.empty() ? "" : " " + unit));
+    const std::string unit(column_.unit.name);
+    table_.fail(row.line, table_.columns()[column_.at] + " cannot be " + cell +
+                              (unit.empty() ? "" : " " + unit));
   }
 
   void checkDecimals(const CsvTable::Row& row, const std::string& cell) {
@@ -131,9 +131,10 @@ class TableReader {
       const auto time = time_.format.parse(cell);
       std::int64_t moved = 0;
       if (!time || __builtin_add_overflow(*time, offset, &moved) || std::abs(moved) > kLast) {
-        table_.fail(row.line, table_.columns()[time_.at] + " cannot be " +
-                                  (cell.empty() ? "empty" : cell) + "; the time is read as " +
-                                  time_.format.name());
+        const std::string& name = table_.columns()[time_.at];
+        table_.fail(row.line, name + " cannot be " + (cell.empty() ? "empty" : cell) +
+                                  "; it is read as " + time_.format.name() +
+                                  ", unless --log-map time=" + name + ":UNIT says otherwise");
       }
       if (!times_.empty() && moved < times_.back()) {
         table_.fail(row.line, "the time goes backwards: " + cell);

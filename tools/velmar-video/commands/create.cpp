@@ -153,7 +153,8 @@ void addFrameOptions(CLI::App& command, Options& options) {
   command
       .add_option("--times", options.timesFile,
                   "A table of the frames' times with the columns file or index, sensor_time_us and "
-                  "arrived_time_us, such as frames --csv writes; an rtv keeps the capture times in "
+                  "arrived_time_us, such as frames --csv writes, or with _s, _ms or _ns; an rtv "
+                  "keeps the capture times in "
                   "milliseconds")
       ->type_name("CSV");
   addFrameRateOption(
@@ -168,7 +169,8 @@ void addFrameOptions(CLI::App& command, Options& options) {
           "--tags", options.tagsFile,
           "rtv: a table such as frames --csv writes. The column file or index names the frame; x, "
           "y, z and relative_distance are hundredths of a metre, speed is hundredths of a metre a "
-          "second, direction is degrees. Version 02 has no z. Version 04 also takes the CAN "
+          "second, direction is degrees; x_m, speed_kmh and the like name other units. Version 02 "
+          "has no z. Version 04 also takes the CAN "
           "signals "
           "by name; an empty cell means that the signal is absent")
       ->type_name("CSV");
