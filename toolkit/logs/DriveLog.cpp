@@ -41,16 +41,16 @@ double altitudesPerMetre(version_e version) {
 struct Fix {
   std::int64_t time;
   double lng, lat;
-  std::size_t line;
+  std::size_t row, line;
 };
 
 std::vector<Fix> fixesOf(const ReadLog& log, const LogSeries& lng, const LogSeries& lat) {
   std::vector<Fix> fixes;
   auto other = lat.samples.begin();
   for (const LogSample& sample : lng.samples) {
-    while (other != lat.samples.end() && other->line < sample.line) ++other;
-    if (other == lat.samples.end() || other->line != sample.line) continue;
-    fixes.push_back({sample.time, sample.value, other->value, sample.line});
+    while (other != lat.samples.end() && other->row < sample.row) ++other;
+    if (other == lat.samples.end() || other->row != sample.row) continue;
+    fixes.push_back({sample.time, sample.value, other->value, sample.row, sample.line});
   }
   if (fixes.empty()) refuse(log.name, lng.samples.front().line, "no row has both, lat and lng");
   return fixes;
@@ -61,7 +61,7 @@ void startAt(const Fix& fix, const LogSeries* heights, RecordingDescription& des
   description.lat = nearestNds(fix.lat);
   if (heights == nullptr) return;
   const auto above = std::find_if(heights->samples.begin(), heights->samples.end(),
-                                  [&fix](auto& sample) { return sample.line >= fix.line; });
+                                  [&fix](auto& sample) { return sample.row >= fix.row; });
   const double metres =
       above == heights->samples.end() ? heights->samples.back().value : above->value;
   description.alt = static_cast<int>(std::lround(metres * altitudesPerMetre(description.version)));
@@ -88,13 +88,13 @@ void DriveLog::add(const ReadLog& log, const LogSeries& series, const std::strin
   const auto same = std::find_if(targets_.begin(), targets_.end(),
                                  [&name](auto& one) { return one.column.name == name; });
   if (same != targets_.end())
-    refuse(log.name, 1, "another column or log has the " + name + ", too");
+    refuse(log.name, 1, "the " + name + " is in " + same->log + " already");
   FrameTag scratch;
   for (const LogSample& sample : series.samples) {
     if (column->setValue(scratch, sample.value)) continue;
     refuse(log.name, sample.line, "it is too far from the start position");
   }
-  targets_.push_back({*column, series.field->between, series.samples, log.last});
+  targets_.push_back({*column, series.field->between, series.samples, log.name, log.last});
 }
 
 void DriveLog::addPositions(const ReadLog& log, RecordingDescription& description) {
@@ -117,8 +117,8 @@ void DriveLog::addPositions(const ReadLog& log, RecordingDescription& descriptio
     for (const Fix& fix : fixes) {
       double east = 0, north = 0;
       RecordFileToolkit::abs2Rel(startLng, startLat, fix.lng, fix.lat, east, north);
-      x.samples.push_back({fix.time, east, fix.line});
-      y.samples.push_back({fix.time, north, fix.line});
+      x.samples.push_back({fix.time, east, fix.row, fix.line});
+      y.samples.push_back({fix.time, north, fix.row, fix.line});
     }
     add(log, x, "x");
     add(log, y, "y");

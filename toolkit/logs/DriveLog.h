@@ -37,7 +37,8 @@ class DriveLog {
     TagColumn column;
     LogField::Between between;
     std::vector<LogSample> samples;
-    std::int64_t end;  ///< of its log
+    std::string log;
+    std::int64_t end;  ///< of the log
   };
 
   void add(const ReadLog& log, const LogSeries& series, const std::string& name);

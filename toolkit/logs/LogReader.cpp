@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <optional>
 #include <utility>
 
@@ -73,6 +72,10 @@ class ColumnReader {
   std::size_t line_ = 0;  // where it was
 };
 
+bool needsUnit(const LogField& field) {
+  return field.dimension != Dimension::Time && !field.plainUnit;
+}
+
 class TableReader {
  public:
   TableReader(const CsvTable& table, std::vector<LogColumn> columns)
@@ -118,9 +121,12 @@ class TableReader {
     log.understood = joined(words);
     for (std::size_t i = 0; i < table_.columns().size(); ++i) {
       const bool isRead = i == time_.at || std::find(read.begin(), read.end(), i) != read.end();
-      if (!isRead && !table_.plainNames()[i].empty()) {
-        log.otherColumns.push_back(table_.columns()[i]);
-      }
+      const std::string& name = table_.plainNames()[i];
+      if (isRead || name.empty()) continue;
+      const bool lacksUnit =
+          std::any_of(logFields().begin(), logFields().end(),
+                      [&name](auto& field) { return field.isNamed(name) && needsUnit(field); });
+      log.otherColumns.push_back(table_.columns()[i] + (lacksUnit ? " (without a unit)" : ""));
     }
   }
 
@@ -130,7 +136,8 @@ class TableReader {
       const std::string cell(trimmed(row.fields[time_.at]));
       const auto time = time_.format.parse(cell);
       std::int64_t moved = 0;
-      if (!time || __builtin_add_overflow(*time, offset, &moved) || std::abs(moved) > kLast) {
+      if (!time || __builtin_add_overflow(*time, offset, &moved) || moved > kLast ||
+          moved < -kLast) {
         const std::string& name = table_.columns()[time_.at];
         table_.fail(row.line, name + " cannot be " + (cell.empty() ? "empty" : cell) +
                                   "; it is read as " + time_.format.name() +
@@ -152,7 +159,7 @@ class TableReader {
     for (std::size_t i = 0; i < times_.size(); ++i) {
       const CsvTable::Row& row = table_.rows()[i];
       if (const auto value = reader.value(row)) {
-        series.samples.push_back({times_[i], *value, row.line});
+        series.samples.push_back({times_[i], *value, i, row.line});
       }
     }
     return series;

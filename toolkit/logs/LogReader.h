@@ -22,7 +22,8 @@ struct LogRequest {
 struct LogSample {
   std::int64_t time;  ///< microseconds since 1970, with the offset
   double value;       ///< in m/s, degrees, metres, or as it stands
-  std::size_t line;   ///< of the log
+  std::size_t row;    ///< of the log, from 0
+  std::size_t line;   ///< where that is
 };
 
 /// The values of a field in their order; there is one at least.

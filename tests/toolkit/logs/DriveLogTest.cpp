@@ -46,10 +46,10 @@ class DriveLogTest : public testing::Test {
 // is 6335439.327 m * pi / 180, 110574.276 m to the north.
 TEST_F(DriveLogTest, GivesTenFramesWhatWasCalculatedByHand) {
   add("log.csv",
-      "\xEF\xBB\xBFZeit;Latitude;lng;Altitude;SPEED_KMH;Heading;\"SWA;1\";Fahrer\r\n"
-      "14.11.2023 23:13:20,000;0,0000;45,0000;100,0;36,0;359;1,5;A\r\n"
-      "14.11.2023 23:13:21,000;0,0001;45,0002;101,0;72,0;1;NaN;A\r\n"
-      "14.11.2023 23:13:22,000;0,0001;45,0002;99,0;54,0;91;-3;A\r\n");
+      "\xEF\xBB\xBFZeit;Latitude;lng;Altitude;SPEED_KMH;Heading;\"SWA;1\";X\r\n"
+      "14.11.2023 23:13:20,000;0,0000;45,0000;100,0;36,0;359;1,5;7\r\n"
+      "14.11.2023 23:13:21,000;0,0001;45,0002;101,0;72,0;1;NaN;7\r\n"
+      "14.11.2023 23:13:22,000;0,0001;45,0002;99,0;54,0;91;-3;7\r\n");
   request_.mappings = {parseLogMapping("time=Zeit:%d.%m.%Y %H:%M:%S"),
                        parseLogMapping("steering_wheel_angle=SWA;1:deg")};
   request_.offset = 500000;
@@ -92,7 +92,7 @@ TEST_F(DriveLogTest, GivesTenFramesWhatWasCalculatedByHand) {
       "log.csv time from Zeit (%d.%m.%Y %H:%M:%S), steering_wheel_steering_angle from SWA;1 (deg), "
       "lat from Latitude (deg), lng from lng (deg), alt from Altitude (m), speed from SPEED_KMH "
       "(km/h), direction from Heading (deg)",
-      "log.csv columns that are not read: Fahrer",
+      "log.csv columns that are not read: X (without a unit)",
       "log.csv frames without a value, of 10: x 2, y 2, z 2, steering_wheel_steering_angle 6, "
       "speed 2, direction 2"};
   EXPECT_EQ(job_.lines, lines);
@@ -121,6 +121,17 @@ TEST_F(DriveLogTest, ReadsOtherShapes) {
     if (*one.mapping != 0) request_.mappings = {parseLogMapping(one.mapping)};
     EXPECT_EQ(read({0})[0].speed, one.speed) << one.text;
   }
+}
+
+TEST_F(DriveLogTest, ReadsTracksThatAreOneLine) {
+  add("a.gpx",
+      "<?xml version='1.0'?><gpx><trk><trkseg><trkpt lat='0' lon='45'><time>2023-11-14T22:13:20Z"
+      "</time></trkpt><trkpt lat='0.0001' lon='45.0002'><ele>7</ele><time>2023-11-14T22:13:22Z"
+      "</time></trkpt></trkseg></trk></gpx>");
+  const FrameTag tag = read({1000})[0];
+  EXPECT_EQ(tag.x, 1113);
+  EXPECT_EQ(tag.y, 553);
+  EXPECT_EQ(description_.alt, 700);
 }
 
 TEST_F(DriveLogTest, TakesEachFieldFromTheLogThatHasIt) {
