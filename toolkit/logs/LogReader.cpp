@@ -130,6 +130,14 @@ class TableReader {
     }
   }
 
+  [[noreturn]] void failAtTime(const CsvTable::Row& row, const std::string& cell) const {
+    const std::string& name = table_.columns()[time_.at];
+    std::string words = name + " cannot be " + (cell.empty() ? "empty" : cell);
+    words += "; it is read as " + time_.format.name();
+    words += ", unless --log-map time=" + name;
+    table_.fail(row.line, words + ":UNIT says otherwise");
+  }
+
   void readTimes(std::int64_t offset) {
     constexpr auto kLast = static_cast<std::int64_t>(kLastFormattedTime);
     for (const CsvTable::Row& row : table_.rows()) {
@@ -138,10 +146,7 @@ class TableReader {
       std::int64_t moved = 0;
       if (!time || __builtin_add_overflow(*time, offset, &moved) || moved > kLast ||
           moved < -kLast) {
-        const std::string& name = table_.columns()[time_.at];
-        table_.fail(row.line, name + " cannot be " + (cell.empty() ? "empty" : cell) +
-                                  "; it is read as " + time_.format.name() +
-                                  ", unless --log-map time=" + name + ":UNIT says otherwise");
+        failAtTime(row, cell);
       }
       if (!times_.empty() && moved < times_.back()) {
         table_.fail(row.line, "the time goes backwards: " + cell);
