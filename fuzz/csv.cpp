@@ -1,5 +1,6 @@
 #include "support.h"
 #include "toolkit/base/Failure.h"
+#include "toolkit/logs/LogReader.h"
 #include "toolkit/tables/TagsCsv.h"
 #include "toolkit/tables/TimesCsv.h"
 #include "toolkit/text/CsvTable.h"
@@ -34,6 +35,19 @@ void consumeTimes(const CsvTable& table) {
   }
 }
 
+// Tables with a time, and GPX.
+void consumeLog(const std::uint8_t* data, std::size_t size) {
+  static const TemporaryFile file(".log");
+  file.write(data, size);
+  LogRequest request;
+  request.files = {file.path()};
+  for (const ReadLog& log : readLogs(request, tagColumns(RTV_VER_04))) {
+    for (const LogSeries& series : log.series) {
+      consume(series.samples.data(), series.samples.size() * sizeof series.samples[0]);
+    }
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -41,6 +55,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const CsvTable table("table.csv", {reinterpret_cast<const char*>(data), size});
     consumeTimes(table);
     for (const auto version : {RTV_VER_02, RTV_VER_03, RTV_VER_04}) consumeTags(table, version);
+  } catch (const Failure& failure) {
+    consume(failure.what());
+  }
+  try {
+    consumeLog(data, size);
   } catch (const Failure& failure) {
     consume(failure.what());
   }

@@ -200,6 +200,9 @@ void drawTables(const fs::path& folder) {
       frameTable(false, false),
       frameTable(true, false),
       frameTable(true, true),
+      "Time_s;lat;lng;speed_kmh\r\n1,5;48;11,5;36,0\r\n2,5;49;;NaN\r\n",
+      "<gpx><trk><trkseg>\n<trkpt lat=\"48\" lon=\"11.5\"><ele>9</ele>"
+      "<time>2023-11-14T22:13:20Z</time></trkpt></trkseg></trk></gpx>",
   };
   for (std::size_t i = 0; i < std::size(tables); ++i) {
     save(folder / "csv", "table" + std::to_string(i), tables[i], edgesBehind(tables[i], ",\n\""));

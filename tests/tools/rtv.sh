@@ -66,6 +66,49 @@ expect 3 "rich.rtv: it does not hold arrival times, microseconds of the capture 
 for file in s.rtv t.rtv; do expect 0 "" sample $file --frames 2 --size 64x64; done
 cmp s.rtv t.rtv
 
+# Logs: what create records of one, edit makes of a recording without, in every version; nothing is
+# written if a line is wrong.
+cat >log.csv <<'CSV'
+Clock;lat;lng;alt;SPEED_KMH;Heading;SWA
+14.11.2023 23:13:20;48,1374;11,5755;519,5;36,0;359;1,5
+14.11.2023 23:13:21;48,1375;11,5757;520,5;72,0;1;
+CSV
+map=(--log log.csv --log-map 'time=Clock:%d.%m.%Y %T' --log-map steering_wheel_angle=SWA:deg
+  --log-offset -0.02s)
+export TZ=CET-1
+for version in 02 03 04; do
+  case $version in 02) lost="heights, CAN signals" ;; 03) lost="CAN signals" ;; *) lost="" ;; esac
+  status=3 said="logged.rtv: it does not hold $lost"
+  [ -n "$lost" ] || status=0 said="time from Clock (%d.%m.%Y %T)"
+  expect $status "$said" create logged.rtv in --times times.csv --rtv-version $version "${map[@]}" --force
+  "$tool" create edited.rtv in --times times.csv --rtv-version $version --force
+  expect $status "log.csv: time from" edit edited.rtv "${map[@]}" --dry-run
+  expect $status "log.csv: time from" edit edited.rtv "${map[@]}"
+  grep -q "^tags: as recorded -> 3 of 3 frames changed" out || fail "edit --log: $(cat out)"
+  cmp logged.rtv edited.rtv
+  expect 0 "" verify edited.rtv
+done
+# 20 and 60 ms behind the first row: 0.3 and 0.9 m east, 0.22 and 0.67 m north, 0.2 and 0.6 m/s.
+"$tool" frames logged.rtv --csv | cut -d, -f2,6-11 | tail -n +2 >got
+printf '1700000000000000,30,22,2,0,1020,359\n1700000000040000,89,67,6,0,1060,359\n1700000000080000,149,111,10,0,1100,359\n' |
+  diff - got
+expect 0 "" frames logged.rtv --gpx track.gpx
+expect 0 "frames without a value, of 3: x 1, y 1, z 1" create tracked.rtv in --fps 25 \
+  --start-time 2023-11-14T22:13:20.04Z --log track.gpx
+sed 's/520,5;72/520,5;-72/' log.csv >wrong.csv
+cp edited.rtv before.rtv
+expect 1 "wrong.csv: line 3: SPEED_KMH cannot be -72,0 km/h" edit edited.rtv --log wrong.csv "${map[@]:2}"
+cmp edited.rtv before.rtv
+expect 1 "wrong.csv: line 3: " create x.rtv in --fps 5 --log wrong.csv "${map[@]:2}"
+expect 1 "log.csv: it goes from " create x.rtv in --fps 5 --start-time 0 "${map[@]}"
+expect 2 "--log goes by" edit sample.img --log log.csv --shift-time +1s
+expect 2 "create: --log needs an .rtv" create x.img in --fps 5 --log log.csv
+expect 2 "there is no field sped; did you mean speed?" create x.rtv in --fps 5 --log log.csv --log-map sped=v
+expect 2 "give one of them" create x.rtv in --fps 5 --log log.csv --tags tags.csv
+expect 2 "--log-max-age is seconds such as 0.5s" create x.rtv in --fps 5 --log log.csv --log-max-age 5
+absent x.rtv x.rtv.tmp x.img
+unset TZ
+
 # Streams keep the default version; the clock of a version 02 begins in 2015.
 expect 0 "" create stream.rtv - --fps 25 --start-time 2023-11-14T22:13:20Z <stream
 expect 0 "" cat stream.rtv

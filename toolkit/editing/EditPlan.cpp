@@ -14,8 +14,10 @@
 #include "toolkit/recording/OpenFailure.h"
 #include "toolkit/recording/StoredFrame.h"
 #include "toolkit/text/JsonText.h"
+#include "toolkit/text/NumberText.h"
 #include "toolkit/text/PrintableText.h"
 #include "toolkit/text/TimeText.h"
+#include "velmar_video/rtv/RecordFileToolkit.h"
 #include "velmar_video/rtv/RtvContainerModifier.h"
 
 namespace velmar::toolkit {
@@ -36,6 +38,18 @@ constexpr std::uint64_t recordAt(unsigned int index) {
 }
 static_assert(offsetof(FrameIndex, arrivedTime) ==
               offsetof(FrameIndex, sensorTime) + sizeof FrameIndex::sensorTime);
+
+// Leaves the modifier alone: the change is made elsewhere.
+VELMAR_ERROR_CODE_E unchanged(VelmarVideoFileModifier& /*modifier*/) {
+  return VELMAR_ERROR_CODE_SUCCESS_E;
+}
+
+std::string positionText(const RecordingDescription& description) {
+  const double altitude =
+      description.version == RTV_VER_04 ? description.alt / 100.0 : description.alt;
+  return degreesText(RecordFileToolkit::NDS2Degree(description.lng)) + "," +
+         degreesText(RecordFileToolkit::NDS2Degree(description.lat)) + "," + fixedText(altitude, 2);
+}
 
 }  // namespace
 
@@ -58,6 +72,7 @@ EditPlan::EditPlan(const Recording& recording, const EditRequest& request)
   if (request.shift) planShift(*request.shift);
   planFrameTimes(request);
   if (request.allTimes) planAllTimes("--times", *request.allTimes);
+  if (request.changeTags) planTags(request);
   if (!isEmpty()) checkByteOrder();
   changesMetaData_ =
       !recording.isRtv() && (request.deviceId || request.undistorted || request.cameraParams ||
@@ -176,11 +191,11 @@ void EditPlan::planSensorTime(const std::string& option, EditRequest::FrameTime 
     unsigned long value = stored;
     return modifier.modifyTimestamp(index, value);
   };
-  times_.overwrite(rtv ? FilePlace{detail::rtvLayout(description_.version).tagAt(change.index) +
-                                       offsetof(frametag03Ver_t, time_flag),
-                                   sizeof frametag03Ver_t::time_flag}
-                       : FilePlace{recordAt(change.index) + offsetof(FrameIndex, sensorTime),
-                                   sizeof FrameIndex::sensorTime});
+  places_.overwrite(rtv ? FilePlace{detail::rtvLayout(description_.version).tagAt(change.index) +
+                                        offsetof(frametag03Ver_t, time_flag),
+                                    sizeof frametag03Ver_t::time_flag}
+                        : FilePlace{recordAt(change.index) + offsetof(FrameIndex, sensorTime),
+                                    sizeof FrameIndex::sensorTime});
   if (!said) return add("", "", "", write);
   add("frame " + std::to_string(change.index) + " captured",
       formatTime(recording_.sensorTime(change.index)), formatTime(change.time), write);
@@ -194,7 +209,7 @@ void EditPlan::planArrivedTime(const std::string& option, EditRequest::FrameTime
     unsigned long value = change.time;
     return modifier.modifyArrivalTime(change.index, value);
   };
-  times_.overwrite(
+  places_.overwrite(
       {recordAt(change.index) + offsetof(FrameIndex, arrivedTime), sizeof FrameIndex::arrivedTime});
   if (!said) return add("", "", "", write);
   add("frame " + std::to_string(change.index) + " arrived",
@@ -234,12 +249,11 @@ void EditPlan::planAllTimes(const std::string& option, const std::vector<FrameTi
   };
   const FrameTimes first = recording_.times(0);
   const FrameTimes last = recording_.times(count - 1);
-  const auto nothing = [](auto&) { return VELMAR_ERROR_CODE_SUCCESS_E; };
   add(std::to_string(count) + " frames captured", span(first.sensor, last.sensor),
-      span(times.front().sensor, times.back().sensor), nothing);
+      span(times.front().sensor, times.back().sensor), unchanged);
   if (rtv) return;
   add(std::to_string(count) + " frames arrived", span(first.arrived, last.arrived),
-      span(times.front().arrived, times.back().arrived), nothing);
+      span(times.front().arrived, times.back().arrived), unchanged);
 }
 
 std::uint64_t EditPlan::shifted(std::uint64_t time, std::int64_t shift) const {
@@ -264,11 +278,35 @@ void EditPlan::planShift(std::int64_t shift) {
   planAllTimes("--shift-time", times);
 }
 
+void EditPlan::planTags(const EditRequest& request) {
+  if (!recording_.isRtv()) refuse("--log", "an img holds neither positions nor CAN signals");
+  std::vector<std::uint64_t> times;
+  std::vector<FrameTag> tags;
+  for (unsigned int i = 0; i < recording_.framesCount(); ++i) {
+    times.push_back(recording_.sensorTime(i));
+    tags.push_back(recording_.tag(i));
+  }
+  RecordingDescription changed = description_;
+  request.changeTags(times, tags, changed);
+  const std::string before = positionText(description_);
+  const std::string after = positionText(changed);
+  patches_ = tagPatches(recording_, tags);
+  for (const FilePatch& patch : patches_) places_.overwrite({patch.offset, patch.bytes.size()});
+  if (before != after) {
+    patches_.push_back(startPositionPatch(changed));  // the header is kept for undoing in any case
+    add("start position", before, after, unchanged);
+  }
+  const std::size_t count = patches_.size() - (before == after ? 0 : 1);
+  if (count == 0) return;
+  const std::string of = " of " + std::to_string(tags.size()) + " frames";
+  add("tags", "as recorded", std::to_string(count) + of + " changed by the log", unchanged);
+}
+
 EditedPlaces EditPlan::places() const {
   // Of the frames at either end: that another recording has the same is out of the question.
   constexpr std::uint64_t kSample = 64 << 10;
   const FileBytes file(recording_.path());
-  EditedPlaces places = times_;
+  EditedPlaces places = places_;
   std::uint64_t tail = file.size();
   if (recording_.isRtv()) {
     const detail::RtvLayout layout = detail::rtvLayout(description_.version);
@@ -306,6 +344,7 @@ void EditPlan::write() const {
     check(change.write(*modifier), "it cannot be changed");
   }
   check(modifier->close(), "the changes could not be written; the disk may be full");
+  writePatches(recording_.path(), patches_);
 }
 
 std::string EditPlan::text() const {

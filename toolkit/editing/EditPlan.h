@@ -9,6 +9,7 @@
 
 #include "toolkit/base/Job.h"
 #include "toolkit/base/UndoFile.h"
+#include "toolkit/editing/TagPatches.h"
 #include "toolkit/recording/Recording.h"
 
 namespace velmar::toolkit {
@@ -31,6 +32,10 @@ struct EditRequest {
   std::optional<std::string> extendedInfo;          ///< JSON text
   std::optional<unsigned int> taggingFlags;
   bool fixResolution = false;
+  /// Changes the tags of all frames, and may set the start position if there is none.
+  std::function<void(const std::vector<std::uint64_t>& sensorTimes, std::vector<FrameTag>& tags,
+                     RecordingDescription& description)>
+      changeTags;
 };
 
 /// The changes that a request makes to a recording, checked, ready to be made.
@@ -73,14 +78,16 @@ class EditPlan {
   void planFrameTimes(const EditRequest& request);
   void planAllTimes(const std::string& option, const std::vector<FrameTimes>& times);
   void planShift(std::int64_t shift);
+  void planTags(const EditRequest& request);
   void checkIndex(const std::string& option, unsigned int index) const;
   std::uint64_t shifted(std::uint64_t time, std::int64_t shift) const;
 
   const Recording& recording_;
   RecordingDescription description_;  ///< with the start time as it will be
   std::vector<Change> changes_;
-  bool changesMetaData_ = false;  ///< of an img
-  EditedPlaces times_;            ///< of frames
+  std::vector<FilePatch> patches_;  ///< of which the library's modifier knows nothing
+  bool changesMetaData_ = false;    ///< of an img
+  EditedPlaces places_;             ///< of times and tags
 };
 
 /// Edits a recording as requested, alone. An edit that was interrupted is undone first.

@@ -22,10 +22,6 @@ std::optional<int> hundredths(double metres, bool is24Bits) {
 
 }  // namespace
 
-bool hasStartPosition(const RecordingDescription& description) {
-  return description.lng != 0 || description.lat != 0 || description.alt != 0;
-}
-
 Rebase::Rebase(const RecordingDescription& from, const RecordingDescription& to)
     : isMoved_(from.lng != to.lng || from.lat != to.lat),
       from_{RecordFileToolkit::NDS2Degree(from.lng), RecordFileToolkit::NDS2Degree(from.lat)},

@@ -8,9 +8,6 @@
 
 namespace velmar::toolkit {
 
-/// Whether positions mean a place on the earth.
-bool hasStartPosition(const RecordingDescription& description);
-
 /// Counts the positions of frames from the start position of another rtv of the same version, by
 /// the ellipsoid method: each frame stays where it was. Not beside a Track, since that method keeps
 /// its radii in variables of the process.

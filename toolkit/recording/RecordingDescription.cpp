@@ -10,6 +10,10 @@ namespace velmar::toolkit {
 
 bool isRtvPath(const std::string& path) { return path.ends_with(".rtv"); }
 
+bool hasStartPosition(const RecordingDescription& description) {
+  return description.lng != 0 || description.lat != 0 || description.alt != 0;
+}
+
 std::string bytesOfHex(const std::string& text) {
   std::string bytes(text.size() / 2, '\0');
   detail::hexToBytes(text, reinterpret_cast<unsigned char*>(bytes.data()),

@@ -44,6 +44,9 @@ struct RecordingDescription {
 /// By its name; Recording::isRtv() is for one that is open.
 bool isRtvPath(const std::string& path);
 
+/// Whether positions mean a place on the earth.
+bool hasStartPosition(const RecordingDescription& description);
+
 /// The bytes of an identifier's hexadecimal text; a digit too many is left out.
 std::string bytesOfHex(const std::string& text);
 

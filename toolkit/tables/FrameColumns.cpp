@@ -1,6 +1,7 @@
 #include "toolkit/tables/FrameColumns.h"
 
 #include <algorithm>
+#include <array>
 
 #include "toolkit/base/InputFile.h"
 #include "toolkit/text/Joined.h"
@@ -18,6 +19,18 @@ std::vector<std::string> allNames() {
     begin = end + 1;
   }
   return names;
+}
+
+// Whether it is a column of frames in another unit than frameColumns() has.
+bool hasOtherUnit(const std::string& name) {
+  if (dimensionOf(name) == Dimension::Time) return true;
+  constexpr std::array kAll = {Dimension::Time, Dimension::Speed, Dimension::Angle,
+                               Dimension::Length};
+  return std::any_of(kAll.begin(), kAll.end(), [&name](Dimension dimension) {
+    const auto parts = splitUnit(name, dimension);
+    return parts && dimensionOf(parts->first) == dimension &&
+           (dimension == Dimension::Time || isFrameColumn(parts->first));
+  });
 }
 
 }  // namespace
@@ -44,10 +57,27 @@ const std::vector<CanField>& canSignals() {
   return signals;
 }
 
+bool isFrameColumn(const std::string& plainName) {
+  static const std::vector<std::string> names = allNames();
+  return std::find(names.begin(), names.end(), plainName) != names.end();
+}
+
+Dimension dimensionOf(std::string_view name) {
+  if (name == "sensor_time" || name == "arrived_time") return Dimension::Time;
+  if (name == "direction" || name.ends_with("_angle")) return Dimension::Angle;
+  if (name == "speed" || name == "vehicle_speed" || name.starts_with("wheel_speed_")) {
+    return Dimension::Speed;
+  }
+  const bool isLength = name == "x" || name == "y" || name == "z" || name.ends_with("_distance");
+  return isLength ? Dimension::Length : Dimension::None;
+}
+
 CsvTable readFrameTable(const std::string& path, Job& job, const std::vector<std::string>& others) {
   CsvTable table(path, readFile(path));
-  std::vector<std::string> known = allNames();
-  known.insert(known.end(), others.begin(), others.end());
+  std::vector<std::string> known = others;
+  for (const std::string& name : table.plainNames()) {
+    if (isFrameColumn(name) || hasOtherUnit(name)) known.push_back(name);
+  }
   const std::vector<std::string> unknown = table.columnsBeside(known);
   if (!unknown.empty()) job.note(path, "columns that are not read: " + joined(unknown));
   return table;

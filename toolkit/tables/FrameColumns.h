@@ -3,10 +3,12 @@
 #define VELMAR_TOOLKIT_FRAME_COLUMNS_H
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "toolkit/base/Job.h"
 #include "toolkit/text/CsvTable.h"
+#include "toolkit/text/Unit.h"
 #include "velmar_video/rtv/CanData.h"
 
 namespace velmar::toolkit {
@@ -19,8 +21,15 @@ std::string frameColumns(bool ofRtv, bool hasCan);
 /// The fields of a CAN record but its length.
 const std::vector<CanField>& canSignals();
 
-/// A table from a file. The job is told which columns it has beside those of frameColumns() and of
-/// `others`; nobody reads them. Throws Failure.
+/// Whether the plain name is one that frameColumns() has.
+bool isFrameColumn(const std::string& plainName);
+
+/// Of a column by its name without a unit: of the times and of the values of a tag. The format
+/// defines no units of CAN signals, but a table may name one.
+Dimension dimensionOf(std::string_view name);
+
+/// A table from a file. The job is told which columns it has beside those of frameColumns(), in any
+/// unit, and of `others`; nobody reads them. Throws Failure.
 CsvTable readFrameTable(const std::string& path, Job& job,
                         const std::vector<std::string>& others = {});
 

@@ -5,6 +5,8 @@
 #include <cstring>
 #include <functional>
 #include <limits>
+#include <optional>
+#include <utility>
 
 #include "toolkit/tables/FrameColumns.h"
 #include "toolkit/text/Joined.h"
@@ -61,13 +63,38 @@ bool setDistance02(FrameTag& tag, const std::string& text) {
 // What to do with the cells of a column of the table.
 struct Use {
   std::size_t column;
-  Setter set;
+  TagColumn known;
+  std::optional<Unit> unit;  // of the file if not set
+
+  bool set(FrameTag& tag, const std::string& cell) const {
+    if (!unit) return known.set(tag, withDecimalPoint(cell));
+    const auto value = numberOf<double>(withDecimalPoint(cell));
+    return value && known.setValue(tag, *value * unit->size);
+  }
 };
+
+// The column of that name, or, for lack of it, with a unit behind the name.
+std::optional<Use> useOf(const CsvTable& table, const TagColumn& known) {
+  std::optional<Use> found;
+  if (const auto column = table.column(known.name)) found = {*column, known, std::nullopt};
+  for (std::size_t i = 0; i < table.columns().size(); ++i) {
+    const auto parts = splitUnit(table.plainNames()[i], known.dimension);
+    if (!parts || parts->first != known.name) continue;
+    // The tables of frames have it in both units.
+    if (found && !found->unit && isFrameColumn(table.plainNames()[i])) continue;
+    if (found) {
+      table.fail(1, "both columns, " + table.columns()[found->column] + " and " +
+                        table.columns()[i] + ", are the " + known.name + "; leave one out");
+    }
+    found = {i, known, parts->second};
+  }
+  return found;
+}
 
 std::vector<Use> usesOf(const CsvTable& table, version_e version) {
   std::vector<Use> uses;
   for (const TagColumn& known : tagColumns(version)) {
-    if (const auto column = table.column(known.name)) uses.push_back({*column, known.set});
+    if (auto use = useOf(table, known)) uses.push_back(std::move(*use));
   }
   if (uses.empty()) {
     table.fail(1,
@@ -78,28 +105,54 @@ std::vector<Use> usesOf(const CsvTable& table, version_e version) {
   return uses;
 }
 
+TagColumn numberColumn(const std::string& name, Setter set, double perUnit) {
+  const auto clear = [set](FrameTag& tag) { set(tag, "0"); };
+  return {name, std::move(set), clear, dimensionOf(name), perUnit, true};
+}
+
+TagColumn signalColumn(const CanField& field) {
+  const auto set = [&field](FrameTag& tag, const std::string& text) {
+    return setCanField(tag.can, field, text);
+  };
+  const auto clear = [&field](FrameTag& tag) {
+    std::memset(reinterpret_cast<unsigned char*>(&tag.can) + field.offset, 0xFF, field.size());
+  };
+  const Dimension dimension = dimensionOf(field.name);
+  const bool rounds = dimension != Dimension::None && field.type != CanFieldType::Float;
+  return {field.name, set, clear, dimension, 1, rounds};
+}
+
 }  // namespace
 
+bool TagColumn::setValue(FrameTag& tag, double value) const {
+  constexpr double kLargest = 1e15;  // beyond all fields, and exact below
+  double stored = value * perUnit;
+  if (rounds) stored = std::round(stored);
+  const bool isInteger = std::abs(stored) < kLargest && stored == std::trunc(stored);
+  return set(tag, isInteger ? numberText(static_cast<long>(stored)) : numberText(stored));
+}
+
 std::vector<TagColumn> tagColumns(version_e version) {
+  constexpr double kHundredths = 100;
   const bool is02 = version == RTV_VER_02;
   const long low = is02 ? kLowest24Bits : std::numeric_limits<int>::min();
   const long high = is02 ? kHighest24Bits : std::numeric_limits<int>::max();
   std::vector<TagColumn> columns = {
-      {"x", numberSetter(&FrameTag::x, low, high)},
-      {"y", numberSetter(&FrameTag::y, low, high)},
-      {"z", numberSetter(&FrameTag::z, std::numeric_limits<int>::min(),
-                         std::numeric_limits<int>::max())},
-      {"relative_distance", is02 ? Setter(setDistance02)
-                                 : numberSetter(&FrameTag::relativeDistance, 0,
-                                                std::numeric_limits<unsigned int>::max())},
-      {"speed", numberSetter(&FrameTag::speed, 0, 65535)},
-      {"direction", numberSetter(&FrameTag::direction, 0, 65535)},
+      numberColumn("x", numberSetter(&FrameTag::x, low, high), kHundredths),
+      numberColumn("y", numberSetter(&FrameTag::y, low, high), kHundredths),
+      numberColumn("z",
+                   numberSetter(&FrameTag::z, std::numeric_limits<int>::min(),
+                                std::numeric_limits<int>::max()),
+                   kHundredths),
+      numberColumn("relative_distance",
+                   is02 ? Setter(setDistance02)
+                        : numberSetter(&FrameTag::relativeDistance, 0,
+                                       std::numeric_limits<unsigned int>::max()),
+                   kHundredths),
+      numberColumn("speed", numberSetter(&FrameTag::speed, 0, 65535), kHundredths),
+      numberColumn("direction", numberSetter(&FrameTag::direction, 0, 65535), 1),
   };
-  for (const CanField& field : canSignals()) {
-    columns.push_back({field.name, [&field](FrameTag& tag, const std::string& text) {
-                         return setCanField(tag.can, field, text);
-                       }});
-  }
+  for (const CanField& field : canSignals()) columns.push_back(signalColumn(field));
   return columns;
 }
 
@@ -109,10 +162,10 @@ std::vector<FrameTag> readTags(const CsvTable& table, const std::vector<std::str
   std::vector<FrameTag> tags;
   for (const CsvTable::Row* row : rowsOfFrames(table, files)) {
     FrameTag& tag = tags.emplace_back();
-    for (const auto& [column, set] : uses) {
-      const std::string cell(trimmed(row->fields[column]));
-      if (cell.empty() || set(tag, cell)) continue;
-      table.fail(row->line, table.columns()[column] + " cannot be " + cell);
+    for (const Use& use : uses) {
+      const std::string cell(trimmed(row->fields[use.column]));
+      if (cell.empty() || use.set(tag, cell)) continue;
+      table.fail(row->line, table.columns()[use.column] + " cannot be " + cell);
     }
   }
   return tags;

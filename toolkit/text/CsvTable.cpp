@@ -1,6 +1,7 @@
 #include "toolkit/text/CsvTable.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 #include <map>
 #include <string_view>
@@ -19,7 +20,7 @@ constexpr std::size_t kAmbiguous = static_cast<std::size_t>(-1);
 // Takes rows off the front of a text.
 class CsvScanner {
  public:
-  explicit CsvScanner(std::string_view text) : rest_(text) {}
+  CsvScanner(std::string_view text, char separator) : rest_(text), separator_(separator) {}
 
   bool finished() const { return rest_.empty(); }
   std::size_t line() const { return line_; }
@@ -34,7 +35,7 @@ class CsvScanner {
         fields.back() += take();
       } else if (character == '"' && (quoted || fields.back().empty())) {
         quoted = !quoted;
-      } else if (character == ',' && !quoted) {
+      } else if (character == separator_ && !quoted) {
         fields.emplace_back();
       } else if (character == '\n' && !quoted) {
         break;
@@ -55,22 +56,29 @@ class CsvScanner {
   }
 
   std::string_view rest_;
+  char separator_;
   std::size_t line_ = 1;
 };
+
+// The one that the header has most of.
+char separatorOf(std::string_view text) {
+  text.remove_prefix(std::min(text.find_first_not_of("\r\n"), text.size()));
+  constexpr std::string_view kSeparators = ",;\t|";
+  std::array<int, kSeparators.size()> counts{};
+  bool quoted = false;
+  for (const char character : text) {
+    if (character == '\n' && !quoted) break;
+    if (character == '"') quoted = !quoted;
+    const std::size_t found = kSeparators.find(character);
+    if (found != kSeparators.npos && !quoted) ++counts[found];
+  }
+  const auto* const most = std::max_element(counts.begin(), counts.end());
+  return kSeparators[static_cast<std::size_t>(most - counts.begin())];
+}
 
 // A line of commas, which spreadsheets write for rows that were cleared, is empty as well.
 bool isEmpty(const std::vector<std::string>& fields) {
   return std::all_of(fields.begin(), fields.end(), [](auto& field) { return field.empty(); });
-}
-
-// What two names of the same column have in common.
-std::string plainName(const std::string& name) {
-  std::string plain;
-  for (const char character : name) {
-    if (character == ' ' || character == '\t') continue;
-    plain += character >= 'A' && character <= 'Z' ? static_cast<char>(character | 0x20) : character;
-  }
-  return plain;
 }
 
 // Which file a name stands for.
@@ -132,22 +140,40 @@ CsvTable::CsvTable(std::string name, const std::string& text) : name_(std::move(
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";  // which spreadsheets write
   std::string_view content = text;
   if (content.starts_with(kByteOrderMark)) content.remove_prefix(kByteOrderMark.size());
-  CsvScanner scanner(content);
+  const char separator = separatorOf(content);
+  CsvScanner scanner(content, separator);
   while (!scanner.finished()) {
     const std::size_t line = scanner.line();
     const auto fields = scanner.row();
     if (!fields) fail(line, "a quotation mark is not closed");
     if (isEmpty(*fields)) continue;
     if (columns_.empty()) {
-      columns_ = *fields;
-      std::transform(columns_.begin(), columns_.end(), std::back_inserter(plainNames_), plainName);
+      setColumns(*fields);
     } else if (fields->size() == columns_.size()) {
       rows_.push_back({line, *fields});
     } else {
-      fail(line, "it has " + std::to_string(fields->size()) + " fields, the header " +
-                     std::to_string(columns_.size()));
+      failWithFields(line, fields->size(), separator);
     }
   }
+}
+
+CsvTable::CsvTable(std::string name, std::vector<std::string> columns, std::vector<Row> rows)
+    : name_(std::move(name)), rows_(std::move(rows)) {
+  setColumns(std::move(columns));
+}
+
+void CsvTable::setColumns(std::vector<std::string> columns) {
+  columns_ = std::move(columns);
+  std::transform(columns_.begin(), columns_.end(), std::back_inserter(plainNames_), plainName);
+}
+
+void CsvTable::failWithFields(std::size_t line, std::size_t count, char separator) const {
+  const bool mayBeDecimals = separator == ',' && count > columns_.size();
+  fail(line, "it has " + std::to_string(count) + " fields, the header " +
+                 std::to_string(columns_.size()) +
+                 (mayBeDecimals
+                      ? "; numbers with a decimal comma need quotation marks or another separator"
+                      : ""));
 }
 
 std::optional<std::size_t> CsvTable::column(const std::string& name) const {
@@ -183,6 +209,15 @@ void CsvTable::failWithout(const std::string& columns) const {
 void CsvTable::fail(std::size_t line, const std::string& words) const {
   throw Failure(name_, "line " + std::to_string(line) + ": " + words,
                 VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+}
+
+std::string plainName(const std::string& name) {
+  std::string plain;
+  for (const char character : name) {
+    if (character == ' ' || character == '\t') continue;
+    plain += character >= 'A' && character <= 'Z' ? static_cast<char>(character | 0x20) : character;
+  }
+  return plain;
 }
 
 std::string_view trimmed(std::string_view text) {

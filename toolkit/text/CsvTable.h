@@ -8,9 +8,11 @@
 
 namespace velmar::toolkit {
 
-/// A table of text: a header with the columns' names, then rows with as many fields. Fields in
-/// quotation marks may hold commas, line ends and, doubled, quotation marks. Empty lines count for
-/// nothing. Columns may come in any order; capitals and blanks in their names make no difference.
+/// A table of text: a header with the columns' names, then rows with as many fields. Between them
+/// are commas, semicolons, tabs or vertical bars, whichever the header has most of. Fields in
+/// quotation marks may hold separators, line ends and, doubled, quotation marks. Empty lines count
+/// for nothing. Columns may come in any order; capitals and blanks in their names make no
+/// difference.
 class CsvTable {
  public:
   struct Row {
@@ -21,10 +23,14 @@ class CsvTable {
   /// \param name  of the table, for messages
   /// Throws Failure that names the line.
   CsvTable(std::string name, const std::string& text);
+  /// What was text of another kind. Each row has as many fields as there are columns.
+  CsvTable(std::string name, std::vector<std::string> columns, std::vector<Row> rows);
 
   const std::string& name() const { return name_; }
   /// Their names as they stand in the header.
   const std::vector<std::string>& columns() const { return columns_; }
+  /// The same as plainName() gives them.
+  const std::vector<std::string>& plainNames() const { return plainNames_; }
   /// Throws Failure if the column is there twice.
   std::optional<std::size_t> column(const std::string& name) const;
   /// Throws Failure, which names the columns that are there, if this one is not.
@@ -38,11 +44,17 @@ class CsvTable {
   [[noreturn]] void fail(std::size_t line, const std::string& words) const;
 
  private:
+  void setColumns(std::vector<std::string> columns);
+  [[noreturn]] void failWithFields(std::size_t line, std::size_t count, char separator) const;
+
   std::string name_;
   std::vector<std::string> columns_;
-  std::vector<std::string> plainNames_;  // of the same columns, in small letters without blanks
+  std::vector<std::string> plainNames_;  // of the same columns
   std::vector<Row> rows_;
 };
+
+/// What two names of the same column have in common: in small letters, without blanks.
+std::string plainName(const std::string& name);
 
 /// Without the blanks around it.
 std::string_view trimmed(std::string_view text);

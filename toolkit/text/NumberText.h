@@ -27,6 +27,14 @@ std::optional<T> numberOf(std::string_view text) {
   return value;
 }
 
+/// The same text with a point in the place of a decimal comma.
+inline std::string withDecimalPoint(std::string_view text) {
+  std::string plain(text);
+  const std::size_t comma = plain.find(',');
+  if (comma != plain.npos && plain.find('.') == plain.npos) plain[comma] = '.';
+  return plain;
+}
+
 /// With that many digits behind the point.
 inline std::string fixedText(double value, int digits) {
   char text[400];

@@ -15,18 +15,24 @@ namespace {
 
 bool edits(const std::string& path) {
   TestJob job;
+  EditRequest request{.shift = 1000, .extendedInfo = "\"" + std::string(9000, 'x') + "\""};
+  if (path.ends_with(".rtv")) {
+    request = {.changeTags = [](auto&, auto& tags, auto&) { tags[0].x = tags[1].y = 5; }};
+  }
   try {
-    editRecording(path, {.shift = 1000, .extendedInfo = "\"" + std::string(9000, 'x') + "\""}, job);
+    editRecording(path, request, job);
   } catch (const Failure&) {
     return false;
   }
   return true;
 }
 
-TEST(EditFaults, LeaveTheOldOrTheNew) {
+class EditFaults : public testing::TestWithParam<const char*> {};
+
+TEST_P(EditFaults, LeaveTheOldOrTheNew) {
   const TempFolder folder;
   const LogCapture quiet;
-  const std::string path = folder / "a.img";
+  const std::string path = folder / GetParam();
   recordFrames(path, {numberedJpeg(0), numberedJpeg(1)});
   const std::string before = readFile(path);
   ASSERT_TRUE(edits(path));
@@ -60,5 +66,7 @@ TEST(EditFaults, LeaveTheOldOrTheNew) {
     }
   }
 }
+
+INSTANTIATE_TEST_SUITE_P(All, EditFaults, testing::Values("a.img", "a.rtv"));
 
 }  // namespace

@@ -82,6 +82,12 @@ TEST(EditPlan, IsUndoneWhereverItWasInterrupted) {
       {"rtv",
        {.startTime = 1700000000000000,
         .sensorTimes = {{0, 1700000000001000}, {3, 1700000000009000}}}},
+      {"rtv",
+       {.changeTags =
+            [](auto&, auto& tags, auto& description) {
+              description.lng = 77;
+              tags[1].x = tags[4].y = -9;
+            }}},
   };
   const TempFolder folder;
   std::mt19937 random(1);

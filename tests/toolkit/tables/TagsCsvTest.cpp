@@ -38,6 +38,15 @@ TEST(TagsCsv, FillsTagsByColumnName) {
   EXPECT_EQ(tags[1].relativeDistance, 4294967295U);
   EXPECT_FALSE(tags[1].hasCan());
   EXPECT_EQ(tags[1].can.can_data_length, 107);
+  const auto measured = read(
+      "index;SPEED_kmh;x_cm;direction_rad;vehicle_speed [km/h];slip_angle\n"
+      "0;36,9;-12,5;3,14159265;50,4;1,5\n1;;;;;\n");
+  EXPECT_EQ(measured[0].speed, 1025);
+  EXPECT_EQ(measured[0].x, -13);
+  EXPECT_EQ(measured[0].direction, 180);
+  EXPECT_EQ(measured[0].can.vehicle_speed, 14);
+  EXPECT_EQ(measured[0].can.slip_angle, 1.5F);
+  EXPECT_EQ(read("index,speed,speed_m_s\n0,7,1\n1,,\n")[0].speed, 7);  // of frames --csv
   EXPECT_EQ(read("file,x\n2.jpg,1\nin/1.jpg,2\n", RTV_VER_02)[0].x, 2);
 }
 
@@ -64,10 +73,13 @@ TEST(TagsCsv, NamesWhatDoesNotFit) {
       {"index,slip_angle\n0,nan\n1,\n", RTV_VER_04, "line 2: slip_angle cannot be nan"},
       {"index,relative_distance\n0,4286578687\n1,0\n", RTV_VER_02,
        "line 2: relative_distance cannot be 4286578687"},
-      {"index,speed_m_s\n", RTV_VER_03,
+      {"index,speed_kmh,speed\n", RTV_VER_03,
+       "line 1: both columns, speed and speed_kmh, are the speed; leave one out"},
+      {"index,speed_kmh\n0,2400\n1,1\n", RTV_VER_03, "line 2: speed_kmh cannot be 2400"},
+      {"index,lat_deg\n", RTV_VER_03,
        "line 1: no column belongs to a tag (x, y, z, relative_distance, speed, direction, or a CAN "
        "signal); "
-       "there are index, speed_m_s"},
+       "there are index, lat_deg"},
       {"x\n1\n", RTV_VER_03, "line 1: there is no column file or index; there are x"},
       {"index,x,x\n", RTV_VER_03, "line 1: the column x is there twice"},
       {"index,x\n0,1\n2,1\n", RTV_VER_03, "line 3: there is no frame 2"},

@@ -37,6 +37,9 @@ TEST(TimesCsv, GivesEachFileItsTimes) {
             "10/11 20/21 ");
   EXPECT_EQ(match(kHeader + "x.jpg,1,18446744073709551615\n", {"x.jpg"}),
             "1/18446744073709551615 ");
+  EXPECT_EQ(match("index;Arrived_Time;SENSOR_TIME_S\n0;1970-01-01T00:00:02Z;1,0000019\n", {"x"}),
+            "1000001/2000000 ");
+  EXPECT_EQ(match("arrived_time_ms\tindex\tsensor_time_ns\n2.5\t0\t1999\n", {"x"}), "1/2500 ");
 }
 
 TEST(TimesCsv, NamesTheLineThatDoesNotFit) {
@@ -51,10 +54,15 @@ TEST(TimesCsv, NamesTheLineThatDoesNotFit) {
        "line 1: there is no column file or index; there are sensor_time_us, arrived_time_us"},
       {"FILE ," + kHeader, "line 1: the column file is there twice"},
       {kHeader + "1.jpg,10\n", "line 2: it has 2 fields, the header 3"},
-      {kHeader + "\n1.jpg,-1,11\n2.jpg,1,1\n", "line 3: its times are not microseconds"},
-      {kHeader + "2.jpg,1,1\n1.jpg,1.5,11\n", "line 3: its times are not microseconds"},
+      {kHeader + "\n1.jpg,-1,11\n2.jpg,1,1\n", "line 3: sensor_time_us cannot be -1"},
+      {kHeader + "2.jpg,1,1\n1.jpg,1.5,11\n", "line 3: sensor_time_us cannot be 1.5"},
       {kHeader + "2.jpg,1,1\n1.jpg,1,18446744073709551616\n",
-       "line 3: its times are not microseconds"},
+       "line 3: arrived_time_us cannot be 18446744073709551616"},
+      {"index,sensor_time_ms,arrived_time_us\n0,-1,1\n1,1,1\n",
+       "line 2: sensor_time_ms cannot be -1"},
+      {"index,sensor_time_s,sensor_time_us,arrived_time_us\n",
+       "line 1: both columns, sensor_time_us and sensor_time_s, are the sensor_time; leave one "
+       "out"},
       {kHeader + "1.jpg,1,2\n2.jpg,1,2\n3.jpg,1,2\n", "line 4: there is no frame 3.jpg"},
       {kHeader + "1.jpg,1,2\nin/1.jpg,1,2\n", "line 3: its frame has a row already, line 2"},
       {kHeader + "1.jpg,1,2\n", "it has no row for in/2.jpg"},

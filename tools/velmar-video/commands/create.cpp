@@ -4,10 +4,12 @@
 #include <chrono>
 
 #include "program/DescriptionOptions.h"
+#include "program/LogOptions.h"
 #include "program/Tool.h"
 #include "toolkit/editing/RecordFiles.h"
 #include "toolkit/editing/RecordStream.h"
 #include "toolkit/jpeg/FrameInput.h"
+#include "toolkit/logs/DriveLog.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/tables/FrameColumns.h"
 #include "toolkit/tables/TagsCsv.h"
@@ -26,6 +28,7 @@ struct Options {
   std::optional<double> framesPerSecond;
   std::optional<std::uint64_t> startTime;
   DescriptionOptions description;
+  LogOptions log;
   unsigned int syncInterval = 0;
   bool allowTruncated = false;
   bool force = false;
@@ -50,11 +53,19 @@ std::vector<FrameTimes> timesOf(const Options& options, const std::vector<std::s
   return times;
 }
 
-std::vector<FrameTag> tagsOf(const Options& options, const std::vector<std::string>& files,
-                             version_e version, Job& job) {
-  if (options.tagsFile.empty()) return std::vector<FrameTag>(files.size());
-  auto tags = readTags(readFrameTable(options.tagsFile, job, {"file"}), files, version);
-  const std::string lost = lostFromTags(tags, version);
+// By the table or by the logs, which may set the start position.
+std::vector<FrameTag> tagsOf(const Options& options, const FrameFiles& files,
+                             RecordingDescription& description, Job& job) {
+  std::vector<FrameTag> tags(files.paths.size());
+  if (options.log.isGiven()) {
+    std::vector<std::uint64_t> times;
+    for (const FrameTimes& time : files.times) times.push_back(time.sensor);
+    DriveLog(options.log.request, description).fill(tags, times, job);
+  } else if (!options.tagsFile.empty()) {
+    tags =
+        readTags(readFrameTable(options.tagsFile, job, {"file"}), files.paths, description.version);
+  }
+  const std::string lost = lostFromTags(tags, description.version);
   if (!lost.empty()) job.lose(options.output, "it does not hold " + lost);
   return tags;
 }
@@ -64,6 +75,8 @@ ReservedOutput reserveOutput(const Options& options, std::vector<std::string> in
   for (const std::string& file : {options.timesFile, options.tagsFile}) {
     if (!file.empty()) inputs.push_back(file);
   }
+  const std::vector<std::string>& logs = options.log.request.files;
+  inputs.insert(inputs.end(), logs.begin(), logs.end());
   checkExtension(options.output);
   return {options.output, inputs, options.force};
 }
@@ -73,9 +86,9 @@ ExitStatus recordPictures(const Options& options, CommandJob& job) {
   files.paths = listFrameFiles(options.inputs);
   const ReservedOutput reserved = reserveOutput(options, files.paths);
   checkFramesCount(options.output, files.paths.size());
-  const auto description = options.description.description(options.output, job);
+  auto description = options.description.description(options.output, job);
   files.times = timesOf(options, files.paths, job);
-  files.tags = tagsOf(options, files.paths, description.version, job);
+  files.tags = tagsOf(options, files, description, job);
   files.allowTruncated = options.allowTruncated;
   files.startTime = options.startTime;
   recordFiles(files, {options.output, description, 0, options.syncInterval}, job);
@@ -97,6 +110,15 @@ ExitStatus create(const Options& options, CommandJob& job) {
   return options.readsStream() ? recordStandardInput(options, job) : recordPictures(options, job);
 }
 
+void checkLogUsage(const Options& options) {
+  if (!options.log.isGiven()) return;
+  if (!isRtvPath(options.output)) throw UsageError("create: --log needs an .rtv");
+  if (!options.tagsFile.empty()) {
+    throw UsageError("create: --tags and --log both give the frames' tags; give one of them");
+  }
+  if (options.readsStream()) throw UsageError("create: --log cannot be used with a stream");
+}
+
 void checkUsage(const Options& options) {
   if (options.timesFile.empty() == !options.framesPerSecond) {
     throw UsageError("create: the frames' times come from --times or from --fps");
@@ -108,6 +130,7 @@ void checkUsage(const Options& options) {
   if (!options.tagsFile.empty() && !isRtvPath(options.output)) {
     throw UsageError("create: --tags needs an .rtv");
   }
+  checkLogUsage(options);
   if (options.readsStream() && !(options.timesFile.empty() && options.tagsFile.empty())) {
     throw UsageError("create: --times and --tags name files; they cannot be used with a stream");
   }
@@ -116,6 +139,7 @@ void checkUsage(const Options& options) {
   }
   std::vector<std::string> read = options.description.inputs();
   read.insert(read.end(), {options.timesFile, options.tagsFile});
+  read.insert(read.end(), options.log.request.files.begin(), options.log.request.files.end());
   if (options.readsStream()) read.emplace_back("-");
   checkStandardInputOnce(read);
   const auto isStream = [](const std::string& input) { return input == "-"; };
@@ -129,7 +153,8 @@ void addFrameOptions(CLI::App& command, Options& options) {
   command
       .add_option("--times", options.timesFile,
                   "A table of the frames' times with the columns file or index, sensor_time_us and "
-                  "arrived_time_us, such as frames --csv writes; an rtv keeps the capture times in "
+                  "arrived_time_us, such as frames --csv writes, or with _s, _ms or _ns; an rtv "
+                  "keeps the capture times in "
                   "milliseconds")
       ->type_name("CSV");
   addFrameRateOption(
@@ -144,7 +169,8 @@ void addFrameOptions(CLI::App& command, Options& options) {
           "--tags", options.tagsFile,
           "rtv: a table such as frames --csv writes. The column file or index names the frame; x, "
           "y, z and relative_distance are hundredths of a metre, speed is hundredths of a metre a "
-          "second, direction is degrees. Version 02 has no z. Version 04 also takes the CAN "
+          "second, direction is degrees; x_m, speed_kmh and the like name other units. Version 02 "
+          "has no z. Version 04 also takes the CAN "
           "signals "
           "by name; an empty cell means that the signal is absent")
       ->type_name("CSV");
@@ -159,6 +185,7 @@ void addOptions(CLI::App& command, Options& options) {
                   "JPEGs on standard input")
       ->required();
   addFrameOptions(command, options);
+  options.log.addTo(command);
   options.description.addTo(command);
   command
       .add_option(

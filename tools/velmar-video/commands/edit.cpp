@@ -1,11 +1,13 @@
-#include <charconv>
 #include <sstream>
 
 #include "program/DescriptionOptions.h"
+#include "program/LogOptions.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
 #include "toolkit/editing/EditPlan.h"
+#include "toolkit/logs/DriveLog.h"
 #include "toolkit/tables/FrameColumns.h"
+#include "toolkit/tables/TagsCsv.h"
 #include "toolkit/tables/TimesCsv.h"
 #include "toolkit/text/JsonText.h"
 #include "toolkit/text/PrintableText.h"
@@ -21,13 +23,14 @@ struct Options {
   std::string timesFile;
   std::string cameraParamsFile;
   std::string extendedInfoFile;
+  LogOptions log;
   bool dryRun = false;
 
   bool asksForNothing() const {
     return !request.deviceId && !request.undistorted && !request.startTime &&
            request.sensorTimes.empty() && request.arrivedTimes.empty() && !request.shift &&
            !request.taggingFlags && !request.fixResolution && timesFile.empty() &&
-           cameraParamsFile.empty() && extendedInfoFile.empty();
+           cameraParamsFile.empty() && extendedInfoFile.empty() && !log.isGiven();
   }
 };
 
@@ -48,6 +51,13 @@ ExitStatus edit(const Options& options, CommandJob& job) {
   if (!options.timesFile.empty()) {
     request.allTimes = readAllTimes(readFrameTable(options.timesFile, job));
   }
+  if (options.log.isGiven()) {
+    request.changeTags = [&](const auto& times, auto& tags, auto& description) {
+      DriveLog(options.log.request, description).fill(tags, times, job);
+      const std::string lost = lostFromTags(tags, description.version);
+      if (!lost.empty()) job.lose(options.file, "it does not hold " + lost);
+    };
+  }
   const std::string text = options.dryRun
                                ? EditPlan(openRecording(options.file, job), request).text()
                                : editRecording(options.file, request, job);
@@ -65,21 +75,6 @@ EditRequest::FrameTime parseFrameTime(const std::string& option, const std::stri
     throw UsageError(option + " is I=TIME with the number of a frame");
   }
   return {static_cast<unsigned int>(*index), parseTimeOption(option, text.substr(equals + 1))};
-}
-
-// Microseconds with a sign, or seconds such as "-1.5s".
-std::int64_t parseShift(const std::string& text) {
-  std::int64_t micros = 0;
-  const char* const begin = text.data() + (text.starts_with('+') ? 1 : 0);
-  const char* const end = text.data() + text.size();
-  const auto result = std::from_chars(begin, end, micros);
-  if (result.ec == std::errc() && result.ptr == end && !text.starts_with("+-")) return micros;
-  const bool negative = text.starts_with('-');
-  const auto seconds = parseOffset(negative ? "+" + text.substr(1) : text);
-  if (!seconds || *seconds > INT64_MAX) {
-    throw UsageError("--shift-time is microseconds with a sign, or seconds such as -1.5s");
-  }
-  return negative ? -static_cast<std::int64_t>(*seconds) : static_cast<std::int64_t>(*seconds);
 }
 
 void addTimeOptions(CLI::App& command, Options& options) {
@@ -113,7 +108,7 @@ void addTimeOptions(CLI::App& command, Options& options) {
       command, "--shift-time", "OFFSET",
       "Offset to add to all times, including the start of an rtv: microseconds, or seconds such as "
       "-1.5s",
-      [&request](const std::string& text) { request.shift = parseShift(text); })
+      [&request](const std::string& text) { request.shift = parseTimeShift("--shift-time", text); })
       ->excludes(start)
       ->excludes(sensor)
       ->excludes(arrived)
@@ -150,13 +145,22 @@ void checkUsage(const Options& options) {
   if (options.request.undistorted && options.request.taggingFlags) {
     throw UsageError("edit: --tagging-flags has the mark of --undistorted in it; give one of them");
   }
-  checkStandardInputOnce({options.cameraParamsFile, options.extendedInfoFile, options.timesFile});
+  const EditRequest& request = options.request;
+  const bool changesTimes = request.startTime || request.shift || !request.sensorTimes.empty() ||
+                            !options.timesFile.empty();
+  if (options.log.isGiven() && changesTimes) {
+    throw UsageError("edit: --log goes by the frames' times; change those in an edit before it");
+  }
+  std::vector<std::string> read = options.log.request.files;
+  read.insert(read.end(), {options.cameraParamsFile, options.extendedInfoFile, options.timesFile});
+  checkStandardInputOnce(read);
 }
 
 void addOptions(CLI::App& command, Options& options) {
   command.add_option("file", options.file, "The recording to change")->required();
   addHeaderOptions(command, options);
   addTimeOptions(command, options);
+  options.log.addTo(command);
   command.add_flag("--dry-run", options.dryRun, "Show the changes without making them");
 }
 
@@ -164,7 +168,7 @@ void addOptions(CLI::App& command, Options& options) {
 
 void addEditCommand(Tool& tool) {
   tool.addCommand<Options>(
-      {"edit", "Change the header and the frame times of a recording in place.",
+      {"edit", "Change the header, the frame times and the tags of a recording in place.",
        "edit drive.img --device-id 0aff --shift-time -3600s --dry-run"},
       {addOptions, edit, checkUsage});
 }

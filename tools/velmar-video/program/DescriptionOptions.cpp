@@ -108,6 +108,20 @@ std::uint64_t parseTimeOption(const std::string& option, const std::string& text
   throw UsageError(option + " is microseconds since 1970 or RFC 3339");
 }
 
+std::int64_t parseTimeShift(const std::string& option, const std::string& text) {
+  std::int64_t micros = 0;
+  const char* const begin = text.data() + (text.starts_with('+') ? 1 : 0);
+  const char* const end = text.data() + text.size();
+  const auto result = std::from_chars(begin, end, micros);
+  if (result.ec == std::errc() && result.ptr == end && !text.starts_with("+-")) return micros;
+  const bool negative = text.starts_with('-');
+  const auto seconds = parseOffset(negative ? "+" + text.substr(1) : text);
+  if (!seconds || *seconds > INT64_MAX) {
+    throw UsageError(option + " is microseconds with a sign, or seconds such as -1.5s");
+  }
+  return negative ? -static_cast<std::int64_t>(*seconds) : static_cast<std::int64_t>(*seconds);
+}
+
 CLI::Option* addStartTimeOption(CLI::App& command, std::optional<std::uint64_t>& time,
                                 const std::string& help) {
   return addParsedOption(command, "--start-time", "TIME", help, [&time](const std::string& text) {

@@ -1,0 +1,205 @@
+#include "toolkit/logs/DriveLog.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "toolkit/base/Failure.h"
+#include "toolkit/text/Joined.h"
+#include "toolkit/text/TimeText.h"
+#include "velmar_video/rtv/RecordFileToolkit.h"
+
+namespace velmar::toolkit {
+
+namespace {
+
+constexpr double kFullCircle = 360;
+
+[[noreturn]] void refuse(const std::string& log, const std::string& words) {
+  throw Failure(log, words, VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+}
+
+[[noreturn]] void refuse(const std::string& log, std::size_t line, const std::string& words) {
+  refuse(log, "line " + std::to_string(line) + ": " + words);
+}
+
+const LogSeries* find(const ReadLog& log, const std::string& name) {
+  const auto found = std::find_if(log.series.begin(), log.series.end(),
+                                  [&name](auto& series) { return series.field->name == name; });
+  return found == log.series.end() ? nullptr : &*found;
+}
+
+std::string timeText(std::int64_t time) {
+  return time < 0 ? std::to_string(time) + "us" : formatTime(static_cast<std::uint64_t>(time));
+}
+
+// The altitudes of a version's start position: how many there are to a metre.
+double altitudesPerMetre(version_e version) {
+  return version == RTV_VER_04 ? 100 : version == RTV_VER_03 ? 1 : 0;
+}
+
+// The rows that have both, as longitude and latitude.
+struct Fix {
+  std::int64_t time;
+  double lng, lat;
+  std::size_t row, line;
+};
+
+std::vector<Fix> fixesOf(const ReadLog& log, const LogSeries& lng, const LogSeries& lat) {
+  std::vector<Fix> fixes;
+  auto other = lat.samples.begin();
+  for (const LogSample& sample : lng.samples) {
+    while (other != lat.samples.end() && other->row < sample.row) ++other;
+    if (other == lat.samples.end() || other->row != sample.row) continue;
+    fixes.push_back({sample.time, sample.value, other->value, sample.row, sample.line});
+  }
+  if (fixes.empty()) refuse(log.name, lng.samples.front().line, "no row has both, lat and lng");
+  return fixes;
+}
+
+void startAt(const Fix& fix, const LogSeries* heights, RecordingDescription& description) {
+  description.lng = nearestNds(fix.lng);
+  description.lat = nearestNds(fix.lat);
+  if (heights == nullptr) return;
+  const auto above = std::find_if(heights->samples.begin(), heights->samples.end(),
+                                  [&fix](auto& sample) { return sample.row >= fix.row; });
+  const double metres =
+      above == heights->samples.end() ? heights->samples.back().value : above->value;
+  description.alt = static_cast<int>(std::lround(metres * altitudesPerMetre(description.version)));
+}
+
+}  // namespace
+
+DriveLog::DriveLog(const LogRequest& request, RecordingDescription& description)
+    : maxAge_(request.maxAge),
+      columns_(tagColumns(description.version)),
+      logs_(readLogs(request, columns_)) {
+  for (const ReadLog& log : logs_) {
+    addPositions(log, description);
+    for (const LogSeries& series : log.series) {
+      const std::string& name = series.field->name;
+      if (name != "lat" && name != "lng" && name != "alt") add(log, series, name);
+    }
+  }
+}
+
+void DriveLog::add(const ReadLog& log, const LogSeries& series, const std::string& name) {
+  const auto column = std::find_if(columns_.begin(), columns_.end(),
+                                   [&name](auto& one) { return one.name == name; });
+  const auto same = std::find_if(targets_.begin(), targets_.end(),
+                                 [&name](auto& one) { return one.column.name == name; });
+  if (same != targets_.end())
+    refuse(log.name, 1, "the " + name + " is in " + same->log + " already");
+  FrameTag scratch;
+  for (const LogSample& sample : series.samples) {
+    if (column->setValue(scratch, sample.value)) continue;
+    refuse(log.name, sample.line, "it is too far from the start position");
+  }
+  targets_.push_back({*column, series.field->between, series.samples, log.name, log.last});
+}
+
+void DriveLog::addPositions(const ReadLog& log, RecordingDescription& description) {
+  const LogSeries* const lat = find(log, "lat");
+  const LogSeries* const lng = find(log, "lng");
+  const LogSeries* const alt = find(log, "alt");
+  if ((lat == nullptr) != (lng == nullptr)) {
+    refuse(log.name, 1,
+           std::string("it has ") + (lat == nullptr ? "lng, but no lat" : "lat, but no lng"));
+  }
+  if (lat != nullptr) {
+    const std::vector<Fix> fixes = fixesOf(log, *lng, *lat);
+    if (!hasStartPosition(description)) startAt(fixes.front(), alt, description);
+    // As readers go back.
+    const double startLng = RecordFileToolkit::NDS2Degree(description.lng);
+    const double startLat = RecordFileToolkit::NDS2Degree(description.lat);
+    RecordFileToolkit::initRadius(startLat);
+    LogSeries x{lng->field, {}};
+    LogSeries y{lat->field, {}};
+    for (const Fix& fix : fixes) {
+      double east = 0, north = 0;
+      RecordFileToolkit::abs2Rel(startLng, startLat, fix.lng, fix.lat, east, north);
+      x.samples.push_back({fix.time, east, fix.row, fix.line});
+      y.samples.push_back({fix.time, north, fix.row, fix.line});
+    }
+    add(log, x, "x");
+    add(log, y, "y");
+  }
+  if (alt != nullptr) {
+    LogSeries z = *alt;
+    const double perMetre = altitudesPerMetre(description.version);
+    const double start = perMetre == 0 ? 0 : description.alt / perMetre;
+    for (LogSample& sample : z.samples) sample.value -= start;
+    add(log, z, "z");
+  }
+}
+
+std::optional<double> DriveLog::valueAt(const Target& target, std::int64_t time) const {
+  const auto next =
+      std::upper_bound(target.samples.begin(), target.samples.end(), time,
+                       [](std::int64_t moment, auto& sample) { return moment < sample.time; });
+  if (next == target.samples.begin() || time > target.end) return std::nullopt;
+  const LogSample& before = next[-1];
+  if (target.between == LogField::Between::LastValue) {
+    if (time - before.time > maxAge_) return std::nullopt;
+    return before.value;
+  }
+  if (before.time == time) return before.value;
+  if (next == target.samples.end()) return std::nullopt;
+  double way = next->value - before.value;
+  if (target.between == LogField::Between::ShorterArc) way = std::remainder(way, kFullCircle);
+  const double value = before.value + way * static_cast<double>(time - before.time) /
+                                          static_cast<double>(next->time - before.time);
+  return value;
+}
+
+void DriveLog::checkOverlap(const std::vector<std::uint64_t>& times) const {
+  const auto [first, last] = std::minmax_element(times.begin(), times.end());
+  for (const ReadLog& log : logs_) {
+    const bool isBefore = log.last < 0 || static_cast<std::uint64_t>(log.last) < *first;
+    const bool isBehind = log.first >= 0 && static_cast<std::uint64_t>(log.first) > *last;
+    if (!isBefore && !isBehind) continue;
+    refuse(log.name, "it goes from " + timeText(log.first) + " to " + timeText(log.last) +
+                         ", the frames from " + formatTime(*first) + " to " + formatTime(*last) +
+                         "; --log-offset moves the log");
+  }
+}
+
+void DriveLog::tell(Job& job) const {
+  for (const ReadLog& log : logs_) {
+    job.note(log.name, log.understood);
+    if (log.otherColumns.empty()) continue;
+    job.note(log.name, "columns that are not read: " + joined(log.otherColumns));
+  }
+}
+
+std::size_t DriveLog::fill(const Target& target, std::vector<FrameTag>& tags,
+                           const std::vector<std::uint64_t>& times) const {
+  std::size_t missing = 0;
+  for (std::size_t i = 0; i < times.size(); ++i) {
+    auto value = valueAt(target, static_cast<std::int64_t>(times[i]));
+    if (value && target.between == LogField::Between::ShorterArc) {
+      // Rounded here: what is nearest to 360 degrees is 0.
+      value = std::fmod(std::round(*value) + kFullCircle, kFullCircle);
+    }
+    target.column.clear(tags[i]);
+    if (!value || !target.column.setValue(tags[i], *value)) ++missing;
+  }
+  return missing;
+}
+
+void DriveLog::fill(std::vector<FrameTag>& tags, const std::vector<std::uint64_t>& times,
+                    Job& job) const {
+  checkOverlap(times);
+  tell(job);
+  std::vector<std::string> missing;
+  for (const Target& target : targets_) {
+    const std::size_t count = fill(target, tags, times);
+    if (count > 0) missing.push_back(target.column.name + " " + std::to_string(count));
+  }
+  if (missing.empty()) return;
+  std::vector<std::string> names;
+  for (const ReadLog& log : logs_) names.push_back(log.name);
+  job.note(joined(names),
+           "frames without a value, of " + std::to_string(times.size()) + ": " + joined(missing));
+}
+
+}  // namespace velmar::toolkit
