@@ -21,7 +21,7 @@ LAYERS = [
     ["toolkit/jpeg"],
     ["toolkit/recording"],
     ["toolkit/writing"],
-    ["toolkit/tables", "toolkit/editing", "toolkit/rescue"],
+    ["toolkit/tables", "toolkit/editing", "toolkit/rescue", "toolkit/video"],
     ["tools/velmar-video/program"],
     ["tools/velmar-video/commands"],
     ["tools/velmar-video", "tools/reference"],

@@ -54,7 +54,7 @@ class VideoRecorder {
 
  private:
   bool waitReadable(int fd) {
-    stopped_ = stopped_ || !stage_->waitReadable(fd);
+    stopped_ = stopped_ || (stage_ && !stage_->waitReadable(fd));
     return !stopped_;
   }
 

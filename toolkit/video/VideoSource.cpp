@@ -4,8 +4,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <bit>
 #include <cerrno>
 #include <cmath>
+#include <string_view>
 #include <utility>
 
 #include "base/FileDescriptor.h"
@@ -31,8 +34,7 @@ constexpr std::int64_t kPixelsMax = std::int64_t{1} << 26;
 class ByteSource {
  public:
   explicit ByteSource(const VideoOpening& opening)
-      : waitReadable_(opening.path == "-" ? opening.waitReadable : nullptr),
-        file_(opening.path == "-" ? detail::FileDescriptor()
+      : file_(opening.path == "-" ? detail::FileDescriptor()
                                   : detail::FileDescriptor(opening.path, O_RDONLY)),
         fd_(opening.path == "-" ? STDIN_FILENO : file_.get()) {
     struct stat status {};
@@ -46,6 +48,11 @@ class ByteSource {
     constexpr int kBufferSize = 1 << 16;
     auto* const buffer = static_cast<unsigned char*>(av_malloc(kBufferSize));
     const bool canSeek = S_ISREG(status.st_mode);
+    if (canSeek) {
+      size_ = status.st_size;
+    } else {
+      waitReadable_ = opening.waitReadable;
+    }
     io_.reset(avio_alloc_context(buffer, kBufferSize, 0, this, &read, nullptr,
                                  canSeek ? &seek : nullptr));
   }
@@ -55,6 +62,15 @@ class ByteSource {
   AVIOContext* io() { return io_.get(); }
   // The errno of a failed read, which libavformat may take for the end.
   int cause() const { return cause_; }
+  // 0 if nobody knows.
+  std::int64_t size() const { return size_; }
+  // What a file begins with.
+  std::string head() const {
+    std::string bytes(std::min<std::int64_t>(size_, 256), '\0');
+    const ssize_t count = size_ > 0 ? ::pread(fd_, bytes.data(), bytes.size(), 0) : 0;
+    bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    return bytes;
+  }
 
  private:
   static int read(void* opaque, std::uint8_t* buffer, int size) {
@@ -72,10 +88,7 @@ class ByteSource {
 
   static std::int64_t seek(void* opaque, std::int64_t offset, int whence) {
     const int fd = static_cast<ByteSource*>(opaque)->fd_;
-    if (whence == AVSEEK_SIZE) {
-      struct stat status {};
-      return fstat(fd, &status) == 0 ? status.st_size : AVERROR(errno);
-    }
+    if (whence == AVSEEK_SIZE) return static_cast<ByteSource*>(opaque)->size_;
     const off_t place = ::lseek(fd, offset, whence & ~AVSEEK_FORCE);
     return place < 0 ? AVERROR(errno) : place;
   }
@@ -83,9 +96,41 @@ class ByteSource {
   std::function<bool(int)> waitReadable_;
   detail::FileDescriptor file_;
   int fd_;
+  std::int64_t size_ = 0;
   int cause_ = 0;
   LibavOwner<AVIOContext> io_;
 };
+
+// A size as EBML has it, which moves `at` behind it; nothing if it is unknown.
+std::optional<std::int64_t> ebmlSize(std::string_view bytes, std::size_t& at) {
+  if (at >= bytes.size()) return std::nullopt;
+  const auto first = static_cast<unsigned char>(bytes[at]);
+  const int length = std::countl_zero(first) + 1;
+  if (length > 8 || bytes.size() - at < static_cast<std::size_t>(length)) return std::nullopt;
+  std::int64_t value = first & (0xFF >> length);
+  for (int i = 1; i < length; ++i) {
+    value = value << 8 | static_cast<unsigned char>(bytes[at + static_cast<std::size_t>(i)]);
+  }
+  at += static_cast<std::size_t>(length);
+  if (value == (std::int64_t{1} << (7 * length)) - 1) return std::nullopt;
+  return value;
+}
+
+// Where a Matroska file ends by its own account; 0 if it does not say. (libavformat takes one that
+// is cut short for a shorter one.)
+std::int64_t matroskaEnd(std::string_view head) {
+  constexpr std::string_view kHeader = "\x1A\x45\xDF\xA3";
+  constexpr std::string_view kSegment = "\x18\x53\x80\x67";
+  if (!head.starts_with(kHeader)) return 0;
+  std::size_t at = kHeader.size();
+  const auto header = ebmlSize(head, at);
+  if (!header || *header < 0 || static_cast<std::size_t>(*header) > head.size() - at) return 0;
+  at += static_cast<std::size_t>(*header);
+  if (!head.substr(at).starts_with(kSegment)) return 0;
+  at += kSegment.size();
+  const auto segment = ebmlSize(head, at);
+  return segment ? static_cast<std::int64_t>(at) + *segment : 0;
+}
 
 class LibavSource final : public VideoSource {
  public:
@@ -152,18 +197,24 @@ class LibavSource final : public VideoSource {
   }
 
   void openFormat(const std::string& path) {
+    const AVInputFormat* demuxer = nullptr;
+    int result = av_probe_input_buffer2(bytes_.io(), &demuxer, path.c_str(), nullptr, 0, 0);
+    if (bytes_.cause() != 0) throw Failure::ofSystem(name_, "cannot read it", bytes_.cause());
+    if (result < 0) throw refusal("it is neither a JPEG picture nor a video");
     AVFormatContext* format = avformat_alloc_context();
     if (format == nullptr) throw std::bad_alloc();
     format->pb = bytes_.io();
     // A playlist must not lead to other files or to the network.
     AVDictionary* options = nullptr;
     av_dict_set(&options, "protocol_whitelist", "none", 0);
-    const int result = avformat_open_input(&format, path.c_str(), nullptr, &options);
+    result = avformat_open_input(&format, path.c_str(), demuxer, &options);
     format_.reset(format);  // none after a failure
     av_dict_free(&options);
     if (bytes_.cause() != 0) throw Failure::ofSystem(name_, "cannot read it", bytes_.cause());
-    if (result == AVERROR_INVALIDDATA) throw refusal("it is neither a JPEG picture nor a video");
-    if (result < 0) throw refusal("it cannot be read as a video: " + libavWords(result));
+    if (result >= 0) return;
+    const std::string kind = std::string("it cannot be read as a video (") + demuxer->name + "): ";
+    throw refusal(
+        kind + (result == AVERROR_INVALIDDATA ? "it is cut short or damaged" : libavWords(result)));
   }
 
   void chooseStream() {
@@ -211,18 +262,31 @@ class LibavSource final : public VideoSource {
 
   // Of the stream.
   bool readPacket() {
-    while (true) {
+    while (!ended_) {
       av_packet_unref(packet_.get());
       const int result = av_read_frame(format_.get(), packet_.get());
       if (result == AVERROR(EAGAIN)) continue;
       if (result >= 0 && packet_->stream_index != stream_->index) continue;
       if (result >= 0) return true;
       const int cause = bytes_.cause() != 0 ? AVERROR(bytes_.cause()) : result;
-      if (cause != AVERROR_EOF && cause != AVERROR_EXIT) {
+      if (isCutShort()) {
+        job_.lose(name_, "it is cut short; its other frames are missing");
+      } else if (cause != AVERROR_EOF && cause != AVERROR_EXIT) {
         job_.lose(name_, "cannot read on: " + libavWords(cause));
       }
-      return false;
+      ended_ = true;
     }
+    return false;
+  }
+
+  // Whether the video is longer than the file.
+  bool isCutShort() const {
+    if (bytes_.size() > 0 && matroskaEnd(bytes_.head()) > bytes_.size()) return true;
+    for (int i = avformat_index_get_entries_count(stream_) - 1; i >= 0 && bytes_.size() > 0; --i) {
+      const AVIndexEntry* const entry = avformat_index_get_entry(stream_, i);
+      if (entry->pos + entry->size > bytes_.size()) return true;
+    }
+    return false;
   }
 
   bool nextPacket() {
@@ -278,7 +342,8 @@ class LibavSource final : public VideoSource {
   LibavOwner<AVFormatContext> format_;
   AVStream* stream_ = nullptr;
   VideoFacts facts_;
-  bool isFirst_ = true;
+  bool isFirst_ = true;  // no picture has been decoded
+  bool ended_ = false;
   std::uint64_t undecoded_ = 0;
 };
 
