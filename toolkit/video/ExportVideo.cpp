@@ -120,8 +120,7 @@ class VideoExporter {
     for (const unsigned int frame : frames) {
       const std::uint64_t time = recording_.sensorTime(frame);
       if (keepsTimes() && !times_.empty() && time <= times_.back()) {
-        news_.add(frame, frame,
-                  "left out: it was not captured after the frame before, as a video needs it");
+        news_.add(frame, frame, "left out: in a video each frame comes later than the one before");
         continue;
       }
       frames_.push_back(frame);
