@@ -1,7 +1,6 @@
 #include "toolkit/video/ExportVideo.h"
 
 #include <cmath>
-#include <cstdio>
 #include <limits>
 #include <numeric>
 #include <utility>
@@ -53,10 +52,12 @@ std::vector<FrameRate> likelyRates(const std::vector<std::uint64_t>& times) {
   return rates;
 }
 
-std::string signedDegrees(double degrees, int digits) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%+0*.6f", digits, degrees);
-  return text;
+// With its sign and so many digits before the point.
+std::string signedDegrees(double degrees, std::size_t digits) {
+  constexpr int kDecimals = 6;
+  std::string text = fixedText(std::abs(degrees), kDecimals);
+  text.insert(0, digits + 1 + kDecimals - text.size(), '0');
+  return (degrees < 0 ? "-" : "+") + text;
 }
 
 // Of an rtv that has one, as ISO 6709 writes it.
@@ -67,7 +68,7 @@ std::string startPosition(const Recording& recording) {
   double alt = 0;
   recording.parser()->getStdPosition(lat, lng, alt);
   if (lat == 0 && lng == 0) return "";
-  std::string text = signedDegrees(lat, 10) + signedDegrees(lng, 11);
+  std::string text = signedDegrees(lat, 2) + signedDegrees(lng, 3);
   if (alt != 0) text += (alt > 0 ? "+" : "") + fixedText(alt, 2);
   return text + "/";
 }
