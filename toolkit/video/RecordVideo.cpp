@@ -1,6 +1,5 @@
 #include "toolkit/video/RecordVideo.h"
 
-#include <limits>
 #include <memory>
 
 #include "toolkit/base/Failure.h"
