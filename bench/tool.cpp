@@ -52,6 +52,72 @@ Row extractRow() {
           .reachExtra = {}};
 }
 
+std::string quoted(const std::string& path) { return " '" + path + "' "; }
+
+std::string tool(const std::string& command) {
+  return std::string(VELMAR_TOOL) + " --quiet " + command;
+}
+
+bool hasFfmpeg() {
+  static const bool has = std::system("ffmpeg -version >/dev/null 2>&1") == 0;
+  return has;
+}
+
+// A row whose two commands write a file each.
+Row videoRow(const std::string& limitName, const std::string& ffmpegs, const std::string& ours,
+             double reach) {
+  Row row = {.limitName = limitName,
+             .limit = {},
+             .ours = [=] { return run(ours); },
+             .reach = reach,
+             .reachExtra = {}};
+  if (hasFfmpeg()) row.limit = [=] { return run("ffmpeg -nostdin -v error -y " + ffmpegs); };
+  return row;
+}
+
+// The camera's recording as a video, made when it is first asked for.
+std::string cameraVideo(const std::string& extension) {
+  const std::string path = Workspace::path("camera" + extension);
+  if (!std::filesystem::exists(path)) {
+    run(tool("export" + quoted(cameraRecording(Container::Img)) + quoted(path)));
+  }
+  return path;
+}
+
+Row copyVideoRow() {
+  const std::string video = cameraVideo(".mp4");
+  const std::string copy = Workspace::path("copy.avi");
+  return videoRow(
+      "ffmpeg -c copy to an AVI, and sync",
+      "-i" + quoted(video) + "-c copy" + quoted(copy) + "&& sync" + quoted(copy),
+      tool("create" + quoted(Workspace::path("copied.img")) + quoted(video) + "--force"), 1.1);
+}
+
+Row decodeVideoRow() {
+  const std::string video = Workspace::path("coded.mp4");
+  if (hasFfmpeg()) {
+    run("ffmpeg -nostdin -v error -y -i" + quoted(cameraVideo(".mp4")) + "-frames:v " +
+        std::to_string(frameCount(240)) + " -c:v libx264 -preset veryfast" + quoted(video));
+  } else {
+    run("cp" + quoted(cameraVideo(".mp4")) + quoted(video));
+  }
+  return videoRow("ffmpeg -q:v 2 to an AVI of JPEGs, 2 threads",
+                  "-threads 2 -i" + quoted(video) + "-threads 2 -c:v mjpeg -q:v 2" +
+                      quoted(Workspace::path("coded.avi")),
+                  tool("create" + quoted(Workspace::path("coded.img")) + quoted(video) +
+                       "--start-time 0 --force 2>/dev/null"),
+                  1);
+}
+
+Row exportRow() {
+  return videoRow(
+      "ffmpeg -c copy from an AVI",
+      "-i" + quoted(cameraVideo(".avi")) + "-c copy" + quoted(Workspace::path("copy.mkv")),
+      tool("export" + quoted(cameraRecording(Container::Img)) +
+           quoted(Workspace::path("exported.mkv")) + "--force"),
+      1);
+}
+
 }  // namespace
 
 void addToolRows() {
@@ -61,4 +127,7 @@ void addToolRows() {
       "frames --json, rtv 03 of 65,535 frames", [] { return listRow(Container::Rtv03); },
       kRepetitions);
   addRow("extract --as ppm --jobs 2, 48 frames", extractRow, kRepetitions);
+  addRow("create from an MP4 of JPEGs, 1,500 frames", copyVideoRow, kRepetitions);
+  addRow("create from an MP4 of H.264, 240 frames", decodeVideoRow, kRepetitions);
+  addRow("export to an MKV, 1,500 frames", exportRow, kRepetitions);
 }

@@ -22,7 +22,7 @@ LAYERS = [
     ["toolkit/recording"],
     ["toolkit/writing"],
     ["toolkit/tables"],
-    ["toolkit/logs", "toolkit/editing", "toolkit/rescue"],
+    ["toolkit/logs", "toolkit/editing", "toolkit/rescue", "toolkit/video"],
     ["tools/velmar-video/program", "python/core"],
     ["tools/velmar-video/commands"],
     ["tools/velmar-video", "tools/reference"],

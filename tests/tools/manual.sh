@@ -88,9 +88,7 @@ PATH=$work/bin:$PATH
     exec 3>&-
   done
   rm pipe probe.*
-  if command -v ffmpeg >/dev/null; then
-    ffmpeg -loglevel error -f mjpeg -i - drive.mp4 < <(cat frames/*.jpg)
-  fi
+  velmar-video export drive.img drive.mp4
 ) 2>err || fail "the examples' inputs"
 
 run_example() {  # run_example COMMAND LINE

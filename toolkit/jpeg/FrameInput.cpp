@@ -39,6 +39,12 @@ std::vector<std::string> listFolder(const std::string& folder) {
 
 }  // namespace
 
+bool isVideoInput(const std::vector<std::string>& inputs) {
+  std::error_code error;
+  return inputs.size() == 1 && inputs[0] != "-" && !isJpegName(inputs[0]) &&
+         !fs::is_directory(inputs[0], error);
+}
+
 std::vector<std::string> listFrameFiles(const std::vector<std::string>& inputs) {
   std::vector<std::string> files;
   for (const std::string& input : inputs) {

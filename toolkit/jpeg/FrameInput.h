@@ -10,6 +10,9 @@ namespace velmar::toolkit {
 /// No frame is larger; what is, is no frame.
 constexpr std::size_t kMaxFrameSize = std::size_t{64} << 20;
 
+/// Whether it is one file that is not named as a JPEG: a video, if anything.
+bool isVideoInput(const std::vector<std::string>& inputs);
+
 /// Files stay as they are given; a folder stands for its .jpg and .jpeg files in natural order.
 /// Throws Failure if one is missing or a folder holds none.
 std::vector<std::string> listFrameFiles(const std::vector<std::string>& inputs);

@@ -1,6 +1,6 @@
 #include "toolkit/recording/FrameSelection.h"
 
-#include <numeric>
+#include <algorithm>
 
 #include "toolkit/base/Failure.h"
 #include "toolkit/text/TimeText.h"
@@ -39,31 +39,47 @@ void FrameSelection::setTime(std::string_view text) {
 
 std::vector<unsigned int> FrameSelection::frames(const Recording& recording) const {
   const unsigned int count = recording.framesCount();
-  std::pair<std::uint64_t, std::uint64_t> range = range_.value_or(std::pair(0, count));
-  if (range.second > count) {
-    throw Failure(recording.path(), "--range goes beyond its " + std::to_string(count) + " frames",
-                  VELMAR_ERROR_CODE_OUT_RANGE_E);
+  FramePicker picker(*this, time_ && count > 0 ? recording.sensorTime(0) : 0);
+  std::vector<unsigned int> selected;
+  const unsigned int first =
+      range_ ? static_cast<unsigned int>(std::min<std::uint64_t>(range_->first, count)) : 0;
+  // Capture times need not ascend, so every frame is asked.
+  for (unsigned int index = first; index < count && !picker.isOver(index); ++index) {
+    if (picker.picks(index, time_ ? recording.sensorTime(index) : 0)) selected.push_back(index);
   }
-  std::vector<unsigned int> selected(range.second - range.first);
-  std::iota(selected.begin(), selected.end(), static_cast<unsigned int>(range.first));
-  if (time_ && count > 0) {
-    const std::uint64_t start = recording.sensorTime(0);
-    const auto absolute = [start](TimePoint point) {
-      return point.relative ? start + point.micros : point.micros;
-    };
-    // Capture times need not ascend, so every frame is asked.
-    std::erase_if(selected, [&, begin = absolute(time_->first),
-                             end = absolute(time_->second)](unsigned int index) {
-      const std::uint64_t time = recording.sensorTime(index);
-      return time < begin || time >= end;
-    });
-  }
-  if (selected.empty()) {
-    throw Failure(recording.path(),
-                  time_ ? "no frame was captured in that time" : "it holds no frame",
-                  VELMAR_ERROR_CODE_OUT_RANGE_E);
-  }
+  picker.check(recording.path(), count);
   return selected;
+}
+
+FramePicker::FramePicker(const FrameSelection& selection, std::uint64_t start)
+    : selection_(selection) {
+  if (!selection.time_) return;
+  const auto absolute = [start](FrameSelection::TimePoint point) {
+    return point.relative ? start + point.micros : point.micros;
+  };
+  begin_ = absolute(selection.time_->first);
+  end_ = absolute(selection.time_->second);
+}
+
+bool FramePicker::picks(std::uint64_t number, std::uint64_t time) {
+  const auto& range = selection_.range_;
+  if (range && (number < range->first || number >= range->second)) return false;
+  if (selection_.time_ && (time < begin_ || time >= end_)) return false;
+  return matching_++ % selection_.every_ == 0;
+}
+
+bool FramePicker::isOver(std::uint64_t number) const {
+  return selection_.range_ && number >= selection_.range_->second;
+}
+
+void FramePicker::check(const std::string& file, std::uint64_t count) const {
+  if (selection_.range_ && selection_.range_->second > count) {
+    throw Failure(file, "--range goes beyond its " + std::to_string(count) + " frames",
+                  VELMAR_ERROR_CODE_OUT_RANGE_E);
+  }
+  if (matching_ > 0) return;
+  throw Failure(file, selection_.time_ ? "no frame was captured in that time" : "it holds no frame",
+                VELMAR_ERROR_CODE_OUT_RANGE_E);
 }
 
 }  // namespace velmar::toolkit

@@ -68,6 +68,20 @@ TEST(FrameSelection, SelectsByNumber) {
   }
 }
 
+// The step counts from the first frame that the range or the time selects.
+TEST(FrameSelection, SelectsEverySoManiethOfTheOthers) {
+  TimedRecording recording({0, 1, 2, 3, 4, 5, 6, 7});
+  FrameSelection selection;
+  selection.setEvery(3);
+  EXPECT_EQ(recording.select(selection), (Frames{0, 3, 6}));
+  selection.setTime("2:7");
+  EXPECT_EQ(recording.select(selection), (Frames{2, 5}));
+  selection = {};
+  selection.setRange("1:8");
+  selection.setEvery(7);
+  EXPECT_EQ(recording.select(selection), (Frames{1}));
+}
+
 TEST(FrameSelection, RefusesTextsThatSelectNothing) {
   for (const char* text :
        {"", ":", "1", "1:", ":1", "2:1", "1:1", "-1:2", "a:b", "1:2:3", "1 : 2"}) {

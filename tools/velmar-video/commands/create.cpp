@@ -5,6 +5,7 @@
 
 #include "program/DescriptionOptions.h"
 #include "program/LogOptions.h"
+#include "program/SelectionOptions.h"
 #include "program/Tool.h"
 #include "toolkit/editing/RecordFiles.h"
 #include "toolkit/editing/RecordStream.h"
@@ -14,6 +15,7 @@
 #include "toolkit/tables/FrameColumns.h"
 #include "toolkit/tables/TagsCsv.h"
 #include "toolkit/tables/TimesCsv.h"
+#include "toolkit/video/RecordVideo.h"
 #include "toolkit/writing/OutputGuard.h"
 
 namespace velmar::tool {
@@ -32,8 +34,15 @@ struct Options {
   unsigned int syncInterval = 0;
   bool allowTruncated = false;
   bool force = false;
+  VideoInput video;
+  std::vector<const CLI::Option*> ofVideos;  // make no sense for pictures
 
-  bool readsStream() const { return inputs.size() == 1 && inputs[0] == "-"; }
+  // A stream of JPEGs has no times, a video has.
+  bool readsVideo() const {
+    return isVideoInput(inputs) || (isStandardInput() && !framesPerSecond && timesFile.empty());
+  }
+  bool readsStream() const { return isStandardInput() && !readsVideo(); }
+  bool isStandardInput() const { return inputs.size() == 1 && inputs[0] == "-"; }
 };
 
 FrameClock clockOf(const Options& options) {
@@ -106,7 +115,19 @@ ExitStatus recordStandardInput(const Options& options, CommandJob& job) {
   return job.status();
 }
 
+ExitStatus recordVideoFile(const Options& options, CommandJob& job) {
+  const ReservedOutput reserved = reserveOutput(options, options.inputs);
+  VideoInput video = options.video;
+  video.path = options.inputs[0];
+  video.startTime = options.startTime;
+  video.framesPerSecond = options.framesPerSecond;
+  const auto description = options.description.description(options.output, job);
+  recordVideo(video, {options.output, description, kRtvFramesMax, options.syncInterval}, job);
+  return job.status();
+}
+
 ExitStatus create(const Options& options, CommandJob& job) {
+  if (options.readsVideo()) return recordVideoFile(options, job);
   return options.readsStream() ? recordStandardInput(options, job) : recordPictures(options, job);
 }
 
@@ -119,7 +140,27 @@ void checkLogUsage(const Options& options) {
   if (options.readsStream()) throw UsageError("create: --log cannot be used with a stream");
 }
 
+void checkUsageOfVideo(const Options& options) {
+  if (!options.timesFile.empty() || !options.tagsFile.empty() || options.allowTruncated) {
+    throw UsageError("create: --times, --tags and --allow-truncated are for JPEG files, not for " +
+                     (options.isStandardInput() ? "a stream" : "the video " + options.inputs[0]));
+  }
+  if (options.log.isGiven()) {
+    throw UsageError("create: --log is for JPEG files; edit --log adds one to what is recorded");
+  }
+  if (options.framesPerSecond) clockOf(options);
+  std::vector<std::string> read = options.description.inputs();
+  read.push_back(options.inputs[0]);
+  checkStandardInputOnce(read);
+}
+
 void checkUsage(const Options& options) {
+  if (options.readsVideo()) return checkUsageOfVideo(options);
+  for (const CLI::Option* option : options.ofVideos) {
+    if (option->count() > 0) {
+      throw UsageError("create: " + option->get_name() + " needs a video");
+    }
+  }
   if (options.timesFile.empty() == !options.framesPerSecond) {
     throw UsageError("create: the frames' times come from --times or from --fps");
   }
@@ -159,11 +200,13 @@ void addFrameOptions(CLI::App& command, Options& options) {
       ->type_name("CSV");
   addFrameRateOption(
       command, [&options](double rate) { options.framesPerSecond = rate; },
-      "Frames a second, such as 30 or 30000/1001, instead of --times");
+      "Frames a second, such as 30 or 30000/1001, instead of --times or a video's own times; with "
+      "-, standard input is a stream of JPEGs");
   addStartTimeOption(
       command, options.startTime,
-      "Capture time of the first frame for --fps, now if not given; with --times the start "
-      "of an rtv, its first frame if not given. Microseconds since 1970 or RFC 3339");
+      "Capture time of the first frame for --fps, now if not given, and of a video, the time when "
+      "it was made if not given; with --times the start of an rtv, its first frame if not given. "
+      "Microseconds since 1970 or RFC 3339");
   command
       .add_option(
           "--tags", options.tagsFile,
@@ -176,16 +219,29 @@ void addFrameOptions(CLI::App& command, Options& options) {
       ->type_name("CSV");
 }
 
+void addVideoOptions(CLI::App& command, Options& options) {
+  options.ofVideos = addSelectionOptions(command, options.video.selection);
+  options.ofVideos.push_back(
+      command
+          .add_option("--quality", options.video.quality,
+                      "Quality of the JPEGs that a video's frames become, 1 to 100; 95 if not "
+                      "given. Frames that are JPEGs (MJPEG) are recorded as they are")
+          ->type_name("N")
+          ->check(CLI::Range(1, 100).description("")));
+}
+
 void addOptions(CLI::App& command, Options& options) {
   command.add_option("output", options.output, "The recording to make, OUTPUT.img or OUTPUT.rtv")
       ->required();
   command
-      .add_option("input", options.inputs,
-                  "JPEG files, folders of them (2.jpg comes before 10.jpg), or - for a stream of "
-                  "JPEGs on standard input")
+      .add_option(
+          "input", options.inputs,
+          "JPEG files, folders of them (2.jpg comes before 10.jpg), a video (any file that "
+          "is not named as a JPEG), or - for a video or a stream of JPEGs on standard input")
       ->required();
   addFrameOptions(command, options);
   options.log.addTo(command);
+  addVideoOptions(command, options);
   options.description.addTo(command);
   command
       .add_option(
@@ -203,16 +259,11 @@ void addOptions(CLI::App& command, Options& options) {
 
 void addCreateCommand(Tool& tool) {
   tool.addCommand<Options>(
-      {"create", "Make a recording of JPEG pictures.",
+      {"create", "Make a recording of JPEG pictures or of a video.",
        "create drive.img frames/ --fps 30\n"
-       "  rate=$(ffprobe -v error -select_streams v:0 -show_entries stream=avg_frame_rate \\\n"
-       "    -of csv=p=0 drive.mp4) && ffmpeg -i drive.mp4 -r \"$rate\" -f mjpeg -q:v 2 - | \\\n"
-       "    velmar-video create drive.img - --fps \"$rate\"\n"
+       "  velmar-video create drive.img drive.mp4 --start-time 2023-11-14T22:13:20Z\n"
        "  velmar-video create drive.rtv frames/ --times times.csv --rtv-version 04 --tags "
-       "tags.csv\n\n"
-       "If a video already consists of JPEGs (MJPEG), use -c copy instead of -r and -q:v to "
-       "record\n"
-       "them unchanged."},
+       "tags.csv"},
       {addOptions, create, checkUsage});
 }
 

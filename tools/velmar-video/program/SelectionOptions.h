@@ -2,14 +2,15 @@
 #define VELMAR_TOOL_SELECTION_OPTIONS_H
 
 #include <CLI/CLI.hpp>
+#include <vector>
 
 #include "program/Toolkit.h"
 #include "toolkit/recording/FrameSelection.h"
 
 namespace velmar::tool {
 
-/// --range and --time, which set `selection`; that has to outlive the parsing.
-void addSelectionOptions(CLI::App& command, FrameSelection& selection);
+/// --range, --time and --every, which set `selection`; that has to outlive the parsing.
+std::vector<const CLI::Option*> addSelectionOptions(CLI::App& command, FrameSelection& selection);
 
 }  // namespace velmar::tool
 

@@ -37,6 +37,7 @@ void addCommands(Tool& tool) {
   addCutCommand(tool);
   addConcatCommand(tool);
   addConvertCommand(tool);
+  addExportCommand(tool);
   addEditCommand(tool);
   addDumpCommand(tool);
   addRecoverCommand(tool);

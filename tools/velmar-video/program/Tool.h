@@ -70,6 +70,7 @@ void addFramesCommand(Tool& tool);
 void addExtractCommand(Tool& tool);
 void addCatCommand(Tool& tool);
 void addConvertCommand(Tool& tool);
+void addExportCommand(Tool& tool);
 void addCutCommand(Tool& tool);
 void addConcatCommand(Tool& tool);
 void addEditCommand(Tool& tool);
