@@ -5,7 +5,7 @@ from __future__ import annotations
 import json
 import os
 from collections.abc import Mapping
-from typing import Any, Optional, Union, cast
+from typing import Any, Optional, cast
 
 import numpy as np
 
