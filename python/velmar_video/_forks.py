@@ -5,8 +5,6 @@ from __future__ import annotations
 import os
 import threading
 import weakref
-from types import TracebackType
-from typing import Optional
 
 _registered: weakref.WeakSet[Forked]
 
@@ -31,12 +29,7 @@ class Lock(Forked):
     def __enter__(self) -> None:
         self._lock.acquire()
 
-    def __exit__(
-        self,
-        kind: Optional[type[BaseException]],
-        error: Optional[BaseException],
-        traceback: Optional[TracebackType],
-    ) -> None:
+    def __exit__(self, *error: object) -> None:
         self._lock.release()
 
     def forked(self) -> None:

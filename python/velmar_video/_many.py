@@ -7,7 +7,6 @@ import collections
 import itertools
 import os
 from collections.abc import Iterable, Iterator, Sequence
-from types import TracebackType
 from typing import Any, Optional, Union, overload
 
 import numpy as np
@@ -200,12 +199,7 @@ class Recordings:
     def __enter__(self) -> Recordings:
         return self
 
-    def __exit__(
-        self,
-        kind: Optional[type[BaseException]],
-        error: Optional[BaseException],
-        traceback: Optional[TracebackType],
-    ) -> None:
+    def __exit__(self, *error: object) -> None:
         self.close()
 
     def __reduce__(self) -> tuple[Any, ...]:

@@ -10,7 +10,6 @@ import multiprocessing
 import operator
 import os
 from collections.abc import Iterator, Sequence
-from types import TracebackType
 from typing import TYPE_CHECKING, Any, Literal, Optional, Union, overload
 
 import numpy as np
@@ -147,12 +146,7 @@ class Recording:
     def __enter__(self) -> Recording:
         return self
 
-    def __exit__(
-        self,
-        kind: Optional[type[BaseException]],
-        error: Optional[BaseException],
-        traceback: Optional[TracebackType],
-    ) -> None:
+    def __exit__(self, *error: object) -> None:
         self.close()
 
     def close(self) -> None:

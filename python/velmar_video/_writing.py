@@ -5,8 +5,7 @@ from __future__ import annotations
 import json
 import os
 from collections.abc import Mapping
-from types import TracebackType
-from typing import Any, Optional, Union, cast
+from typing import Any, Optional, cast
 
 import numpy as np
 
@@ -86,12 +85,7 @@ class Writer:
     def __enter__(self) -> Writer:
         return self
 
-    def __exit__(
-        self,
-        kind: Optional[type[BaseException]],
-        error: Optional[BaseException],
-        traceback: Optional[TracebackType],
-    ) -> None:
+    def __exit__(self, kind: Optional[type[BaseException]], *rest: object) -> None:
         if kind is None:
             self.close()
         else:
@@ -340,12 +334,7 @@ class Edit:
     def __enter__(self) -> Edit:
         return self
 
-    def __exit__(
-        self,
-        kind: Optional[type[BaseException]],
-        error: Optional[BaseException],
-        traceback: Optional[TracebackType],
-    ) -> None:
+    def __exit__(self, kind: Optional[type[BaseException]], *rest: object) -> None:
         if kind is None:
             self.close()
         else:

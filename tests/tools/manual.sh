@@ -85,6 +85,7 @@ PATH=$work/bin:$PATH
     cat frames/*.jpg >&3
     wait_for recoverable "$file"
     kill -KILL $!
+    wait $! || true  # the next one would write to a reader that is ending
     exec 3>&-
   done
   rm pipe probe.*
