@@ -156,8 +156,13 @@ class VideoExporter {
   }
 
   VideoDescription description() const {
-    return {video_.path,    recording_.description().size(), rate_,
-            times_.front(), recording_.deviceId(),           startPosition(recording_)};
+    return {video_.path,
+            container_,
+            recording_.description().size(),
+            rate_,
+            times_.front(),
+            recording_.deviceId(),
+            startPosition(recording_)};
   }
 
   const Recording& recording_;

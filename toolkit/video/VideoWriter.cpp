@@ -87,7 +87,7 @@ const char* muxerOf(VideoContainer container) {
 class LibavWriter final : public VideoWriter {
  public:
   explicit LibavWriter(const VideoDescription& description)
-      : container_(videoContainer(description.path)),
+      : container_(description.container),
         target_(description.path),
         path_(description.path),
         packet_(av_packet_alloc()) {

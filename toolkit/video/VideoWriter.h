@@ -24,6 +24,7 @@ struct FrameRate {
 /// A video to be written.
 struct VideoDescription {
   std::string path;
+  VideoContainer container;
   detail::JpegSize size;
   std::optional<FrameRate> rate;  ///< if it is constant; an AVI needs it
   std::uint64_t startTime;        ///< of the first frame, microseconds since 1970
@@ -31,9 +32,8 @@ struct VideoDescription {
   std::string position;           ///< where it starts, as ISO 6709 has it; may be empty
 };
 
-/// Writes JPEGs as they are into a video of the container that its name says. The file gets its
-/// name when it is complete; what had that name is replaced. Goes without a trace unless it is
-/// finished.
+/// Writes JPEGs as they are into a video. The file gets its name when it is complete; what had that
+/// name is replaced. Goes without a trace unless it is finished.
 class VideoWriter {
  public:
   virtual ~VideoWriter() = default;

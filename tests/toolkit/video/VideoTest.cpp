@@ -18,8 +18,8 @@ using Lines = std::vector<std::string>;
 // A video of such frames with such times.
 std::string videoOf(const std::string& path, const std::vector<std::string>& frames,
                     const std::vector<std::uint64_t>& times) {
-  const auto writer =
-      createVideo({path, {32, 16}, FrameRate{25, 1}, 1'700'000'000'000'001, "", ""});
+  const auto writer = createVideo(
+      {path, videoContainer(path), {32, 16}, FrameRate{25, 1}, 1'700'000'000'000'001, "", ""});
   for (std::size_t i = 0; i < frames.size(); ++i) writer->add(frames[i], i, times[i]);
   writer->finish();
   return path;
@@ -54,7 +54,7 @@ TEST(Video, ComesBackAsItWasWritten) {
 TEST(Video, GoesWithoutATraceUnlessFinished) {
   const TempFolder folder;
   const std::string path = folder / "a.mp4";
-  createVideo({path, {32, 16}, {}, 0, "", ""})->add(numberedJpeg(0), 0, 0);
+  createVideo({path, VideoContainer::Mp4, {32, 16}, {}, 0, "", ""})->add(numberedJpeg(0), 0, 0);
   EXPECT_TRUE(std::filesystem::is_empty(std::filesystem::path(path).parent_path()));
 }
 
