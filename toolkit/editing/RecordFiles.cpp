@@ -6,6 +6,7 @@
 #include "toolkit/base/InputFile.h"
 #include "toolkit/jpeg/FrameInput.h"
 #include "toolkit/jpeg/JpegInspector.h"
+#include "toolkit/video/VideoSource.h"
 
 namespace velmar::toolkit {
 
@@ -15,7 +16,7 @@ class FileFrames final : public FrameSource {
  public:
   // Both must outlive it. Throws Failure unless the pictures are whole and have one size.
   FileFrames(const FrameFiles& files, Job& job)
-      : files_(files), job_(job), size_(inspector_.sizeOfFile(files.paths.front())) {
+      : files_(files), job_(job), size_(sizeOf(files.paths.front())) {
     for (const std::string& path : files.paths) check(path);
   }
 
@@ -23,34 +24,59 @@ class FileFrames final : public FrameSource {
   std::size_t count() const override { return files_.paths.size(); }
 
   bool read(std::size_t at, NewFrame& frame) override {
-    if (!readFrame(files_.paths[at], frame.jpeg)) return false;
+    const std::string& path = files_.paths[at];
+    try {
+      frame.jpeg = isOtherPicture(path) ? encoded(path) : readFile(path, kMaxFrameSize + 1);
+    } catch (const Failure& failure) {
+      job_.lose(failure.what(), "it is left out");
+      return false;
+    }
+    if (!isFit(path, frame.jpeg)) return false;
     frame.times = files_.times[at];
     frame.tag = files_.tags[at];
     return true;
   }
 
  private:
+  detail::JpegSize sizeOf(const std::string& path) const {
+    if (!isOtherPicture(path)) return inspector_.sizeOfFile(path);
+    const detail::JpegSize size = open(path)->facts().size;
+    if (size.width <= 0 || size.height <= 0) throw undecodable(path);
+    return size;
+  }
+
+  static Failure undecodable(const std::string& path) {
+    return {path, "it cannot be decoded as a picture", VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E};
+  }
+
+  std::unique_ptr<VideoSource> open(const std::string& path) const {
+    return openVideo({path, files_.quality, {}}, job_);
+  }
+
   void check(const std::string& path) const {
-    const detail::JpegSize size = inspector_.sizeOfFile(path);
+    const detail::JpegSize size = sizeOf(path);
     if (!(size == size_)) {
       throw Failure(path, differenceText(size, size_), VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
     }
-    if (!files_.allowTruncated && !isWholeJpegFile(path)) {
+    if (!files_.allowTruncated && !isOtherPicture(path) && !isWholeJpegFile(path)) {
       throw Failure(path, "the picture has no end marker; --allow-truncated takes it as it is",
                     VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
     }
   }
 
-  bool readFrame(const std::string& path, std::string& jpeg) {
-    try {
-      jpeg = readFile(path, kMaxFrameSize + 1);
-      const auto found = jpeg.size() > kMaxFrameSize ? std::nullopt : inspector_.size(jpeg);
-      if (found && *found == size_) return true;
-      job_.lose(path, found ? differenceText(*found, size_) + "; it is left out"
-                            : "it is not a JPEG picture any more; it is left out");
-    } catch (const Failure& failure) {
-      job_.lose(failure.what(), "it is left out");
-    }
+  std::string encoded(const std::string& path) const {
+    const auto source = open(path);
+    std::string jpeg;
+    if (!source->next()) throw undecodable(path);
+    source->readJpeg(jpeg);
+    return jpeg;
+  }
+
+  bool isFit(const std::string& path, const std::string& jpeg) {
+    const auto found = jpeg.size() > kMaxFrameSize ? std::nullopt : inspector_.size(jpeg);
+    if (found && *found == size_) return true;
+    job_.lose(path, found ? differenceText(*found, size_) + "; it is left out"
+                          : "it is not a JPEG picture any more; it is left out");
     return false;
   }
 

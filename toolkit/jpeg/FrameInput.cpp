@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <initializer_list>
+#include <string_view>
 
 #include "toolkit/base/Failure.h"
 #include "toolkit/text/NaturalOrder.h"
@@ -12,12 +14,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool isJpegName(const fs::path& path) {
+bool endsIn(std::initializer_list<std::string_view> extensions, const fs::path& path) {
   std::string extension = path.extension().string();
   std::transform(extension.begin(), extension.end(), extension.begin(), [](char character) {
     return character >= 'A' && character <= 'Z' ? static_cast<char>(character | 0x20) : character;
   });
-  return extension == ".jpg" || extension == ".jpeg";
+  return std::find(extensions.begin(), extensions.end(), extension) != extensions.end();
+}
+
+bool isPicture(const fs::path& path) {
+  return endsIn({".jpg", ".jpeg"}, path) || isOtherPicture(path);
 }
 
 std::vector<std::string> listFolder(const std::string& folder) {
@@ -26,12 +32,12 @@ std::vector<std::string> listFolder(const std::string& folder) {
   fs::directory_iterator entry(folder, error);
   for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
     std::error_code unreadable;
-    if (!isJpegName(entry->path()) || entry->is_directory(unreadable)) continue;
+    if (!isPicture(entry->path()) || entry->is_directory(unreadable)) continue;
     files.push_back(entry->path().string());
   }
   if (error) throw Failure::ofSystem(folder, "cannot list it", error.value());
   if (files.empty()) {
-    throw Failure(folder, "the folder holds no .jpg file", VELMAR_ERROR_CODE_FILE_NOT_EXIST_E);
+    throw Failure(folder, "the folder holds no picture", VELMAR_ERROR_CODE_FILE_NOT_EXIST_E);
   }
   std::sort(files.begin(), files.end(), naturalLess);
   return files;
@@ -41,11 +47,15 @@ std::vector<std::string> listFolder(const std::string& folder) {
 
 bool isVideoInput(const std::vector<std::string>& inputs) {
   std::error_code error;
-  return inputs.size() == 1 && inputs[0] != "-" && !isJpegName(inputs[0]) &&
+  return inputs.size() == 1 && inputs[0] != "-" && !isPicture(inputs[0]) &&
          !fs::is_directory(inputs[0], error);
 }
 
-std::vector<std::string> listFrameFiles(const std::vector<std::string>& inputs) {
+bool isOtherPicture(const std::string& path) {
+  return endsIn({".png", ".bmp", ".tif", ".tiff", ".webp"}, path);
+}
+
+std::vector<std::string> listPictures(const std::vector<std::string>& inputs) {
   std::vector<std::string> files;
   for (const std::string& input : inputs) {
     std::error_code error;

@@ -132,7 +132,9 @@ void DriveLog::addPositions(const ReadLog& log, RecordingDescription& descriptio
   }
 }
 
-std::optional<double> DriveLog::valueAt(const Target& target, std::int64_t time) const {
+// A direction is rounded here: what is nearest to 360 degrees is 0.
+std::optional<double> DriveLog::valueAt(const Target& target, std::uint64_t frameTime) const {
+  const auto time = static_cast<std::int64_t>(frameTime);
   const auto next =
       std::upper_bound(target.samples.begin(), target.samples.end(), time,
                        [](std::int64_t moment, auto& sample) { return moment < sample.time; });
@@ -142,24 +144,26 @@ std::optional<double> DriveLog::valueAt(const Target& target, std::int64_t time)
     if (time - before.time > maxAge_) return std::nullopt;
     return before.value;
   }
-  if (before.time == time) return before.value;
-  if (next == target.samples.end()) return std::nullopt;
-  double way = next->value - before.value;
-  if (target.between == LogField::Between::ShorterArc) way = std::remainder(way, kFullCircle);
-  const double value = before.value + way * static_cast<double>(time - before.time) /
-                                          static_cast<double>(next->time - before.time);
-  return value;
+  if (before.time != time && next == target.samples.end()) return std::nullopt;
+  const bool isArc = target.between == LogField::Between::ShorterArc;
+  double value = before.value;
+  if (before.time != time) {
+    double way = next->value - before.value;
+    if (isArc) way = std::remainder(way, kFullCircle);
+    value += way * static_cast<double>(time - before.time) /
+             static_cast<double>(next->time - before.time);
+  }
+  return isArc ? std::fmod(std::round(value) + kFullCircle, kFullCircle) : value;
 }
 
-void DriveLog::checkOverlap(const std::vector<std::uint64_t>& times) const {
-  const auto [first, last] = std::minmax_element(times.begin(), times.end());
+void DriveLog::checkOverlap() const {
   for (const ReadLog& log : logs_) {
-    const bool isBefore = log.last < 0 || static_cast<std::uint64_t>(log.last) < *first;
-    const bool isBehind = log.first >= 0 && static_cast<std::uint64_t>(log.first) > *last;
+    const bool isBefore = log.last < 0 || static_cast<std::uint64_t>(log.last) < earliest_;
+    const bool isBehind = log.first >= 0 && static_cast<std::uint64_t>(log.first) > latest_;
     if (!isBefore && !isBehind) continue;
     refuse(log.name, "it goes from " + timeText(log.first) + " to " + timeText(log.last) +
-                         ", the frames from " + formatTime(*first) + " to " + formatTime(*last) +
-                         "; --log-offset moves the log");
+                         ", the frames from " + formatTime(earliest_) + " to " +
+                         formatTime(latest_) + "; --log-offset moves the log");
   }
 }
 
@@ -171,35 +175,36 @@ void DriveLog::tell(Job& job) const {
   }
 }
 
-std::size_t DriveLog::fill(const Target& target, std::vector<FrameTag>& tags,
-                           const std::vector<std::uint64_t>& times) const {
-  std::size_t missing = 0;
-  for (std::size_t i = 0; i < times.size(); ++i) {
-    auto value = valueAt(target, static_cast<std::int64_t>(times[i]));
-    if (value && target.between == LogField::Between::ShorterArc) {
-      // Rounded here: what is nearest to 360 degrees is 0.
-      value = std::fmod(std::round(*value) + kFullCircle, kFullCircle);
-    }
-    target.column.clear(tags[i]);
-    if (!value || !target.column.setValue(tags[i], *value)) ++missing;
+void DriveLog::fill(FrameTag& tag, std::uint64_t time) {
+  ++frames_;
+  earliest_ = std::min(earliest_, time);
+  latest_ = std::max(latest_, time);
+  for (Target& target : targets_) {
+    const auto value = valueAt(target, time);
+    target.column.clear(tag);
+    if (!value || !target.column.setValue(tag, *value)) ++target.missing;
   }
-  return missing;
 }
 
-void DriveLog::fill(std::vector<FrameTag>& tags, const std::vector<std::uint64_t>& times,
-                    Job& job) const {
-  checkOverlap(times);
-  tell(job);
+void DriveLog::finish(Job& job) const {
+  if (frames_ > 0) checkOverlap();
   std::vector<std::string> missing;
   for (const Target& target : targets_) {
-    const std::size_t count = fill(target, tags, times);
-    if (count > 0) missing.push_back(target.column.name + " " + std::to_string(count));
+    if (target.missing == 0) continue;
+    missing.push_back(target.column.name + " " + std::to_string(target.missing));
   }
   if (missing.empty()) return;
   std::vector<std::string> names;
   for (const ReadLog& log : logs_) names.push_back(log.name);
   job.note(joined(names),
-           "frames without a value, of " + std::to_string(times.size()) + ": " + joined(missing));
+           "frames without a value, of " + std::to_string(frames_) + ": " + joined(missing));
+}
+
+void DriveLog::fill(std::vector<FrameTag>& tags, const std::vector<std::uint64_t>& times,
+                    Job& job) {
+  tell(job);
+  for (std::size_t i = 0; i < times.size(); ++i) fill(tags[i], times[i]);
+  finish(job);
 }
 
 }  // namespace velmar::toolkit

@@ -25,11 +25,19 @@ class DriveLog {
   /// a field is in two logs.
   DriveLog(const LogRequest& request, RecordingDescription& description);
 
-  /// Sets the fields of the logs in the tags of frames captured at those times, and leaves the
-  /// others. A field without a value is cleared. The job is told what is understood of the logs and
-  /// what is not, and how many frames have no value. Throws Failure if a log ends before the
-  /// earliest of the times or begins behind the latest.
-  void fill(std::vector<FrameTag>& tags, const std::vector<std::uint64_t>& times, Job& job) const;
+  /// Tells the job what is understood of the logs and what is not.
+  void tell(Job& job) const;
+
+  /// Sets the fields of the logs in the tag of a frame captured at that time, and leaves the
+  /// others. A field without a value is cleared.
+  void fill(FrameTag& tag, std::uint64_t time);
+
+  /// Behind the last frame: tells the job how many have no value. Throws Failure if a log ends
+  /// before the earliest of them or begins behind the latest.
+  void finish(Job& job) const;
+
+  /// All of it for frames whose times are known.
+  void fill(std::vector<FrameTag>& tags, const std::vector<std::uint64_t>& times, Job& job);
 
  private:
   /// A series that goes into the tags.
@@ -39,21 +47,21 @@ class DriveLog {
     std::vector<LogSample> samples;
     std::string log;
     std::int64_t end;  ///< of the log
+    std::size_t missing = 0;
   };
 
   void add(const ReadLog& log, const LogSeries& series, const std::string& name);
   void addPositions(const ReadLog& log, RecordingDescription& description);
-  void tell(Job& job) const;
-  /// \return the number of frames without a value
-  std::size_t fill(const Target& target, std::vector<FrameTag>& tags,
-                   const std::vector<std::uint64_t>& times) const;
-  std::optional<double> valueAt(const Target& target, std::int64_t time) const;
-  void checkOverlap(const std::vector<std::uint64_t>& times) const;
+  std::optional<double> valueAt(const Target& target, std::uint64_t frameTime) const;
+  void checkOverlap() const;
 
   std::int64_t maxAge_;
   std::vector<TagColumn> columns_;
   std::vector<ReadLog> logs_;
   std::vector<Target> targets_;
+  std::size_t frames_ = 0;
+  std::uint64_t earliest_ = UINT64_MAX;  ///< of their times
+  std::uint64_t latest_ = 0;
 };
 
 }  // namespace velmar::toolkit

@@ -5,6 +5,7 @@
 #include "toolkit/base/Failure.h"
 #include "toolkit/jpeg/JpegInspector.h"
 #include "toolkit/recording/FrameLosses.h"
+#include "toolkit/tables/TagsCsv.h"
 #include "toolkit/video/VideoSource.h"
 #include "toolkit/writing/RecordingWriter.h"
 
@@ -14,9 +15,10 @@ namespace {
 
 class VideoRecorder {
  public:
-  VideoRecorder(const VideoInput& video, const NewRecording& recording, Job& job)
+  VideoRecorder(const VideoInput& video, const NewRecording& recording, DriveLog* log, Job& job)
       : video_(video),
         recording_(recording),
+        log_(log),
         job_(job),
         opening_{video.path, video.quality, [this](int fd) { return waitReadable(fd); }},
         news_(opening_.name(), job) {
@@ -48,6 +50,7 @@ class VideoRecorder {
       throw Failure(opening_.name(), "there was no frame to record",
                     VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
     }
+    if (log_ != nullptr) finishLog();
     writer_->finish();
   }
 
@@ -95,7 +98,11 @@ class VideoRecorder {
     full_ = isBeyondRtv();
     if (full_ || !hasRtvTime(number)) return;
     tellOddities(number);
-    writer_->add(frame_.jpeg, frame_.times);
+    if (log_ != nullptr) {
+      log_->fill(frame_.tag, captured);
+      tags_.push_back(frame_.tag);
+    }
+    writer_->add(frame_.jpeg, frame_.times, frame_.tag);
     last_ = captured;
     stage_->advance(writer_->frames());
   }
@@ -160,6 +167,12 @@ class VideoRecorder {
                   : "recorded with a time before that of the frame before");
   }
 
+  void finishLog() {
+    log_->finish(job_);
+    const std::string lost = lostFromTags(tags_, recording_.description.version);
+    if (!lost.empty()) job_.lose(recording_.path, "it does not hold " + lost);
+  }
+
   void reportRest() {
     if (full_) {
       job_.lose(recording_.path,
@@ -174,6 +187,7 @@ class VideoRecorder {
 
   const VideoInput& video_;
   const NewRecording& recording_;
+  DriveLog* log_;
   Job& job_;
   const VideoOpening opening_;
   FrameNews news_;
@@ -187,6 +201,7 @@ class VideoRecorder {
   std::optional<std::uint64_t> last_;  // time in the recording
   std::optional<FramePicker> picker_;
   NewFrame frame_;
+  std::vector<FrameTag> tags_;  // by the log
   JpegInspector inspector_;
   std::optional<detail::JpegSize> size_;
   std::uint64_t number_ = 0;
@@ -196,8 +211,9 @@ class VideoRecorder {
 
 }  // namespace
 
-void recordVideo(const VideoInput& video, const NewRecording& recording, Job& job) {
-  VideoRecorder(video, recording, job).run();
+void recordVideo(const VideoInput& video, const NewRecording& recording, DriveLog* log, Job& job) {
+  if (log != nullptr) log->tell(job);
+  VideoRecorder(video, recording, log, job).run();
 }
 
 }  // namespace velmar::toolkit

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "toolkit/base/Job.h"
+#include "toolkit/logs/DriveLog.h"
 #include "toolkit/recording/FrameSelection.h"
 #include "toolkit/writing/RecordFrames.h"
 
@@ -21,9 +22,10 @@ struct VideoInput {
 };
 
 /// Records the video's frames with their times, JPEGs as they are and others as JPEGs. `recording`
-/// lacks size and start. Whatever of the video cannot be recorded as it is, is told to the job.
-/// Throws Failure and leaves nothing behind, unless the video comes from standard input.
-void recordVideo(const VideoInput& video, const NewRecording& recording, Job& job);
+/// lacks size and start. `log`, if there is one, fills the frames' tags. Whatever of the video
+/// cannot be recorded as it is, is told to the job. Throws Failure and leaves nothing behind,
+/// unless the video comes from standard input.
+void recordVideo(const VideoInput& video, const NewRecording& recording, DriveLog* log, Job& job);
 
 }  // namespace velmar::toolkit
 

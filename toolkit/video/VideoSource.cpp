@@ -231,6 +231,7 @@ class LibavSource final : public VideoSource {
     const std::string demuxer = format_->iformat->name;
     facts_.hasTimes = (format_->iformat->flags & AVFMT_NOTIMESTAMPS) == 0 &&
                       !demuxer.ends_with("_pipe") && !demuxer.starts_with("image2");
+    facts_.size = {stream_->codecpar->width, stream_->codecpar->height};
     facts_.framesCount =
         stream_->nb_frames > 0 ? static_cast<std::uint64_t>(stream_->nb_frames) : 0;
     // AVI has only a date.

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "jpeg/JpegHeader.h"
 #include "toolkit/base/Job.h"
 
 namespace velmar::toolkit {
@@ -16,6 +17,7 @@ struct VideoFacts {
   bool hasTimes = true;                       ///< a bare stream of pictures has none
   std::optional<std::uint64_t> creationTime;  ///< microseconds since 1970
   std::uint64_t framesCount = 0;              ///< 0 if it does not say
+  detail::JpegSize size{};                    ///< of its frames
 };
 
 /// The frames of a video, one after the other as they are shown. Frames that are JPEGs in it stay

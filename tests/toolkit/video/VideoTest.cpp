@@ -67,7 +67,7 @@ TEST(RecordVideo, NamesWhatItLeavesOut) {
   for (const char* output : {"a.img", "a.rtv"}) {
     TestJob job;
     recordVideo({.path = path, .selection = {}, .startTime = {}, .framesPerSecond = {}},
-                {folder / output, {}, 10}, job);
+                {folder / output, {}, 10}, nullptr, job);
     EXPECT_EQ(job.lines,
               (Lines{"a.mkv frame 1 is skipped: the picture is 8x8, but the first one is 32x16",
                      "a.mkv frame 2 is skipped: it is not a JPEG picture",
@@ -83,7 +83,7 @@ TEST(RecordVideo, StopsWhenAsked) {
   const std::string path = videoOf(folder / "a.mp4", frames, {0, 1, 2, 3, 4});
   TestJob job(2);
   recordVideo({.path = path, .selection = {}, .startTime = 7, .framesPerSecond = 10},
-              {folder / "a.img", {}}, job);
+              {folder / "a.img", {}}, nullptr, job);
   EXPECT_EQ(job.lines, (Lines{"a.mp4 stopped by a signal after 2 frames"}));
   EXPECT_EQ(framesOf(folder / "a.img").size(), 2U);
   EXPECT_EQ(Recording(folder / "a.img").sensorTime(1), 100'007U);

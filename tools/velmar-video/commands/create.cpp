@@ -9,12 +9,14 @@
 #include "program/Tool.h"
 #include "toolkit/editing/RecordFiles.h"
 #include "toolkit/editing/RecordStream.h"
+#include "toolkit/jpeg/ExifTime.h"
 #include "toolkit/jpeg/FrameInput.h"
 #include "toolkit/logs/DriveLog.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/tables/FrameColumns.h"
 #include "toolkit/tables/TagsCsv.h"
 #include "toolkit/tables/TimesCsv.h"
+#include "toolkit/text/Joined.h"
 #include "toolkit/video/RecordVideo.h"
 #include "toolkit/writing/OutputGuard.h"
 
@@ -32,6 +34,8 @@ struct Options {
   DescriptionOptions description;
   LogOptions log;
   unsigned int syncInterval = 0;
+  std::optional<int> quality;
+  bool encode = false;
   bool allowTruncated = false;
   bool force = false;
   VideoInput video;
@@ -42,6 +46,7 @@ struct Options {
     return isVideoInput(inputs) || (isStandardInput() && !framesPerSecond && timesFile.empty());
   }
   bool readsStream() const { return isStandardInput() && !readsVideo(); }
+  bool readsExif() const { return timesFile == "exif"; }
   bool isStandardInput() const { return inputs.size() == 1 && inputs[0] == "-"; }
 };
 
@@ -51,8 +56,45 @@ FrameClock clockOf(const Options& options) {
   return {options.startTime.value_or(now.count()), *options.framesPerSecond};
 }
 
-std::vector<FrameTimes> timesOf(const Options& options, const std::vector<std::string>& files,
-                                Job& job) {
+std::string someOf(const std::vector<std::string>& files) {
+  constexpr std::size_t kShown = 5;
+  if (files.size() <= kShown) return joined(files);
+  return joined({files.begin(), files.begin() + kShown}) + " and " +
+         std::to_string(files.size() - kShown) + " more";
+}
+
+// Without those that would have to be encoded, unless they are to be.
+std::vector<std::string> picturesOf(const Options& options, Job& job) {
+  std::vector<std::string> pictures = listPictures(options.inputs);
+  if (options.encode) return pictures;
+  const auto others = std::stable_partition(pictures.begin(), pictures.end(),
+                                            [](auto& path) { return !isOtherPicture(path); });
+  if (others == pictures.end()) return pictures;
+  const std::string remedy = "--encode records PNG, BMP, TIFF and WebP pictures as JPEGs";
+  if (others == pictures.begin()) {
+    throw Failure(someOf(pictures), "not a JPEG; " + remedy, VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
+  }
+  job.lose(someOf({others, pictures.end()}), "left out, not a JPEG; " + remedy);
+  pictures.erase(others, pictures.end());
+  return pictures;
+}
+
+// The files in the order of these times.
+std::vector<FrameTimes> sortByExifTimes(std::vector<std::string>& files) {
+  std::vector<std::pair<std::uint64_t, std::string>> taken;
+  for (const std::string& file : files) taken.emplace_back(exifTime(file), file);
+  std::stable_sort(taken.begin(), taken.end(),
+                   [](auto& one, auto& other) { return one.first < other.first; });
+  std::vector<FrameTimes> times;
+  for (std::size_t i = 0; i < taken.size(); ++i) {
+    times.push_back({taken[i].first, taken[i].first});
+    files[i] = taken[i].second;
+  }
+  return times;
+}
+
+std::vector<FrameTimes> timesOf(const Options& options, std::vector<std::string>& files, Job& job) {
+  if (options.readsExif()) return sortByExifTimes(files);
   if (!options.timesFile.empty()) {
     return readTimes(readFrameTable(options.timesFile, job, {"file"}), files);
   }
@@ -81,9 +123,8 @@ std::vector<FrameTag> tagsOf(const Options& options, const FrameFiles& files,
 
 ReservedOutput reserveOutput(const Options& options, std::vector<std::string> inputs) {
   for (const std::string& file : options.description.inputs()) inputs.push_back(file);
-  for (const std::string& file : {options.timesFile, options.tagsFile}) {
-    if (!file.empty()) inputs.push_back(file);
-  }
+  if (!options.timesFile.empty() && !options.readsExif()) inputs.push_back(options.timesFile);
+  if (!options.tagsFile.empty()) inputs.push_back(options.tagsFile);
   const std::vector<std::string>& logs = options.log.request.files;
   inputs.insert(inputs.end(), logs.begin(), logs.end());
   checkExtension(options.output);
@@ -92,13 +133,14 @@ ReservedOutput reserveOutput(const Options& options, std::vector<std::string> in
 
 ExitStatus recordPictures(const Options& options, CommandJob& job) {
   FrameFiles files;
-  files.paths = listFrameFiles(options.inputs);
+  files.paths = picturesOf(options, job);
   const ReservedOutput reserved = reserveOutput(options, files.paths);
   checkFramesCount(options.output, files.paths.size());
   auto description = options.description.description(options.output, job);
   files.times = timesOf(options, files.paths, job);
   files.tags = tagsOf(options, files, description, job);
   files.allowTruncated = options.allowTruncated;
+  files.quality = options.quality.value_or(files.quality);
   files.startTime = options.startTime;
   recordFiles(files, {options.output, description, 0, options.syncInterval}, job);
   return job.status();
@@ -121,8 +163,12 @@ ExitStatus recordVideoFile(const Options& options, CommandJob& job) {
   video.path = options.inputs[0];
   video.startTime = options.startTime;
   video.framesPerSecond = options.framesPerSecond;
-  const auto description = options.description.description(options.output, job);
-  recordVideo(video, {options.output, description, kRtvFramesMax, options.syncInterval}, job);
+  video.quality = options.quality.value_or(video.quality);
+  auto description = options.description.description(options.output, job);
+  std::optional<DriveLog> log;
+  if (options.log.isGiven()) log.emplace(options.log.request, description);
+  recordVideo(video, {options.output, description, kRtvFramesMax, options.syncInterval},
+              log ? &*log : nullptr, job);
   return job.status();
 }
 
@@ -131,35 +177,24 @@ ExitStatus create(const Options& options, CommandJob& job) {
   return options.readsStream() ? recordStandardInput(options, job) : recordPictures(options, job);
 }
 
-void checkLogUsage(const Options& options) {
-  if (!options.log.isGiven()) return;
-  if (!isRtvPath(options.output)) throw UsageError("create: --log needs an .rtv");
-  if (!options.tagsFile.empty()) {
-    throw UsageError("create: --tags and --log both give the frames' tags; give one of them");
-  }
-  if (options.readsStream()) throw UsageError("create: --log cannot be used with a stream");
-}
-
 void checkUsageOfVideo(const Options& options) {
-  if (!options.timesFile.empty() || !options.tagsFile.empty() || options.allowTruncated) {
-    throw UsageError("create: --times, --tags and --allow-truncated are for JPEG files, not for " +
-                     (options.isStandardInput() ? "a stream" : "the video " + options.inputs[0]));
-  }
-  if (options.log.isGiven()) {
-    throw UsageError("create: --log is for JPEG files; edit --log adds one to what is recorded");
+  if (!options.timesFile.empty() || !options.tagsFile.empty() || options.allowTruncated ||
+      options.encode) {
+    throw UsageError(
+        "create: --times, --tags, --encode and --allow-truncated are for pictures, not for " +
+        (options.isStandardInput() ? "a stream" : "the video " + options.inputs[0]));
   }
   if (options.framesPerSecond) clockOf(options);
-  std::vector<std::string> read = options.description.inputs();
-  read.push_back(options.inputs[0]);
-  checkStandardInputOnce(read);
 }
 
-void checkUsage(const Options& options) {
-  if (options.readsVideo()) return checkUsageOfVideo(options);
+void checkUsageOfPictures(const Options& options) {
   for (const CLI::Option* option : options.ofVideos) {
     if (option->count() > 0) {
       throw UsageError("create: " + option->get_name() + " needs a video");
     }
+  }
+  if (options.quality && !options.encode) {
+    throw UsageError("create: --quality needs a video or --encode");
   }
   if (options.timesFile.empty() == !options.framesPerSecond) {
     throw UsageError("create: the frames' times come from --times or from --fps");
@@ -171,33 +206,44 @@ void checkUsage(const Options& options) {
   if (!options.tagsFile.empty() && !isRtvPath(options.output)) {
     throw UsageError("create: --tags needs an .rtv");
   }
-  checkLogUsage(options);
-  if (options.readsStream() && !(options.timesFile.empty() && options.tagsFile.empty())) {
-    throw UsageError("create: --times and --tags name files; they cannot be used with a stream");
-  }
-  if (options.readsStream() && options.allowTruncated) {
-    throw UsageError("create: --allow-truncated is for files; a stream is cut at the end markers");
-  }
-  std::vector<std::string> read = options.description.inputs();
-  read.insert(read.end(), {options.timesFile, options.tagsFile});
-  read.insert(read.end(), options.log.request.files.begin(), options.log.request.files.end());
-  if (options.readsStream()) read.emplace_back("-");
-  checkStandardInputOnce(read);
   const auto isStream = [](const std::string& input) { return input == "-"; };
   if (!options.readsStream() &&
       std::any_of(options.inputs.begin(), options.inputs.end(), isStream)) {
     throw UsageError("create: - (standard input) has to be the only input");
   }
+  if (!options.readsStream()) return;
+  if (!options.timesFile.empty() || !options.tagsFile.empty() || options.log.isGiven()) {
+    throw UsageError("create: --times, --tags and --log cannot be used with a stream of JPEGs");
+  }
+  if (options.allowTruncated || options.encode) {
+    throw UsageError(
+        "create: --allow-truncated and --encode are for files; a stream is cut at the end markers");
+  }
+}
+
+void checkUsage(const Options& options) {
+  if (options.log.isGiven() && !isRtvPath(options.output)) {
+    throw UsageError("create: --log needs an .rtv");
+  }
+  if (options.log.isGiven() && !options.tagsFile.empty()) {
+    throw UsageError("create: --tags and --log both give the frames' tags; give one of them");
+  }
+  options.readsVideo() ? checkUsageOfVideo(options) : checkUsageOfPictures(options);
+  std::vector<std::string> read = options.description.inputs();
+  read.insert(read.end(), {options.timesFile, options.tagsFile});
+  read.insert(read.end(), options.log.request.files.begin(), options.log.request.files.end());
+  if (options.isStandardInput()) read.emplace_back("-");
+  checkStandardInputOnce(read);
 }
 
 void addFrameOptions(CLI::App& command, Options& options) {
   command
       .add_option("--times", options.timesFile,
                   "A table of the frames' times with the columns file or index, sensor_time_us and "
-                  "arrived_time_us, such as frames --csv writes, or with _s, _ms or _ns; an rtv "
-                  "keeps the capture times in "
-                  "milliseconds")
-      ->type_name("CSV");
+                  "arrived_time_us, such as frames --csv writes, or with _s, _ms or _ns; or the "
+                  "word exif: the pictures come in the order in which they were taken "
+                  "(DateTimeOriginal). An rtv keeps the capture times in milliseconds")
+      ->type_name("CSV|exif");
   addFrameRateOption(
       command, [&options](double rate) { options.framesPerSecond = rate; },
       "Frames a second, such as 30 or 30000/1001, instead of --times or a video's own times; with "
@@ -219,15 +265,19 @@ void addFrameOptions(CLI::App& command, Options& options) {
       ->type_name("CSV");
 }
 
-void addVideoOptions(CLI::App& command, Options& options) {
+void addPictureOptions(CLI::App& command, Options& options) {
   options.ofVideos = addSelectionOptions(command, options.video.selection);
-  options.ofVideos.push_back(
-      command
-          .add_option("--quality", options.video.quality,
-                      "Quality of the JPEGs that a video's frames become, 1 to 100; 95 if not "
-                      "given. Frames that are JPEGs (MJPEG) are recorded as they are")
-          ->type_name("N")
-          ->check(CLI::Range(1, 100).description("")));
+  command.add_flag("--encode", options.encode,
+                   "Also record PNG, BMP, TIFF and WebP pictures, as JPEGs; they are left out if "
+                   "not given");
+  command
+      .add_option("--quality", options.quality,
+                  "Quality of the JPEGs that the frames of a video or, with --encode, pictures "
+                  "become, 1 to 100; 95 if not given. What is a JPEG (MJPEG) is recorded as it is")
+      ->type_name("N")
+      ->check(CLI::Range(1, 100).description(""));
+  command.add_flag("--allow-truncated", options.allowTruncated,
+                   "Also record JPEG files without an end marker, which are usually cut short");
 }
 
 void addOptions(CLI::App& command, Options& options) {
@@ -236,12 +286,12 @@ void addOptions(CLI::App& command, Options& options) {
   command
       .add_option(
           "input", options.inputs,
-          "JPEG files, folders of them (2.jpg comes before 10.jpg), a video (any file that "
-          "is not named as a JPEG), or - for a video or a stream of JPEGs on standard input")
+          "Pictures, folders of them (2.jpg comes before 10.jpg), a video (any file that is not "
+          "named as a picture), or - for a video or a stream of JPEGs on standard input")
       ->required();
   addFrameOptions(command, options);
   options.log.addTo(command);
-  addVideoOptions(command, options);
+  addPictureOptions(command, options);
   options.description.addTo(command);
   command
       .add_option(
@@ -250,8 +300,6 @@ void addOptions(CLI::App& command, Options& options) {
           "only the frames after the last write. Recording becomes slower")
       ->type_name("N")
       ->check(CLI::Range(1U, 1000000U).description(""));
-  command.add_flag("--allow-truncated", options.allowTruncated,
-                   "Also record picture files without an end marker, which are usually cut short");
   command.add_flag("--force", options.force, "Replace an existing output");
 }
 
@@ -259,7 +307,7 @@ void addOptions(CLI::App& command, Options& options) {
 
 void addCreateCommand(Tool& tool) {
   tool.addCommand<Options>(
-      {"create", "Make a recording of JPEG pictures or of a video.",
+      {"create", "Make a recording of pictures or of a video.",
        "create drive.img frames/ --fps 30\n"
        "  velmar-video create drive.img drive.mp4 --start-time 2023-11-14T22:13:20Z\n"
        "  velmar-video create drive.rtv frames/ --times times.csv --rtv-version 04 --tags "
