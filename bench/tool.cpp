@@ -63,9 +63,9 @@ bool hasFfmpeg() {
   return has;
 }
 
-// A row whose two commands write a file each.
-Row videoRow(const std::string& limitName, const std::string& ffmpegs, const std::string& ours,
-             double reach) {
+// A row of two commands that write the same.
+Row commandRow(const std::string& limitName, const std::string& ffmpegs, const std::string& ours,
+               double reach) {
   Row row = {.limitName = limitName,
              .limit = {},
              .ours = [=] { return run(ours); },
@@ -87,7 +87,7 @@ std::string cameraVideo(const std::string& extension) {
 Row copyVideoRow() {
   const std::string video = cameraVideo(".mp4");
   const std::string copy = Workspace::path("copy.avi");
-  return videoRow(
+  return commandRow(
       "ffmpeg -c copy to an AVI, and sync",
       "-i" + quoted(video) + "-c copy" + quoted(copy) + "&& sync" + quoted(copy),
       tool("create" + quoted(Workspace::path("copied.img")) + quoted(video) + "--force"), 1.1);
@@ -101,21 +101,36 @@ Row decodeVideoRow() {
   } else {
     run("cp" + quoted(cameraVideo(".mp4")) + quoted(video));
   }
-  return videoRow("ffmpeg -q:v 2 to an AVI of JPEGs, 2 threads",
-                  "-threads 2 -i" + quoted(video) + "-threads 2 -c:v mjpeg -q:v 2" +
-                      quoted(Workspace::path("coded.avi")),
-                  tool("create" + quoted(Workspace::path("coded.img")) + quoted(video) +
-                       "--start-time 0 --force 2>/dev/null"),
-                  1);
+  return commandRow("ffmpeg -q:v 2 to an AVI of JPEGs, 2 threads",
+                    "-threads 2 -i" + quoted(video) + "-threads 2 -c:v mjpeg -q:v 2" +
+                        quoted(Workspace::path("coded.avi")),
+                    tool("create" + quoted(Workspace::path("coded.img")) + quoted(video) +
+                         "--start-time 0 --force 2>/dev/null"),
+                    1);
 }
 
 Row exportRow() {
-  return videoRow(
+  return commandRow(
       "ffmpeg -c copy from an AVI",
       "-i" + quoted(cameraVideo(".avi")) + "-c copy" + quoted(Workspace::path("copy.mkv")),
       tool("export" + quoted(cameraRecording(Container::Img)) +
            quoted(Workspace::path("exported.mkv")) + "--force"),
       1);
+}
+
+// Pictures of the first frames of the camera's recording.
+Row picturesRow(const std::string& limitName, unsigned int frames, const std::string& extension,
+                const std::string& ffmpegs, const std::string& ours, double reach) {
+  const unsigned int count = frameCount(frames);
+  const std::string folder = Workspace::path("pictures" + extension);
+  std::filesystem::create_directories(folder);
+  return commandRow(
+      limitName,
+      "-threads 2 -i" + quoted(cameraVideo(".avi")) + "-frames:v " + std::to_string(count) +
+          " -threads 2" + ffmpegs + quoted(folder + "/%06d" + extension),
+      tool("extract" + quoted(cameraRecording(Container::Img)) + "--output" + quoted(folder) +
+           "--force --jobs 2 --range 0:" + std::to_string(count) + ours),
+      reach);
 }
 
 }  // namespace
@@ -129,5 +144,19 @@ void addToolRows() {
   addRow("extract --as ppm --jobs 2, 48 frames", extractRow, kRepetitions);
   addRow("create from an MP4 of JPEGs, 1,500 frames", copyVideoRow, kRepetitions);
   addRow("create from an MP4 of H.264, 240 frames", decodeVideoRow, kRepetitions);
+  constexpr int kOfPictures = 3;  // they take long
+  addRow(
+      "extract --as jpg --scale 1/4 --jobs 2, 1,500 frames",
+      [] {
+        return picturesRow("ffmpeg, scale=iw/4:-1, from an AVI", 1500, ".jpg",
+                           " -vf scale=iw/4:-1 -q:v 3", " --as jpg --scale 1/4", 0.5);
+      },
+      kOfPictures);
+  addRow(
+      "extract --as png --jobs 2, 300 frames",
+      [] {
+        return picturesRow("ffmpeg's PNG encoder, 2 threads", 300, ".png", "", " --as png", 0.35);
+      },
+      kOfPictures);
   addRow("export to an MKV, 1,500 frames", exportRow, kRepetitions);
 }

@@ -1,43 +1,31 @@
 """Videos in and out, by ffmpeg's and ffprobe's reckoning.
 Usage: video_test.py PATH-OF-VELMAR-VIDEO
 """
-import os
 import resource
 import shutil
 import signal
 import subprocess
 import sys
-import tempfile
 import unittest
 from pathlib import Path
 
-TOOL = Path(sys.argv.pop(1)).resolve()
+from tool_case import TOOL, ToolCase, ffmpeg, output, times
+
 START = 1700000000123456
 START_TEXT = "2023-11-14T22:13:20.123456Z"
 # Steps of a clock that jitters, microseconds.
 TIMES = [0, 33333, 66666, 66667, 140001, 1140001, 1173334, 1300000]
 
 
-def output(*command):
-    return subprocess.run(command, check=True, stdout=subprocess.PIPE).stdout
-
-
-def ffmpeg(*arguments):
-    output("ffmpeg", "-v", "error", "-y", "-nostdin", *map(str, arguments))
-
-
 def probed(file, entries, *options):
-    text = output("ffprobe", "-v", "error", *options, "-show_entries", entries, "-of", "csv=p=0", file)
+    text = output(
+        "ffprobe", "-v", "error", *options, "-show_entries", entries, "-of", "csv=p=0", file
+    )
     return [line.strip(",") for line in text.decode().split()]
 
 
 def micros(texts):
     return [round(float(text) * 1e6) for text in texts]
-
-
-def times(file):
-    rows = output(TOOL, "frames", file, "--csv").decode().splitlines()[1:]
-    return [int(row.split(",")[1]) for row in rows]
 
 
 def from_first(values):
@@ -49,35 +37,15 @@ def limit_files():
     resource.setrlimit(resource.RLIMIT_FSIZE, (50000, 50000))
 
 
-class Video(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.addCleanup(os.chdir, os.getcwd())
-        os.chdir(folder.name)
-
-    def tool(self, *arguments, status=0, says="", **options):
-        ran = subprocess.run(
-            [TOOL, *map(str, arguments)], stdout=subprocess.PIPE, stderr=subprocess.PIPE, **options
-        )
-        said = ran.stderr.decode()
-        self.assertEqual(ran.returncode, status, said)
-        self.assertIn(says, said)
-        if not says:
-            self.assertEqual(said, "")
-
-    def frames(self, file):
-        return output(TOOL, "cat", file)
-
-    def sample(self, file, *options):
-        self.tool("sample", file, "--size", "320x200", "--force", *options)
-
+class Video(ToolCase):
     def irregular(self, file, *options):
         self.sample("even.img", "--frames", len(TIMES))
         self.tool("extract", "even.img", "--output", "pictures", "--force")
         rows = [f"frame_{i:06}.jpg,{START + time},0\n" for i, time in enumerate(TIMES)]
         Path("times.csv").write_text("file,sensor_time_us,arrived_time_us\n" + "".join(rows))
-        self.tool("create", file, "pictures", "--times", "times.csv", "--device-id", "0aff", *options)
+        self.tool(
+            "create", file, "pictures", "--times", "times.csv", "--device-id", "0aff", *options
+        )
 
     def test_irregular_times_survive_both_ways(self):
         self.irregular("drive.img")
@@ -117,7 +85,9 @@ class Video(unittest.TestCase):
         for name in ["out.mkv", "out.mp4", "out.mov", "out.avi"]:
             with self.subTest(name):
                 self.tool("export", "drive.rtv", name)
-                self.assertRegex("".join(probed(name, "format_tags")), r"\+48.1374\d*\+011.5755\d*\+519")
+                self.assertRegex(
+                    "".join(probed(name, "format_tags")), r"\+48.1374\d*\+011.5755\d*\+519"
+                )
                 self.tool("create", "back.rtv", name, "--force")
                 self.assertEqual(times("back.rtv"), times("drive.rtv"))
                 self.assertEqual(self.frames("back.rtv"), self.frames("drive.rtv"))
@@ -128,10 +98,27 @@ class Video(unittest.TestCase):
             name = "in.nut" if codec == ["ffv1"] else "in.mp4"
             source = "drive.mkv"
             self.tool("export", "drive.img", source, "--force")
-            ffmpeg("-i", source, "-fps_mode", "vfr", "-enc_time_base", "1:30000", "-c:v", *codec,
-                   "-metadata", "creation_time=2023-11-14T22:13:20Z", name)
+            ffmpeg(
+                "-i",
+                source,
+                "-fps_mode",
+                "vfr",
+                "-enc_time_base",
+                "1:30000",
+                "-c:v",
+                *codec,
+                "-metadata",
+                "creation_time=2023-11-14T22:13:20Z",
+                name,
+            )
             with self.subTest(codec[0]):
-                self.tool("create", "in.img", name, "--force", says="" if codec[0] == "mjpeg" else "assumed")
+                self.tool(
+                    "create",
+                    "in.img",
+                    name,
+                    "--force",
+                    says="" if codec[0] == "mjpeg" else "assumed",
+                )
                 shown = from_first(micros(probed(name, "frame=pts_time")))
                 self.assertGreater(len(set(b - a for a, b in zip(shown, shown[1:]))), 3)
                 self.assertEqual(from_first(times("in.img")), shown)
@@ -143,8 +130,17 @@ class Video(unittest.TestCase):
     def test_negative_first_time(self):
         self.sample("even.img", "--frames", 12)
         self.tool("export", "even.img", "even.mkv")
-        ffmpeg("-i", "even.mkv", "-c", "copy", "-avoid_negative_ts", "disabled",
-               "-output_ts_offset", "-0.25", "negative.mkv")
+        ffmpeg(
+            "-i",
+            "even.mkv",
+            "-c",
+            "copy",
+            "-avoid_negative_ts",
+            "disabled",
+            "-output_ts_offset",
+            "-0.25",
+            "negative.mkv",
+        )
         shown = micros(probed("negative.mkv", "packet=pts_time"))
         self.assertLess(shown[0], 0)
         self.tool("create", "in.img", "negative.mkv", "--start-time", 5)
@@ -163,6 +159,23 @@ class Video(unittest.TestCase):
         self.tool("export", "drive.img", "part.mkv", "--time", "+1.14s:+1.3s")
         self.assertEqual(micros(probed("part.mkv", "packet=pts_time")), [0, 33333])
 
+    def test_logs_beside_a_video(self):
+        """A recording comes back from its video and the table of its frames."""
+        self.sample("drive.rtv", "--rtv-version", "04", "--frames", 9)
+        self.tool("export", "drive.rtv", "drive.mkv")
+        Path("log.csv").write_bytes(output(TOOL, "frames", "drive.rtv", "--csv"))
+        log = ["--log", "log.csv", "--start-position", "11.5755,48.1374,519"]
+        lost = "it does not hold CAN signals"
+        self.tool("create", "03.rtv", "drive.mkv", "--rtv-version", "03", *log, status=3, says=lost)
+        says = "log.csv: time from"
+        self.tool("create", "back.rtv", "drive.mkv", "--rtv-version", "04", *log, says=says)
+        table = output(TOOL, "frames", "back.rtv", "--csv")
+        self.assertEqual(table, Path("log.csv").read_bytes())
+        says = "--log-offset moves the log"
+        late = ["--start-time", 0]
+        self.tool("create", "no.rtv", "drive.mkv", *log, *late, status=1, says=says)
+        self.assertEqual(list(Path().glob("no*")), [])
+
     def test_colours(self):
         """Against ffmpeg's own conversion to RGB, on flat blocks of many colours."""
         cases = [
@@ -180,19 +193,55 @@ class Video(unittest.TestCase):
         ]
         for pixels, named, scope, height, meant in cases:
             with self.subTest((pixels, named, scope, height)):
-                colours = [] if meant is None else [
-                    "-vf", f"scale=out_color_matrix={meant}:out_range={scope}:flags=accurate_rnd"]
+                colours = (
+                    []
+                    if meant is None
+                    else [
+                        "-vf",
+                        f"scale=out_color_matrix={meant}:out_range={scope}:flags=accurate_rnd",
+                    ]
+                )
                 names = (["-colorspace", named] if named else []) + (
-                    ["-color_range", scope] if scope else [])
-                ffmpeg("-f", "lavfi", "-i", f"smptebars=s=320x{height}:d=0.04", *colours,
-                       "-pix_fmt", pixels, *names, "-c:v", "ffv1", "in.mkv")
-                kept = [] if meant is None else [
-                    "-vf", f"scale=in_color_matrix={meant}:in_range={scope}:flags=accurate_rnd"]
+                    ["-color_range", scope] if scope else []
+                )
+                ffmpeg(
+                    "-f",
+                    "lavfi",
+                    "-i",
+                    f"smptebars=s=320x{height}:d=0.04",
+                    *colours,
+                    "-pix_fmt",
+                    pixels,
+                    *names,
+                    "-c:v",
+                    "ffv1",
+                    "in.mkv",
+                )
+                kept = (
+                    []
+                    if meant is None
+                    else [
+                        "-vf",
+                        f"scale=in_color_matrix={meant}:in_range={scope}:flags=accurate_rnd",
+                    ]
+                )
                 ffmpeg("-i", "in.mkv", *kept, "-pix_fmt", "rgb24", "-f", "rawvideo", "want")
-                says = "" if named or pixels in ["gray", "bgr0"] else (
-                    "assumed: BT.601" if height < 720 else "assumed: BT.709")
-                self.tool("create", "in.img", "in.mkv", "--start-time", 0, "--quality", 100,
-                          "--force", says=says)
+                says = (
+                    ""
+                    if named or pixels in ["gray", "bgr0"]
+                    else ("assumed: BT.601" if height < 720 else "assumed: BT.709")
+                )
+                self.tool(
+                    "create",
+                    "in.img",
+                    "in.mkv",
+                    "--start-time",
+                    0,
+                    "--quality",
+                    100,
+                    "--force",
+                    says=says,
+                )
                 self.tool("extract", "in.img", "--output", "out", "--as", "ppm", "--force")
                 got = Path("out/frame_000000.ppm").read_bytes()[-320 * height * 3 :]
                 want = Path("want").read_bytes()
@@ -207,7 +256,9 @@ class Video(unittest.TestCase):
         self.sample("even.img", "--frames", 5)
         self.tool("export", "even.img", "even.mkv")
         ffmpeg("-i", "even.mkv", "-c", "copy", "-metadata:s:v", "rotate=270", "turned.mp4")
-        self.tool("create", "in.img", "turned.mp4", "--start-time", 0, says="turned to the right by 90")
+        self.tool(
+            "create", "in.img", "turned.mp4", "--start-time", 0, says="turned to the right by 90"
+        )
         ffmpeg("-i", "even.mkv", "-c:v", "mpeg4", "-flags", "+ildct+ilme", "-top", 1, "fields.mp4")
         self.tool("create", "in.img", "fields.mp4", "--force", says="it is interlaced")
         self.assertEqual(times("in.img")[0], 0)
@@ -218,7 +269,9 @@ class Video(unittest.TestCase):
         ffmpeg("-i", "even.mp4", "-c", "copy", "-movflags", "faststart", "fast.mp4")
         whole = Path("fast.mp4").read_bytes()
         Path("cut.mp4").write_bytes(whole[: len(whole) // 2])
-        self.tool("create", "in.img", "cut.mp4", "--start-time", 0, status=3, says="it is cut short")
+        self.tool(
+            "create", "in.img", "cut.mp4", "--start-time", 0, status=3, says="it is cut short"
+        )
         self.assertGreater(len(times("in.img")), 20)
         self.tool("export", "even.img", "even.mkv")
         Path("cut.mkv").write_bytes(Path("even.mkv").read_bytes()[: len(whole) // 2])
@@ -228,7 +281,9 @@ class Video(unittest.TestCase):
         Path("bare.mjpeg").write_bytes(self.frames("even.img"))
         # Two frames with one time.
         self.irregular("drive.img")
-        Path("times.csv").write_text(Path("times.csv").read_text().replace(str(START + 33333), str(START)))
+        Path("times.csv").write_text(
+            Path("times.csv").read_text().replace(str(START + 33333), str(START))
+        )
         self.tool("create", "twice.img", "pictures", "--times", "times.csv")
         self.tool("export", "twice.img", "twice.mkv", status=3, says="frame 1 is left out")
         for status, says, *arguments in [
@@ -237,9 +292,27 @@ class Video(unittest.TestCase):
             (1, "No such file", "create", "no.img", "none.mp4"),
             (1, "it has no times of its own", "create", "no.img", "bare.mjpeg"),
             (1, "goes beyond its 50 frames", "create", "no.img", "even.mp4", "--range", "40:51"),
-            (1, "no frame was captured in that time", "create", "no.img", "even.mp4", "--time", "+9s:+10s"),
-            (1, "are for JPEG files", "create", "no.img", "even.mp4", "--times", "times.csv"),
-            (1, "--quality needs a video", "create", "no.img", "pictures", "--fps", "5", "--quality", "9"),
+            (
+                1,
+                "no frame was captured in that time",
+                "create",
+                "no.img",
+                "even.mp4",
+                "--time",
+                "+9s:+10s",
+            ),
+            (1, "are for pictures", "create", "no.img", "even.mp4", "--times", "times.csv"),
+            (
+                1,
+                "--quality needs a video",
+                "create",
+                "no.img",
+                "pictures",
+                "--fps",
+                "5",
+                "--quality",
+                "9",
+            ),
             (1, "has to end in .mkv", "export", "even.img", "no.wmv"),
             (1, "--constant-rate needs an .avi", "export", "even.img", "no.mkv", "--constant-rate"),
             (1, "there is no folder no", "export", "even.img", "no/no.mkv"),
@@ -252,8 +325,9 @@ class Video(unittest.TestCase):
         self.tool("create", "in.img", "bare.mjpeg", "--fps", 30, "--start-time", 0, "--force")
         self.assertEqual(times("in.img")[-1], 1633333)
         # A full disk leaves nothing.
-        self.tool("export", "even.img", "no.mkv", status=1, says="cannot write it",
-                  preexec_fn=limit_files)
+        self.tool(
+            "export", "even.img", "no.mkv", status=1, says="cannot write it", preexec_fn=limit_files
+        )
         self.assertEqual(list(Path().glob("no*")), [])
 
 

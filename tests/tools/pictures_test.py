@@ -1,0 +1,159 @@
+"""Pictures in and out: EXIF, other formats, contact sheets.
+Usage: pictures_test.py PATH-OF-VELMAR-VIDEO
+"""
+import shutil
+import struct
+import sys
+import unittest
+from pathlib import Path
+
+from tool_case import ToolCase, ffmpeg, times
+
+
+def with_exif(jpeg, taken, fraction=None, offset=None):
+    """The JPEG with the time at which it was taken."""
+    texts = [(0x9003, taken), (0x9011, offset), (0x9291, fraction)]
+    entries = [(tag, text.encode() + b"\0") for tag, text in texts if text is not None]
+    data_at = 26 + 2 + 12 * len(entries) + 4
+    table, data = struct.pack(">H", len(entries)), b""
+    for tag, text in entries:
+        far = len(text) > 4
+        value = struct.pack(">I", data_at + len(data)) if far else text.ljust(4, b"\0")
+        table += struct.pack(">HHI", tag, 2, len(text)) + value
+        data += text if far else b""
+    tiff = b"MM\0*" + struct.pack(">IHHHIII", 8, 1, 0x8769, 4, 1, 26, 0)
+    body = b"Exif\0\0" + tiff + table + bytes(4) + data
+    return jpeg[:2] + b"\xff\xe1" + struct.pack(">H", len(body) + 2) + body + jpeg[2:]
+
+
+def pixels(file):
+    """Of frame 0 or of a picture file."""
+    ffmpeg("-i", file, "-f", "rawvideo", "-pix_fmt", "rgb24", "pixels")
+    return Path("pixels").read_bytes()
+
+
+class Pictures(ToolCase):
+    def setUp(self):
+        super().setUp()
+        self.sample("drive.img", "--frames", 5)
+        self.tool("extract", "drive.img", "--output", "in", "--no-table")
+        self.files = sorted(Path("in").glob("*.jpg"))
+
+    def test_exif_gives_times_and_order(self):
+        plain = self.files[3].read_bytes()
+        exif = [
+            ("2023:11:14 22:13:21", "5", "+00:00"),
+            ("2023:11:14 23:13:21", None, None),
+            ("2023:11:14 17:43:20", "000123", "-04:30"),
+            ("2023:11:14 23:13:20", "9", None),
+            ("2023:11:14 22:13:20", "25", "+00:00"),
+        ]
+        for file, entries in zip(self.files, exif):
+            file.write_bytes(with_exif(file.read_bytes(), *entries))
+        self.tool("create", "out.img", "in", "--times", "exif", env={"TZ": "CET-1"})
+        start = 1700000000000000
+        self.assertEqual(
+            [time - start for time in times("out.img")], [123, 250000, 900000, 1000000, 1500000]
+        )
+        order = b"".join(self.files[i].read_bytes() for i in [2, 4, 3, 1, 0])
+        self.assertEqual(self.frames("out.img"), order)
+        for says, bad in [
+            ("do not say when it was taken", plain),
+            ("name no time: yesterday", with_exif(plain, "yesterday")),
+        ]:
+            self.files[3].write_bytes(bad)
+            with self.subTest(says):
+                self.tool("create", "no.img", "in", "--times", "exif", status=1, says=says)
+                self.assertEqual(list(Path().glob("no*")), [])
+
+    def test_other_pictures_are_left_out_or_encoded(self):
+        names = [self.files[0]]
+        for file, name in zip(self.files[1:], ["b.png", "c.bmp", "d.tif", "e.webp"]):
+            options = ["-lossless", 1] if name == "e.webp" else []
+            ffmpeg(
+                "-i",
+                file,
+                "-pix_fmt",
+                "bgr0" if name == "e.webp" else "rgb24",
+                *options,
+                f"in/{name}",
+            )
+            names.append(Path("in") / name)
+            file.unlink()
+        self.tool(
+            "create",
+            "one.img",
+            "in",
+            "--fps",
+            5,
+            status=3,
+            says="in/b.png, in/c.bmp, in/d.tif, in/e.webp: left out, not a JPEG; --encode",
+        )
+        self.assertEqual(self.frames("one.img"), self.files[0].read_bytes())
+        self.tool("create", "all.img", *names, "--fps", 5, "--encode", "--quality", 100)
+        self.tool("extract", "all.img", "--output", "out", "--as", "ppm", "--no-table")
+        for got, want in zip(sorted(Path("out").iterdir())[1:], names[1:]):
+            steps = [abs(a - b) for a, b in zip(pixels(got), pixels(want))]
+            self.assertLess(sum(steps) / len(steps), 1, want)
+        self.tool("create", "no.img", *names[1:], "--fps", 5, status=1, says="not a JPEG; --encode")
+        names[2].write_bytes(b"no picture")
+        self.tool(
+            "create",
+            "no.img",
+            "in",
+            "--fps",
+            5,
+            "--encode",
+            status=1,
+            says="in/c.bmp: it cannot be decoded",
+        )
+        ffmpeg("-f", "lavfi", "-i", "color=s=8x8:d=0.04", "in/c.bmp")
+        self.tool(
+            "create", "no.img", "in", "--fps", 5, "--encode", status=1, says="the picture is 8x8"
+        )
+        self.assertEqual(list(Path().glob("no*")), [])
+
+    def test_contact_sheet(self):
+        """Each picture is where it belongs, and every time stands under it."""
+        self.tool("sheet", "drive.img", "sheet.png", "--columns", 2)
+        self.tool("extract", "drive.img", "--output", "out", "--as", "ppm", "--no-table")
+        gap, text = 4, 9 * (320 // 145)
+        width = 2 * (320 + gap) + gap
+        sheet = pixels("sheet.png")
+        self.assertEqual(len(sheet), 3 * width * (3 * (200 + gap + text) + gap))
+        for i, file in enumerate(sorted(Path("out").iterdir())):
+            picture = pixels(file)
+            left, top = gap + i % 2 * (320 + gap), gap + i // 2 * (200 + gap + text)
+            for row in [0, 100, 199]:
+                at = 3 * ((top + row) * width + left)
+                self.assertEqual(sheet[at : at + 960], picture[row * 960 : row * 960 + 960])
+            under = [sheet[3 * ((top + 200 + y) * width + left) :][:960] for y in range(text)]
+            self.assertGreater(sum(byte > 200 for line in under for byte in line), 1000)
+        damaged = bytearray(Path("drive.img").read_bytes())
+        at = damaged.index(self.files[3].read_bytes())
+        damaged[at : at + 4] = bytes(4)
+        Path("damaged.img").write_bytes(damaged)
+        self.tool(
+            "sheet", "damaged.img", "sheet.jpg", "--count", 3, status=3, says="frame 3 is skipped"
+        )
+        self.tool("sheet", "drive.img", "sheet.png", status=1, says="it is already there")
+        self.tool("sheet", "drive.img", "sheet.gif", status=2, says="has to end in .jpg or .png")
+        self.tool("sample", "long.img", "--frames", 1500, "--size", "64x64")
+        self.tool(
+            "sheet",
+            "long.img",
+            "no.png",
+            "--count",
+            1500,
+            "--columns",
+            1,
+            status=1,
+            says="a sheet of so many pictures would have 72x",
+        )
+        self.assertEqual(list(Path().glob("no*")), [])
+
+
+if __name__ == "__main__":
+    if not shutil.which("ffmpeg"):
+        sys.exit(77)
+    unittest.main(argv=sys.argv[:1])
