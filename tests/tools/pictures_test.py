@@ -139,6 +139,8 @@ class Pictures(ToolCase):
         self.tool("sheet", "drive.img", "sheet.png", status=1, says="it is already there")
         self.tool("sheet", "drive.img", "sheet.gif", status=2, says="has to end in .jpg or .png")
         self.tool("sample", "long.img", "--frames", 1500, "--size", "64x64")
+        self.tool("sheet", "long.img", "many.png", "--every", 20, "--columns", 25)
+        self.assertEqual(len(pixels("many.png")), 3 * (25 * 68 + 4) * (3 * (68 + 9) + 4))
         self.tool(
             "sheet",
             "long.img",

@@ -202,8 +202,9 @@ void DriveLog::finish(Job& job) const {
 
 void DriveLog::fill(std::vector<FrameTag>& tags, const std::vector<std::uint64_t>& times,
                     Job& job) {
-  tell(job);
   for (std::size_t i = 0; i < times.size(); ++i) fill(tags[i], times[i]);
+  if (frames_ > 0) checkOverlap();
+  tell(job);
   finish(job);
 }
 

@@ -1,6 +1,9 @@
 // The module's only symbol that programs see.
 #include "toolkit/video/VideoModule.h"
 
+namespace velmar::toolkit {
+
 extern "C" __attribute__((visibility("default")))
-const velmar::toolkit::VideoModule velmarVideoModule = {&velmar::toolkit::openVideo,
-                                                        &velmar::toolkit::createVideo};
+const VideoModule velmarVideoModule = {&openVideo, &createVideo};
+
+}  // namespace velmar::toolkit

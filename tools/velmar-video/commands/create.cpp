@@ -212,12 +212,13 @@ void checkUsageOfPictures(const Options& options) {
     throw UsageError("create: - (standard input) has to be the only input");
   }
   if (!options.readsStream()) return;
-  if (!options.timesFile.empty() || !options.tagsFile.empty() || options.log.isGiven()) {
-    throw UsageError("create: --times, --tags and --log cannot be used with a stream of JPEGs");
-  }
-  if (options.allowTruncated || options.encode) {
+  if (!options.timesFile.empty() || !options.tagsFile.empty() || options.log.isGiven() ||
+      options.encode) {
     throw UsageError(
-        "create: --allow-truncated and --encode are for files; a stream is cut at the end markers");
+        "create: --times, --tags, --log and --encode cannot be used with a stream of JPEGs");
+  }
+  if (options.allowTruncated) {
+    throw UsageError("create: --allow-truncated is for files; a stream is cut at the end markers");
   }
 }
 

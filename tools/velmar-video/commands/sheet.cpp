@@ -12,7 +12,8 @@ struct Options {
   std::string file;
   std::string output;
   FrameSelection selection;
-  unsigned int count = 30;
+  const CLI::Option* every = nullptr;
+  std::optional<unsigned int> count;
   unsigned int columns = 6;
   bool force = false;
 
@@ -22,8 +23,11 @@ struct Options {
 ExitStatus makeSheet(const Options& options, CommandJob& job) {
   const Recording recording = openRecording(options.file, job);
   checkOutput(options.output, {options.file}, options.force);
-  const auto frames = spread(options.selection.frames(recording), options.count);
-  const Picture sheet = drawContactSheet(recording, frames, options.columns, job);
+  constexpr std::size_t kCount = 30;
+  const std::vector<unsigned int> frames = options.selection.frames(recording);
+  const std::size_t count =
+      options.count.value_or(options.every->count() > 0 ? frames.size() : kCount);
+  const Picture sheet = drawContactSheet(recording, spread(frames, count), options.columns, job);
   replaceFile(options.output, options.isPng() ? encodePng(sheet, 6) : encodeJpeg(sheet, 90));
   return job.status();
 }
@@ -39,13 +43,15 @@ void addOptions(CLI::App& command, Options& options) {
   command.add_option("output", options.output, "The sheet, .jpg or .png")->required();
   command
       .add_option("--count", options.count,
-                  "Pictures at the most, spread evenly over the frames; 30 if not given")
+                  "Pictures at the most, spread evenly over the frames; if not given 30, or with "
+                  "--every all")
       ->type_name("N")
       ->check(CLI::Range(1U, 10000U).description(""));
   command.add_option("--columns", options.columns, "Pictures in a row; 6 if not given")
       ->type_name("N")
       ->check(CLI::Range(1U, 1000U).description(""));
   addSelectionOptions(command, options.selection);
+  options.every = command.get_option("--every");
   command.add_flag("--force", options.force, "Replace an existing file");
 }
 
