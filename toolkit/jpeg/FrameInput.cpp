@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "toolkit/base/Failure.h"
-#include "toolkit/text/NaturalOrder.h"
+#include "toolkit/text/FileNames.h"
 
 namespace velmar::toolkit {
 
@@ -26,20 +26,12 @@ bool isPicture(const fs::path& path) {
   return endsIn({".jpg", ".jpeg"}, path) || isOtherPicture(path);
 }
 
-std::vector<std::string> listFolder(const std::string& folder) {
-  std::vector<std::string> files;
-  std::error_code error;
-  fs::directory_iterator entry(folder, error);
-  for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
-    std::error_code unreadable;
-    if (!isPicture(entry->path()) || entry->is_directory(unreadable)) continue;
-    files.push_back(entry->path().string());
-  }
-  if (error) throw Failure::ofSystem(folder, "cannot list it", error.value());
+std::vector<std::string> listFolderOfPictures(const std::string& folder) {
+  const auto files =
+      listFolder(folder, false, isPicture, [](const Failure& failure) { throw Failure(failure); });
   if (files.empty()) {
     throw Failure(folder, "the folder holds no picture", VELMAR_ERROR_CODE_FILE_NOT_EXIST_E);
   }
-  std::sort(files.begin(), files.end(), naturalLess);
   return files;
 }
 
@@ -62,7 +54,7 @@ std::vector<std::string> listPictures(const std::vector<std::string>& inputs) {
     const fs::file_status status = fs::status(input, error);
     if (!fs::exists(status)) throw Failure::ofSystem(input, "cannot open it", error.value());
     if (fs::is_directory(status)) {
-      const std::vector<std::string> found = listFolder(input);
+      const std::vector<std::string> found = listFolderOfPictures(input);
       files.insert(files.end(), found.begin(), found.end());
     } else {
       files.push_back(input);

@@ -12,6 +12,7 @@
 #include "toolkit/jpeg/JpegInspector.h"
 #include "toolkit/recording/FramePlaces.h"
 #include "toolkit/recording/Recording.h"
+#include "toolkit/rescue/Plausibility.h"
 #include "toolkit/text/JsonText.h"
 
 namespace velmar::toolkit {
@@ -23,12 +24,14 @@ using Severity = Finding::Severity;
 // Checks a recording that opens.
 class Verifier {
  public:
-  Verifier(const Recording& recording, bool decode, FindingMerger& findings)
+  Verifier(const Recording& recording, bool decode, const VerificationProgress& progress,
+           FindingMerger& findings)
       : recording_(recording),
         file_(recording.file()),
         places_(recording_),
         description_(recording_.description()),
         decode_(decode),
+        progress_(progress),
         findings_(findings) {}
 
   unsigned int run() {
@@ -37,8 +40,9 @@ class Verifier {
     SharedBytes shared(file_);
     for (unsigned int i = 0; i < count(); ++i) {
       if (!shared.repeats(places_.frames[i])) checkPicture(i);
-      if (i > 0) checkOrder(i);
+      if (progress_ && !progress_(places_.frames[i].size)) return count();
     }
+    checkPlausibility(recording_, findings_);
     if (!recording_.isRtv()) {
       checkMetaData();
     } else {
@@ -150,17 +154,6 @@ class Verifier {
         (problem.isFatal ? "does not decode: " : "decodes with a warning: ") + problem.text);
   }
 
-  void checkOrder(unsigned int index) const {
-    const FrameTimes before = recording_.times(index - 1);
-    const FrameTimes times = recording_.times(index);
-    if (times.sensor < before.sensor) {
-      reportFrame(Severity::Warning, index, "was captured before the frame before it");
-    }
-    if (!recording_.isRtv() && times.arrived < before.arrived) {
-      reportFrame(Severity::Warning, index, "arrived before the frame before it");
-    }
-  }
-
   // What an edit would write must say what the file says.
   void checkMetaData() const {
     const std::uint64_t offset = places_.room.end();
@@ -222,6 +215,7 @@ class Verifier {
   const FramePlaces places_;
   const RecordingDescription description_;
   const bool decode_;
+  const VerificationProgress& progress_;
   FindingMerger& findings_;
   const JpegInspector inspector_;
 };
@@ -243,7 +237,8 @@ std::optional<Recording> opened(const std::string& path, const FileLock& lock,
 
 }  // namespace
 
-unsigned int verify(const std::string& path, bool decode, const FindingMerger::Report& report) {
+unsigned int verify(const std::string& path, bool decode, const FindingMerger::Report& report,
+                    const VerificationProgress& progress) {
   // All the time: an edit meanwhile would look like damage.
   const FileLock lock(path, FileLock::Kind::Read);
   const auto recording = opened(path, lock, report);
@@ -252,7 +247,7 @@ unsigned int verify(const std::string& path, bool decode, const FindingMerger::R
   if (!words.empty()) report({Severity::Error, {}, {}, words});
   FindingMerger findings(report);
   try {
-    const unsigned int count = Verifier(*recording, decode, findings).run();
+    const unsigned int count = Verifier(*recording, decode, progress, findings).run();
     findings.finish();
     return count;
   } catch (const Failure&) {

@@ -3,6 +3,8 @@
 #define VELMAR_TOOLKIT_NUMBER_TEXT_H
 
 #include <charconv>
+#include <cstdint>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -40,6 +42,16 @@ inline std::string fixedText(double value, int digits) {
   char text[400];
   const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, digits);
   return {text, end.ptr};
+}
+
+/// "20.5 GiB"
+inline std::string sizeText(std::uint64_t bytes) {
+  if (bytes < 1024) return std::to_string(bytes) + " bytes";
+  const char* const units[] = {"KiB", "MiB", "GiB", "TiB"};
+  double size = static_cast<double>(bytes) / 1024;
+  std::size_t unit = 0;
+  for (; size >= 1024 && unit + 1 < std::size(units); ++unit) size /= 1024;
+  return fixedText(size, 1) + " " + units[unit];
 }
 
 /// Degrees down to a tenth of a millimetre on the ground.

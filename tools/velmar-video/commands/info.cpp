@@ -100,12 +100,8 @@ std::string jsonLine(const Info& info) {
 }
 
 std::string bytesText(std::uint64_t bytes) {
-  std::string text = std::to_string(bytes) + " bytes";
-  const char* const units[] = {"KiB", "MiB", "GiB", "TiB"};
-  double size = static_cast<double>(bytes) / 1024;
-  std::size_t unit = 0;
-  for (; size >= 1024 && unit + 1 < std::size(units); ++unit) size /= 1024;
-  return bytes < 1024 ? text : text + " (" + fixedText(size, 1) + " " + units[unit] + ")";
+  const std::string text = std::to_string(bytes) + " bytes";
+  return bytes < 1024 ? text : text + " (" + sizeText(bytes) + ")";
 }
 
 std::string durationText(const Info& info) {

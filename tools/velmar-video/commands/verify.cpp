@@ -1,8 +1,13 @@
+#include <atomic>
+#include <filesystem>
+#include <memory>
 #include <optional>
 #include <vector>
 
+#include "program/InputOptions.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
+#include "toolkit/base/InOrder.h"
 #include "toolkit/rescue/Verification.h"
 #include "toolkit/text/JsonText.h"
 #include "toolkit/text/PrintableText.h"
@@ -12,16 +17,23 @@ namespace velmar::tool {
 namespace {
 
 struct Options {
-  std::vector<std::string> files;
+  InputOptions inputs;
+  JobsOption jobs;
   bool decode = false;
   bool json = false;
+  bool onlyProblems = false;
+  bool strict = false;
 };
 
 // What is found in one file.
 struct Report {
+  std::string file;
   unsigned int frames = 0;
   std::uint64_t errors = 0;
   std::uint64_t warnings = 0;
+  std::string text;  // lines for standard output
+  std::optional<Failure> failure;
+  bool isWhole = true;
 };
 
 const char* nameOf(Finding::Severity severity) {
@@ -52,64 +64,149 @@ std::string counted(std::uint64_t count, const std::string& noun) {
   return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
-// Text is shown as it comes, JSON as a whole, even if a failure is the last that is found.
-Report verifyFile(const std::string& file, const Options& options, StandardOutput& output) {
+std::string lastLine(const Report& report, const std::string& findings, const Options& options) {
+  if (options.json) {
+    return "{\"file\":" + toJsonText(report.file) + ",\"frames\":" + std::to_string(report.frames) +
+           ",\"errors\":" + std::to_string(report.errors) +
+           ",\"warnings\":" + std::to_string(report.warnings) + ",\"findings\":[" + findings +
+           "]}\n";
+  }
+  return printable(report.file) + ": " + counted(report.frames, "frame") + ", " +
+         counted(report.errors, "error") + ", " + counted(report.warnings, "warning") + "\n";
+}
+
+Report verifyFile(const std::string& file, const Options& options,
+                  const VerificationProgress& progress) {
   Report report;
+  report.file = file;
   std::string json;
   const auto take = [&](const Finding& finding) {
     (finding.severity == Finding::Severity::Error ? report.errors : report.warnings) +=
         finding.count();
-    if (!options.json) return output.write(textOf(file, finding));
-    if (!json.empty()) json += ',';
-    json += jsonOf(finding);
+    if (options.json) {
+      json += (json.empty() ? "" : ",") + jsonOf(finding);
+    } else {
+      report.text += textOf(file, finding);
+    }
   };
-  std::optional<Failure> failure;
   try {
-    report.frames = verify(file, options.decode, take);
-  } catch (const Failure& caught) {
-    if (!options.json) throw;
-    failure = caught;
-    take({Finding::Severity::Error, {}, {}, caught.wordsFor(file)});
+    report.frames = verify(file, options.decode, take,
+                           [&](std::uint64_t bytes) { return report.isWhole = progress(bytes); });
+  } catch (const Failure& failure) {
+    report.failure = failure;
+    if (!options.json) return report;
+    take({Finding::Severity::Error, {}, {}, failure.wordsFor(file)});
   }
-  if (options.json) {
-    output.write("{\"file\":" + toJsonText(file) + ",\"frames\":" + std::to_string(report.frames) +
-                 ",\"errors\":" + std::to_string(report.errors) + ",\"warnings\":" +
-                 std::to_string(report.warnings) + ",\"findings\":[" + json + "]}\n");
-  } else {
-    output.write(printable(file) + ": " + counted(report.frames, "frame") + ", " +
-                 counted(report.errors, "error") + ", " + counted(report.warnings, "warning") +
-                 "\n");
-  }
-  output.flush();
-  if (failure) throw Failure(*failure);
+  const bool isShown = report.errors + report.warnings > 0 || !options.onlyProblems;
+  if (isShown) report.text += lastLine(report, json, options);
   return report;
 }
 
-ExitStatus verifyFiles(const Options& options, CommandJob& job) {
-  StandardOutput output;
+// How many files are what.
+struct Summary {
+  std::size_t files = 0;
   std::size_t bad = 0;
-  for (const std::string& file : options.files) {
-    try {
-      if (verifyFile(file, options, output).errors > 0) ++bad;
-    } catch (const Failure& failure) {
-      job.fail(failure);
+  std::size_t withWarnings = 0;
+
+  void add(const Report& report) {
+    ++files;
+    if (report.errors > 0 || report.failure) {
       ++bad;
+    } else if (report.warnings > 0) {
+      ++withWarnings;
     }
   }
-  if (!options.json) {
-    output.write(counted(options.files.size(), "file") + " checked, " + std::to_string(bad) +
-                 " with errors\n");
-    output.flush();
+  std::string text(bool json) const {
+    if (json) {
+      return "{\"files\":" + std::to_string(files) + ",\"bad\":" + std::to_string(bad) +
+             ",\"with_warnings\":" + std::to_string(withWarnings) + "}\n";
+    }
+    return counted(files, "file") + ", " + std::to_string(bad) + " bad, " +
+           std::to_string(withWarnings) + " with warnings\n";
   }
-  return bad > 0 ? ExitStatus::Failed : ExitStatus::Done;
+};
+
+// Shows how much is done, and asks whether to stop.
+class Progress {
+ public:
+  Progress(const std::vector<std::string>& files, CommandJob& job)
+      : stage_(job.beginBytes(counted(files.size(), "file"), sizeOf(files))) {}
+
+  // In any thread; false to stop.
+  bool add(std::uint64_t bytes) {
+    done_ += bytes;
+    return !isStopped_;
+  }
+  // In the thread of the job.
+  bool show() {
+    stage_->advance(done_);
+    isStopped_ = isStopped_ || stage_->stopRequested();
+    return !isStopped_;
+  }
+
+ private:
+  static std::uint64_t sizeOf(const std::vector<std::string>& files) {
+    std::uint64_t size = 0;
+    for (const std::string& file : files) {
+      std::error_code error;
+      const auto bytes = std::filesystem::file_size(file, error);
+      if (!error) size += bytes;
+    }
+    return size;
+  }
+
+  const std::unique_ptr<Job::Stage> stage_;
+  std::atomic<std::uint64_t> done_ = 0;
+  std::atomic<bool> isStopped_ = false;
+};
+
+Summary verifyAll(const std::vector<std::string>& files, const Options& options, CommandJob& job) {
+  StandardOutput output;
+  Summary summary;
+  Progress progress(files, job);
+  const auto work = [&](std::size_t i) {
+    return verifyFile(files[i], options,
+                      [&progress](std::uint64_t bytes) { return progress.add(bytes); });
+  };
+  const auto take = [&](std::size_t, Report& report) {
+    if (!report.isWhole) return false;
+    summary.add(report);
+    if (report.failure) job.fail(*report.failure);
+    output.write(report.text);
+    output.flush();
+    return true;
+  };
+  inOrder<Report>(files.size(), options.jobs.count(), work, take,
+                  [&progress] { return progress.show(); });
+  output.write(summary.text(options.json));
+  output.flush();
+  return summary;
+}
+
+ExitStatus verifyFiles(const Options& options, CommandJob& job) {
+  const std::vector<std::string> files = options.inputs.files(job);
+  const Summary summary = verifyAll(files, options, job);
+  if (summary.files < files.size()) {
+    job.lose("verify", "stopped by a signal after " + counted(summary.files, "file") + " of " +
+                           std::to_string(files.size()));
+  }
+  const bool isBad = summary.bad > 0 || (options.strict && summary.withWarnings > 0);
+  return isBad ? ExitStatus::Failed : job.status();
 }
 
 void addOptions(CLI::App& command, Options& options) {
-  command.add_option("file", options.files, "The recordings")->required();
+  options.inputs.addTo(command);
   command.add_flag("--decode", options.decode, "Decode every frame, too");
-  command.add_flag("--json", options.json,
-                   "One JSON object for each recording, on a line of its own");
+  command.add_flag("--only-problems", options.onlyProblems,
+                   "Without a line for recordings in which nothing is found");
+  command.add_flag("--strict", options.strict, "Exit status 1 also if there are only warnings");
+  command.add_flag(
+      "--json", options.json,
+      "One JSON object for each recording, on a line of its own, and one that sums up");
+  options.jobs.addTo(command, "recordings");
 }
+
+void checkUsage(const Options& options) { options.inputs.checkUsage("verify"); }
 
 }  // namespace
 
@@ -118,9 +215,11 @@ void addVerifyCommand(Tool& tool) {
       {"verify", "Check recordings for damage.",
        "verify drive.img --decode\n\n"
        "Checks that every frame lies in its place, is a JPEG and has the size that the header "
-       "says,\nthat times do not run backwards and that header and metadata make sense.\n"
+       "says\nand that header and metadata make sense. Warns of times that fall, are equal, leave "
+       "gaps "
+       "or\ncannot be, and of headings and positions that cannot be.\n"
        "Exit status 1 if there is an error, 0 if there are only warnings."},
-      {addOptions, verifyFiles});
+      {addOptions, verifyFiles, checkUsage});
 }
 
 }  // namespace velmar::tool

@@ -6,10 +6,12 @@
 
 #include <cerrno>
 #include <chrono>
+#include <cmath>
 #include <csignal>
 #include <iostream>
 
 #include "program/Diagnostics.h"
+#include "toolkit/text/NumberText.h"
 #include "toolkit/text/PrintableText.h"
 
 namespace velmar::tool {
@@ -66,50 +68,86 @@ class StopSignal {
   bool requested_ = false;
 };
 
-// Shows how many frames are done a few times a second, and leaves the last count there.
+using Clock = std::chrono::steady_clock;
+
+enum class Unit { Frames, Bytes };
+
+// "90 s", "12 min", "3 h"
+std::string roughly(double seconds) {
+  constexpr double kMinute = 60;
+  constexpr double kHour = 3600;
+  const auto rounded = [](double number) { return std::to_string(std::llround(number)); };
+  if (seconds < 2 * kMinute) return rounded(seconds) + " s";
+  return seconds < 2 * kHour ? rounded(seconds / kMinute) + " min"
+                             : rounded(seconds / kHour) + " h";
+}
+
+// Shows what is done a few times a second, and leaves the last line there.
 class CommandStage final : public Job::Stage {
  public:
-  CommandStage(const std::string& name, std::size_t total, bool isShown)
-      : name_(printable(name)), total_(total), isShown_(isShown) {}
+  CommandStage(const std::string& name, std::uint64_t total, Unit unit, bool isShown)
+      : name_(printable(name)), total_(total), unit_(unit), isShown_(isShown) {}
   CommandStage(const CommandStage&) = delete;
   CommandStage& operator=(const CommandStage&) = delete;
   ~CommandStage() override {
-    if (!isShown_ || done_ == 0) return;
-    show();
+    if (!wasShown_) return;
+    show("");
     std::cerr << '\n';
   }
 
   void advance(std::size_t done) override {
     done_ = done;
     if (!isShown_) return;
-    const auto now = std::chrono::steady_clock::now();
+    const auto now = Clock::now();
     if (now < next_) return;
     next_ = now + std::chrono::milliseconds(200);
-    show();
+    show(timeLeft(now));
   }
   bool stopRequested() override { return stop_.requested(); }
   bool waitReadable(int fd) override { return !stop_.comesBefore(fd); }
 
  private:
-  void show() const {
-    std::string text = "\r\033[K" + name_ + ": " + std::to_string(done_);
-    if (total_ != 0) text += " of " + std::to_string(total_);
-    std::cerr << text + " frames" << std::flush;
+  std::string timeLeft(Clock::time_point now) const {
+    if (total_ == 0 || done_ == 0 || done_ > total_) return "";
+    const double seconds = std::chrono::duration<double>(now - start_).count();
+    const double share = static_cast<double>(done_) / static_cast<double>(total_);
+    return ", " + roughly(seconds / share - seconds) + " left";
+  }
+
+  std::string amount(std::uint64_t count) const {
+    return unit_ == Unit::Bytes ? sizeText(count) : std::to_string(count);
+  }
+
+  void show(const std::string& more) {
+    std::string text = "\r\033[K" + name_ + ": " + amount(done_);
+    if (total_ != 0) text += " of " + amount(total_);
+    if (unit_ == Unit::Frames) text += " frames";
+    std::cerr << text + more << std::flush;
+    wasShown_ = true;
   }
 
   StopSignal stop_;
-  std::string name_;
-  std::size_t total_;
-  bool isShown_;
-  std::size_t done_ = 0;
-  std::chrono::steady_clock::time_point next_;
+  const std::string name_;
+  const std::uint64_t total_;
+  const Unit unit_;
+  const bool isShown_;
+  const Clock::time_point start_ = Clock::now();
+  Clock::time_point next_ = start_ + std::chrono::seconds(1);
+  std::uint64_t done_ = 0;
+  bool wasShown_ = false;
 };
 
 }  // namespace
 
 std::unique_ptr<Job::Stage> CommandJob::begin(const std::string& name, std::size_t total) {
-  return std::make_unique<CommandStage>(name, total, !quiet_ && isatty(STDERR_FILENO) != 0);
+  return std::make_unique<CommandStage>(name, total, Unit::Frames, isShown());
 }
+
+std::unique_ptr<Job::Stage> CommandJob::beginBytes(const std::string& name, std::uint64_t total) {
+  return std::make_unique<CommandStage>(name, total, Unit::Bytes, isShown());
+}
+
+bool CommandJob::isShown() const { return !quiet_ && isatty(STDERR_FILENO) != 0; }
 
 void CommandJob::lose(const std::string& what, const std::string& words) {
   if (status_ == ExitStatus::Done) status_ = ExitStatus::Loss;
