@@ -82,6 +82,7 @@ std::vector<std::string> picturesOf(const Options& options, Job& job) {
 // The files in the order of these times.
 std::vector<FrameTimes> sortByExifTimes(std::vector<std::string>& files) {
   std::vector<std::pair<std::uint64_t, std::string>> taken;
+  taken.reserve(files.size());
   for (const std::string& file : files) taken.emplace_back(exifTime(file), file);
   std::stable_sort(taken.begin(), taken.end(),
                    [](auto& one, auto& other) { return one.first < other.first; });
