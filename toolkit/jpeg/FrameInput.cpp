@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "toolkit/base/Failure.h"
+#include "toolkit/text/Joined.h"
 #include "toolkit/text/NaturalOrder.h"
 
 namespace velmar::toolkit {
@@ -43,6 +44,13 @@ std::vector<std::string> listFolder(const std::string& folder) {
   return files;
 }
 
+std::string someOf(const std::vector<std::string>& files) {
+  constexpr std::size_t kShown = 5;
+  if (files.size() <= kShown) return joined(files);
+  return joined({files.begin(), files.begin() + kShown}) + " and " +
+         std::to_string(files.size() - kShown) + " more";
+}
+
 }  // namespace
 
 bool isVideoInput(const std::vector<std::string>& inputs) {
@@ -69,6 +77,19 @@ std::vector<std::string> listPictures(const std::vector<std::string>& inputs) {
     }
   }
   return files;
+}
+
+std::vector<std::string> withoutOtherPictures(std::vector<std::string> pictures, Job& job) {
+  const auto others = std::stable_partition(pictures.begin(), pictures.end(),
+                                            [](auto& path) { return !isOtherPicture(path); });
+  if (others == pictures.end()) return pictures;
+  const std::string remedy = "--encode records PNG, BMP, TIFF and WebP pictures as JPEGs";
+  if (others == pictures.begin()) {
+    throw Failure(someOf(pictures), "not a JPEG; " + remedy, VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
+  }
+  job.lose(someOf({others, pictures.end()}), "left out, not a JPEG; " + remedy);
+  pictures.erase(others, pictures.end());
+  return pictures;
 }
 
 }  // namespace velmar::toolkit

@@ -32,11 +32,6 @@ std::string timeText(std::int64_t time) {
   return time < 0 ? std::to_string(time) + "us" : formatTime(static_cast<std::uint64_t>(time));
 }
 
-// The altitudes of a version's start position: how many there are to a metre.
-double altitudesPerMetre(version_e version) {
-  return version == RTV_VER_04 ? 100 : version == RTV_VER_03 ? 1 : 0;
-}
-
 // The rows that have both, as longitude and latitude.
 struct Fix {
   std::int64_t time;
@@ -71,6 +66,7 @@ void startAt(const Fix& fix, const LogSeries* heights, RecordingDescription& des
 
 DriveLog::DriveLog(const LogRequest& request, RecordingDescription& description)
     : maxAge_(request.maxAge),
+      version_(description.version),
       columns_(tagColumns(description.version)),
       logs_(readLogs(request, columns_)) {
   for (const ReadLog& log : logs_) {
@@ -125,8 +121,8 @@ void DriveLog::addPositions(const ReadLog& log, RecordingDescription& descriptio
   }
   if (alt != nullptr) {
     LogSeries z = *alt;
-    const double perMetre = altitudesPerMetre(description.version);
-    const double start = perMetre == 0 ? 0 : description.alt / perMetre;
+    const int perMetre = altitudesPerMetre(description.version);
+    const double start = perMetre == 0 ? 0 : double{1} * description.alt / perMetre;
     for (LogSample& sample : z.samples) sample.value -= start;
     add(log, z, "z");
   }
@@ -184,10 +180,17 @@ void DriveLog::fill(FrameTag& tag, std::uint64_t time) {
     target.column.clear(tag);
     if (!value || !target.column.setValue(tag, *value)) ++target.missing;
   }
+  contents_.add(tag);
 }
 
-void DriveLog::finish(Job& job) const {
+void DriveLog::finish(const std::string& recording, Job& job) const {
   if (frames_ > 0) checkOverlap();
+  tellMissing(job);
+  const std::string lost = contents_.lostBy(version_);
+  if (!lost.empty()) job.lose(recording, "it does not hold " + lost);
+}
+
+void DriveLog::tellMissing(Job& job) const {
   std::vector<std::string> missing;
   for (const Target& target : targets_) {
     if (target.missing == 0) continue;
@@ -200,12 +203,12 @@ void DriveLog::finish(Job& job) const {
            "frames without a value, of " + std::to_string(frames_) + ": " + joined(missing));
 }
 
-void DriveLog::fill(std::vector<FrameTag>& tags, const std::vector<std::uint64_t>& times,
-                    Job& job) {
+void DriveLog::fillAll(std::vector<FrameTag>& tags, const std::vector<std::uint64_t>& times,
+                       const std::string& recording, Job& job) {
   for (std::size_t i = 0; i < times.size(); ++i) fill(tags[i], times[i]);
   if (frames_ > 0) checkOverlap();
   tell(job);
-  finish(job);
+  finish(recording, job);
 }
 
 }  // namespace velmar::toolkit

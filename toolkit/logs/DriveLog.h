@@ -32,12 +32,14 @@ class DriveLog {
   /// others. A field without a value is cleared.
   void fill(FrameTag& tag, std::uint64_t time);
 
-  /// Behind the last frame: tells the job how many have no value. Throws Failure if a log ends
-  /// before the earliest of them or begins behind the latest.
-  void finish(Job& job) const;
+  /// Behind the last frame: tells the job how many have no value, and what of the values the
+  /// version of `recording`, the output, loses. Throws Failure if a log ends before the earliest of
+  /// the frames or begins behind the latest.
+  void finish(const std::string& recording, Job& job) const;
 
   /// All of it for frames whose times are known.
-  void fill(std::vector<FrameTag>& tags, const std::vector<std::uint64_t>& times, Job& job);
+  void fillAll(std::vector<FrameTag>& tags, const std::vector<std::uint64_t>& times,
+               const std::string& recording, Job& job);
 
  private:
   /// A series that goes into the tags.
@@ -54,11 +56,14 @@ class DriveLog {
   void addPositions(const ReadLog& log, RecordingDescription& description);
   std::optional<double> valueAt(const Target& target, std::uint64_t frameTime) const;
   void checkOverlap() const;
+  void tellMissing(Job& job) const;
 
   std::int64_t maxAge_;
+  version_e version_;
   std::vector<TagColumn> columns_;
   std::vector<ReadLog> logs_;
   std::vector<Target> targets_;
+  TagContents contents_;
   std::size_t frames_ = 0;
   std::uint64_t earliest_ = UINT64_MAX;  ///< of their times
   std::uint64_t latest_ = 0;

@@ -171,15 +171,15 @@ std::vector<FrameTag> readTags(const CsvTable& table, const std::vector<std::str
   return tags;
 }
 
-std::string lostFromTags(const std::vector<FrameTag>& tags, version_e version) {
-  const auto any = [&tags](auto has) { return std::any_of(tags.begin(), tags.end(), has); };
+void TagContents::add(const FrameTag& tag) {
+  hasHeights = hasHeights || tag.z != 0;
+  hasCan = hasCan || tag.hasCan();
+}
+
+std::string TagContents::lostBy(version_e version) const {
   std::vector<std::string> lost;
-  if (version == RTV_VER_02 && any([](auto& tag) { return tag.z != 0; })) {
-    lost.emplace_back("heights");
-  }
-  if (version != RTV_VER_04 && any([](auto& tag) { return tag.hasCan(); })) {
-    lost.emplace_back("CAN signals");
-  }
+  if (hasHeights && version == RTV_VER_02) lost.emplace_back("heights");
+  if (hasCan && version != RTV_VER_04) lost.emplace_back("CAN signals");
   return joined(lost);
 }
 

@@ -41,8 +41,15 @@ std::vector<TagColumn> tagColumns(version_e version);
 std::vector<FrameTag> readTags(const CsvTable& table, const std::vector<std::string>& files,
                                version_e version);
 
-/// What is in the tags that the version has no field for, in words; empty if there is nothing.
-std::string lostFromTags(const std::vector<FrameTag>& tags, version_e version);
+/// What is in tags that not all versions have fields for.
+struct TagContents {
+  void add(const FrameTag& tag);
+  /// What the version loses of it, in words; empty if nothing.
+  std::string lostBy(version_e version) const;
+
+  bool hasHeights = false;
+  bool hasCan = false;
+};
 
 }  // namespace velmar::toolkit
 

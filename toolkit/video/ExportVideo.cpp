@@ -62,12 +62,11 @@ std::string signedDegrees(double degrees, std::size_t digits) {
 
 // Of an rtv that has one, as ISO 6709 writes it.
 std::string startPosition(const Recording& recording) {
-  if (!recording.isRtv()) return "";
+  if (!recording.isRtv() || !hasStartPosition(recording.description())) return "";
   double lat = 0;
   double lng = 0;
   double alt = 0;
   recording.parser()->getStdPosition(lat, lng, alt);
-  if (lat == 0 && lng == 0) return "";
   std::string text = signedDegrees(lat, 2) + signedDegrees(lng, 3);
   if (alt != 0) text += (alt > 0 ? "+" : "") + fixedText(alt, 2);
   return text + "/";
@@ -149,8 +148,8 @@ class VideoExporter {
     for (std::size_t i = 1; i < times_.size(); ++i) {
       if (times_[i] - times_[i - 1] <= INT32_MAX) continue;
       throw Failure(video_.path,
-                    "frame " + std::to_string(frames_[i]) +
-                        " comes more than 35 minutes after the frame before, which an .mkv holds",
+                    "an .mp4 or .mov holds no gap of more than 35 minutes, as before frame " +
+                        std::to_string(frames_[i]) + "; an .mkv does",
                     VELMAR_ERROR_CODE_OUT_RANGE_E);
     }
   }

@@ -5,7 +5,6 @@
 #include "toolkit/base/Failure.h"
 #include "toolkit/jpeg/JpegInspector.h"
 #include "toolkit/recording/FrameLosses.h"
-#include "toolkit/tables/TagsCsv.h"
 #include "toolkit/video/VideoSource.h"
 #include "toolkit/writing/RecordingWriter.h"
 
@@ -50,7 +49,7 @@ class VideoRecorder {
       throw Failure(opening_.name(), "there was no frame to record",
                     VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
     }
-    if (log_ != nullptr) finishLog();
+    if (log_ != nullptr) log_->finish(recording_.path, job_);
     writer_->finish();
   }
 
@@ -98,10 +97,7 @@ class VideoRecorder {
     full_ = isBeyondRtv();
     if (full_ || !hasRtvTime(number)) return;
     tellOddities(number);
-    if (log_ != nullptr) {
-      log_->fill(frame_.tag, captured);
-      tags_.push_back(frame_.tag);
-    }
+    if (log_ != nullptr) log_->fill(frame_.tag, captured);
     writer_->add(frame_.jpeg, frame_.times, frame_.tag);
     last_ = captured;
     stage_->advance(writer_->frames());
@@ -167,12 +163,6 @@ class VideoRecorder {
                   : "recorded with a time before that of the frame before");
   }
 
-  void finishLog() {
-    log_->finish(job_);
-    const std::string lost = lostFromTags(tags_, recording_.description.version);
-    if (!lost.empty()) job_.lose(recording_.path, "it does not hold " + lost);
-  }
-
   void reportRest() {
     if (full_) {
       job_.lose(recording_.path,
@@ -201,7 +191,6 @@ class VideoRecorder {
   std::optional<std::uint64_t> last_;  // time in the recording
   std::optional<FramePicker> picker_;
   NewFrame frame_;
-  std::vector<FrameTag> tags_;  // by the log
   JpegInspector inspector_;
   std::optional<detail::JpegSize> size_;
   std::uint64_t number_ = 0;

@@ -32,7 +32,7 @@ class DriveLogTest : public testing::Test {
     std::vector<std::uint64_t> times;
     for (const std::uint64_t time : milliseconds) times.push_back(kStart + 1000 * time);
     std::vector<FrameTag> tags(times.size());
-    DriveLog(request_, description_).fill(tags, times, job_);
+    DriveLog(request_, description_).fillAll(tags, times, "out.rtv", job_);
     return tags;
   }
 
