@@ -44,7 +44,8 @@ std::uint64_t exifTime(const std::string& path) {
   const std::string offset = textOf(*data, EXIF_TAG_OFFSET_TIME_ORIGINAL);
   std::string pattern = "%Y:%m:%d %H:%M:%S";
   if (!fraction.empty()) text += "." + fraction;
-  if (!offset.empty()) {
+  // Of blanks and a colon if it is not known.
+  if (offset.find_first_of("0123456789Z") != offset.npos) {
     pattern += "%z";
     text += offset;
   }

@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <initializer_list>
-#include <string_view>
 
 #include "toolkit/base/Failure.h"
+#include "toolkit/text/FileNames.h"
 #include "toolkit/text/Joined.h"
 #include "toolkit/text/NaturalOrder.h"
 
@@ -15,16 +14,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool endsIn(std::initializer_list<std::string_view> extensions, const fs::path& path) {
-  std::string extension = path.extension().string();
-  std::transform(extension.begin(), extension.end(), extension.begin(), [](char character) {
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character | 0x20) : character;
-  });
-  return std::find(extensions.begin(), extensions.end(), extension) != extensions.end();
-}
-
-bool isPicture(const fs::path& path) {
-  return endsIn({".jpg", ".jpeg"}, path) || isOtherPicture(path);
+bool isPicture(const std::string& path) {
+  return hasExtension(path, {".jpg", ".jpeg"}) || isOtherPicture(path);
 }
 
 std::vector<std::string> listFolder(const std::string& folder) {
@@ -60,7 +51,7 @@ bool isVideoInput(const std::vector<std::string>& inputs) {
 }
 
 bool isOtherPicture(const std::string& path) {
-  return endsIn({".png", ".bmp", ".tif", ".tiff", ".webp"}, path);
+  return hasExtension(path, {".png", ".bmp", ".tif", ".tiff", ".webp"});
 }
 
 std::vector<std::string> listPictures(const std::vector<std::string>& inputs) {

@@ -22,14 +22,14 @@ class DriveLog {
  public:
   /// Reads the logs; see readLogs(). Latitude and longitude become positions from the start
   /// position of the description; if that has none, it gets the first fix. Throws Failure, also if
-  /// a field is in two logs.
+  /// a field is in two logs whose times overlap.
   DriveLog(const LogRequest& request, RecordingDescription& description);
 
   /// Tells the job what is understood of the logs and what is not.
   void tell(Job& job) const;
 
-  /// Sets the fields of the logs in the tag of a frame captured at that time, and leaves the
-  /// others. A field without a value is cleared.
+  /// Sets the fields in the tag of a frame captured at that time for which the logs have a value,
+  /// and leaves the others.
   void fill(FrameTag& tag, std::uint64_t time);
 
   /// Behind the last frame: tells the job how many have no value, and what of the values the
@@ -42,19 +42,24 @@ class DriveLog {
                const std::string& recording, Job& job);
 
  private:
-  /// A series that goes into the tags.
-  struct Target {
-    TagColumn column;
+  /// The values of a field in one log.
+  struct Part {
     LogField::Between between;
     std::vector<LogSample> samples;
     std::string log;
-    std::int64_t end;  ///< of the log
-    std::size_t missing = 0;
+    std::int64_t begin, end;  ///< of the log
+  };
+  /// A field that goes into the tags.
+  struct Target {
+    TagColumn column;
+    std::vector<Part> parts;
+    std::size_t missing = 0;  ///< frames
   };
 
   void add(const ReadLog& log, const LogSeries& series, const std::string& name);
-  void addPositions(const ReadLog& log, RecordingDescription& description);
-  std::optional<double> valueAt(const Target& target, std::uint64_t frameTime) const;
+  void addPositions(ReadLog& log, RecordingDescription& description);
+  std::optional<double> valueAt(const Part& part, std::uint64_t frameTime) const;
+  bool set(const Target& target, FrameTag& tag, std::uint64_t time) const;
   void checkOverlap() const;
   void tellMissing(Job& job) const;
 

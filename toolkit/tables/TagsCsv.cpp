@@ -106,20 +106,16 @@ std::vector<Use> usesOf(const CsvTable& table, version_e version) {
 }
 
 TagColumn numberColumn(const std::string& name, Setter set, double perUnit) {
-  const auto clear = [set](FrameTag& tag) { set(tag, "0"); };
-  return {name, std::move(set), clear, dimensionOf(name), perUnit, true};
+  return {name, std::move(set), dimensionOf(name), perUnit, true};
 }
 
 TagColumn signalColumn(const CanField& field) {
   const auto set = [&field](FrameTag& tag, const std::string& text) {
     return setCanField(tag.can, field, text);
   };
-  const auto clear = [&field](FrameTag& tag) {
-    std::memset(reinterpret_cast<unsigned char*>(&tag.can) + field.offset, 0xFF, field.size());
-  };
   const Dimension dimension = dimensionOf(field.name);
   const bool rounds = dimension != Dimension::None && field.type != CanFieldType::Float;
-  return {field.name, set, clear, dimension, 1, rounds};
+  return {field.name, set, dimension, 1, rounds};
 }
 
 }  // namespace

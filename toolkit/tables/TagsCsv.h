@@ -17,8 +17,6 @@ struct TagColumn {
   std::string name;
   /// Takes a number as text, in the unit of the file; false if it does not fit.
   std::function<bool(FrameTag& tag, const std::string& text)> set;
-  /// Makes it 0, or a signal absent.
-  std::function<void(FrameTag& tag)> clear;
   /// Of numbers with a unit. What the format has no unit for, signals, is stored in m/s, degrees
   /// and metres if a table names one.
   Dimension dimension = Dimension::None;

@@ -1,5 +1,6 @@
 #include "toolkit/video/RecordVideo.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "toolkit/base/Failure.h"
@@ -28,10 +29,7 @@ class VideoRecorder {
       stage_ =
           job.begin(recording.path, video.selection.isAll() ? source_->facts().framesCount : 0);
     }
-    if (!source_->facts().hasTimes && !video.framesPerSecond) {
-      throw Failure(opening_.name(), "it has no times of its own; --fps gives the frames times",
-                    VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
-    }
+    if (!source_->facts().hasTimes && !video.framesPerSecond) refuseWithoutTimes();
     if (video.selection.isAll()) checkFramesCount(recording.path, source_->facts().framesCount);
     setStart();
   }
@@ -57,6 +55,11 @@ class VideoRecorder {
   bool waitReadable(int fd) {
     stopped_ = stopped_ || (stage_ && !stage_->waitReadable(fd));
     return !stopped_;
+  }
+
+  [[noreturn]] void refuseWithoutTimes() const {
+    throw Failure(opening_.name(), "it has no times of its own; --fps gives the frames times",
+                  VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
   }
 
   bool isStream() const { return video_.path == "-"; }
@@ -126,6 +129,15 @@ class VideoRecorder {
     return false;
   }
 
+  // An rtv has its place for so many frames from the start.
+  unsigned int framesMax() const {
+    const VideoFacts& facts = source_->facts();
+    const bool isKnown = facts.isCountExact && facts.framesCount > 0;
+    return isKnown ? static_cast<unsigned int>(
+                         std::min<std::uint64_t>(facts.framesCount, recording_.framesMax))
+                   : recording_.framesMax;
+  }
+
   void openWriter() {
     RecordingDescription description = recording_.description;
     description.setSize(*size_);
@@ -133,7 +145,7 @@ class VideoRecorder {
     checkRtvTimes(recording_.path, description, {frame_.times});
     rtvStart_ = description;
     writer_ =
-        std::make_unique<RecordingWriter>(recording_.path, description, recording_.framesMax,
+        std::make_unique<RecordingWriter>(recording_.path, description, framesMax(),
                                           isStream() ? RecordingWriter::OnFailure::KeepFrames
                                                      : RecordingWriter::OnFailure::RemoveFrames);
     writer_->syncEvery(recording_.syncInterval);

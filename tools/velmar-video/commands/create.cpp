@@ -1,7 +1,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
+#include <filesystem>
 
 #include "program/DescriptionOptions.h"
 #include "program/LogOptions.h"
@@ -157,6 +159,10 @@ ExitStatus create(const Options& options, CommandJob& job) {
 }
 
 void checkUsageOfVideo(const Options& options) {
+  std::error_code error;
+  if (!options.isStandardInput() && !std::filesystem::exists(options.inputs[0], error)) {
+    throw Failure::ofSystem(options.inputs[0], "cannot open it", ENOENT);
+  }
   if (!options.timesFile.empty() || !options.tagsFile.empty() || options.allowTruncated ||
       options.encode) {
     throw UsageError(
@@ -230,11 +236,12 @@ void addFrameOptions(CLI::App& command, Options& options) {
       command, [&options](double rate) { options.framesPerSecond = rate; },
       "Frames a second, such as 30 or 30000/1001, instead of --times or a video's own times; with "
       "-, standard input is a stream of JPEGs");
-  addStartTimeOption(
-      command, options.startTime,
-      "Capture time of the first frame for --fps, now if not given, and of a video, the time when "
-      "it was made if not given; with --times the start of an rtv, its first frame if not given. "
-      "Microseconds since 1970 or RFC 3339");
+  addStartTimeOption(command, options.startTime,
+                     "Capture time of the first frame, microseconds since 1970 or RFC 3339; with "
+                     "--times, the start "
+                     "of an rtv. If not given: now with --fps, of a video when it was made, of an "
+                     "rtv with --times "
+                     "its first frame");
   command
       .add_option(
           "--tags", options.tagsFile,
