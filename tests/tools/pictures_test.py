@@ -43,7 +43,7 @@ class Pictures(ToolCase):
         plain = self.files[3].read_bytes()
         exif = [
             ("2023:11:14 22:13:21", "5", "+00:00"),
-            ("2023:11:14 23:13:21", None, None),
+            ("2023:11:14 23:13:21", None, "   :  "),
             ("2023:11:14 17:43:20", "000123", "-04:30"),
             ("2023:11:14 23:13:20", "9", None),
             ("2023:11:14 22:13:20", "25", "+00:00"),
@@ -113,10 +113,32 @@ class Pictures(ToolCase):
         )
         self.assertEqual(list(Path().glob("no*")), [])
 
+    def test_skip_existing_goes_on(self):
+        def extract(frames, *options, **expected):
+            self.tool(
+                "extract", "drive.img", "--output", "out", "--range", frames, *options, **expected
+            )
+
+        extract("0:2")
+        taken = Path("out/frame_000000.jpg")
+        taken.write_text("kept")
+        extract("1:4", "--skip-existing")
+        rows = Path("out/frames.csv").read_text().splitlines()
+        self.assertEqual(
+            [row[:19] for row in rows[1:]], [f"frame_{i:06}.jpg,{i}," for i in range(4)]
+        )
+        self.assertEqual(taken.read_text(), "kept")
+        Path("out/frames.csv").write_text("mine\n")
+        extract("0:5", "--skip-existing", status=1, says="it is not the table of an earlier run")
+        self.assertEqual(Path("out/frames.csv").read_text(), "mine\n")
+        self.tool("extract", "drive.img", "--output", "same", "--as", "jpg", "--scale", "1/1")
+        self.assertEqual(Path("same/frame_000001.jpg").read_bytes(), self.files[1].read_bytes())
+
     def test_contact_sheet(self):
         """Each picture is where it belongs, and every time stands under it."""
         self.tool("sheet", "drive.img", "sheet.png", "--columns", 2)
         self.tool("extract", "drive.img", "--output", "out", "--as", "ppm", "--no-table")
+        texts = set()
         gap, text = 4, 9 * (320 // 145)
         width = 2 * (320 + gap) + gap
         sheet = pixels("sheet.png")
@@ -128,7 +150,9 @@ class Pictures(ToolCase):
                 at = 3 * ((top + row) * width + left)
                 self.assertEqual(sheet[at : at + 960], picture[row * 960 : row * 960 + 960])
             under = [sheet[3 * ((top + 200 + y) * width + left) :][:960] for y in range(text)]
+            texts.add(b"".join(under))
             self.assertGreater(sum(byte > 200 for line in under for byte in line), 1000)
+        self.assertEqual(len(texts), 5)
         damaged = bytearray(Path("drive.img").read_bytes())
         at = damaged.index(self.files[3].read_bytes())
         damaged[at : at + 4] = bytes(4)
@@ -137,7 +161,9 @@ class Pictures(ToolCase):
             "sheet", "damaged.img", "sheet.jpg", "--count", 3, status=3, says="frame 3 is skipped"
         )
         self.tool("sheet", "drive.img", "sheet.png", status=1, says="it is already there")
-        self.tool("sheet", "drive.img", "sheet.gif", status=2, says="has to end in .jpg or .png")
+        self.tool(
+            "sheet", "drive.img", "sheet.gif", status=1, says="has to end in .jpg, .jpeg or .png"
+        )
         self.tool("sample", "long.img", "--frames", 1500, "--size", "64x64")
         self.tool("sheet", "long.img", "many.png", "--every", 20, "--columns", 25)
         self.assertEqual(len(pixels("many.png")), 3 * (25 * 68 + 4) * (3 * (68 + 9) + 4))

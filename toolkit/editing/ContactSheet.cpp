@@ -14,6 +14,9 @@ namespace velmar::toolkit {
 namespace {
 
 constexpr int kGap = 4;  // pixels between pictures
+// Of a time, in dots: 23 characters of 6, and 7 rows with a gap above and below.
+constexpr int kTextWidth = 145;
+constexpr int kTextHeight = 9;
 constexpr Color kGround = {24, 26, 30};
 constexpr Color kMissing = {60, 62, 66};
 constexpr Color kText = {225, 228, 232};
@@ -42,10 +45,10 @@ struct Grid {
         height(static_cast<int>(picture.rows())),
         columns(static_cast<int>(std::min<std::size_t>(count, most))),
         rows(static_cast<int>((count + columns - 1) / columns)),
-        dot(std::max(1, width / 145)) {}
+        dot(std::max(1, width / kTextWidth)) {}
 
   int cellWidth() const { return width + kGap; }
-  int cellHeight() const { return height + kGap + 9 * dot; }
+  int cellHeight() const { return height + kGap + kTextHeight * dot; }
   std::int64_t sheetWidth() const { return std::int64_t{columns} * cellWidth() + kGap; }
   std::int64_t sheetHeight() const { return std::int64_t{rows} * cellHeight() + kGap; }
 

@@ -45,8 +45,8 @@ VELMAR_ERROR_CODE_E unchanged(VelmarVideoFileModifier& /*modifier*/) {
 }
 
 std::string positionText(const RecordingDescription& description) {
-  const double altitude =
-      description.version == RTV_VER_04 ? description.alt / 100.0 : description.alt;
+  const int perMetre = altitudesPerMetre(description.version);
+  const double altitude = perMetre == 0 ? 0 : double{1} * description.alt / perMetre;
   return degreesText(RecordFileToolkit::NDS2Degree(description.lng)) + "," +
          degreesText(RecordFileToolkit::NDS2Degree(description.lat)) + "," + fixedText(altitude, 2);
 }
@@ -291,12 +291,12 @@ void EditPlan::planTags(const EditRequest& request) {
   const std::string before = positionText(description_);
   const std::string after = positionText(changed);
   patches_ = tagPatches(recording_, tags);
+  const std::size_t count = patches_.size();
   for (const FilePatch& patch : patches_) places_.overwrite({patch.offset, patch.bytes.size()});
   if (before != after) {
     patches_.push_back(startPositionPatch(changed));  // the header is kept for undoing in any case
     add("start position", before, after, unchanged);
   }
-  const std::size_t count = patches_.size() - (before == after ? 0 : 1);
   if (count == 0) return;
   const std::string of = " of " + std::to_string(tags.size()) + " frames";
   add("tags", "as recorded", std::to_string(count) + of + " changed by the log", unchanged);

@@ -4,10 +4,12 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <sstream>
 #include <thread>
 #include <utility>
 
 #include "toolkit/base/Failure.h"
+#include "toolkit/base/InputFile.h"
 #include "toolkit/base/OutputFile.h"
 #include "toolkit/jpeg/DecodingLimits.h"
 #include "toolkit/recording/FramePlaces.h"
@@ -53,7 +55,8 @@ Extraction::Extraction(const std::string& file, const FrameSelection& selection,
     : source_(file, form),
       folder_(std::move(folder)),
       frames_(selection.frames(source_.recording())),
-      written_(frames_.size()) {
+      written_(frames_.size()),
+      earlierRows_(rowsOfEarlierRuns()) {
   // All names get the width of the recording's last one.
   const unsigned int last = source_.recording().framesCount() - 1;
   SharedBytes shared(source_.recording().file());
@@ -66,7 +69,7 @@ Extraction::Extraction(const std::string& file, const FrameSelection& selection,
 std::vector<std::string> Extraction::outputs() const {
   std::vector<std::string> paths;
   for (const unsigned int frame : frames_) paths.push_back(pathOf(frame));
-  if (folder_.hasTable) paths.push_back(fs::path(folder_.path) / kTableName);
+  if (folder_.hasTable) paths.push_back(tablePath());
   return paths;
 }
 
@@ -77,7 +80,7 @@ void Extraction::run(unsigned int threads, Job& job) {
   const auto count = static_cast<std::size_t>(std::count(written_.begin(), written_.end(), 1));
   if (count == 0) folder.remove();
   if (failure_) std::rethrow_exception(failure_);
-  if (folder_.hasTable && count > 0) replaceFile(fs::path(folder_.path) / kTableName, table());
+  if (folder_.hasTable && count > 0) replaceFile(tablePath(), table());
   const std::string& file = source_.recording().path();
   losses_.report(file, frames_.size(), job);
   if (count + losses_.count() < frames_.size()) job.loseRest(file, count, frames_.size());
@@ -144,13 +147,38 @@ bool Extraction::extractNext(PictureSource& source) {
   return true;
 }
 
+std::string Extraction::tablePath() const { return fs::path(folder_.path) / kTableName; }
+
+std::string Extraction::tableHeader() const {
+  return "file," + FrameLine(source_.recording()).csvHeader();
+}
+
+std::map<std::string, std::string> Extraction::rowsOfEarlierRuns() const {
+  std::map<std::string, std::string> rows;
+  if (!folder_.hasTable || !folder_.keepsExisting || !fs::exists(tablePath())) return rows;
+  std::istringstream lines(readFile(tablePath()));
+  std::string line;
+  std::getline(lines, line);
+  if (line + "\n" != tableHeader()) {
+    throw Failure(tablePath(),
+                  "it is not the table of an earlier run; --no-table leaves it as it is",
+                  VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+  }
+  while (std::getline(lines, line)) rows.emplace(line.substr(0, line.find(',')), line + "\n");
+  return rows;
+}
+
+// In the order of the names, which is that of the frames.
 std::string Extraction::table() const {
   const FrameLine lines(source_.recording());
-  std::string text = "file," + lines.csvHeader();
+  std::map<std::string, std::string> rows = earlierRows_;
   for (std::size_t i = 0; i < frames_.size(); ++i) {
     if (written_[i] == 0) continue;
-    text += fs::path(pathOf(frames_[i])).filename().string() + "," + lines.csv(frames_[i]);
+    const std::string name = fs::path(pathOf(frames_[i])).filename().string();
+    rows.insert_or_assign(name, name + "," + lines.csv(frames_[i]));
   }
+  std::string text = tableHeader();
+  for (const auto& [name, row] : rows) text += row;
   return text;
 }
 

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstddef>
 #include <exception>
+#include <map>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -43,6 +44,9 @@ class Extraction {
   template <typename Work>
   void guarded(Work work);
   bool extractNext(PictureSource& source);
+  std::string tablePath() const;
+  std::string tableHeader() const;
+  std::map<std::string, std::string> rowsOfEarlierRuns() const;
   std::string table() const;
 
   PictureSource source_;
@@ -50,7 +54,8 @@ class Extraction {
   std::vector<unsigned int> frames_;
   std::vector<char> repeated_;  // which of them have bytes of others
   std::vector<char> written_;   // or kept; each belongs to the thread that extracts its frame
-  std::size_t digits_ = 0;      // of the numbers in the names
+  std::map<std::string, std::string> earlierRows_;  // of the table, by the pictures' names
+  std::size_t digits_ = 0;                          // of the numbers in the names
   std::atomic<std::size_t> next_ = 0;
   std::atomic<bool> stopped_ = false;
   FrameLosses losses_;

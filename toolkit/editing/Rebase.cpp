@@ -27,9 +27,8 @@ Rebase::Rebase(const RecordingDescription& from, const RecordingDescription& to)
       from_{RecordFileToolkit::NDS2Degree(from.lng), RecordFileToolkit::NDS2Degree(from.lat)},
       to_{RecordFileToolkit::NDS2Degree(to.lng), RecordFileToolkit::NDS2Degree(to.lat)},
       isVersion02_(to.version == RTV_VER_02) {
-  // Version 03 has whole metres, version 02 neither an altitude nor heights.
-  const long unit = to.version == RTV_VER_04 ? 1 : to.version == RTV_VER_03 ? 100 : 0;
-  rise_ = (long{from.alt} - to.alt) * unit;
+  const int perMetre = altitudesPerMetre(to.version);
+  if (perMetre != 0) rise_ = (long{from.alt} - to.alt) * (100 / perMetre);
 }
 
 std::optional<FrameTag> Rebase::apply(const FrameTag& tag) const {

@@ -1,6 +1,8 @@
 #include "toolkit/editing/RecordFiles.h"
 
 #include <algorithm>
+#include <memory>
+#include <set>
 
 #include "toolkit/base/Failure.h"
 #include "toolkit/base/InputFile.h"
@@ -11,6 +13,27 @@
 namespace velmar::toolkit {
 
 namespace {
+
+// Passes on each note once, however many files it is about.
+class NotesOnce final : public Job {
+ public:
+  explicit NotesOnce(Job& job) : job_(job) {}
+
+  std::unique_ptr<Stage> begin(const std::string& name, std::size_t total) override {
+    return job_.begin(name, total);
+  }
+  void lose(const std::string& what, const std::string& words) override { job_.lose(what, words); }
+  void loseRest(const std::string& what, std::size_t done, std::size_t wanted) override {
+    job_.loseRest(what, done, wanted);
+  }
+  void note(const std::string& what, const std::string& words) override {
+    if (said_.insert(words).second) job_.note(what, words);
+  }
+
+ private:
+  Job& job_;
+  std::set<std::string> said_;
+};
 
 class FileFrames final : public FrameSource {
  public:
@@ -50,7 +73,7 @@ class FileFrames final : public FrameSource {
   }
 
   std::unique_ptr<VideoSource> open(const std::string& path) const {
-    return openVideo({path, files_.quality, {}}, job_);
+    return openVideo({path, files_.quality, {}}, notes_);
   }
 
   void check(const std::string& path) const {
@@ -82,6 +105,7 @@ class FileFrames final : public FrameSource {
 
   const FrameFiles& files_;
   Job& job_;
+  mutable NotesOnce notes_{job_};
   const JpegInspector inspector_;
   const detail::JpegSize size_;
 };

@@ -3,7 +3,9 @@
 #include <libexif/exif-data.h>
 #include <libexif/exif-loader.h>
 
+#include <algorithm>
 #include <memory>
+#include <utility>
 
 #include "toolkit/base/Failure.h"
 #include "toolkit/text/PrintableText.h"
@@ -42,7 +44,8 @@ std::uint64_t exifTime(const std::string& path) {
   const std::string offset = textOf(*data, EXIF_TAG_OFFSET_TIME_ORIGINAL);
   std::string pattern = "%Y:%m:%d %H:%M:%S";
   if (!fraction.empty()) text += "." + fraction;
-  if (!offset.empty()) {
+  // Of blanks and a colon if it is not known.
+  if (offset.find_first_of("0123456789Z") != offset.npos) {
     pattern += "%z";
     text += offset;
   }
@@ -50,6 +53,21 @@ std::uint64_t exifTime(const std::string& path) {
   if (time && *time >= 0) return static_cast<std::uint64_t>(*time);
   throw Failure(path, "its EXIF data name no time: " + printable(text),
                 VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+}
+
+std::vector<std::uint64_t> sortByExifTimes(std::vector<std::string>& files) {
+  std::vector<std::pair<std::uint64_t, std::string>> taken;
+  taken.reserve(files.size());
+  for (const std::string& file : files) taken.emplace_back(exifTime(file), file);
+  std::stable_sort(taken.begin(), taken.end(),
+                   [](auto& one, auto& other) { return one.first < other.first; });
+  std::vector<std::uint64_t> times;
+  times.reserve(files.size());
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    times.push_back(taken[i].first);
+    files[i] = taken[i].second;
+  }
+  return times;
 }
 
 }  // namespace velmar::toolkit

@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <initializer_list>
-#include <string_view>
 
 #include "toolkit/base/Failure.h"
 #include "toolkit/text/FileNames.h"
+#include "toolkit/text/Joined.h"
 
 namespace velmar::toolkit {
 
@@ -14,16 +13,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool endsIn(std::initializer_list<std::string_view> extensions, const fs::path& path) {
-  std::string extension = path.extension().string();
-  std::transform(extension.begin(), extension.end(), extension.begin(), [](char character) {
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character | 0x20) : character;
-  });
-  return std::find(extensions.begin(), extensions.end(), extension) != extensions.end();
-}
-
-bool isPicture(const fs::path& path) {
-  return endsIn({".jpg", ".jpeg"}, path) || isOtherPicture(path);
+bool isPicture(const std::string& path) {
+  return hasExtension(path, {".jpg", ".jpeg"}) || isOtherPicture(path);
 }
 
 std::vector<std::string> listFolderOfPictures(const std::string& folder) {
@@ -35,6 +26,13 @@ std::vector<std::string> listFolderOfPictures(const std::string& folder) {
   return files;
 }
 
+std::string someOf(const std::vector<std::string>& files) {
+  constexpr std::size_t kShown = 5;
+  if (files.size() <= kShown) return joined(files);
+  return joined({files.begin(), files.begin() + kShown}) + " and " +
+         std::to_string(files.size() - kShown) + " more";
+}
+
 }  // namespace
 
 bool isVideoInput(const std::vector<std::string>& inputs) {
@@ -44,7 +42,7 @@ bool isVideoInput(const std::vector<std::string>& inputs) {
 }
 
 bool isOtherPicture(const std::string& path) {
-  return endsIn({".png", ".bmp", ".tif", ".tiff", ".webp"}, path);
+  return hasExtension(path, {".png", ".bmp", ".tif", ".tiff", ".webp"});
 }
 
 std::vector<std::string> listPictures(const std::vector<std::string>& inputs) {
@@ -61,6 +59,19 @@ std::vector<std::string> listPictures(const std::vector<std::string>& inputs) {
     }
   }
   return files;
+}
+
+std::vector<std::string> withoutOtherPictures(std::vector<std::string> pictures, Job& job) {
+  const auto others = std::stable_partition(pictures.begin(), pictures.end(),
+                                            [](auto& path) { return !isOtherPicture(path); });
+  if (others == pictures.end()) return pictures;
+  const std::string remedy = "--encode records PNG, BMP, TIFF and WebP pictures as JPEGs";
+  if (others == pictures.begin()) {
+    throw Failure(someOf(pictures), "not a JPEG; " + remedy, VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
+  }
+  job.lose(someOf({others, pictures.end()}), "left out, not a JPEG; " + remedy);
+  pictures.erase(others, pictures.end());
+  return pictures;
 }
 
 }  // namespace velmar::toolkit

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "toolkit/base/Job.h"
+
 namespace velmar::toolkit {
 
 /// No frame is larger; what is, is no frame.
@@ -20,6 +22,10 @@ bool isOtherPicture(const std::string& path);
 /// Files stay as they are given; a folder stands for its pictures in natural order.
 /// Throws Failure if one is missing or a folder holds none.
 std::vector<std::string> listPictures(const std::vector<std::string>& inputs);
+
+/// The pictures without those that would have to be encoded, which the job is told. Throws Failure
+/// if none is left.
+std::vector<std::string> withoutOtherPictures(std::vector<std::string> pictures, Job& job);
 
 }  // namespace velmar::toolkit
 

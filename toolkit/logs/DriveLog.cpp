@@ -32,27 +32,33 @@ std::string timeText(std::int64_t time) {
   return time < 0 ? std::to_string(time) + "us" : formatTime(static_cast<std::uint64_t>(time));
 }
 
-// The altitudes of a version's start position: how many there are to a metre.
-double altitudesPerMetre(version_e version) {
-  return version == RTV_VER_04 ? 100 : version == RTV_VER_03 ? 1 : 0;
-}
-
-// The rows that have both, as longitude and latitude.
+// A row that has both.
 struct Fix {
   std::int64_t time;
   double lng, lat;
   std::size_t row, line;
 };
 
-std::vector<Fix> fixesOf(const ReadLog& log, const LogSeries& lng, const LogSeries& lat) {
+// Receivers that know no position write 0, 0.
+std::vector<Fix> fixesOf(ReadLog& log, const LogSeries& lng, const LogSeries& lat) {
   std::vector<Fix> fixes;
+  std::size_t zeros = 0;
   auto other = lat.samples.begin();
   for (const LogSample& sample : lng.samples) {
     while (other != lat.samples.end() && other->row < sample.row) ++other;
     if (other == lat.samples.end() || other->row != sample.row) continue;
-    fixes.push_back({sample.time, sample.value, other->value, sample.row, sample.line});
+    if (sample.value == 0 && other->value == 0) {
+      ++zeros;
+    } else {
+      fixes.push_back({sample.time, sample.value, other->value, sample.row, sample.line});
+    }
   }
-  if (fixes.empty()) refuse(log.name, lng.samples.front().line, "no row has both, lat and lng");
+  if (fixes.empty()) {
+    refuse(log.name, lng.samples.front().line, "no row has both, lat and lng, other than 0, 0");
+  }
+  if (zeros > 0) {
+    log.understood += "; " + std::to_string(zeros) + " rows at 0, 0, which is taken for no fix";
+  }
   return fixes;
 }
 
@@ -71,9 +77,10 @@ void startAt(const Fix& fix, const LogSeries* heights, RecordingDescription& des
 
 DriveLog::DriveLog(const LogRequest& request, RecordingDescription& description)
     : maxAge_(request.maxAge),
+      version_(description.version),
       columns_(tagColumns(description.version)),
       logs_(readLogs(request, columns_)) {
-  for (const ReadLog& log : logs_) {
+  for (ReadLog& log : logs_) {
     addPositions(log, description);
     for (const LogSeries& series : log.series) {
       const std::string& name = series.field->name;
@@ -85,19 +92,22 @@ DriveLog::DriveLog(const LogRequest& request, RecordingDescription& description)
 void DriveLog::add(const ReadLog& log, const LogSeries& series, const std::string& name) {
   const auto column = std::find_if(columns_.begin(), columns_.end(),
                                    [&name](auto& one) { return one.name == name; });
-  const auto same = std::find_if(targets_.begin(), targets_.end(),
-                                 [&name](auto& one) { return one.column.name == name; });
-  if (same != targets_.end())
-    refuse(log.name, 1, "the " + name + " is in " + same->log + " already");
   FrameTag scratch;
   for (const LogSample& sample : series.samples) {
     if (column->setValue(scratch, sample.value)) continue;
     refuse(log.name, sample.line, "it is too far from the start position");
   }
-  targets_.push_back({*column, series.field->between, series.samples, log.name, log.last});
+  auto target = std::find_if(targets_.begin(), targets_.end(),
+                             [&name](auto& one) { return one.column.name == name; });
+  if (target == targets_.end()) target = targets_.insert(target, {*column, {}});
+  for (const Part& part : target->parts) {
+    if (part.end < log.first || log.last < part.begin) continue;
+    refuse(log.name, 1, "the " + name + " of the same time is in " + part.log + " already");
+  }
+  target->parts.push_back({series.field->between, series.samples, log.name, log.first, log.last});
 }
 
-void DriveLog::addPositions(const ReadLog& log, RecordingDescription& description) {
+void DriveLog::addPositions(ReadLog& log, RecordingDescription& description) {
   const LogSeries* const lat = find(log, "lat");
   const LogSeries* const lng = find(log, "lng");
   const LogSeries* const alt = find(log, "alt");
@@ -125,27 +135,27 @@ void DriveLog::addPositions(const ReadLog& log, RecordingDescription& descriptio
   }
   if (alt != nullptr) {
     LogSeries z = *alt;
-    const double perMetre = altitudesPerMetre(description.version);
-    const double start = perMetre == 0 ? 0 : description.alt / perMetre;
+    const int perMetre = altitudesPerMetre(description.version);
+    const double start = perMetre == 0 ? 0 : double{1} * description.alt / perMetre;
     for (LogSample& sample : z.samples) sample.value -= start;
     add(log, z, "z");
   }
 }
 
 // A direction is rounded here: what is nearest to 360 degrees is 0.
-std::optional<double> DriveLog::valueAt(const Target& target, std::uint64_t frameTime) const {
+std::optional<double> DriveLog::valueAt(const Part& part, std::uint64_t frameTime) const {
   const auto time = static_cast<std::int64_t>(frameTime);
   const auto next =
-      std::upper_bound(target.samples.begin(), target.samples.end(), time,
+      std::upper_bound(part.samples.begin(), part.samples.end(), time,
                        [](std::int64_t moment, auto& sample) { return moment < sample.time; });
-  if (next == target.samples.begin() || time > target.end) return std::nullopt;
+  if (next == part.samples.begin() || time > part.end) return std::nullopt;
   const LogSample& before = next[-1];
-  if (target.between == LogField::Between::LastValue) {
+  if (part.between == LogField::Between::LastValue) {
     if (time - before.time > maxAge_) return std::nullopt;
     return before.value;
   }
-  if (before.time != time && next == target.samples.end()) return std::nullopt;
-  const bool isArc = target.between == LogField::Between::ShorterArc;
+  if (before.time != time && next == part.samples.end()) return std::nullopt;
+  const bool isArc = part.between == LogField::Between::ShorterArc;
   double value = before.value;
   if (before.time != time) {
     double way = next->value - before.value;
@@ -175,19 +185,32 @@ void DriveLog::tell(Job& job) const {
   }
 }
 
+// By the part that has a value, since they do not overlap.
+bool DriveLog::set(const Target& target, FrameTag& tag, std::uint64_t time) const {
+  for (const Part& part : target.parts) {
+    if (const auto value = valueAt(part, time)) return target.column.setValue(tag, *value);
+  }
+  return false;
+}
+
 void DriveLog::fill(FrameTag& tag, std::uint64_t time) {
   ++frames_;
   earliest_ = std::min(earliest_, time);
   latest_ = std::max(latest_, time);
   for (Target& target : targets_) {
-    const auto value = valueAt(target, time);
-    target.column.clear(tag);
-    if (!value || !target.column.setValue(tag, *value)) ++target.missing;
+    if (!set(target, tag, time)) ++target.missing;
   }
+  contents_.add(tag);
 }
 
-void DriveLog::finish(Job& job) const {
+void DriveLog::finish(const std::string& recording, Job& job) const {
   if (frames_ > 0) checkOverlap();
+  tellMissing(job);
+  const std::string lost = contents_.lostBy(version_);
+  if (!lost.empty()) job.lose(recording, "it does not hold " + lost);
+}
+
+void DriveLog::tellMissing(Job& job) const {
   std::vector<std::string> missing;
   for (const Target& target : targets_) {
     if (target.missing == 0) continue;
@@ -200,12 +223,12 @@ void DriveLog::finish(Job& job) const {
            "frames without a value, of " + std::to_string(frames_) + ": " + joined(missing));
 }
 
-void DriveLog::fill(std::vector<FrameTag>& tags, const std::vector<std::uint64_t>& times,
-                    Job& job) {
+void DriveLog::fillAll(std::vector<FrameTag>& tags, const std::vector<std::uint64_t>& times,
+                       const std::string& recording, Job& job) {
   for (std::size_t i = 0; i < times.size(); ++i) fill(tags[i], times[i]);
   if (frames_ > 0) checkOverlap();
   tell(job);
-  finish(job);
+  finish(recording, job);
 }
 
 }  // namespace velmar::toolkit

@@ -22,43 +22,53 @@ class DriveLog {
  public:
   /// Reads the logs; see readLogs(). Latitude and longitude become positions from the start
   /// position of the description; if that has none, it gets the first fix. Throws Failure, also if
-  /// a field is in two logs.
+  /// a field is in two logs whose times overlap.
   DriveLog(const LogRequest& request, RecordingDescription& description);
 
   /// Tells the job what is understood of the logs and what is not.
   void tell(Job& job) const;
 
-  /// Sets the fields of the logs in the tag of a frame captured at that time, and leaves the
-  /// others. A field without a value is cleared.
+  /// Sets the fields in the tag of a frame captured at that time for which the logs have a value,
+  /// and leaves the others.
   void fill(FrameTag& tag, std::uint64_t time);
 
-  /// Behind the last frame: tells the job how many have no value. Throws Failure if a log ends
-  /// before the earliest of them or begins behind the latest.
-  void finish(Job& job) const;
+  /// Behind the last frame: tells the job how many have no value, and what of the values the
+  /// version of `recording`, the output, loses. Throws Failure if a log ends before the earliest of
+  /// the frames or begins behind the latest.
+  void finish(const std::string& recording, Job& job) const;
 
   /// All of it for frames whose times are known.
-  void fill(std::vector<FrameTag>& tags, const std::vector<std::uint64_t>& times, Job& job);
+  void fillAll(std::vector<FrameTag>& tags, const std::vector<std::uint64_t>& times,
+               const std::string& recording, Job& job);
 
  private:
-  /// A series that goes into the tags.
-  struct Target {
-    TagColumn column;
+  /// The values of a field in one log.
+  struct Part {
     LogField::Between between;
     std::vector<LogSample> samples;
     std::string log;
-    std::int64_t end;  ///< of the log
-    std::size_t missing = 0;
+    std::int64_t begin, end;  ///< of the log
+  };
+  /// A field that goes into the tags.
+  struct Target {
+    TagColumn column;
+    std::vector<Part> parts;
+    std::size_t missing = 0;  ///< frames
   };
 
   void add(const ReadLog& log, const LogSeries& series, const std::string& name);
-  void addPositions(const ReadLog& log, RecordingDescription& description);
-  std::optional<double> valueAt(const Target& target, std::uint64_t frameTime) const;
+  void addPositions(ReadLog& log, RecordingDescription& description);
+  std::optional<double> valueAt(const Part& part, std::uint64_t frameTime) const;
+  bool set(const Target& target, FrameTag& tag, std::uint64_t time) const;
   void checkOverlap() const;
+  void tellMissing(Job& job) const;
 
   std::int64_t maxAge_;
+  version_e version_;
   std::vector<TagColumn> columns_;
   std::vector<ReadLog> logs_;
   std::vector<Target> targets_;
+  TagContents contents_;
   std::size_t frames_ = 0;
   std::uint64_t earliest_ = UINT64_MAX;  ///< of their times
   std::uint64_t latest_ = 0;

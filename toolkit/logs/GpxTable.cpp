@@ -35,6 +35,14 @@ std::string_view localName(const pugi::xml_node& node) {
   return name.substr(name.find(':') + 1);
 }
 
+std::vector<pugi::xml_node> childrenOf(const pugi::xml_node& node, std::string_view name) {
+  std::vector<pugi::xml_node> found;
+  for (const pugi::xml_node& child : node.children()) {
+    if (localName(child) == name) found.push_back(child);
+  }
+  return found;
+}
+
 // The text of the point's element, or of the extension of that name.
 std::string valueOf(const pugi::xml_node& point, std::string_view name) {
   const auto found =
@@ -61,12 +69,12 @@ CsvTable readGpx(const std::string& name, const std::string& text) {
   const pugi::xml_node root = document.document_element();
   if (localName(root) != "gpx") fail(root.offset_debug(), "it is XML, but no GPX");
   std::vector<CsvTable::Row> rows;
-  for (const pugi::xml_node& track : root.children("trk")) {
-    for (const pugi::xml_node& segment : track.children("trkseg")) {
-      for (const pugi::xml_node& point : segment.children("trkpt")) {
+  for (const pugi::xml_node& track : childrenOf(root, "trk")) {
+    for (const pugi::xml_node& segment : childrenOf(track, "trkseg")) {
+      for (const pugi::xml_node& point : childrenOf(segment, "trkpt")) {
         rows.push_back({lines.lineAt(point.offset_debug()),
-                        {point.child_value("time"), point.attribute("lat").value(),
-                         point.attribute("lon").value(), point.child_value("ele"),
+                        {valueOf(point, "time"), point.attribute("lat").value(),
+                         point.attribute("lon").value(), valueOf(point, "ele"),
                          valueOf(point, "speed"), valueOf(point, "course")}});
       }
     }

@@ -21,7 +21,8 @@ std::vector<std::string> otherNames(const std::string& signal) {
 }
 
 std::vector<LogField> makeFields() {
-  constexpr double kHighest = 2e7;  // as hundredths in the 32 bits of a start position
+  constexpr double kRounding = 0.1;  // of a full circle in radians, degrees
+  constexpr double kHighest = 2e7;   // as hundredths in the 32 bits of a start position
   const Unit degrees = *unitNamed(Dimension::Angle, "deg");
   const Unit metres = *unitNamed(Dimension::Length, "m");
   std::vector<LogField> fields = {
@@ -45,8 +46,8 @@ std::vector<LogField> makeFields() {
        Dimension::Angle,
        degrees,
        Between::ShorterArc,
-       -180,
-       360},
+       -180 - kRounding,
+       360 + kRounding},
   };
   for (const CanField& signal : canSignals()) {
     const Dimension dimension = dimensionOf(signal.name);

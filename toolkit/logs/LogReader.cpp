@@ -83,6 +83,7 @@ class TableReader {
     const auto time = std::find_if(columns_.begin(), columns_.end(), [](auto& column) {
       return column.field->dimension == Dimension::Time;
     });
+    if (table_.columns().empty()) table_.fail(1, "it is empty");
     if (time == columns_.end()) {
       table_.fail(1, "no column is the time; --log-map time=COLUMN:UNIT names it; there are " +
                          joined(table_.columns()));
@@ -122,12 +123,17 @@ class TableReader {
     for (std::size_t i = 0; i < table_.columns().size(); ++i) {
       const bool isRead = i == time_.at || std::find(read.begin(), read.end(), i) != read.end();
       const std::string& name = table_.plainNames()[i];
-      if (isRead || name.empty()) continue;
+      if (isRead || name.empty() || isEmpty(i)) continue;
       const bool lacksUnit =
           std::any_of(logFields().begin(), logFields().end(),
                       [&name](auto& field) { return field.isNamed(name) && needsUnit(field); });
       log.otherColumns.push_back(table_.columns()[i] + (lacksUnit ? " (without a unit)" : ""));
     }
+  }
+
+  bool isEmpty(std::size_t column) const {
+    return std::all_of(table_.rows().begin(), table_.rows().end(),
+                       [column](auto& row) { return trimmed(row.fields[column]).empty(); });
   }
 
   [[noreturn]] void failAtTime(const CsvTable::Row& row, const std::string& cell) const {

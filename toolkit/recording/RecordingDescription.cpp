@@ -14,6 +14,10 @@ bool hasStartPosition(const RecordingDescription& description) {
   return description.lng != 0 || description.lat != 0 || description.alt != 0;
 }
 
+int altitudesPerMetre(version_e version) {
+  return version == RTV_VER_04 ? 100 : version == RTV_VER_03 ? 1 : 0;
+}
+
 std::string bytesOfHex(const std::string& text) {
   std::string bytes(text.size() / 2, '\0');
   detail::hexToBytes(text, reinterpret_cast<unsigned char*>(bytes.data()),

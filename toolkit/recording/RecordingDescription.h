@@ -44,6 +44,10 @@ struct RecordingDescription {
 /// By its name; Recording::isRtv() is for one that is open.
 bool isRtvPath(const std::string& path);
 
+/// In how many units to a metre a version stores the altitude of its start position: hundredths,
+/// metres, or none.
+int altitudesPerMetre(version_e version);
+
 /// Whether positions mean a place on the earth.
 bool hasStartPosition(const RecordingDescription& description);
 

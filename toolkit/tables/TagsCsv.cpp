@@ -106,20 +106,16 @@ std::vector<Use> usesOf(const CsvTable& table, version_e version) {
 }
 
 TagColumn numberColumn(const std::string& name, Setter set, double perUnit) {
-  const auto clear = [set](FrameTag& tag) { set(tag, "0"); };
-  return {name, std::move(set), clear, dimensionOf(name), perUnit, true};
+  return {name, std::move(set), dimensionOf(name), perUnit, true};
 }
 
 TagColumn signalColumn(const CanField& field) {
   const auto set = [&field](FrameTag& tag, const std::string& text) {
     return setCanField(tag.can, field, text);
   };
-  const auto clear = [&field](FrameTag& tag) {
-    std::memset(reinterpret_cast<unsigned char*>(&tag.can) + field.offset, 0xFF, field.size());
-  };
   const Dimension dimension = dimensionOf(field.name);
   const bool rounds = dimension != Dimension::None && field.type != CanFieldType::Float;
-  return {field.name, set, clear, dimension, 1, rounds};
+  return {field.name, set, dimension, 1, rounds};
 }
 
 }  // namespace
@@ -171,15 +167,15 @@ std::vector<FrameTag> readTags(const CsvTable& table, const std::vector<std::str
   return tags;
 }
 
-std::string lostFromTags(const std::vector<FrameTag>& tags, version_e version) {
-  const auto any = [&tags](auto has) { return std::any_of(tags.begin(), tags.end(), has); };
+void TagContents::add(const FrameTag& tag) {
+  hasHeights = hasHeights || tag.z != 0;
+  hasCan = hasCan || tag.hasCan();
+}
+
+std::string TagContents::lostBy(version_e version) const {
   std::vector<std::string> lost;
-  if (version == RTV_VER_02 && any([](auto& tag) { return tag.z != 0; })) {
-    lost.emplace_back("heights");
-  }
-  if (version != RTV_VER_04 && any([](auto& tag) { return tag.hasCan(); })) {
-    lost.emplace_back("CAN signals");
-  }
+  if (hasHeights && version == RTV_VER_02) lost.emplace_back("heights");
+  if (hasCan && version != RTV_VER_04) lost.emplace_back("CAN signals");
   return joined(lost);
 }
 

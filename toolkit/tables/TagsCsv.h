@@ -17,8 +17,6 @@ struct TagColumn {
   std::string name;
   /// Takes a number as text, in the unit of the file; false if it does not fit.
   std::function<bool(FrameTag& tag, const std::string& text)> set;
-  /// Makes it 0, or a signal absent.
-  std::function<void(FrameTag& tag)> clear;
   /// Of numbers with a unit. What the format has no unit for, signals, is stored in m/s, degrees
   /// and metres if a table names one.
   Dimension dimension = Dimension::None;
@@ -41,8 +39,15 @@ std::vector<TagColumn> tagColumns(version_e version);
 std::vector<FrameTag> readTags(const CsvTable& table, const std::vector<std::string>& files,
                                version_e version);
 
-/// What is in the tags that the version has no field for, in words; empty if there is nothing.
-std::string lostFromTags(const std::vector<FrameTag>& tags, version_e version);
+/// What is in tags that not all versions have fields for.
+struct TagContents {
+  void add(const FrameTag& tag);
+  /// What the version loses of it, in words; empty if nothing.
+  std::string lostBy(version_e version) const;
+
+  bool hasHeights = false;
+  bool hasCan = false;
+};
 
 }  // namespace velmar::toolkit
 

@@ -140,6 +140,9 @@ CsvTable::CsvTable(std::string name, const std::string& text) : name_(std::move(
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";  // which spreadsheets write
   std::string_view content = text;
   if (content.starts_with(kByteOrderMark)) content.remove_prefix(kByteOrderMark.size());
+  if (content.starts_with("\xFF\xFE") || content.starts_with("\xFE\xFF")) {
+    fail(1, "it is UTF-16; save it as UTF-8");
+  }
   const char separator = separatorOf(content);
   CsvScanner scanner(content, separator);
   while (!scanner.finished()) {

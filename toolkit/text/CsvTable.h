@@ -60,8 +60,8 @@ std::string plainName(const std::string& name);
 std::string_view trimmed(std::string_view text);
 
 /// The row of each frame, in the frames' order. Rows name their frame in the column "file", by the
-/// path as it is in `files` or by its last part, or else in the column "index", from 0. Throws Failure
-/// unless rows and frames match one to one.
+/// path as it is in `files` or by its last part, or else in the column "index", from 0. Throws
+/// Failure unless rows and frames match one to one.
 std::vector<const CsvTable::Row*> rowsOfFrames(const CsvTable& table,
                                                const std::vector<std::string>& files);
 

@@ -9,6 +9,14 @@ namespace velmar::toolkit {
 
 namespace fs = std::filesystem;
 
+bool hasExtension(const std::string& path, std::initializer_list<std::string_view> extensions) {
+  std::string own = std::filesystem::path(path).extension().string();
+  std::transform(own.begin(), own.end(), own.begin(), [](char character) {
+    return character >= 'A' && character <= 'Z' ? static_cast<char>(character | 0x20) : character;
+  });
+  return std::find(extensions.begin(), extensions.end(), own) != extensions.end();
+}
+
 std::vector<std::string> listFolder(const std::string& folder, bool recursive,
                                     const std::function<bool(const std::string&)>& isWanted,
                                     const std::function<void(const Failure&)>& fail) {

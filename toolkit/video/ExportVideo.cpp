@@ -62,12 +62,11 @@ std::string signedDegrees(double degrees, std::size_t digits) {
 
 // Of an rtv that has one, as ISO 6709 writes it.
 std::string startPosition(const Recording& recording) {
-  if (!recording.isRtv()) return "";
+  if (!recording.isRtv() || !hasStartPosition(recording.description())) return "";
   double lat = 0;
   double lng = 0;
   double alt = 0;
   recording.parser()->getStdPosition(lat, lng, alt);
-  if (lat == 0 && lng == 0) return "";
   std::string text = signedDegrees(lat, 2) + signedDegrees(lng, 3);
   if (alt != 0) text += (alt > 0 ? "+" : "") + fixedText(alt, 2);
   return text + "/";
@@ -93,23 +92,24 @@ class VideoExporter {
 
   void run() {
     const auto stage = job_.begin(video_.path, frames_.size());
-    const auto writer = createVideo(description());
+    std::unique_ptr<VideoWriter> writer;
     StoredFrames stored(recording_);
     std::string jpeg;
+    std::size_t first = 0;  // that can be had: the video begins with it
     std::size_t done = 0;
     for (; done < frames_.size() && !stage->stopRequested(); stage->advance(++done)) {
       if (const FrameFlaw flaw = stored.read(frames_[done], jpeg)) {
         losses_.add(frames_[done], flaw);
-      } else {
-        writer->add(jpeg, done, times_[done] - times_[0]);
+        continue;
       }
+      if (!writer) {
+        first = done;
+        writer = createVideo(description(times_[first]));
+      }
+      writer->add(jpeg, done - first, times_[done] - times_[first]);
     }
     losses_.report(recording_.path(), frames_.size(), job_);
-    if (done == 0) {
-      throw Failure(video_.path, "there was no frame to write",
-                    VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
-    }
-    writer->finish();
+    if (writer) writer->finish();
     if (done < frames_.size()) job_.loseRest(recording_.path(), done, frames_.size());
   }
 
@@ -137,30 +137,38 @@ class VideoExporter {
     if (!keepsTimes()) {
       rate_ = averageRate(times_);
     } else if (!rate_) {
-      throw Failure(video_.path,
-                    "an AVI has no times of its own, and the rate of the frames varies; "
-                    "--constant-rate gives them even times, .mkv, .mp4 and .mov keep them",
-                    VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+      refuse(
+          "an AVI has no times of its own, and the rate of the frames varies; --constant-rate "
+          "gives them even times, .mkv, .mp4 and .mov keep them",
+          VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
     }
+    constexpr int kHighestRate = 1000;  // libavformat's AVI
+    if (rate_->frames / rate_->seconds >= kHighestRate && rate_->frames != kHighestRate) {
+      refuse("an AVI holds 1000 frames a second at the most; .mkv, .mp4 and .mov hold more",
+             VELMAR_ERROR_CODE_OUT_RANGE_E);
+    }
+  }
+
+  [[noreturn]] void refuse(const std::string& words, VELMAR_ERROR_CODE_E code) const {
+    throw Failure(video_.path, words, code);
   }
 
   void checkIntervals() const {
     if (container_ != VideoContainer::Mp4 && container_ != VideoContainer::Mov) return;
     for (std::size_t i = 1; i < times_.size(); ++i) {
       if (times_[i] - times_[i - 1] <= INT32_MAX) continue;
-      throw Failure(video_.path,
-                    "frame " + std::to_string(frames_[i]) +
-                        " comes more than 35 minutes after the frame before, which an .mkv holds",
-                    VELMAR_ERROR_CODE_OUT_RANGE_E);
+      refuse("an .mp4 or .mov holds no gap of more than 35 minutes, as before frame " +
+                 std::to_string(frames_[i]) + "; an .mkv does",
+             VELMAR_ERROR_CODE_OUT_RANGE_E);
     }
   }
 
-  VideoDescription description() const {
+  VideoDescription description(std::uint64_t startTime) const {
     return {video_.path,
             container_,
             recording_.description().size(),
             rate_,
-            times_.front(),
+            startTime,
             recording_.deviceId(),
             startPosition(recording_)};
   }

@@ -1,11 +1,11 @@
 #include "toolkit/video/RecordVideo.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "toolkit/base/Failure.h"
 #include "toolkit/jpeg/JpegInspector.h"
 #include "toolkit/recording/FrameLosses.h"
-#include "toolkit/tables/TagsCsv.h"
 #include "toolkit/video/VideoSource.h"
 #include "toolkit/writing/RecordingWriter.h"
 
@@ -29,10 +29,7 @@ class VideoRecorder {
       stage_ =
           job.begin(recording.path, video.selection.isAll() ? source_->facts().framesCount : 0);
     }
-    if (!source_->facts().hasTimes && !video.framesPerSecond) {
-      throw Failure(opening_.name(), "it has no times of its own; --fps gives the frames times",
-                    VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
-    }
+    if (!source_->facts().hasTimes && !video.framesPerSecond) refuseWithoutTimes();
     if (video.selection.isAll()) checkFramesCount(recording.path, source_->facts().framesCount);
     setStart();
   }
@@ -50,7 +47,7 @@ class VideoRecorder {
       throw Failure(opening_.name(), "there was no frame to record",
                     VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
     }
-    if (log_ != nullptr) finishLog();
+    if (log_ != nullptr) log_->finish(recording_.path, job_);
     writer_->finish();
   }
 
@@ -58,6 +55,11 @@ class VideoRecorder {
   bool waitReadable(int fd) {
     stopped_ = stopped_ || (stage_ && !stage_->waitReadable(fd));
     return !stopped_;
+  }
+
+  [[noreturn]] void refuseWithoutTimes() const {
+    throw Failure(opening_.name(), "it has no times of its own; --fps gives the frames times",
+                  VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
   }
 
   bool isStream() const { return video_.path == "-"; }
@@ -98,10 +100,7 @@ class VideoRecorder {
     full_ = isBeyondRtv();
     if (full_ || !hasRtvTime(number)) return;
     tellOddities(number);
-    if (log_ != nullptr) {
-      log_->fill(frame_.tag, captured);
-      tags_.push_back(frame_.tag);
-    }
+    if (log_ != nullptr) log_->fill(frame_.tag, captured);
     writer_->add(frame_.jpeg, frame_.times, frame_.tag);
     last_ = captured;
     stage_->advance(writer_->frames());
@@ -130,6 +129,15 @@ class VideoRecorder {
     return false;
   }
 
+  // An rtv has its place for so many frames from the start.
+  unsigned int framesMax() const {
+    const VideoFacts& facts = source_->facts();
+    const bool isKnown = facts.isCountExact && facts.framesCount > 0;
+    return isKnown ? static_cast<unsigned int>(
+                         std::min<std::uint64_t>(facts.framesCount, recording_.framesMax))
+                   : recording_.framesMax;
+  }
+
   void openWriter() {
     RecordingDescription description = recording_.description;
     description.setSize(*size_);
@@ -137,7 +145,7 @@ class VideoRecorder {
     checkRtvTimes(recording_.path, description, {frame_.times});
     rtvStart_ = description;
     writer_ =
-        std::make_unique<RecordingWriter>(recording_.path, description, recording_.framesMax,
+        std::make_unique<RecordingWriter>(recording_.path, description, framesMax(),
                                           isStream() ? RecordingWriter::OnFailure::KeepFrames
                                                      : RecordingWriter::OnFailure::RemoveFrames);
     writer_->syncEvery(recording_.syncInterval);
@@ -165,12 +173,6 @@ class VideoRecorder {
               frame_.times.sensor == *last_
                   ? "recorded with the time that the frame before has"
                   : "recorded with a time before that of the frame before");
-  }
-
-  void finishLog() {
-    log_->finish(job_);
-    const std::string lost = lostFromTags(tags_, recording_.description.version);
-    if (!lost.empty()) job_.lose(recording_.path, "it does not hold " + lost);
   }
 
   void reportRest() {
@@ -201,7 +203,6 @@ class VideoRecorder {
   std::optional<std::uint64_t> last_;  // time in the recording
   std::optional<FramePicker> picker_;
   NewFrame frame_;
-  std::vector<FrameTag> tags_;  // by the log
   JpegInspector inspector_;
   std::optional<detail::JpegSize> size_;
   std::uint64_t number_ = 0;

@@ -1,6 +1,7 @@
 #include <utility>
 
 #include "toolkit/base/Failure.h"
+#include "toolkit/text/FileNames.h"
 #include "toolkit/video/VideoWriter.h"
 
 namespace velmar::toolkit {
@@ -11,7 +12,7 @@ VideoContainer videoContainer(const std::string& path) {
                                                                  {".mov", VideoContainer::Mov},
                                                                  {".avi", VideoContainer::Avi}};
   for (const auto& [ending, container] : kEndings) {
-    if (path.ends_with(ending)) return container;
+    if (hasExtension(path, {ending})) return container;
   }
   throw Failure(path, "its name has to end in .mkv, .mp4, .mov or .avi",
                 VELMAR_ERROR_CODE_INVALID_FILE_NAME_E);

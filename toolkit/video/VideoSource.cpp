@@ -62,6 +62,7 @@ class ByteSource {
   AVIOContext* io() { return io_.get(); }
   // The errno of a failed read, which libavformat may take for the end.
   int cause() const { return cause_; }
+  bool canSeek() const { return io_->seek != nullptr; }
   // 0 if nobody knows.
   std::int64_t size() const { return size_; }
   // What a file begins with.
@@ -153,6 +154,7 @@ class LibavSource final : public VideoSource {
 
   bool next() override {
     const bool found = isMjpeg() ? nextPacket() : nextPicture();
+    if (found) readTime();
     if (!found && undecoded_ > 0) {
       job_.lose(name_, std::to_string(std::exchange(undecoded_, 0)) +
                            " frames or parts of frames do not decode and are left out");
@@ -161,14 +163,12 @@ class LibavSource final : public VideoSource {
   }
 
   std::optional<std::int64_t> time() const override {
-    std::int64_t time = isMjpeg() ? packet_->pts : frame_->pts;
-    // Containers without times of presentation have times of decoding, which lead to them.
-    if (time == AV_NOPTS_VALUE) time = isMjpeg() ? packet_->dts : frame_->best_effort_timestamp;
-    if (time == AV_NOPTS_VALUE) return std::nullopt;
-    return av_rescale_q(time, stream_->time_base, kMicroseconds);
+    if (!time_) return std::nullopt;
+    return av_rescale_q(*time_, stream_->time_base, kMicroseconds);
   }
 
   std::string flaw() const override {
+    if (isEstimated_) return "its time is estimated";
     if (!isMjpeg()) {
       const bool isDamaged =
           frame_->decode_error_flags != 0 || (frame_->flags & AV_FRAME_FLAG_CORRUPT) != 0;
@@ -190,6 +190,7 @@ class LibavSource final : public VideoSource {
   }
 
  private:
+  bool isMov() const { return std::string_view(format_->iformat->name).starts_with("mov,"); }
   bool isMjpeg() const { return stream_->codecpar->codec_id == AV_CODEC_ID_MJPEG; }
 
   Failure refusal(const std::string& words) const {
@@ -229,15 +230,20 @@ class LibavSource final : public VideoSource {
 
   void readFacts() {
     const std::string demuxer = format_->iformat->name;
+    // Bare streams of codecs, for which libavformat would count up at a rate of its own.
+    const auto bare = {"h264", "hevc", "m4v", "mpegvideo", "obu"};
     facts_.hasTimes = (format_->iformat->flags & AVFMT_NOTIMESTAMPS) == 0 &&
-                      !demuxer.ends_with("_pipe") && !demuxer.starts_with("image2");
+                      !demuxer.ends_with("_pipe") && !demuxer.starts_with("image2") &&
+                      std::find(bare.begin(), bare.end(), demuxer) == bare.end();
     facts_.size = {stream_->codecpar->width, stream_->codecpar->height};
     facts_.framesCount =
         stream_->nb_frames > 0 ? static_cast<std::uint64_t>(stream_->nb_frames) : 0;
     // AVI has only a date.
     for (const char* key : {"creation_time", "date"}) {
       const AVDictionaryEntry* const entry = av_dict_get(format_->metadata, key, nullptr, 0);
-      const auto time = entry != nullptr ? parseTime(entry->value) : std::nullopt;
+      // A bare number is a year or a day.
+      const bool isTime = entry != nullptr && !parseNumber(entry->value);
+      const auto time = isTime ? parseTime(entry->value) : std::nullopt;
       if (time && !facts_.creationTime) facts_.creationTime = time;
     }
     if (const auto* matrix = av_stream_get_side_data(stream_, AV_PKT_DATA_DISPLAYMATRIX, nullptr)) {
@@ -248,7 +254,15 @@ class LibavSource final : public VideoSource {
                              " degrees; the frames are recorded as they are stored");
       }
     }
-    if (isMjpeg() && stream_->codecpar->field_order > AV_FIELD_PROGRESSIVE) noteFields();
+    facts_.isCountExact = isMov();
+    if (!isMjpeg()) return;
+    if (stream_->codecpar->field_order > AV_FIELD_PROGRESSIVE) noteFields();
+    if (stream_->codecpar->color_range == AVCOL_RANGE_MPEG) {
+      job_.note(
+          name_,
+          "its JPEGs have limited range, which readers of JPEGs take for full range; they are "
+          "recorded as they are and will look pale");
+    }
   }
 
   void noteFields() {
@@ -261,6 +275,25 @@ class LibavSource final : public VideoSource {
     if (!assumed.empty()) job_.note(name_, "it does not name its colours; assumed: " + assumed);
   }
 
+  // In units of the stream.
+  void readTime() {
+    const bool isPacket = isMjpeg();
+    std::int64_t time = isPacket ? packet_->pts : frame_->pts;
+    // Containers without times of presentation have times of decoding, which lead to them.
+    if (time == AV_NOPTS_VALUE) time = isPacket ? packet_->dts : frame_->best_effort_timestamp;
+    isEstimated_ = time == AV_NOPTS_VALUE && time_ && interval() > 0;
+    if (isEstimated_) {
+      time_ = *time_ + interval();
+    } else {
+      time_ = time == AV_NOPTS_VALUE ? std::nullopt : std::optional(time);
+    }
+  }
+
+  std::int64_t interval() const {
+    const AVRational rate = stream_->avg_frame_rate;
+    return rate.num > 0 ? av_rescale_q(1, av_inv_q(rate), stream_->time_base) : 0;
+  }
+
   // Of the stream.
   bool readPacket() {
     while (!ended_) {
@@ -270,6 +303,11 @@ class LibavSource final : public VideoSource {
       if (result >= 0 && packet_->stream_index != stream_->index) continue;
       if (result >= 0) return true;
       const int cause = bytes_.cause() != 0 ? AVERROR(bytes_.cause()) : result;
+      if (isMov() && !bytes_.canSeek() && cause != AVERROR_EOF && cause != AVERROR_EXIT) {
+        throw refusal(
+            "from a pipe an MP4 or MOV has to have its index in front (ffmpeg: -movflags "
+            "faststart); as a file it need not");
+      }
       if (isCutShort()) {
         job_.lose(name_, "it is cut short; its other frames are missing");
       } else if (cause != AVERROR_EOF && cause != AVERROR_EXIT) {
@@ -327,6 +365,10 @@ class LibavSource final : public VideoSource {
       throw std::bad_alloc();
     }
     decoder_->pkt_timebase = stream_->time_base;
+    if (std::int64_t{parameters.width} * parameters.height > kPixelsMax) {
+      throw refusal("its pictures of " + std::to_string(parameters.width) + "x" +
+                    std::to_string(parameters.height) + " pixels are too large to decode");
+    }
     decoder_->thread_count = kDecodingThreads;
     decoder_->max_pixels = kPixelsMax;
     const int result = avcodec_open2(decoder_.get(), codec, nullptr);
@@ -343,6 +385,8 @@ class LibavSource final : public VideoSource {
   LibavOwner<AVFormatContext> format_;
   AVStream* stream_ = nullptr;
   VideoFacts facts_;
+  std::optional<std::int64_t> time_;  // of the frame, in units of the stream
+  bool isEstimated_ = false;
   bool isFirst_ = true;  // no picture has been decoded
   bool ended_ = false;
   std::uint64_t undecoded_ = 0;

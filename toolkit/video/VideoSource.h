@@ -17,7 +17,8 @@ struct VideoFacts {
   bool hasTimes = true;                       ///< a bare stream of pictures has none
   std::optional<std::uint64_t> creationTime;  ///< microseconds since 1970
   std::uint64_t framesCount = 0;              ///< 0 if it does not say
-  detail::JpegSize size{};                    ///< of its frames
+  bool isCountExact = false;
+  detail::JpegSize size{};  ///< of its frames
 };
 
 /// The frames of a video, one after the other as they are shown. Frames that are JPEGs in it stay
@@ -29,7 +30,7 @@ class VideoSource {
 
   /// Goes to the next frame. False at the end; the job has been told if that is not the video's.
   virtual bool next() = 0;
-  /// Of this frame, microseconds; nothing if it has none.
+  /// Of this frame, microseconds; nothing if it has none. See flaw() for those that are estimated.
   virtual std::optional<std::int64_t> time() const = 0;
   /// What is wrong with this frame; empty if nothing is known.
   virtual std::string flaw() const = 0;

@@ -32,7 +32,7 @@ class DriveLogTest : public testing::Test {
     std::vector<std::uint64_t> times;
     for (const std::uint64_t time : milliseconds) times.push_back(kStart + 1000 * time);
     std::vector<FrameTag> tags(times.size());
-    DriveLog(request_, description_).fill(tags, times, job_);
+    DriveLog(request_, description_).fillAll(tags, times, "out.rtv", job_);
     return tags;
   }
 
@@ -114,6 +114,10 @@ TEST_F(DriveLogTest, ReadsOtherShapes) {
       {"<gpx><trk><trkseg><trkpt lat='1' lon='2'><time>2023-11-14T22:13:20Z</time><extensions>"
        "<a:b><a:speed>9</a:speed></a:b></extensions></trkpt></trkseg></trk></gpx>",
        "", 900},
+      {"<g:gpx><g:trk><g:trkseg><g:trkpt lat='1' lon='2'><g:time>2023-11-14T22:13:20Z</g:time>"
+       "<g:speed>7</g:speed></g:trkpt></g:trkseg></g:trk></g:gpx>",
+       "", 700},
+      {"time_s,heading_rad,speed_kmh\n1700000000,6.28318531,9\n", "", 250},
   };
   for (const auto& one : cases) {
     request_ = {};
@@ -145,8 +149,30 @@ TEST_F(DriveLogTest, TakesEachFieldFromTheLogThatHasIt) {
   EXPECT_EQ(tags[1].x, 0);
   EXPECT_FALSE(tags[1].hasCan());
   EXPECT_EQ(tags[1].relativeDistance, 3048U);
-  add("c.csv", "time_us,x_m\n1700000000000000,1\n");
-  EXPECT_THROW(read({0}), Failure);
+  add("c.csv", "time_us,x_m\n1700000001000001,1\n1700000002000000,1\n");
+  EXPECT_EQ(read({0, 1500})[1].x, 100);
+  add("d.csv", "time_us,x_m\n1700000002000000,1\n");
+  EXPECT_THROW(read({0, 2000}), Failure);
+}
+
+TEST_F(DriveLogTest, LeavesWhatItHasNoValueFor) {
+  add("a.csv", "time_s,speed_kmh\n1700000000,36\n1700000001,36\n");
+  std::vector<FrameTag> tags(2);
+  for (FrameTag& tag : tags) tag.speed = tag.x = 7;
+  DriveLog(request_, description_).fillAll(tags, {kStart, kStart + 1000001}, "out.rtv", job_);
+  EXPECT_EQ(tags[0].speed, 1000);
+  EXPECT_EQ(tags[0].x, 7);
+  EXPECT_EQ(tags[1].speed, 7);
+}
+
+TEST_F(DriveLogTest, TakesNoStartFromAReceiverWithoutAFix) {
+  add("a.csv", "time_s,lat,lng\n1700000000,0,0\n1700000001,0,45\n1700000002,0.0001,45\n");
+  const auto tags = read({0, 1000, 2000});
+  EXPECT_EQ(tags[0].x, 0);
+  EXPECT_EQ(tags[1].x, 0);
+  EXPECT_EQ(tags[2].y, 1106);
+  EXPECT_EQ(description_.lng, 1 << 29);
+  EXPECT_NE(job_.lines[0].find("; 1 rows at 0, 0"), std::string::npos);
 }
 
 TEST_F(DriveLogTest, NamesTheLineThatDoesNotFit) {
@@ -184,6 +210,8 @@ TEST_F(DriveLogTest, NamesTheLineThatDoesNotFit) {
        "it goes from 2020-09-13T12:26:40.000000Z to 2020-09-13T12:26:40.000000Z, the frames from "},
       {"time_s,speed_kmh\n1700000001,1\n", "", "it goes from 2023-11-14T22:13:21.000000Z"},
       {"time_s,speed_kmh\n", "", "line 1: there is no row behind the header"},
+      {"", "", "line 1: it is empty"},
+      {"\xFF\xFEt", "", "line 1: it is UTF-16; save it as UTF-8"},
       {"<gpx>\n<trk>", "", "line 2: it is no XML: "},
       {"<gpx/>", "", "line 1: it has no track points"},
       {"<kml/>", "", "line 1: it is XML, but no GPX"},

@@ -54,10 +54,15 @@ TEST(TagsCsv, TellsWhatTheVersionHasNoFieldFor) {
   const auto full =
       read("index,z,abs_active,relative_distance\n0,0,,4294967295\n1,1,0,0\n", RTV_VER_02);
   EXPECT_EQ(static_cast<int>(full[0].relativeDistance), -1);
-  EXPECT_EQ(lostFromTags(full, RTV_VER_02), "heights, CAN signals");
-  EXPECT_EQ(lostFromTags(full, RTV_VER_03), "CAN signals");
-  EXPECT_EQ(lostFromTags(full, RTV_VER_04), "");
-  EXPECT_EQ(lostFromTags(read("index,z,abs_active\n0,0,\n1,,\n"), RTV_VER_02), "");
+  const auto lost = [](const std::vector<FrameTag>& tags, version_e version) {
+    TagContents contents;
+    for (const FrameTag& tag : tags) contents.add(tag);
+    return contents.lostBy(version);
+  };
+  EXPECT_EQ(lost(full, RTV_VER_02), "heights, CAN signals");
+  EXPECT_EQ(lost(full, RTV_VER_03), "CAN signals");
+  EXPECT_EQ(lost(full, RTV_VER_04), "");
+  EXPECT_EQ(lost(read("index,z,abs_active\n0,0,\n1,,\n"), RTV_VER_02), "");
 }
 
 TEST(TagsCsv, NamesWhatDoesNotFit) {

@@ -1,7 +1,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
+#include <filesystem>
 
 #include "program/DescriptionOptions.h"
 #include "program/LogOptions.h"
@@ -16,7 +18,6 @@
 #include "toolkit/tables/FrameColumns.h"
 #include "toolkit/tables/TagsCsv.h"
 #include "toolkit/tables/TimesCsv.h"
-#include "toolkit/text/Joined.h"
 #include "toolkit/video/RecordVideo.h"
 #include "toolkit/writing/OutputGuard.h"
 
@@ -38,7 +39,7 @@ struct Options {
   bool encode = false;
   bool allowTruncated = false;
   bool force = false;
-  VideoInput video;
+  FrameSelection selection;                  // of a video
   std::vector<const CLI::Option*> ofVideos;  // make no sense for pictures
 
   // A stream of JPEGs has no times, a video has.
@@ -48,6 +49,14 @@ struct Options {
   bool readsStream() const { return isStandardInput() && !readsVideo(); }
   bool readsExif() const { return timesFile == "exif"; }
   bool isStandardInput() const { return inputs.size() == 1 && inputs[0] == "-"; }
+  // What is read beside the frames.
+  std::vector<std::string> otherInputs() const {
+    std::vector<std::string> files = description.inputs();
+    if (!timesFile.empty() && !readsExif()) files.push_back(timesFile);
+    if (!tagsFile.empty()) files.push_back(tagsFile);
+    files.insert(files.end(), log.request.files.begin(), log.request.files.end());
+    return files;
+  }
 };
 
 FrameClock clockOf(const Options& options) {
@@ -56,84 +65,55 @@ FrameClock clockOf(const Options& options) {
   return {options.startTime.value_or(now.count()), *options.framesPerSecond};
 }
 
-std::string someOf(const std::vector<std::string>& files) {
-  constexpr std::size_t kShown = 5;
-  if (files.size() <= kShown) return joined(files);
-  return joined({files.begin(), files.begin() + kShown}) + " and " +
-         std::to_string(files.size() - kShown) + " more";
-}
-
-// Without those that would have to be encoded, unless they are to be.
-std::vector<std::string> picturesOf(const Options& options, Job& job) {
-  std::vector<std::string> pictures = listPictures(options.inputs);
-  if (options.encode) return pictures;
-  const auto others = std::stable_partition(pictures.begin(), pictures.end(),
-                                            [](auto& path) { return !isOtherPicture(path); });
-  if (others == pictures.end()) return pictures;
-  const std::string remedy = "--encode records PNG, BMP, TIFF and WebP pictures as JPEGs";
-  if (others == pictures.begin()) {
-    throw Failure(someOf(pictures), "not a JPEG; " + remedy, VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
-  }
-  job.lose(someOf({others, pictures.end()}), "left out, not a JPEG; " + remedy);
-  pictures.erase(others, pictures.end());
-  return pictures;
-}
-
-// The files in the order of these times.
-std::vector<FrameTimes> sortByExifTimes(std::vector<std::string>& files) {
-  std::vector<std::pair<std::uint64_t, std::string>> taken;
-  for (const std::string& file : files) taken.emplace_back(exifTime(file), file);
-  std::stable_sort(taken.begin(), taken.end(),
-                   [](auto& one, auto& other) { return one.first < other.first; });
-  std::vector<FrameTimes> times;
-  for (std::size_t i = 0; i < taken.size(); ++i) {
-    times.push_back({taken[i].first, taken[i].first});
-    files[i] = taken[i].second;
-  }
-  return times;
-}
-
 std::vector<FrameTimes> timesOf(const Options& options, std::vector<std::string>& files, Job& job) {
-  if (options.readsExif()) return sortByExifTimes(files);
-  if (!options.timesFile.empty()) {
+  if (!options.timesFile.empty() && !options.readsExif()) {
     return readTimes(readFrameTable(options.timesFile, job, {"file"}), files);
   }
-  const FrameClock clock = clockOf(options);
   std::vector<FrameTimes> times;
-  for (std::size_t i = 0; i < files.size(); ++i) times.push_back({clock.at(i), clock.at(i)});
+  if (options.readsExif()) {
+    for (const std::uint64_t time : sortByExifTimes(files)) times.push_back({time, time});
+  } else {
+    const FrameClock clock = clockOf(options);
+    for (std::size_t i = 0; i < files.size(); ++i) times.push_back({clock.at(i), clock.at(i)});
+  }
   return times;
+}
+
+std::vector<FrameTag> readTagsOf(const Options& options, const std::vector<std::string>& files,
+                                 version_e version, Job& job) {
+  auto tags = readTags(readFrameTable(options.tagsFile, job, {"file"}), files, version);
+  TagContents contents;
+  for (const FrameTag& tag : tags) contents.add(tag);
+  const std::string lost = contents.lostBy(version);
+  if (!lost.empty()) job.lose(options.output, "it does not hold " + lost);
+  return tags;
 }
 
 // By the table or by the logs, which may set the start position.
 std::vector<FrameTag> tagsOf(const Options& options, const FrameFiles& files,
                              RecordingDescription& description, Job& job) {
-  std::vector<FrameTag> tags(files.paths.size());
-  if (options.log.isGiven()) {
-    std::vector<std::uint64_t> times;
-    for (const FrameTimes& time : files.times) times.push_back(time.sensor);
-    DriveLog(options.log.request, description).fill(tags, times, job);
-  } else if (!options.tagsFile.empty()) {
-    tags =
-        readTags(readFrameTable(options.tagsFile, job, {"file"}), files.paths, description.version);
+  if (!options.tagsFile.empty()) {
+    return readTagsOf(options, files.paths, description.version, job);
   }
-  const std::string lost = lostFromTags(tags, description.version);
-  if (!lost.empty()) job.lose(options.output, "it does not hold " + lost);
+  std::vector<FrameTag> tags(files.paths.size());
+  if (!options.log.isGiven()) return tags;
+  std::vector<std::uint64_t> times;
+  for (const FrameTimes& time : files.times) times.push_back(time.sensor);
+  DriveLog(options.log.request, description).fillAll(tags, times, options.output, job);
   return tags;
 }
 
 ReservedOutput reserveOutput(const Options& options, std::vector<std::string> inputs) {
-  for (const std::string& file : options.description.inputs()) inputs.push_back(file);
-  if (!options.timesFile.empty() && !options.readsExif()) inputs.push_back(options.timesFile);
-  if (!options.tagsFile.empty()) inputs.push_back(options.tagsFile);
-  const std::vector<std::string>& logs = options.log.request.files;
-  inputs.insert(inputs.end(), logs.begin(), logs.end());
+  const std::vector<std::string> others = options.otherInputs();
+  inputs.insert(inputs.end(), others.begin(), others.end());
   checkExtension(options.output);
   return {options.output, inputs, options.force};
 }
 
 ExitStatus recordPictures(const Options& options, CommandJob& job) {
   FrameFiles files;
-  files.paths = picturesOf(options, job);
+  files.paths = listPictures(options.inputs);
+  if (!options.encode) files.paths = withoutOtherPictures(files.paths, job);
   const ReservedOutput reserved = reserveOutput(options, files.paths);
   checkFramesCount(options.output, files.paths.size());
   auto description = options.description.description(options.output, job);
@@ -159,7 +139,8 @@ ExitStatus recordStandardInput(const Options& options, CommandJob& job) {
 
 ExitStatus recordVideoFile(const Options& options, CommandJob& job) {
   const ReservedOutput reserved = reserveOutput(options, options.inputs);
-  VideoInput video = options.video;
+  VideoInput video;
+  video.selection = options.selection;
   video.path = options.inputs[0];
   video.startTime = options.startTime;
   video.framesPerSecond = options.framesPerSecond;
@@ -178,13 +159,17 @@ ExitStatus create(const Options& options, CommandJob& job) {
 }
 
 void checkUsageOfVideo(const Options& options) {
+  std::error_code error;
+  if (!options.isStandardInput() && !std::filesystem::exists(options.inputs[0], error)) {
+    throw Failure::ofSystem(options.inputs[0], "cannot open it", ENOENT);
+  }
   if (!options.timesFile.empty() || !options.tagsFile.empty() || options.allowTruncated ||
       options.encode) {
     throw UsageError(
         "create: --times, --tags, --encode and --allow-truncated are for pictures, not for " +
         (options.isStandardInput() ? "a stream" : "the video " + options.inputs[0]));
   }
-  if (options.framesPerSecond) clockOf(options);
+  if (options.framesPerSecond) clockOf(options);  // refuses a rate that cannot be
 }
 
 void checkUsageOfPictures(const Options& options) {
@@ -199,7 +184,7 @@ void checkUsageOfPictures(const Options& options) {
   if (options.timesFile.empty() == !options.framesPerSecond) {
     throw UsageError("create: the frames' times come from --times or from --fps");
   }
-  if (options.framesPerSecond) clockOf(options);
+  if (options.framesPerSecond) clockOf(options);  // refuses a rate that cannot be
   if (options.startTime && !options.framesPerSecond && !isRtvPath(options.output)) {
     throw UsageError("create: --start-time goes with --fps or with an .rtv");
   }
@@ -229,10 +214,12 @@ void checkUsage(const Options& options) {
   if (options.log.isGiven() && !options.tagsFile.empty()) {
     throw UsageError("create: --tags and --log both give the frames' tags; give one of them");
   }
-  options.readsVideo() ? checkUsageOfVideo(options) : checkUsageOfPictures(options);
-  std::vector<std::string> read = options.description.inputs();
-  read.insert(read.end(), {options.timesFile, options.tagsFile});
-  read.insert(read.end(), options.log.request.files.begin(), options.log.request.files.end());
+  if (options.readsVideo()) {
+    checkUsageOfVideo(options);
+  } else {
+    checkUsageOfPictures(options);
+  }
+  std::vector<std::string> read = options.otherInputs();
   if (options.isStandardInput()) read.emplace_back("-");
   checkStandardInputOnce(read);
 }
@@ -249,11 +236,12 @@ void addFrameOptions(CLI::App& command, Options& options) {
       command, [&options](double rate) { options.framesPerSecond = rate; },
       "Frames a second, such as 30 or 30000/1001, instead of --times or a video's own times; with "
       "-, standard input is a stream of JPEGs");
-  addStartTimeOption(
-      command, options.startTime,
-      "Capture time of the first frame for --fps, now if not given, and of a video, the time when "
-      "it was made if not given; with --times the start of an rtv, its first frame if not given. "
-      "Microseconds since 1970 or RFC 3339");
+  addStartTimeOption(command, options.startTime,
+                     "Capture time of the first frame, microseconds since 1970 or RFC 3339; with "
+                     "--times, the start "
+                     "of an rtv. If not given: now with --fps, of a video when it was made, of an "
+                     "rtv with --times "
+                     "its first frame");
   command
       .add_option(
           "--tags", options.tagsFile,
@@ -267,7 +255,7 @@ void addFrameOptions(CLI::App& command, Options& options) {
 }
 
 void addPictureOptions(CLI::App& command, Options& options) {
-  options.ofVideos = addSelectionOptions(command, options.video.selection);
+  options.ofVideos = addSelectionOptions(command, options.selection);
   command.add_flag("--encode", options.encode,
                    "Also record PNG, BMP, TIFF and WebP pictures, as JPEGs; they are left out if "
                    "not given");

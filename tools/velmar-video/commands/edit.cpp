@@ -53,9 +53,7 @@ ExitStatus edit(const Options& options, CommandJob& job) {
   }
   if (options.log.isGiven()) {
     request.changeTags = [&](const auto& times, auto& tags, auto& description) {
-      DriveLog(options.log.request, description).fill(tags, times, job);
-      const std::string lost = lostFromTags(tags, description.version);
-      if (!lost.empty()) job.lose(options.file, "it does not hold " + lost);
+      DriveLog(options.log.request, description).fillAll(tags, times, options.file, job);
     };
   }
   const std::string text = options.dryRun

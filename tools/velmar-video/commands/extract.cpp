@@ -29,16 +29,16 @@ struct Options {
   PictureForm form;
   unsigned int jobs = 1;
   bool force = false;
-  std::vector<const CLI::Option*> decoding;  // without any of them jpg are the stored bytes
   const CLI::Option* quality = nullptr;
   const CLI::Option* compression = nullptr;
 };
 
 PictureForm formOf(const Options& options) {
   PictureForm form = options.form;
-  const bool decodes = std::any_of(options.decoding.begin(), options.decoding.end(),
-                                   [](const CLI::Option* option) { return option->count() > 0; });
-  if (form.kind == PictureForm::Kind::Jpeg && !decodes) form.kind = PictureForm::Kind::Stored;
+  const bool changes = form.scale != SCALE_FACTOR_1_1_E || form.cropTop != 0 ||
+                       form.cropBottom != 0 || form.format == VELMAR_FORMAT_GRAY_E ||
+                       options.quality->count() > 0;
+  if (form.kind == PictureForm::Kind::Jpeg && !changes) form.kind = PictureForm::Kind::Stored;
   return form;
 }
 
@@ -67,13 +67,13 @@ void checkUsage(const Options& options) {
 
 // An option that takes one of the names.
 template <typename Value>
-CLI::Option* addChoice(CLI::App& command, const std::string& name, const std::string& type,
-                       const std::string& help, const std::map<std::string, Value>& choices,
-                       Value& chosen) {
+void addChoice(CLI::App& command, const std::string& name, const std::string& type,
+               const std::string& help, const std::map<std::string, Value>& choices,
+               Value& chosen) {
   std::vector<std::string> names;
   names.reserve(choices.size());
   for (const auto& choice : choices) names.push_back(choice.first);
-  return command
+  command
       .add_option_function<std::string>(
           name, [&](const std::string& text) { chosen = choices.at(text); }, help)
       ->type_name(type)
@@ -82,26 +82,23 @@ CLI::Option* addChoice(CLI::App& command, const std::string& name, const std::st
 
 void addDecodingOptions(CLI::App& command, Options& options) {
   PictureForm& form = options.form;
-  options.decoding = {
-      addChoice(command, "--format", "FORMAT",
-                "Pixels: rgb, gray, or for png and ppm bgr, which stores blue first although the "
-                "file type says red; rgb if not given",
-                kFormats, form.format),
-      addChoice(command, "--scale", "SCALE", "Size of the pictures, 1/1 if not given", kScales,
-                form.scale),
-      command
-          .add_option("--crop-top", form.cropTop, "Rows to cut at the top, counted before scaling")
-          ->type_name("N"),
-      command
-          .add_option("--crop-bottom", form.cropBottom,
-                      "Rows to cut at the bottom, counted before scaling")
-          ->type_name("N"),
-      command
-          .add_option("--quality", form.quality,
-                      "Of jpg that are decoded and encoded again, 1 to 100; 90 if not given")
-          ->type_name("N")
-          ->check(CLI::Range(1, 100).description(""))};
-  options.quality = options.decoding.back();
+  addChoice(command, "--format", "FORMAT",
+            "Pixels: rgb, gray, or for png and ppm bgr, which stores blue first although the "
+            "file type says red; rgb if not given",
+            kFormats, form.format);
+  addChoice(command, "--scale", "SCALE", "Size of the pictures, 1/1 if not given", kScales,
+            form.scale);
+  command.add_option("--crop-top", form.cropTop, "Rows to cut at the top, counted before scaling")
+      ->type_name("N");
+  command
+      .add_option("--crop-bottom", form.cropBottom,
+                  "Rows to cut at the bottom, counted before scaling")
+      ->type_name("N");
+  options.quality = command
+                        .add_option("--quality", form.quality,
+                                    "Of jpg that are encoded again, 1 to 100; 90 if not given")
+                        ->type_name("N")
+                        ->check(CLI::Range(1, 100).description(""));
   options.compression =
       command
           .add_option("--compression", form.compression,
@@ -129,10 +126,12 @@ void addOptions(CLI::App& command, Options& options) {
           "much memory for the size of the recording")
       ->type_name("N")
       ->check(CLI::Range(1U, 256U).description(""));
-  command.add_flag("!--no-table", options.folder.hasTable,
-                   "Without frames.csv, the table of the pictures beside them");
+  command.add_flag_callback(
+      "--no-table", [&options] { options.folder.hasTable = false; },
+      "Without frames.csv, the table of the pictures beside them");
   command.add_flag("--skip-existing", options.folder.keepsExisting,
-                   "Keep existing pictures, to go on where an earlier run was stopped");
+                   "Keep existing pictures, to go on where an earlier run was stopped; their rows "
+                   "stay in frames.csv");
   command.add_flag("--force", options.force, "Replace existing pictures");
 }
 

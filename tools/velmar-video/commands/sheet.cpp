@@ -2,6 +2,7 @@
 #include "program/Tool.h"
 #include "toolkit/base/OutputFile.h"
 #include "toolkit/editing/ContactSheet.h"
+#include "toolkit/text/FileNames.h"
 #include "toolkit/writing/OutputGuard.h"
 
 namespace velmar::tool {
@@ -16,26 +17,25 @@ struct Options {
   std::optional<unsigned int> count;
   unsigned int columns = 6;
   bool force = false;
-
-  bool isPng() const { return output.ends_with(".png"); }
 };
 
 ExitStatus makeSheet(const Options& options, CommandJob& job) {
+  const bool isPng = hasExtension(options.output, {".png"});
+  if (!isPng && !hasExtension(options.output, {".jpg", ".jpeg"})) {
+    throw Failure(options.output, "its name has to end in .jpg, .jpeg or .png",
+                  VELMAR_ERROR_CODE_INVALID_FILE_NAME_E);
+  }
   const Recording recording = openRecording(options.file, job);
   checkOutput(options.output, {options.file}, options.force);
   constexpr std::size_t kCount = 30;
+  constexpr int kCompression = 6;
+  constexpr int kQuality = 90;
   const std::vector<unsigned int> frames = options.selection.frames(recording);
   const std::size_t count =
       options.count.value_or(options.every->count() > 0 ? frames.size() : kCount);
   const Picture sheet = drawContactSheet(recording, spread(frames, count), options.columns, job);
-  replaceFile(options.output, options.isPng() ? encodePng(sheet, 6) : encodeJpeg(sheet, 90));
+  replaceFile(options.output, isPng ? encodePng(sheet, kCompression) : encodeJpeg(sheet, kQuality));
   return job.status();
-}
-
-void checkUsage(const Options& options) {
-  if (!options.isPng() && !options.output.ends_with(".jpg") && !options.output.ends_with(".jpeg")) {
-    throw UsageError("sheet: the name of the sheet has to end in .jpg or .png");
-  }
 }
 
 void addOptions(CLI::App& command, Options& options) {
@@ -60,7 +60,7 @@ void addOptions(CLI::App& command, Options& options) {
 void addSheetCommand(Tool& tool) {
   tool.addCommand<Options>({"sheet", "Draw small pictures of frames and their times on one sheet.",
                             "sheet drive.img sheet.jpg --count 40 --columns 8"},
-                           {addOptions, makeSheet, checkUsage});
+                           {addOptions, makeSheet});
 }
 
 }  // namespace velmar::tool

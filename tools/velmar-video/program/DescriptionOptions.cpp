@@ -43,7 +43,7 @@ std::vector<double> parsePosition(const std::string& text) {
 
 // Says if the version has no unit as small as the altitude needs.
 int storedAltitude(double metres, version_e version, const std::string& output, Job& job) {
-  const double unitsPerMetre = version == RTV_VER_04 ? 100 : 1;
+  const double unitsPerMetre = altitudesPerMetre(version);
   const double units = metres * unitsPerMetre;
   if (std::abs(units) > 2e9) throw UsageError("--start-position: that is not an altitude");
   const double stored = std::round(units);
