@@ -1,7 +1,6 @@
 #include "toolkit/tables/FrameLine.h"
 
 #include <cmath>
-#include <cstring>
 #include <string_view>
 
 #include "toolkit/tables/FrameColumns.h"
@@ -12,27 +11,12 @@ namespace velmar::toolkit {
 
 namespace {
 
-template <typename T>
-T valueAt(const can_data_io& can, const CanField& field) {
-  T value;
-  std::memcpy(&value, reinterpret_cast<const unsigned char*>(&can) + field.offset, sizeof value);
-  return value;
-}
-
-// Empty for infinity, which no signal can have and JSON cannot say.
-std::string signalText(const can_data_io& can, const CanField& field) {
-  switch (field.type) {
-    case CanFieldType::Float: {
-      const auto value = valueAt<float>(can, field);
-      return std::isfinite(value) ? numberText(value) : "";
-    }
-    case CanFieldType::Unsigned8:
-      return numberText(static_cast<unsigned int>(valueAt<unsigned char>(can, field)));
-    case CanFieldType::Unsigned16:
-      return numberText(valueAt<unsigned short>(can, field));
-    default:
-      return numberText(valueAt<unsigned int>(can, field));
-  }
+// Empty if it is absent, and for infinity, which no signal can have and JSON cannot say.
+std::string signalText(const can_data_io& can, const CanField& signal) {
+  const double value = signalValue(can, signal);
+  if (!std::isfinite(value)) return "";
+  if (signal.type == CanFieldType::Float) return numberText(static_cast<float>(value));
+  return numberText(static_cast<unsigned int>(value));
 }
 
 std::string canJson(const can_data_io& can) {
@@ -49,8 +33,7 @@ std::string canJson(const can_data_io& can) {
 std::string canCsv(const can_data_io& can) {
   std::string text;
   for (const CanField& field : canSignals()) {
-    text += ",";
-    if (!canFieldIsAbsent(can, field)) text += signalText(can, field);
+    text.append(",").append(signalText(can, field));
   }
   return text;
 }

@@ -1,5 +1,7 @@
 #include "toolkit/tables/Track.h"
 
+#include <cmath>
+
 #include "toolkit/text/Joined.h"
 #include "toolkit/text/JsonText.h"
 #include "toolkit/text/NumberText.h"
@@ -40,6 +42,15 @@ std::string escapedForXml(const std::string& text) {
 }
 
 }  // namespace
+
+double metresBetween(const Place& one, const Place& other) {
+  const double lat = (one.lat + other.lat) / 2;
+  const double degrees = std::remainder(other.lng - one.lng, 360);
+  const double east = RecordFileToolkit::toRadians(degrees) * RecordFileToolkit::calculatePr_(lat);
+  const double north =
+      RecordFileToolkit::toRadians(other.lat - one.lat) * RecordFileToolkit::calculateMr_(lat);
+  return std::hypot(east, north);
+}
 
 Track::Track(const Recording& recording) : recording_(recording) {
   recording.parser()->getStdPosition(start_.lat, start_.lng, start_.alt);

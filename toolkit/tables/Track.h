@@ -15,6 +15,10 @@ struct Place {
   double alt;  ///< metres
 };
 
+/// On the ground, the short way round; of places that are not so far apart that the radii of the
+/// ellipsoid differ.
+double metresBetween(const Place& one, const Place& other);
+
 /// Where the frames of an rtv were captured: its start position and the frames' positions relative
 /// to it, by the ellipsoid method. One Track at a time, since that method keeps its radii in
 /// variables of the process.

@@ -28,7 +28,7 @@ ExitStatus cut(const Options& options, CommandJob& job) {
 void addOptions(CLI::App& command, Options& options) {
   command.add_option("input", options.input, "The recording to copy from")->required();
   command.add_option("output", options.output, "The recording to make")->required();
-  addSelectionOptions(command, options.selection);
+  addRecordingSelectionOptions(command, options.selection);
   command.add_flag("--force", options.force, "Replace an existing output");
 }
 

@@ -105,7 +105,7 @@ void addOptions(CLI::App& command, Options& options) {
   command.add_option("--geojson", options.geoJsonFile, "rtv: the same as GeoJSON")
       ->type_name("FILE");
   command.add_flag("--force", options.force, "Replace existing tracks");
-  addSelectionOptions(command, options.selection);
+  addRecordingSelectionOptions(command, options.selection);
 }
 
 }  // namespace

@@ -23,8 +23,8 @@ namespace velmar::tool {
 /// A point in time for `option`, microseconds since 1970. Throws UsageError.
 std::uint64_t parseTimeOption(const std::string& option, const std::string& text);
 
-/// A difference of times for `option` in microseconds: microseconds with a sign, or seconds such as
-/// "-1.5s". Throws UsageError.
+/// A difference of times for `option` in microseconds: a duration, or a number of microseconds.
+/// Throws UsageError.
 std::int64_t parseTimeShift(const std::string& option, const std::string& text);
 
 /// An option whose text goes to `take`, which throws UsageError if it is wrong.

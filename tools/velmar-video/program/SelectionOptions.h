@@ -12,6 +12,9 @@ namespace velmar::tool {
 /// --range, --time and --every, which set `selection`; that has to outlive the parsing.
 std::vector<const CLI::Option*> addSelectionOptions(CLI::App& command, FrameSelection& selection);
 
+/// The same for frames of recordings, of which more is known: and --where.
+void addRecordingSelectionOptions(CLI::App& command, FrameSelection& selection);
+
 }  // namespace velmar::tool
 
 #endif
