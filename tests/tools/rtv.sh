@@ -109,6 +109,21 @@ expect 2 "--log-max-age is a number with a unit" create x.rtv in --fps 5 --log l
 absent x.rtv x.rtv.tmp x.img
 unset TZ
 
+# Scenes by what frames know: 1388 hundredths a second are 49.968 km/h.
+expect 0 "" cut 04.rtv scene.rtv --where 'speed_km_h == 49.968 && !(index == 1)'
+grep -q '^scene-0001.rtv: frames 0 to 0, 2023-11-14T22:13:20.000000Z to ' out || fail "cut: $(cat out)"
+cmp <("$tool" frames 04.rtv --csv --where 'index == 2' | cut -d, -f2-) <("$tool" frames scene-0002.rtv --csv | cut -d, -f2-)
+expect 1 "scene-0001.rtv: it is already there" cut 04.rtv scene.rtv --where 'index > 1'
+expect 0 "" cut 04.rtv 's_%02d.rtv' --where 'index != 1' --join 80ms
+[ "$(frames_in s_01.rtv)" -eq 3 ] || fail "joined: $(frames_in s_01.rtv)"
+absent s_02.rtv scene.rtv
+expect 1 "back.img: --where: none of the frames has speed_m_s" cut back.img x.img --where 'speed_m_s > 2'
+expect 1 "none of the frames fulfils --where" export 04.rtv x.avi --where 'speed_m_s > 20'
+expect 2 "--where: character 1: speed needs a unit: speed_m_s" cat missing.rtv --where 'speed > 20'
+expect 2 "--join" cut 04.rtv x.rtv --join 1s
+expect 2 "--every" cut 04.rtv x.rtv --where index --every 2
+absent x.img x.avi x.rtv x-0001.rtv
+
 # Streams keep the default version; the clock of a version 02 begins in 2015.
 expect 0 "" create stream.rtv - --fps 25 --start-time 2023-11-14T22:13:20Z <stream
 expect 0 "" cat stream.rtv

@@ -24,9 +24,6 @@ std::optional<std::uint64_t> parseUtcTime(std::string_view text);
 /// beyond the sixth are cut. Units are us, ms, s, min, h and d.
 std::optional<std::int64_t> parseDuration(std::string_view text);
 
-/// What parseDuration() reads, for messages.
-constexpr char kDurationForms[] = "a number with a unit, us, ms, s, min, h or d, such as 1.5s";
-
 /// RFC 3339 in UTC with six digits of a second; plain microseconds with "us" after the year 9999.
 std::string formatTime(std::uint64_t time);
 

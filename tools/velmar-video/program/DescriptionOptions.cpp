@@ -115,6 +115,17 @@ std::int64_t parseTimeShift(const std::string& option, const std::string& text) 
   throw UsageError(option + " is a duration such as -1.5s, +100ms or -1h, or microseconds");
 }
 
+CLI::Option* addDurationOption(CLI::App& command, const std::string& name, const std::string& help,
+                               std::int64_t& micros) {
+  return addParsedOption(command, name, "TIME", help, [name, &micros](const std::string& text) {
+    const auto duration = parseDuration(text);
+    if (!duration || *duration < 0) {
+      throw UsageError(name + " is a number with a unit, us, ms, s, min, h or d, such as 1.5s");
+    }
+    micros = *duration;
+  });
+}
+
 CLI::Option* addStartTimeOption(CLI::App& command, std::optional<std::uint64_t>& time,
                                 const std::string& help) {
   return addParsedOption(command, "--start-time", "TIME", help, [&time](const std::string& text) {

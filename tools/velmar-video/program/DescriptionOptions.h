@@ -27,6 +27,11 @@ std::uint64_t parseTimeOption(const std::string& option, const std::string& text
 /// Throws UsageError.
 std::int64_t parseTimeShift(const std::string& option, const std::string& text);
 
+/// An option that sets `micros` to a duration that is not negative; that has to outlive the
+/// parsing.
+CLI::Option* addDurationOption(CLI::App& command, const std::string& name, const std::string& help,
+                               std::int64_t& micros);
+
 /// An option whose text goes to `take`, which throws UsageError if it is wrong.
 CLI::Option* addParsedOption(CLI::App& command, const std::string& name, const std::string& type,
                              const std::string& help,

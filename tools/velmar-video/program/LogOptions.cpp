@@ -1,20 +1,8 @@
 #include "program/LogOptions.h"
 
 #include "program/DescriptionOptions.h"
-#include "toolkit/base/Failure.h"
-#include "toolkit/text/TimeText.h"
 
 namespace velmar::tool {
-
-namespace {
-
-std::int64_t parseMaxAge(const std::string& text) {
-  const auto age = parseDuration(text);
-  if (!age || *age < 0) throw UsageError(std::string("--log-max-age is ") + kDurationForms);
-  return *age;
-}
-
-}  // namespace
 
 void LogOptions::addTo(CLI::App& command) {
   auto* log = command.add_option(
@@ -34,9 +22,9 @@ void LogOptions::addTo(CLI::App& command) {
       "CAN signals by name. Units: m/s km/h mph, deg rad, m cm ft; of times s ms us ns, a pattern "
       "of strptime (local time unless it has %z or ends in Z), or none for RFC 3339");
   map->type_name("FIELD=COLUMN[:UNIT]")->allow_extra_args(false)->needs(log);
-  addParsedOption(command, "--log-max-age", "AGE",
-                  "How long a CAN signal keeps its last value, such as 500ms; 1s if not given",
-                  [this](const std::string& text) { request.maxAge = parseMaxAge(text); })
+  addDurationOption(command, "--log-max-age",
+                    "How long a CAN signal keeps its last value, such as 500ms; 1s if not given",
+                    request.maxAge)
       ->needs(log);
   addParsedOption(
       command, "--log-offset", "OFFSET",

@@ -24,9 +24,9 @@ std::vector<const CLI::Option*> addSelectionOptions(CLI::App& command, FrameSele
   return {range, time, every};
 }
 
-void addRecordingSelectionOptions(CLI::App& command, FrameSelection& selection) {
+CLI::Option* addRecordingSelectionOptions(CLI::App& command, FrameSelection& selection) {
   addSelectionOptions(command, selection);
-  addParsedOption(
+  return addParsedOption(
       command, "--where", "EXPRESSION",
       "Only frames for which it holds, such as 'speed_m_s > 20 && near(48.137, 11.575, 200)'. "
       "Names: index, size, time (seconds since frame 0), sensor_time_us, arrived_time_us; of an "

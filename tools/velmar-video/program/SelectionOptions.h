@@ -13,7 +13,8 @@ namespace velmar::tool {
 std::vector<const CLI::Option*> addSelectionOptions(CLI::App& command, FrameSelection& selection);
 
 /// The same for frames of recordings, of which more is known: and --where.
-void addRecordingSelectionOptions(CLI::App& command, FrameSelection& selection);
+/// \return that one
+CLI::Option* addRecordingSelectionOptions(CLI::App& command, FrameSelection& selection);
 
 }  // namespace velmar::tool
 
