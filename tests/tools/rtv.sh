@@ -109,6 +109,20 @@ expect 2 "--log-max-age is a number with a unit" create x.rtv in --fps 5 --log l
 absent x.rtv x.rtv.tmp x.img
 unset TZ
 
+# Several recordings in one list: what is wrong with one hides no other.
+expect 0 "" frames 04.rtv back.img --range 2:3 --columns file,index,speed_km_h,abs_active --csv
+diff out - <<<$'file,index,speed_km_h,abs_active\n04.rtv,2,49.968,1\nback.img,2,,'
+expect 1 "03.rtv: --where: none of the frames has abs_active" frames 03.rtv 04.rtv --where 'abs_active == 1' --columns file
+grep -q '^04.rtv *$' out || fail "found beside a failure: $(cat out)"
+expect 1 "2 recordings: none of the frames fulfils --where" frames 03.rtv 04.rtv --where 'speed_m_s > 30'
+expect 1 "missing.rtv: there is no such file" frames missing.rtv 04.rtv --hash
+expect 0 "" frames --hash 04.rtv
+expect 2 "--hash: 04.rtv is neither xxh3 nor sha256" frames --hash 04.rtv 03.rtv
+expect 2 "--columns: there is no spede; did you mean speed?" frames 04.rtv --columns spede
+expect 2 "--gpx and --geojson are of one recording" frames 03.rtv 04.rtv --gpx x.gpx
+told 1 "standard output: cannot write to it" bash -c '"$0" frames 03.rtv 04.rtv --csv >/dev/full' "$tool"
+absent x.gpx
+
 # Scenes by what frames know: 1388 hundredths a second are 49.968 km/h.
 expect 0 "" cut 04.rtv scene.rtv --where 'speed_km_h == 49.968 && !(index == 1)'
 grep -q '^scene-0001.rtv: frames 0 to 0, 2023-11-14T22:13:20.000000Z to ' out || fail "cut: $(cat out)"

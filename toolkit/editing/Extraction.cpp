@@ -145,8 +145,9 @@ bool Extraction::extractNext(PictureSource& source) {
 }
 
 std::string Extraction::table() const {
-  const FrameLine lines(source_.recording());
-  std::string text = "file," + lines.csvHeader();
+  const FrameTable columns = columnsOf(source_.recording());
+  FrameLine lines(source_.recording(), columns);
+  std::string text = "file," + csvHeader(columns);
   for (std::size_t i = 0; i < frames_.size(); ++i) {
     if (written_[i] == 0) continue;
     text += fs::path(pathOf(frames_[i])).filename().string() + "," + lines.csv(frames_[i]);

@@ -35,6 +35,8 @@ class FrameSelection {
   /// The same, but perhaps none. Throws Failure if the recording does not have the range, or
   /// nothing of what the condition is about.
   std::vector<unsigned int> find(const Recording& recording) const;
+  /// Why it selects nothing of what it could.
+  std::string emptyWords() const;
 
  private:
   struct TimePoint {
@@ -44,8 +46,6 @@ class FrameSelection {
   };
   static std::optional<TimePoint> parsePoint(std::string_view text);
   bool needsTimes() const { return time_ || interval_; }
-  /// Why nothing was found.
-  std::string emptyWords() const;
 
   std::optional<std::pair<std::uint64_t, std::uint64_t>> range_;
   std::optional<std::pair<TimePoint, TimePoint>> time_;
