@@ -189,9 +189,12 @@ class FrameExpression final : public FrameCondition {
   static double isAbsent(double value) { return std::isnan(value) ? 1 : 0; }
 
   static double isNear(void* expression, double lat, double lng, double metres) {
-    const auto place = static_cast<FrameExpression*>(expression)->place();
+    auto& self = *static_cast<FrameExpression*>(expression);
+    const auto place = self.place();
     if (!place) return kAbsent;
-    return compared(metresBetween(*place, {lng, lat, 0}), metres, std::less_equal());
+    // As a rule it is the same latitude for all frames.
+    if (self.ground_.lat() != lat) self.ground_ = GroundScale(lat);
+    return compared(self.ground_.distance(*place, {lng, lat, 0}), metres, std::less_equal());
   }
 
   // The corners may be any two that are opposite, the short way round.
@@ -210,6 +213,7 @@ class FrameExpression final : public FrameCondition {
   mu::Parser parser_;
   std::deque<Variable> variables_;  // the parser knows their addresses
   std::optional<FrameFacts> facts_;
+  GroundScale ground_{0};
   bool asksPlace_ = false;
   bool hasFacts_ = false;  // of those that it asks for, beside what every recording has
 };

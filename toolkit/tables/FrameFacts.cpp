@@ -126,6 +126,7 @@ FrameFacts::FrameFacts(const Recording& recording)
 void FrameFacts::enter(unsigned int frame) {
   frame_ = frame;
   tag_.reset();
+  motion_.reset();
 }
 
 const FrameTag& FrameFacts::tag() {
@@ -133,9 +134,15 @@ const FrameTag& FrameFacts::tag() {
   return *tag_;
 }
 
+const FrameTag& FrameFacts::motion() {
+  if (tag_) return *tag_;
+  if (!motion_) motion_ = recording_.motion(frame_);
+  return *motion_;
+}
+
 std::optional<Place> FrameFacts::place() {
   if (!track_) return std::nullopt;
-  return track_->at(tag());
+  return track_->at(motion());
 }
 
 double FrameFacts::value(const FrameFact& fact) {
@@ -162,25 +169,25 @@ double FrameFacts::valueOfTag(const FrameFact& fact) {
     case Source::TimeFlag:
       return static_cast<double>(recording_.timeFlag(frame_)) * kMillisecond / fact.unit;
     case Source::X:
-      return ofHundredths(tag().x, fact.unit);
+      return ofHundredths(motion().x, fact.unit);
     case Source::Y:
-      return ofHundredths(tag().y, fact.unit);
+      return ofHundredths(motion().y, fact.unit);
     case Source::Z:
-      return ofHundredths(tag().z, fact.unit);
+      return ofHundredths(motion().z, fact.unit);
     case Source::Distance:
       // Signed in version 02, which has it as 24 bits.
       return ofHundredths(isVersion02_
-                              ? static_cast<double>(static_cast<int>(tag().relativeDistance))
-                              : static_cast<double>(tag().relativeDistance),
+                              ? static_cast<double>(static_cast<int>(motion().relativeDistance))
+                              : static_cast<double>(motion().relativeDistance),
                           fact.unit);
     case Source::Speed:
-      return ofHundredths(tag().speed, fact.unit);
+      return ofHundredths(motion().speed, fact.unit);
     case Source::Direction:
-      return tag().direction / fact.unit;
+      return motion().direction / fact.unit;
     case Source::Lng:
-      return track_->at(tag()).lng / fact.unit;
+      return track_->at(motion()).lng / fact.unit;
     case Source::Lat:
-      return track_->at(tag()).lat / fact.unit;
+      return track_->at(motion()).lat / fact.unit;
     case Source::Acceleration:
       return acceleration();
     default:
@@ -191,7 +198,7 @@ double FrameFacts::valueOfTag(const FrameFact& fact) {
 // Between the frames before and behind it; at the ends between the frame and its only neighbour.
 double FrameFacts::acceleration() {
   if (speeds_.empty()) {
-    for (unsigned int i = 0; i < count_; ++i) speeds_.push_back(recording_.tag(i).speed);
+    for (unsigned int i = 0; i < count_; ++i) speeds_.push_back(recording_.motion(i).speed);
   }
   const unsigned int before = frame_ > 0 ? frame_ - 1 : frame_;
   const unsigned int behind = frame_ + 1 < count_ ? frame_ + 1 : frame_;

@@ -63,6 +63,8 @@ class FrameFacts {
   /// Nothing in an img.
   std::optional<Place> place();
   const FrameTag& tag();
+  /// That, perhaps without CAN signals.
+  const FrameTag& motion();
 
  private:
   double valueOfTag(const FrameFact& fact);
@@ -75,6 +77,7 @@ class FrameFacts {
   std::uint64_t start_ = 0;
   unsigned int frame_ = 0;
   std::optional<FrameTag> tag_;
+  std::optional<FrameTag> motion_;
   std::vector<int> speeds_;  ///< of all frames as stored, once they are needed
 };
 

@@ -167,7 +167,7 @@ std::string FrameLine::factText(const FrameFact& fact) {
 }
 
 std::string FrameLine::storedText(Source source) {
-  const FrameTag& tag = facts_.tag();
+  const FrameTag& tag = facts_.motion();
   switch (source) {
     case Source::X:
       return numberText(tag.x);

@@ -43,13 +43,15 @@ std::string escapedForXml(const std::string& text) {
 
 }  // namespace
 
-double metresBetween(const Place& one, const Place& other) {
-  const double lat = (one.lat + other.lat) / 2;
-  const double degrees = std::remainder(other.lng - one.lng, 360);
-  const double east = RecordFileToolkit::toRadians(degrees) * RecordFileToolkit::calculatePr_(lat);
-  const double north =
-      RecordFileToolkit::toRadians(other.lat - one.lat) * RecordFileToolkit::calculateMr_(lat);
-  return std::hypot(east, north);
+GroundScale::GroundScale(double lat)
+    : lat_(lat),
+      metresPerDegreeEast_(RecordFileToolkit::toRadians(RecordFileToolkit::calculatePr_(lat))),
+      metresPerDegreeNorth_(RecordFileToolkit::toRadians(RecordFileToolkit::calculateMr_(lat))) {}
+
+double GroundScale::distance(const Place& one, const Place& other) const {
+  const double east = std::remainder(other.lng - one.lng, 360) * metresPerDegreeEast_;
+  const double north = (other.lat - one.lat) * metresPerDegreeNorth_;
+  return std::sqrt(east * east + north * north);
 }
 
 Track::Track(const Recording& recording) : recording_(recording) {

@@ -15,9 +15,20 @@ struct Place {
   double alt;  ///< metres
 };
 
-/// On the ground, the short way round; of places that are not so far apart that the radii of the
-/// ellipsoid differ.
-double metresBetween(const Place& one, const Place& other);
+/// Distances on the ground around a latitude, by the radii that the ellipsoid has there.
+class GroundScale {
+ public:
+  explicit GroundScale(double lat);
+
+  double lat() const { return lat_; }
+  /// Metres, the short way round.
+  double distance(const Place& one, const Place& other) const;
+
+ private:
+  double lat_;
+  double metresPerDegreeEast_;
+  double metresPerDegreeNorth_;
+};
 
 /// Where the frames of an rtv were captured: its start position and the frames' positions relative
 /// to it, by the ellipsoid method. One Track at a time, since that method keeps its radii in
