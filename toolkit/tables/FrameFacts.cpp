@@ -96,7 +96,7 @@ std::optional<FrameFact> factOf(const Quantity& quantity, std::string_view name)
 
 std::optional<FrameFact> factNamed(std::string_view name) {
   for (const Quantity& quantity : kQuantities) {
-    if (const auto fact = factOf(quantity, name)) return fact;
+    if (auto fact = factOf(quantity, name)) return fact;
   }
   for (const CanField& signal : canSignals()) {
     if (name == signal.name) return FrameFact{std::string(name), Source::Signal, 1, &signal};

@@ -41,6 +41,7 @@ std::optional<FrameColumn> columnNamed(const std::string& name) {
 
 std::vector<std::string> namesBesideFacts() {
   std::vector<std::string> names;
+  names.reserve(kTexts.size() + kHashes.size() + kStored.size());
   for (const auto& text : kTexts) names.emplace_back(text.first);
   for (const auto& hash : kHashes) names.emplace_back(hash.first);
   for (const auto& stored : kStored) names.emplace_back(stored.first);
