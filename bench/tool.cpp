@@ -1,9 +1,12 @@
+#include <benchmark/benchmark.h>
+
 #include <cstdlib>
 #include <filesystem>
 
 #include "Bench.h"
 #include "Files.h"
 #include "Peers.h"
+#include "velmar_video/rtv/TaggedVideoParser.h"
 
 namespace {
 
@@ -30,6 +33,49 @@ Row listRow(Container container) {
     row.limit = [=] { return run(probe); };
   }
   return row;
+}
+
+// What it takes the library to read all that the recordings know of their frames.
+double readTables(const std::vector<std::string>& paths) {
+  const WallTimer timer;
+  for (const std::string& path : paths) {
+    TaggedVideoParser parser;
+    require(parser.init(path.c_str()) == RTV_ERR_SUCCESS, path + ": not read");
+    unsigned short count = 0;
+    parser.getFramesCount(count);
+    for (unsigned short i = 0; i < count; ++i) {
+      frametag03Ver_t tag{};
+      can_data_io can{};
+      parser.getTag(i, tag);
+      parser.getCANRecord(i, can);
+      benchmark::DoNotOptimize(tag);
+      benchmark::DoNotOptimize(can);
+    }
+  }
+  return timer.seconds();
+}
+
+// A scene that is in none of the recordings, so that nothing is listed. They are one file under
+// many names.
+Row whereRow() {
+  const std::string original =
+      recording(Container::Rtv04, Frames::small(), "small", frameCount(1000));
+  const std::string folder = Workspace::path("drives");
+  std::filesystem::create_directories(folder);
+  std::vector<std::string> paths;
+  for (unsigned int i = 0; i < frameCount(2000); ++i) {
+    paths.push_back(folder + "/" + std::to_string(i) + ".rtv");
+    std::filesystem::create_hard_link(original, paths.back());
+  }
+  const std::string command =
+      "cd '" + folder + "' && '" + VELMAR_TOOL +
+      "' frames *.rtv --where 'speed_m_s > 20 && near(48.137, 11.575, 200)' 2>/dev/null; "
+      "test $? = 1";
+  return {.limitName = "opening them and reading each tag, with the library",
+          .limit = [=] { return readTables(paths); },
+          .ours = [=] { return run(command); },
+          .reach = 3,
+          .reachExtra = {}};
 }
 
 double extract(const std::string& path, unsigned int jobs) {
@@ -137,6 +183,7 @@ void addToolRows() {
   addRow(
       "frames --json, rtv 03 of 65,535 frames", [] { return listRow(Container::Rtv03); },
       kRepetitions);
+  addRow("frames --where, 2,000 rtv 04 of 1,000 frames", whereRow, kRepetitions);
   addRow("extract --as ppm --jobs 2, 48 frames", extractRow, kRepetitions);
   addRow("create from an MP4 of JPEGs, 1,500 frames", copyVideoRow, kRepetitions);
   if (hasFfmpeg()) {

@@ -54,7 +54,12 @@ class Json(unittest.TestCase):
         found = {file: objects("frames", file) for file in self.files}
         schema = self.check("frames", sum(found.values(), []))
         every = found["04.rtv"][0].keys()
-        self.assertEqual(every, schema["properties"].keys())
+        others = objects("frames", *self.files, "--hash")
+        others += objects("frames", *self.files, "--hash", "sha256")
+        self.check("frames", others)
+        added = set().union(*others) - every
+        self.assertEqual(added, {"file", "xxh3_128", "sha256"})
+        self.assertEqual(every | added, schema["properties"].keys())
         self.assertEqual(every - found["03.rtv"][0].keys(), {"can"})
         signals = (
             subprocess.run(

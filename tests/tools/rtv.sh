@@ -105,9 +105,38 @@ expect 2 "--log goes by" edit sample.img --log log.csv --shift-time +1s
 expect 2 "create: --log needs an .rtv" create x.img in --fps 5 --log log.csv
 expect 2 "there is no field sped; did you mean speed?" create x.rtv in --fps 5 --log log.csv --log-map sped=v
 expect 2 "give one of them" create x.rtv in --fps 5 --log log.csv --tags tags.csv
-expect 2 "--log-max-age is seconds such as 0.5s" create x.rtv in --fps 5 --log log.csv --log-max-age 5
+expect 2 "--log-max-age is a number with a unit" create x.rtv in --fps 5 --log log.csv --log-max-age 5
 absent x.rtv x.rtv.tmp x.img
 unset TZ
+
+# Several recordings in one list: what is wrong with one hides no other.
+expect 0 "" frames 04.rtv back.img --range 2:3 --columns file,index,speed_km_h,abs_active --csv
+diff out - <<<$'file,index,speed_km_h,abs_active\n04.rtv,2,49.968,1\nback.img,2,,'
+expect 1 "03.rtv: --where: none of the frames has abs_active" frames 03.rtv 04.rtv --where 'abs_active == 1' --columns file
+grep -q '^04.rtv *$' out || fail "found beside a failure: $(cat out)"
+expect 1 "2 recordings: none of the frames fulfils --where" frames 03.rtv 04.rtv --where 'speed_m_s > 30'
+expect 1 "missing.rtv: there is no such file" frames missing.rtv 04.rtv --hash
+expect 0 "" frames --hash 04.rtv
+expect 2 "--hash: 04.rtv is neither xxh3 nor sha256" frames --hash 04.rtv 03.rtv
+expect 2 "--columns: there is no spede; did you mean speed?" frames 04.rtv --columns spede
+expect 2 "--gpx and --geojson are of one recording" frames 03.rtv 04.rtv --gpx x.gpx
+told 1 "standard output: cannot write to it" bash -c '"$0" frames 03.rtv 04.rtv --csv >/dev/full' "$tool"
+absent x.gpx
+
+# Scenes by what frames know: 1388 hundredths a second are 49.968 km/h.
+expect 0 "" cut 04.rtv scene.rtv --where 'speed_km_h == 49.968 && !(index == 1)'
+grep -q '^scene-0001.rtv: frames 0 to 0, 2023-11-14T22:13:20.000000Z to ' out || fail "cut: $(cat out)"
+cmp <("$tool" frames 04.rtv --csv --where 'index == 2' | cut -d, -f2-) <("$tool" frames scene-0002.rtv --csv | cut -d, -f2-)
+expect 1 "scene-0001.rtv: it is already there" cut 04.rtv scene.rtv --where 'index > 1'
+expect 0 "" cut 04.rtv 's_%02d.rtv' --where 'index != 1' --join 80ms
+[ "$(frames_in s_01.rtv)" -eq 3 ] || fail "joined: $(frames_in s_01.rtv)"
+absent s_02.rtv scene.rtv
+expect 1 "back.img: --where: none of the frames has speed_m_s" cut back.img x.img --where 'speed_m_s > 2'
+expect 1 "none of the frames fulfils --where" export 04.rtv x.avi --where 'speed_m_s > 20'
+expect 2 "--where: character 1: speed needs a unit: speed_m_s" cat missing.rtv --where 'speed > 20'
+expect 2 "--join" cut 04.rtv x.rtv --join 1s
+expect 2 "--every" cut 04.rtv x.rtv --where index --every 2
+absent x.img x.avi x.rtv x-0001.rtv
 
 # Streams keep the default version; the clock of a version 02 begins in 2015.
 expect 0 "" create stream.rtv - --fps 25 --start-time 2023-11-14T22:13:20Z <stream

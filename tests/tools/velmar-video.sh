@@ -50,6 +50,12 @@ expect 0 "" frames again.img --csv
 expect 2 "a command is missing"
 expect 2 "there is no command inof; did you mean info?" inof drive.img
 expect 2 "there is no command bogus (" bogus
+"$tool" cut --help >help
+expect 0 "" help cut
+cmp out help
+expect 2 "there is no command ctu; did you mean cut?" help ctu
+expect 0 "" help
+grep -q '^Subcommands:' out || fail "help: $(cat out)"
 expect 2 "frames: there is no option --rnage; did you mean --range?" frames drive.img --rnage=1:2
 expect 2 "extract: there is no option --ouput; did you mean --output?" extract drive.img --ouput x
 expect 2 "sample: --force has to come after sample" --force sample x.img

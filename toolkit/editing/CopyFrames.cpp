@@ -91,7 +91,12 @@ class CopiedFrames final : public FrameSource {
     return true;
   }
 
-  void finish(std::size_t /*done*/) override { news_->finish(); }
+  void finish(std::size_t done) override {
+    news_->finish();
+    isStopped_ = done < count_;
+  }
+
+  bool isStopped() const { return isStopped_; }
 
  private:
   void enterRange() {
@@ -108,6 +113,7 @@ class CopiedFrames final : public FrameSource {
   std::vector<FrameRange>::const_iterator range_;
   std::size_t next_ = 0;  // of the range's frames
   bool keepsTimeFlags_ = false;
+  bool isStopped_ = false;
   std::optional<FrameNews> news_;
   std::optional<StoredFrames> stored_;
 };
@@ -133,7 +139,7 @@ std::uint64_t earliestSensorTime(const Recording& recording) {
   return earliest;
 }
 
-void copyFrames(const std::vector<FrameRange>& ranges, const std::string& output,
+bool copyFrames(const std::vector<FrameRange>& ranges, const std::string& output,
                 const RecordingDescription& description, Job& job) {
   CopiedFrames frames(ranges, output, description, job);
   checkFramesCount(output, frames.count());
@@ -141,6 +147,7 @@ void copyFrames(const std::vector<FrameRange>& ranges, const std::string& output
   checkPositions(ranges, description.version);
   const auto count = static_cast<unsigned int>(frames.count());
   recordFrames(frames, {output, description, count}, job);
+  return !frames.isStopped();
 }
 
 }  // namespace velmar::toolkit

@@ -150,7 +150,7 @@ bool Extraction::extractNext(PictureSource& source) {
 std::string Extraction::tablePath() const { return fs::path(folder_.path) / kTableName; }
 
 std::string Extraction::tableHeader() const {
-  return "file," + FrameLine(source_.recording()).csvHeader();
+  return "file," + csvHeader(columnsOf(source_.recording()));
 }
 
 std::map<std::string, std::string> Extraction::rowsOfEarlierRuns() const {
@@ -170,7 +170,8 @@ std::map<std::string, std::string> Extraction::rowsOfEarlierRuns() const {
 
 // In the order of the names, which is that of the frames.
 std::string Extraction::table() const {
-  const FrameLine lines(source_.recording());
+  const FrameTable columns = columnsOf(source_.recording());
+  FrameLine lines(source_.recording(), columns);
   std::map<std::string, std::string> rows = earlierRows_;
   for (std::size_t i = 0; i < frames_.size(); ++i) {
     if (written_[i] == 0) continue;

@@ -17,9 +17,14 @@ void FrameSelection::setRange(std::string_view text) {
 }
 
 std::optional<FrameSelection::TimePoint> FrameSelection::parsePoint(std::string_view text) {
-  if (const auto offset = parseOffset(text)) return TimePoint{*offset, true};
-  if (const auto time = parseTime(text)) return TimePoint{*time, false};
-  return std::nullopt;
+  if (text.starts_with('+')) {
+    const auto offset = parseDuration(text);
+    if (!offset) return std::nullopt;
+    return TimePoint{static_cast<std::uint64_t>(*offset), true, false};
+  }
+  const auto time = parseUtcTime(text);
+  if (!time) return std::nullopt;
+  return TimePoint{*time, false, parseNumber(text).has_value()};
 }
 
 void FrameSelection::setTime(std::string_view text) {
@@ -34,21 +39,60 @@ void FrameSelection::setTime(std::string_view text) {
     time_.emplace(*begin, *end);
     return;
   }
-  throw UsageError("--time is A:B, each microseconds, RFC 3339 or +SECONDSs");
+  throw UsageError(
+      "--time is A:B, each a time such as 2023-11-14T22:13:20.5Z, a day such as 2023-11-14, "
+      "microseconds since 1970, or from frame 0 on +10s, +500ms, +2h");
 }
 
-std::vector<unsigned int> FrameSelection::frames(const Recording& recording) const {
+void FrameSelection::setEvery(std::string_view text) {
+  constexpr std::uint64_t kMost = 1000000;
+  const auto frames = parseNumber(text);
+  const auto interval = frames ? std::nullopt : parseDuration(text);
+  if (frames && *frames > 0 && *frames <= kMost) {
+    every_ = static_cast<unsigned int>(*frames);
+  } else if (interval && *interval > 0) {
+    interval_ = interval;
+  } else {
+    throw UsageError("--every is a number of frames from 1 to 1000000, or a time such as 1s");
+  }
+}
+
+void FrameSelection::setCondition(std::shared_ptr<FrameCondition> condition) {
+  condition_ = std::move(condition);
+}
+
+std::string FrameSelection::emptyWords() const {
+  if (condition_) return "none of the frames fulfils --where";
+  if (!time_) return "it holds no frame";
+  const bool isBare = time_->first.bare || time_->second.bare;
+  return std::string("no frame was captured in that time") +
+         (isBare ? "; a number without a unit is microseconds since 1970, +10s counts from frame 0"
+                 : "");
+}
+
+std::vector<unsigned int> FrameSelection::find(const Recording& recording) const {
   const unsigned int count = recording.framesCount();
+  if (condition_) condition_->begin(recording);
   FramePicker picker(*this, time_ && count > 0 ? recording.sensorTime(0) : 0);
+  picker.checkRange(recording.path(), count);
   std::vector<unsigned int> selected;
   const unsigned int first =
       range_ ? static_cast<unsigned int>(std::min<std::uint64_t>(range_->first, count)) : 0;
   // Capture times need not ascend, so every frame is asked.
   for (unsigned int index = first; index < count && !picker.isOver(index); ++index) {
-    if (picker.picks(index, time_ ? recording.sensorTime(index) : 0)) selected.push_back(index);
+    if (picker.picks(index, needsTimes() ? recording.sensorTime(index) : 0)) {
+      selected.push_back(index);
+    }
   }
-  picker.check(recording.path(), count);
-  return selected;
+  const std::string lack = selected.empty() && condition_ ? condition_->lack() : "";
+  if (lack.empty()) return selected;
+  throw Failure(recording.path(), "--where: " + lack, VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+}
+
+std::vector<unsigned int> FrameSelection::frames(const Recording& recording) const {
+  std::vector<unsigned int> selected = find(recording);
+  if (!selected.empty()) return selected;
+  throw Failure(recording.path(), emptyWords(), VELMAR_ERROR_CODE_OUT_RANGE_E);
 }
 
 FramePicker::FramePicker(const FrameSelection& selection, std::uint64_t start)
@@ -65,21 +109,38 @@ bool FramePicker::picks(std::uint64_t number, std::uint64_t time) {
   const auto& range = selection_.range_;
   if (range && (number < range->first || number >= range->second)) return false;
   if (selection_.time_ && (time < begin_ || time >= end_)) return false;
-  return matching_++ % selection_.every_ == 0;
+  if (selection_.condition_ && !selection_.condition_->holds(static_cast<unsigned int>(number))) {
+    return false;
+  }
+  if (matching_++ == 0) first_ = time;
+  return selection_.interval_ ? isDue(time) : (matching_ - 1) % selection_.every_ == 0;
+}
+
+// Whether it is the first frame of its interval. Intervals are counted from the first frame, so
+// that they do not drift by what frames come late.
+bool FramePicker::isDue(std::uint64_t time) {
+  const std::int64_t length = *selection_.interval_;
+  const auto elapsed = static_cast<std::int64_t>(time - first_);
+  // Rounded down, for a clock that was set back.
+  const std::int64_t interval = elapsed / length - (elapsed % length < 0 ? 1 : 0);
+  if (matching_ > 1 && interval == lastInterval_) return false;
+  lastInterval_ = interval;
+  return true;
 }
 
 bool FramePicker::isOver(std::uint64_t number) const {
   return selection_.range_ && number >= selection_.range_->second;
 }
 
-void FramePicker::check(const std::string& file, std::uint64_t count) const {
-  if (selection_.range_ && selection_.range_->second > count) {
-    throw Failure(file, "--range goes beyond its " + std::to_string(count) + " frames",
-                  VELMAR_ERROR_CODE_OUT_RANGE_E);
-  }
-  if (matching_ > 0) return;
-  throw Failure(file, selection_.time_ ? "no frame was captured in that time" : "it holds no frame",
+void FramePicker::checkRange(const std::string& file, std::uint64_t count) const {
+  if (!selection_.range_ || selection_.range_->second <= count) return;
+  throw Failure(file, "--range goes beyond its " + std::to_string(count) + " frames",
                 VELMAR_ERROR_CODE_OUT_RANGE_E);
+}
+
+void FramePicker::check(const std::string& file, std::uint64_t count) const {
+  checkRange(file, count);
+  if (matching_ == 0) throw Failure(file, selection_.emptyWords(), VELMAR_ERROR_CODE_OUT_RANGE_E);
 }
 
 }  // namespace velmar::toolkit

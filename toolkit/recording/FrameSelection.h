@@ -2,42 +2,56 @@
 #define VELMAR_TOOLKIT_FRAME_SELECTION_H
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "toolkit/recording/FrameCondition.h"
 #include "toolkit/recording/Recording.h"
 
 namespace velmar::toolkit {
 
-/// Which frames a command works on: all, or those of a range or a time, and of these perhaps only
-/// every so manieth.
+/// Which frames a command works on: all, or those of a range, a time or a condition, and of these
+/// perhaps only every so manieth, or one in every so long a time.
 class FrameSelection {
  public:
   /// "A:B", frame numbers from 0, B not included. Throws UsageError.
   void setRange(std::string_view text);
-  /// "A:B", capture times, B not included; each is microseconds, RFC 3339 or an offset such as
-  /// "+1.5s" from frame 0. Throws UsageError.
+  /// "A:B", capture times, B not included; each is RFC 3339, a day, microseconds, or a duration
+  /// such as "+1.5s" from frame 0. Throws UsageError.
   void setTime(std::string_view text);
-  /// Of the others the first and each `step`-th after it.
-  void setEvery(unsigned int step) { every_ = step; }
+  /// "N": of the others the first and each N-th after it. Or a duration such as "1s": the first,
+  /// and then the first in each further second. Throws UsageError.
+  void setEvery(std::string_view text);
+  /// Copies of the selection share it.
+  void setCondition(std::shared_ptr<FrameCondition> condition);
 
-  bool isAll() const { return !range_ && !time_ && every_ == 1; }
+  bool isAll() const { return !range_ && !time_ && !condition_ && !interval_ && every_ == 1; }
   /// The selected frames, in order, at least one. Throws Failure.
   std::vector<unsigned int> frames(const Recording& recording) const;
+  /// The same, but perhaps none. Throws Failure if the recording does not have the range, or
+  /// nothing of what the condition is about.
+  std::vector<unsigned int> find(const Recording& recording) const;
+  /// Why it selects nothing of what it could.
+  std::string emptyWords() const;
 
  private:
   struct TimePoint {
     std::uint64_t micros;
     bool relative;
+    bool bare;  ///< it was a number without a unit
   };
   static std::optional<TimePoint> parsePoint(std::string_view text);
+  bool needsTimes() const { return time_ || interval_; }
 
   std::optional<std::pair<std::uint64_t, std::uint64_t>> range_;
   std::optional<std::pair<TimePoint, TimePoint>> time_;
+  std::shared_ptr<FrameCondition> condition_;
   unsigned int every_ = 1;
+  std::optional<std::int64_t> interval_;  ///< microseconds
 
   friend class FramePicker;
 };
@@ -45,7 +59,7 @@ class FrameSelection {
 /// Selects from frames that come one after the other and whose number nobody knows yet.
 class FramePicker {
  public:
-  /// The selection must outlive it.
+  /// The selection must outlive it. If it has a condition, that has begun.
   /// \param start  capture time of frame 0
   FramePicker(const FrameSelection& selection, std::uint64_t start);
 
@@ -53,15 +67,20 @@ class FramePicker {
   bool picks(std::uint64_t number, std::uint64_t time);
   /// Whether neither this frame nor a later one is selected.
   bool isOver(std::uint64_t number) const;
-  /// Throws Failure, which names `file`, if the selection goes beyond so many frames, or if none
-  /// was selected.
+  /// Throws Failure, which names `file`, if the selection goes beyond so many frames.
+  void checkRange(const std::string& file, std::uint64_t count) const;
+  /// The same, also if none was selected.
   void check(const std::string& file, std::uint64_t count) const;
 
  private:
+  bool isDue(std::uint64_t time);
+
   const FrameSelection& selection_;
   std::uint64_t begin_ = 0;  // microseconds
   std::uint64_t end_ = 0;
-  std::uint64_t matching_ = 0;  // frames of the range and the time so far
+  std::uint64_t matching_ = 0;  // frames of the range, the time and the condition so far
+  std::uint64_t first_ = 0;     // capture time of the first of them
+  std::int64_t lastInterval_ = -1;
 };
 
 }  // namespace velmar::toolkit

@@ -67,6 +67,8 @@ class Recording {
   int timeFlag(unsigned int index) const;
   /// Empty unless the recording is an rtv.
   FrameTag tag(unsigned int index) const;
+  /// The same without CAN signals, which take longer to read.
+  FrameTag motion(unsigned int index) const { return FrameTag::of(storedTag(index)); }
 
  private:
   void check(VELMAR_ERROR_CODE_E code) const;

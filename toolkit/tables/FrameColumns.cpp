@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
+#include <limits>
 
 #include "toolkit/base/InputFile.h"
 #include "toolkit/text/Joined.h"
@@ -9,6 +11,13 @@
 namespace velmar::toolkit {
 
 namespace {
+
+template <typename T>
+double valueAt(const can_data_io& can, const CanField& field) {
+  T value;
+  std::memcpy(&value, reinterpret_cast<const unsigned char*>(&can) + field.offset, sizeof value);
+  return value;
+}
 
 std::vector<std::string> allNames() {
   std::vector<std::string> names;
@@ -55,6 +64,20 @@ const std::vector<CanField>& canSignals() {
     return fields;
   }();
   return signals;
+}
+
+double signalValue(const can_data_io& can, const CanField& signal) {
+  if (canFieldIsAbsent(can, signal)) return std::numeric_limits<double>::quiet_NaN();
+  switch (signal.type) {
+    case CanFieldType::Float:
+      return valueAt<float>(can, signal);
+    case CanFieldType::Unsigned8:
+      return valueAt<unsigned char>(can, signal);
+    case CanFieldType::Unsigned16:
+      return valueAt<unsigned short>(can, signal);
+    default:
+      return valueAt<unsigned int>(can, signal);
+  }
 }
 
 bool isFrameColumn(const std::string& plainName) {

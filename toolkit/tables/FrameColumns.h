@@ -21,6 +21,9 @@ std::string frameColumns(bool ofRtv, bool hasCan);
 /// The fields of a CAN record but its length.
 const std::vector<CanField>& canSignals();
 
+/// NaN if the signal is absent.
+double signalValue(const can_data_io& can, const CanField& signal);
+
 /// Whether the plain name is one that frameColumns() has.
 bool isFrameColumn(const std::string& plainName);
 

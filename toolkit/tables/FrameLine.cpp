@@ -1,147 +1,193 @@
 #include "toolkit/tables/FrameLine.h"
 
+#include <algorithm>
 #include <cmath>
-#include <cstring>
-#include <string_view>
 
 #include "toolkit/tables/FrameColumns.h"
+#include "toolkit/text/JsonText.h"
 #include "toolkit/text/NumberText.h"
+#include "toolkit/text/PrintableText.h"
 #include "toolkit/text/TimeText.h"
 
 namespace velmar::toolkit {
 
 namespace {
 
-template <typename T>
-T valueAt(const can_data_io& can, const CanField& field) {
-  T value;
-  std::memcpy(&value, reinterpret_cast<const unsigned char*>(&can) + field.offset, sizeof value);
-  return value;
+using Kind = FrameColumn::Kind;
+using Source = FrameFact::Source;
+
+bool isSignal(const FrameColumn& column) {
+  return column.kind == Kind::Fact && column.fact->source == Source::Signal;
 }
 
-// Empty for infinity, which no signal can have and JSON cannot say.
-std::string signalText(const can_data_io& can, const CanField& field) {
-  switch (field.type) {
-    case CanFieldType::Float: {
-      const auto value = valueAt<float>(can, field);
-      return std::isfinite(value) ? numberText(value) : "";
-    }
-    case CanFieldType::Unsigned8:
-      return numberText(static_cast<unsigned int>(valueAt<unsigned char>(can, field)));
-    case CanFieldType::Unsigned16:
-      return numberText(valueAt<unsigned short>(can, field));
+// Empty if it is absent, and for infinity, which no signal can have and JSON cannot say.
+std::string signalText(const can_data_io& can, const CanField& signal) {
+  const double value = signalValue(can, signal);
+  if (!std::isfinite(value)) return "";
+  if (signal.type == CanFieldType::Float) return numberText(static_cast<float>(value));
+  return numberText(static_cast<unsigned int>(value));
+}
+
+// In quotes where a comma would end the cell.
+std::string csvText(const std::string& text) {
+  if (text.find_first_of(",\"\r\n") == text.npos) return text;
+  std::string quoted = "\"";
+  for (const char character : text) quoted.append(character == '"' ? 2 : 1, character);
+  return quoted + "\"";
+}
+
+std::size_t widthOf(const FrameColumn& column, std::size_t fileWidth) {
+  switch (column.kind) {
+    case Kind::File:
+      return std::max<std::size_t>(fileWidth, column.title.size());
+    case Kind::Captured:
+    case Kind::Arrived:
+      return 29;
+    case Kind::Hash:
+      return column.hash == HashKind::Sha256 ? 66 : 34;
     default:
-      return numberText(valueAt<unsigned int>(can, field));
+      break;
   }
+  if (column.name == "index") return 10;
+  return std::max<std::size_t>(column.title.size() + 2, column.name == "size" ? 12 : 14);
 }
 
-std::string canJson(const can_data_io& can) {
-  std::string text;
-  for (const CanField& field : canSignals()) {
-    if (canFieldIsAbsent(can, field)) continue;
-    const std::string value = signalText(can, field);
-    text.append(text.empty() ? "\"" : ",\"").append(field.name).append("\":");
-    text += value.empty() ? "null" : value;
-  }
-  return text.insert(0, 1, '{').append(1, '}');
-}
-
-std::string canCsv(const can_data_io& can) {
-  std::string text;
-  for (const CanField& field : canSignals()) {
-    text += ",";
-    if (!canFieldIsAbsent(can, field)) text += signalText(can, field);
-  }
-  return text;
-}
-
-std::string column(const std::string& text, std::size_t width) {
+std::string aligned(const std::string& text, std::size_t width) {
   return std::string(width - std::min(width, text.size()), ' ') + text;
 }
 
-std::string textLine(const std::string& index, const std::string& sensor,
-                     const std::string& arrived, const std::string& size) {
-  return column(index, 10) + column(sensor, 29) + column(arrived, 29) + column(size, 12) + "\n";
-}
-
-// Numbers in the order of the columns, between names or without them.
-class LineBuilder {
- public:
-  LineBuilder(std::string_view columns, bool named) : columns_(columns), named_(named) {}
-
-  template <typename T>
-  LineBuilder& operator<<(T value) {
-    return *this << numberText(value);
-  }
-  LineBuilder& operator<<(const std::string& value) {
-    if (!text_.empty()) text_ += ',';
-    const std::size_t end = columns_.find(',');
-    if (named_) text_.append("\"").append(columns_.substr(0, end)).append("\":");
-    columns_.remove_prefix(end == columns_.npos ? columns_.size() : end + 1);
-    text_ += value;
-    return *this;
-  }
-
-  const std::string& text() const { return text_; }
-
- private:
-  std::string_view columns_;
-  bool named_;
-  std::string text_;
-};
-
 }  // namespace
 
-FrameLine::FrameLine(const Recording& recording) : recording_(recording) {
-  if (!recording.isRtv()) return;
-  const version_e version = recording.description().version;
-  track_.emplace(recording);
-  hasCan_ = version == RTV_VER_04;
-  isVersion02_ = version == RTV_VER_02;
+FrameLine::FrameLine(const Recording& recording, const FrameTable& table, FrameNews* news)
+    : recording_(recording), table_(table), news_(news), facts_(recording), frames_(recording) {
+  hasCan_ = recording.isRtv() && recording.description().version == RTV_VER_04;
 }
 
-std::string FrameLine::values(unsigned int index, const FrameTag& tag, bool named) const {
-  static const std::string columns = frameColumns(true, false);
-  LineBuilder line(columns, named);
-  const FrameTimes times = recording_.times(index);
-  line << index << times.sensor << times.arrived << recording_.frameSize(index);
-  if (track_) {
-    line << recording_.timeFlag(index) << tag.x << tag.y << tag.z << tag.relativeDistance
-         << tag.speed << tag.direction;
-    const Place place = track_->at(tag);
-    // Signed in version 02, which has it as 24 bits.
-    const double distance = isVersion02_ ? static_cast<int>(tag.relativeDistance)
-                                         : static_cast<double>(tag.relativeDistance);
-    line << degreesText(place.lng) << degreesText(place.lat) << fixedText(distance / 100, 2)
-         << fixedText(tag.speed / 100.0, 2);
+std::string FrameLine::json(unsigned int index) {
+  index_ = index;
+  facts_.enter(index);
+  std::string line;
+  const auto add = [&line](const std::string& name, const std::string& value) {
+    line.append(line.empty() ? "\"" : ",\"").append(name).append("\":").append(value);
+  };
+  bool isCanDone = !hasCan_;
+  for (const FrameColumn& column : table_) {
+    if (isSignal(column)) {
+      if (!isCanDone) add("can", canJson());
+      isCanDone = true;
+      continue;
+    }
+    const std::string value = cell(column);
+    if (value.empty()) continue;
+    const bool isNumber = column.kind == Kind::Fact || column.kind == Kind::Stored;
+    add(column.name, isNumber ? value : toJsonText(value));
   }
-  return line.text();
+  return "{" + line + "}\n";
 }
 
-std::string FrameLine::json(unsigned int index) const {
-  const FrameTag tag = recording_.tag(index);
-  std::string line = values(index, tag, true);
-  if (hasCan_) line.append(",\"can\":").append(canJson(tag.can));
-  return line.insert(0, 1, '{').append("}\n");
+std::string FrameLine::canJson() {
+  std::string text;
+  for (const FrameColumn& column : table_) {
+    if (!isSignal(column) || canFieldIsAbsent(facts_.tag().can, *column.fact->signal)) continue;
+    const std::string value = cell(column);
+    text.append(text.empty() ? "\"" : ",\"").append(column.name).append("\":");
+    text += value.empty() ? "null" : value;
+  }
+  return "{" + text + "}";
 }
 
-std::string FrameLine::csv(unsigned int index) const {
-  const FrameTag tag = recording_.tag(index);
-  std::string line = values(index, tag, false);
-  if (hasCan_) line += canCsv(tag.can);
+std::string FrameLine::csv(unsigned int index) {
+  index_ = index;
+  facts_.enter(index);
+  std::string line;
+  for (const FrameColumn& column : table_) {
+    if (&column != table_.data()) line += ',';
+    line += column.kind == Kind::File ? csvText(recording_.path()) : cell(column);
+  }
   return line + "\n";
 }
 
-std::string FrameLine::csvHeader() const {
-  return frameColumns(track_.has_value(), hasCan_) + "\n";
+std::string FrameLine::text(unsigned int index, std::size_t fileWidth) {
+  index_ = index;
+  facts_.enter(index);
+  std::string line;
+  for (const FrameColumn& column : table_) {
+    line += aligned(printable(cell(column)), widthOf(column, fileWidth));
+  }
+  return line + "\n";
 }
 
-std::string FrameLine::text(unsigned int index) const {
-  const FrameTimes times = recording_.times(index);
-  return textLine(std::to_string(index), formatTime(times.sensor), formatTime(times.arrived),
-                  std::to_string(recording_.frameSize(index)));
+std::string FrameLine::textHeader(const FrameTable& table, std::size_t fileWidth) {
+  std::string line;
+  for (const FrameColumn& column : table) {
+    line += aligned(column.title, widthOf(column, fileWidth));
+  }
+  return line + "\n";
 }
 
-std::string FrameLine::textHeader() { return textLine("frame", "captured", "arrived", "bytes"); }
+std::string FrameLine::cell(const FrameColumn& column) {
+  switch (column.kind) {
+    case Kind::File:
+      return recording_.path();
+    case Kind::Captured:
+      return formatTime(recording_.sensorTime(index_));
+    case Kind::Arrived:
+      return formatTime(recording_.times(index_).arrived);
+    case Kind::Hash:
+      return hashText(column.hash);
+    case Kind::Stored:
+      return recording_.isRtv() ? storedText(column.fact->source) : "";
+    default:
+      return factText(*column.fact);
+  }
+}
+
+// As it is stored where it has no other unit, which a double may not hold.
+std::string FrameLine::factText(const FrameFact& fact) {
+  if (fact.isOfTag() && !recording_.isRtv()) return "";
+  switch (fact.source) {
+    case Source::SensorTime:
+      if (fact.unit == 1) return numberText(recording_.sensorTime(index_));
+      break;
+    case Source::ArrivedTime:
+      if (fact.unit == 1) return numberText(recording_.times(index_).arrived);
+      break;
+    case Source::Signal:
+      return signalText(facts_.tag().can, *fact.signal);
+    default:
+      break;
+  }
+  const double value = facts_.value(fact);
+  if (!std::isfinite(value)) return "";
+  if (fact.unit != 1) return plainText(value);
+  const bool isPlace = fact.source == Source::Lng || fact.source == Source::Lat;
+  if (isPlace) return degreesText(value);
+  const bool isFixed = fact.source == Source::Distance || fact.source == Source::Speed;
+  return isFixed ? fixedText(value, 2) : plainText(value);
+}
+
+std::string FrameLine::storedText(Source source) {
+  const FrameTag& tag = facts_.motion();
+  switch (source) {
+    case Source::X:
+      return numberText(tag.x);
+    case Source::Y:
+      return numberText(tag.y);
+    case Source::Z:
+      return numberText(tag.z);
+    case Source::Distance:
+      return numberText(tag.relativeDistance);
+    default:
+      return numberText(tag.speed);
+  }
+}
+
+std::string FrameLine::hashText(HashKind kind) {
+  std::string bytes;
+  const FrameFlaw flaw = frames_.read(index_, bytes);
+  if (!flaw || flaw.hasBytes) return contentHash(kind, bytes);
+  if (news_ != nullptr) news_->add(index_, index_, "without a hash: " + flaw.text());
+  return "";
+}
 
 }  // namespace velmar::toolkit

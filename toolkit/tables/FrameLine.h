@@ -1,37 +1,48 @@
 #ifndef VELMAR_TOOLKIT_FRAME_LINE_H
 #define VELMAR_TOOLKIT_FRAME_LINE_H
 
-#include <optional>
 #include <string>
 
+#include "toolkit/recording/FrameLosses.h"
 #include "toolkit/recording/Recording.h"
-#include "toolkit/tables/Track.h"
+#include "toolkit/recording/StoredFrame.h"
+#include "toolkit/tables/FrameFacts.h"
+#include "toolkit/tables/FrameTable.h"
 
 namespace velmar::toolkit {
 
-/// Shows the frames of a recording, each as a line of text. JSON keys and CSV columns are alike; a
-/// frame of an rtv has more of them, one of version 04 the CAN signals, too.
+/// Shows the frames of a recording, each as a line of text with the columns of a table.
 class FrameLine {
  public:
-  explicit FrameLine(const Recording& recording);
+  /// All must outlive it.
+  /// \param news  is told of frames whose bytes cannot be had for a hash; needed only for that
+  FrameLine(const Recording& recording, const FrameTable& table, FrameNews* news = nullptr);
 
-  /// One JSON object; absent CAN signals are left out.
-  std::string json(unsigned int index) const;
-  /// Values with commas; absent CAN signals are empty.
-  std::string csv(unsigned int index) const;
-  std::string csvHeader() const;
+  /// One JSON object, without what is absent. The CAN signals of version 04 are in one of their
+  /// own.
+  std::string json(unsigned int index);
+  /// Values with commas; what is absent is empty.
+  std::string csv(unsigned int index);
   /// Aligned, for people.
-  std::string text(unsigned int index) const;
-  static std::string textHeader();
+  /// \param fileWidth  of the longest path that a table with the column "file" is to show
+  std::string text(unsigned int index, std::size_t fileWidth = 0);
+  static std::string textHeader(const FrameTable& table, std::size_t fileWidth = 0);
 
  private:
-  /// The numbers, with their names if `named`.
-  std::string values(unsigned int index, const FrameTag& tag, bool named) const;
+  /// Empty if it is absent.
+  std::string cell(const FrameColumn& column);
+  std::string factText(const FrameFact& fact);
+  std::string storedText(FrameFact::Source source);
+  std::string hashText(HashKind kind);
+  std::string canJson();
 
   const Recording& recording_;
-  std::optional<Track> track_;  ///< of an rtv
+  const FrameTable& table_;
+  FrameNews* news_;
+  FrameFacts facts_;
+  StoredFrames frames_;
+  unsigned int index_ = 0;
   bool hasCan_ = false;
-  bool isVersion02_ = false;
 };
 
 }  // namespace velmar::toolkit

@@ -1,5 +1,7 @@
 #include "toolkit/tables/Track.h"
 
+#include <cmath>
+
 #include "toolkit/text/Joined.h"
 #include "toolkit/text/JsonText.h"
 #include "toolkit/text/NumberText.h"
@@ -40,6 +42,17 @@ std::string escapedForXml(const std::string& text) {
 }
 
 }  // namespace
+
+GroundScale::GroundScale(double lat)
+    : lat_(lat),
+      metresPerDegreeEast_(RecordFileToolkit::toRadians(RecordFileToolkit::calculatePr_(lat))),
+      metresPerDegreeNorth_(RecordFileToolkit::toRadians(RecordFileToolkit::calculateMr_(lat))) {}
+
+double GroundScale::distance(const Place& one, const Place& other) const {
+  const double east = std::remainder(other.lng - one.lng, 360) * metresPerDegreeEast_;
+  const double north = (other.lat - one.lat) * metresPerDegreeNorth_;
+  return std::sqrt(east * east + north * north);
+}
 
 Track::Track(const Recording& recording) : recording_(recording) {
   recording.parser()->getStdPosition(start_.lat, start_.lng, start_.alt);

@@ -15,6 +15,21 @@ struct Place {
   double alt;  ///< metres
 };
 
+/// Distances on the ground around a latitude, by the radii that the ellipsoid has there.
+class GroundScale {
+ public:
+  explicit GroundScale(double lat);
+
+  double lat() const { return lat_; }
+  /// Metres, the short way round.
+  double distance(const Place& one, const Place& other) const;
+
+ private:
+  double lat_;
+  double metresPerDegreeEast_;
+  double metresPerDegreeNorth_;
+};
+
 /// Where the frames of an rtv were captured: its start position and the frames' positions relative
 /// to it, by the ellipsoid method. One Track at a time, since that method keeps its radii in
 /// variables of the process.

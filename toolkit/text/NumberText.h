@@ -19,6 +19,13 @@ std::string numberText(T value) {
   return {text, end.ptr};
 }
 
+/// The same without an exponent.
+inline std::string plainText(double value) {
+  char text[400];
+  const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed);
+  return {text, end.ptr};
+}
+
 /// The value of a text that is a number and nothing else.
 template <typename T>
 std::optional<T> numberOf(std::string_view text) {

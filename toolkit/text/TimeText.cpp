@@ -1,6 +1,8 @@
 #include "toolkit/text/TimeText.h"
 
+#include <algorithm>
 #include <chrono>
+#include <utility>
 
 #include "toolkit/text/NumberText.h"
 
@@ -106,6 +108,20 @@ std::optional<std::uint64_t> parseRfc3339(std::string_view text) {
   return static_cast<std::uint64_t>(seconds * kSecond + micros);
 }
 
+// In microseconds.
+std::optional<std::int64_t> durationUnit(std::string_view name) {
+  constexpr std::pair<std::string_view, std::int64_t> kUnits[] = {{"us", 1},
+                                                                  {"ms", kSecond / 1000},
+                                                                  {"s", kSecond},
+                                                                  {"min", 60 * kSecond},
+                                                                  {"h", 3600 * kSecond},
+                                                                  {"d", 86400 * kSecond}};
+  for (const auto& [unit, micros] : kUnits) {
+    if (unit == name) return micros;
+  }
+  return std::nullopt;
+}
+
 // Exactly `digits` digits, then `behind`.
 void appendNumber(std::string& text, std::int64_t value, std::size_t digits, char behind) {
   const std::string number = std::to_string(value);
@@ -125,19 +141,30 @@ std::optional<std::uint64_t> parseTime(std::string_view text) {
   return micros ? micros : parseRfc3339(text);
 }
 
-std::optional<std::uint64_t> parseOffset(std::string_view text) {
-  if (text.size() < 3 || text.front() != '+' || text.back() != 's') return std::nullopt;
-  text = text.substr(1, text.size() - 2);
-  const std::size_t point = text.find('.');
-  const auto seconds = parseNumber(text.substr(0, point));
-  if (!seconds || *seconds > kLastFormattedTime / kSecond) return std::nullopt;
-  std::int64_t micros = 0;
-  if (point != text.npos) {
-    Scanner scanner(text.substr(point + 1));
-    micros = scanner.fraction();
+std::optional<std::uint64_t> parseUtcTime(std::string_view text) {
+  for (const char* const rest : {"", "Z", "T00:00:00Z"}) {
+    if (const auto time = parseTime(std::string(text) + rest)) return time;
+  }
+  return std::nullopt;
+}
+
+std::optional<std::int64_t> parseDuration(std::string_view text) {
+  const bool isNegative = text.starts_with('-');
+  if (isNegative || text.starts_with('+')) text.remove_prefix(1);
+  const std::size_t numberEnd = std::min(text.find_first_not_of("0123456789."), text.size());
+  const std::string_view number = text.substr(0, numberEnd);
+  const auto unit = durationUnit(text.substr(numberEnd));
+  const std::size_t point = number.find('.');
+  const auto whole = numberOf<std::int64_t>(number.substr(0, point));
+  constexpr auto kLongest = static_cast<std::int64_t>(kLastFormattedTime);
+  if (!unit || !whole || *whole > kLongest / *unit) return std::nullopt;
+  std::int64_t micros = *whole * *unit;
+  if (point != number.npos) {
+    Scanner scanner(number.substr(point + 1));
+    micros += scanner.fraction() * *unit / kSecond;
     if (!scanner.finished()) return std::nullopt;
   }
-  return *seconds * kSecond + static_cast<std::uint64_t>(micros);
+  return isNegative ? -micros : micros;
 }
 
 std::string formatTime(std::uint64_t time) {

@@ -16,8 +16,13 @@ std::optional<std::uint64_t> parseNumber(std::string_view text);
 /// the sixth are cut. Nothing for other texts and for times before 1970.
 std::optional<std::uint64_t> parseTime(std::string_view text);
 
-/// Seconds from a start, such as "+1.5s", in microseconds.
-std::optional<std::uint64_t> parseOffset(std::string_view text);
+/// The same, also without a zone, which means UTC as in all that is shown, or a day alone, which
+/// means its start.
+std::optional<std::uint64_t> parseUtcTime(std::string_view text);
+
+/// A number with a unit, such as "1.5s", "+100ms" or "-1h", in microseconds; digits of the fraction
+/// beyond the sixth are cut. Units are us, ms, s, min, h and d.
+std::optional<std::int64_t> parseDuration(std::string_view text);
 
 /// RFC 3339 in UTC with six digits of a second; plain microseconds with "us" after the year 9999.
 std::string formatTime(std::uint64_t time);

@@ -15,8 +15,8 @@ constexpr std::array kUnits = {
     Unit{Dimension::Time, "ns", "ns", 1, -3},
     Unit{Dimension::Speed, "m/s", "m_s", 1},
     Unit{Dimension::Speed, "m/s", "mps", 1},
-    Unit{Dimension::Speed, "km/h", "kmh", 1 / 3.6},
     Unit{Dimension::Speed, "km/h", "km_h", 1 / 3.6},
+    Unit{Dimension::Speed, "km/h", "kmh", 1 / 3.6},
     Unit{Dimension::Speed, "km/h", "kph", 1 / 3.6},
     Unit{Dimension::Speed, "mph", "mph", 0.44704},
     Unit{Dimension::Angle, "deg", "deg", 1},
@@ -25,6 +25,16 @@ constexpr std::array kUnits = {
     Unit{Dimension::Length, "cm", "cm", 0.01},
     Unit{Dimension::Length, "ft", "ft", 0.3048},
 };
+
+// Each unit once, by the first of its suffixes.
+std::vector<Unit> mainUnits(Dimension dimension) {
+  std::vector<Unit> units;
+  for (const Unit& unit : kUnits) {
+    if (unit.dimension != dimension || (!units.empty() && units.back().name == unit.name)) continue;
+    units.push_back(unit);
+  }
+  return units;
+}
 
 }  // namespace
 
@@ -53,11 +63,14 @@ std::optional<Unit> unitNamed(Dimension dimension, std::string_view name) {
 
 std::vector<std::string> unitNames(Dimension dimension) {
   std::vector<std::string> names;
-  for (const Unit& unit : kUnits) {
-    if (unit.dimension != dimension || (!names.empty() && names.back() == unit.name)) continue;
-    names.emplace_back(unit.name);
-  }
+  for (const Unit& unit : mainUnits(dimension)) names.emplace_back(unit.name);
   return names;
+}
+
+std::vector<std::string> unitSuffixes(Dimension dimension) {
+  std::vector<std::string> suffixes;
+  for (const Unit& unit : mainUnits(dimension)) suffixes.emplace_back(unit.suffix);
+  return suffixes;
 }
 
 std::optional<std::pair<std::string, Unit>> splitUnit(std::string_view column,

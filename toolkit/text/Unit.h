@@ -26,6 +26,8 @@ struct Unit {
 /// The unit of that name or suffix.
 std::optional<Unit> unitNamed(Dimension dimension, std::string_view name);
 std::vector<std::string> unitNames(Dimension dimension);
+/// As they stand at the end of a name, one for each.
+std::vector<std::string> unitSuffixes(Dimension dimension);
 
 /// The unit at the end of a column's name in small letters, such as "speed_kmh" or "speed[km/h]",
 /// and the name without it.

@@ -63,7 +63,7 @@ void directLog([[maybe_unused]] bool isShown) {
 }
 
 ExitStatus parseAndRun(Tool& tool, int argc, const char* const* argv) {
-  const std::vector<std::string> given(argv + 1, argv + argc);
+  const auto given = withHelpOption(tool.app, std::vector<std::string>(argv + 1, argv + argc));
   try {
     std::vector<std::string> arguments = given;
     for (std::string& argument : arguments) {

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "support/TestSupport.h"
 #include "toolkit/base/Failure.h"
 #include "toolkit/recording/FrameSelection.h"
@@ -43,6 +45,8 @@ TEST(FrameSelection, SelectsByCaptureTimeExactly) {
       {"1970-01-01T01:00:09+01:00:+9s", {5}},
       {"+0s:1970-01-01T00:00:01.01Z", {0}},
       {"3000000:8000000", {}},
+      {"1970-01-01:1970-01-01T00:00:01.01", {0}},
+      {"+1500ms:+0.1min", {2, 4}},
       {"+9s:1000000", {}}};
   for (const auto& [text, frames] : cases) {
     SCOPED_TRACE(text);
@@ -72,14 +76,46 @@ TEST(FrameSelection, SelectsByNumber) {
 TEST(FrameSelection, SelectsEverySoManiethOfTheOthers) {
   TimedRecording recording({0, 1, 2, 3, 4, 5, 6, 7});
   FrameSelection selection;
-  selection.setEvery(3);
+  selection.setEvery("3");
   EXPECT_EQ(recording.select(selection), (Frames{0, 3, 6}));
   selection.setTime("2:7");
   EXPECT_EQ(recording.select(selection), (Frames{2, 5}));
   selection = {};
   selection.setRange("1:8");
-  selection.setEvery(7);
+  selection.setEvery("7");
   EXPECT_EQ(recording.select(selection), (Frames{1}));
+}
+
+// Intervals are counted from the first selected frame: the gap costs one frame and moves no other.
+TEST(FrameSelection, SelectsOneFrameInEverySoLongATime) {
+  TimedRecording recording(
+      {0, 400000, 800000, 1200000, 1600000, 2100000, 4900000, 5000000, 900000});
+  const std::tuple<const char*, const char*, Frames> cases[] = {
+      {"1s", "", {0, 3, 5, 6, 7, 8}},
+      {"1000ms", "+0.4s:+1d", {1, 4, 6, 8}},
+      {"1h", "", {0}},
+      {"1us", "+4s:+5s", {6}}};
+  for (const auto& [every, time, frames] : cases) {
+    FrameSelection selection;
+    selection.setEvery(every);
+    if (*time != 0) selection.setTime(time);
+    EXPECT_EQ(recording.select(selection), frames) << every;
+  }
+}
+
+TEST(FrameSelection, SaysWhatABareNumberMeans) {
+  TimedRecording recording({1700000000000000, 1700000001000000});
+  for (const auto& [time, isSaid] : {std::pair("10:20", true), {"+10s:+20s", false}}) {
+    FrameSelection selection;
+    selection.setTime(time);
+    try {
+      recording.select(selection);
+      ADD_FAILURE() << time;
+    } catch (const Failure& failure) {
+      const bool says = failure.words().find("+10s counts from frame 0") != std::string::npos;
+      EXPECT_EQ(says, isSaid) << failure.what();
+    }
+  }
 }
 
 TEST(FrameSelection, RefusesTextsThatSelectNothing) {
@@ -87,9 +123,12 @@ TEST(FrameSelection, RefusesTextsThatSelectNothing) {
        {"", ":", "1", "1:", ":1", "2:1", "1:1", "-1:2", "a:b", "1:2:3", "1 : 2"}) {
     EXPECT_THROW(FrameSelection().setRange(text), UsageError) << text;
   }
-  for (const char* text :
-       {"", ":", "5", "5:", "6:5", "5:5", "+2s:+1s", "2023-11-14T22:13:20Z", "1:2:3"}) {
+  for (const char* text : {"", ":", "5", "5:", "6:5", "5:5", "+2s:+1s", "2023-11-14T22:13:20Z",
+                           "1:2:3", "1s:2s", "-1s:+1s", "2023-11-14T22:13:20", "2023-11-14"}) {
     EXPECT_THROW(FrameSelection().setTime(text), UsageError) << text;
+  }
+  for (const char* text : {"", "0", "1000001", "-1", "1.5", "0s", "-1s", "s"}) {
+    EXPECT_THROW(FrameSelection().setEvery(text), UsageError) << text;
   }
 }
 

@@ -37,13 +37,25 @@ TEST(TimeText, ParsesMicrosecondsAndRfc3339) {
   }
 }
 
-TEST(TimeText, ParsesOffsets) {
-  const std::pair<const char*, std::uint64_t> cases[] = {
-      {"+0s", 0}, {"+1.5s", 1500000}, {"+12.000001s", 12000001}, {"+3600s", 3600000000}};
-  for (const auto& [text, micros] : cases) EXPECT_EQ(parseOffset(text), micros) << text;
-  for (const char* wrong :
-       {"1.5s", "+1.5", "+s", "+.5s", "+1.s", "+-1s", "+1e3s", "+99999999999999999s"}) {
-    EXPECT_FALSE(parseOffset(wrong)) << wrong;
+TEST(TimeText, ParsesDurations) {
+  const std::pair<const char*, std::int64_t> cases[] = {
+      {"+0s", 0},         {"1.5s", 1500000},      {"+12.000001s", 12000001}, {"-1h", -3600000000},
+      {"+100ms", 100000}, {"2min", 120000000},    {"1.5d", 129600000000},    {"7us", 7},
+      {"0.5ms", 500},     {"1.0000019s", 1000001}};
+  for (const auto& [text, micros] : cases) EXPECT_EQ(parseDuration(text), micros) << text;
+  for (const char* wrong : {"1", "+1.5", "+s", "+.5s", "+1.s", "+-1s", "--1s", "+1e3s", "1 s", "1m",
+                            "1.2.3s", "1s ", "", "+99999999999999999s", "99999999999d"}) {
+    EXPECT_FALSE(parseDuration(wrong)) << wrong;
+  }
+}
+
+TEST(TimeText, TakesTimesWithoutAZoneForUtc) {
+  EXPECT_EQ(parseUtcTime("2023-11-14T22:13:20"), kNoon);
+  EXPECT_EQ(parseUtcTime("2023-11-14 23:13:20.5+01:00"), kNoon + 500000);
+  EXPECT_EQ(parseUtcTime("2023-11-14"), 1699920000000000U);
+  EXPECT_EQ(parseUtcTime("17"), 17U);
+  for (const char* wrong : {"", "2023-11", "2023-11-31", "22:13:20", "2023-11-14T22:13"}) {
+    EXPECT_FALSE(parseUtcTime(wrong)) << wrong;
   }
 }
 

@@ -40,7 +40,7 @@ ExitStatus writeFrames(const Options& options, CommandJob& job) {
 
 void addOptions(CLI::App& command, Options& options) {
   command.add_option("file", options.file, "The recording")->required();
-  addSelectionOptions(command, options.selection);
+  addRecordingSelectionOptions(command, options.selection);
 }
 
 }  // namespace

@@ -104,8 +104,8 @@ void addTimeOptions(CLI::App& command, Options& options) {
   times->type_name("CSV")->excludes(sensor)->excludes(arrived);
   addParsedOption(
       command, "--shift-time", "OFFSET",
-      "Offset to add to all times, including the start of an rtv: microseconds, or seconds such as "
-      "-1.5s",
+      "Offset to add to all times, including the start of an rtv: a duration such as -1.5s or "
+      "+1h, or microseconds",
       [&request](const std::string& text) { request.shift = parseTimeShift("--shift-time", text); })
       ->excludes(start)
       ->excludes(sensor)

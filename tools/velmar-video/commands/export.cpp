@@ -35,7 +35,7 @@ void addOptions(CLI::App& command, Options& options) {
       .add_option("output", options.video.path,
                   "The video to make, OUTPUT.mkv, OUTPUT.mp4, OUTPUT.mov or OUTPUT.avi")
       ->required();
-  addSelectionOptions(command, options.selection);
+  addRecordingSelectionOptions(command, options.selection);
   command.add_flag("--constant-rate", options.video.constantRate,
                    "avi: give the frames even times, by their average rate");
   command.add_flag("--force", options.force, "Replace an existing output");

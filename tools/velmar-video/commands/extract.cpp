@@ -118,7 +118,7 @@ void addOptions(CLI::App& command, Options& options) {
             "decoded; jpg if not given",
             kKinds, options.form.kind);
   addDecodingOptions(command, options);
-  addSelectionOptions(command, options.selection);
+  addRecordingSelectionOptions(command, options.selection);
   command
       .add_option(
           "--jobs", options.jobs,

@@ -1,13 +1,19 @@
 #include <unistd.h>
 
+#include <algorithm>
+
+#include "program/DescriptionOptions.h"
 #include "program/SelectionOptions.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
 #include "toolkit/base/OutputFile.h"
+#include "toolkit/recording/FrameLosses.h"
 #include "toolkit/recording/OpenFailure.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/tables/FrameLine.h"
+#include "toolkit/tables/FrameTable.h"
 #include "toolkit/tables/Track.h"
+#include "toolkit/text/PrintableText.h"
 #include "toolkit/writing/OutputGuard.h"
 
 namespace velmar::tool {
@@ -15,16 +21,19 @@ namespace velmar::tool {
 namespace {
 
 struct Options {
-  std::string file;
+  std::vector<std::string> files;
   FrameSelection selection;
   bool json = false;
   bool csv = false;
+  FrameTable columns;
+  std::optional<HashKind> hash;
   std::string gpxFile;
   std::string geoJsonFile;
   bool force = false;
 
+  bool makesTracks() const { return !gpxFile.empty() || !geoJsonFile.empty(); }
   // A track alone is no wish for a list.
-  bool lists() const { return json || csv || (gpxFile.empty() && geoJsonFile.empty()); }
+  bool lists() const { return json || csv || !columns.empty() || hash || !makesTracks(); }
 };
 
 void checkHasTrack(const std::string& file) {
@@ -39,17 +48,18 @@ void checkHasTrack(const std::string& file) {
 void checkOutputs(const Options& options) {
   const bool gpxToOutput = options.gpxFile == "-";
   const bool geoJsonToOutput = options.geoJsonFile == "-";
-  if (gpxToOutput + geoJsonToOutput + (options.json || options.csv) > 1) {
+  const bool listToOutput = options.makesTracks() && options.lists();
+  if (gpxToOutput + geoJsonToOutput + listToOutput > 1) {
     throw UsageError("frames: standard output takes one of list, GPX and GeoJSON");
   }
   if (!options.gpxFile.empty() && options.gpxFile == options.geoJsonFile) {
     throw UsageError("frames: --gpx and --geojson need a file each");
   }
-  checkStandardOutput(options.file);
+  for (const std::string& file : options.files) checkStandardOutput(file);
   for (const std::string& file : {options.gpxFile, options.geoJsonFile}) {
     if (file.empty()) continue;
-    checkHasTrack(options.file);
-    if (file != "-") checkOutput(file, {options.file}, options.force);
+    checkHasTrack(options.files.front());
+    if (file != "-") checkOutput(file, options.files, options.force);
   }
 }
 
@@ -62,7 +72,7 @@ void writeText(const std::string& file, const std::string& text) {
 
 void writeTracks(const Options& options, const Recording& recording,
                  const std::vector<unsigned int>& frames) {
-  if (options.gpxFile.empty() && options.geoJsonFile.empty()) return;
+  if (!options.makesTracks()) return;
   const Track track(recording);
   if (!options.gpxFile.empty()) writeText(options.gpxFile, track.gpx(frames));
   try {
@@ -73,47 +83,134 @@ void writeTracks(const Options& options, const Recording& recording,
   }
 }
 
-void listFrames(const Options& options, const Recording& recording,
-                const std::vector<unsigned int>& frames) {
-  const FrameLine line(recording);
-  StandardOutput output;
-  if (!options.json) output.write(options.csv ? line.csvHeader() : FrameLine::textHeader());
-  for (const unsigned int index : frames) {
-    output.write(options.json  ? line.json(index)
-                 : options.csv ? line.csv(index)
-                               : line.text(index));
+// The list of all recordings, in one table.
+class FrameList {
+ public:
+  explicit FrameList(const Options& options) : options_(options), table_(options.columns) {
+    for (const std::string& file : options.files) {
+      fileWidth_ = std::max(fileWidth_, printable(file).size());
+    }
   }
-  output.flush();
+
+  void add(const Recording& recording, const std::vector<unsigned int>& frames, Job& job) {
+    if (table_.empty()) table_ = defaultColumns(recording);
+    if (!hasBegun_ && options_.hash) table_.push_back(hashColumn(*options_.hash));
+    if (!hasBegun_ && !options_.json) {
+      output_.write(options_.csv ? csvHeader(table_) : FrameLine::textHeader(table_, fileWidth_));
+    }
+    hasBegun_ = true;
+    FrameNews news(recording.path(), job);
+    FrameLine line(recording, table_, &news);
+    for (const unsigned int index : frames) {
+      output_.write(options_.json  ? line.json(index)
+                    : options_.csv ? line.csv(index)
+                                   : line.text(index, fileWidth_));
+    }
+    news.finish();
+    output_.flush();
+  }
+
+ private:
+  // Of several recordings all that their containers may hold, whichever of them come.
+  FrameTable defaultColumns(const Recording& first) const {
+    const bool isForPeople = !options_.json && !options_.csv;
+    const bool isOne = options_.files.size() == 1;
+    const bool hasRtv = std::any_of(options_.files.begin(), options_.files.end(), isRtvPath);
+    FrameTable table = isForPeople ? columnsForPeople(hasRtv)
+                       : isOne     ? columnsOf(first)
+                                   : columnsForPrograms(hasRtv, hasRtv);
+    if (!isOne) table.insert(table.begin(), namedColumns("file").front());
+    return table;
+  }
+
+  const Options& options_;
+  FrameTable table_;
+  std::size_t fileWidth_ = 0;
+  bool hasBegun_ = false;
+  StandardOutput output_;
+};
+
+// The frames of a recording; one among several may have none that are selected.
+std::vector<unsigned int> framesOf(const Recording& recording, const Options& options) {
+  return options.files.size() == 1 ? options.selection.frames(recording)
+                                   : options.selection.find(recording);
 }
 
 ExitStatus showFrames(const Options& options, CommandJob& job) {
+  FrameList list(options);
   checkOutputs(options);
-  const Recording recording = openRecording(options.file, job);
-  const auto frames = options.selection.frames(recording);
-  if (options.lists()) listFrames(options, recording, frames);
-  writeTracks(options, recording, frames);
+  bool isEmpty = true;
+  for (const std::string& file : options.files) {
+    try {
+      const Recording recording = openRecording(file, job);
+      const auto frames = framesOf(recording, options);
+      if (frames.empty()) continue;
+      isEmpty = false;
+      if (options.lists()) list.add(recording, frames, job);
+      writeTracks(options, recording, frames);
+    } catch (const OutputFailure&) {
+      throw;
+    } catch (const Failure& failure) {
+      job.fail(failure);
+    }
+  }
+  if (isEmpty && job.status() == ExitStatus::Done) {
+    throw Failure(std::to_string(options.files.size()) + " recordings",
+                  options.selection.emptyWords(), VELMAR_ERROR_CODE_OUT_RANGE_E);
+  }
   return job.status();
 }
 
+void checkUsage(const Options& options) {
+  if (options.makesTracks() && options.files.size() > 1) {
+    throw UsageError("frames: --gpx and --geojson are of one recording");
+  }
+}
+
+void addColumnOptions(CLI::App& command, Options& options) {
+  addParsedOption(
+      command, "--columns", "NAMES",
+      "Only these, with commas between them: the columns of --csv, the names of --where, "
+      "file, captured and arrived (RFC 3339), xxh3_128 and sha256",
+      [&options](const std::string& names) { options.columns = namedColumns(names); });
+  addParsedOption(command, "--hash", "KIND",
+                  "Also a hash of each frame as it is stored: xxh3 (XXH3 of 128 bits), which is "
+                  "quick and the one if not given, or sha256",
+                  [&options](const std::string& kind) {
+                    options.hash = kind == "sha256" ? HashKind::Sha256 : HashKind::Xxh3;
+                  })
+      ->expected(0, 1)
+      ->check(CLI::Validator(
+          [](const std::string& kind) {
+            return kind == "xxh3" || kind == "sha256"
+                       ? std::string()
+                       : kind + " is neither xxh3 nor sha256; --hash alone goes behind the files";
+          },
+          "{xxh3,sha256}"));
+}
+
 void addOptions(CLI::App& command, Options& options) {
-  command.add_option("file", options.file, "The recording")->required();
+  command.add_option("file", options.files, "The recordings")->required();
   auto* json = command.add_flag("--json", options.json, "One JSON object for each frame");
   command.add_flag("--csv", options.csv, "Comma-separated values with a header line")
       ->excludes(json);
+  addColumnOptions(command, options);
   command.add_option("--gpx", options.gpxFile, "rtv: write the track as GPX instead of the list")
       ->type_name("FILE");
   command.add_option("--geojson", options.geoJsonFile, "rtv: the same as GeoJSON")
       ->type_name("FILE");
   command.add_flag("--force", options.force, "Replace existing tracks");
-  addSelectionOptions(command, options.selection);
+  addRecordingSelectionOptions(command, options.selection);
 }
 
 }  // namespace
 
 void addFramesCommand(Tool& tool) {
-  tool.addCommand<Options>(
-      {"frames", "List the frames of a recording.", "frames drive.img --time +10s:+12.5s"},
-      {addOptions, showFrames});
+  tool.addCommand<Options>({"frames", "List the frames of recordings.",
+                            "frames drive.img --time +10s:+12.5s\n"
+                            "  velmar-video frames drive.rtv --where 'speed_km_h > 30' --columns "
+                            "index,captured,speed_km_h"},
+                           {addOptions, showFrames, checkUsage});
 }
 
 }  // namespace velmar::tool

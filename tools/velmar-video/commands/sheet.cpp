@@ -50,7 +50,7 @@ void addOptions(CLI::App& command, Options& options) {
   command.add_option("--columns", options.columns, "Pictures in a row; 6 if not given")
       ->type_name("N")
       ->check(CLI::Range(1U, 1000U).description(""));
-  addSelectionOptions(command, options.selection);
+  addRecordingSelectionOptions(command, options.selection);
   options.every = command.get_option("--every");
   command.add_flag("--force", options.force, "Replace an existing file");
 }

@@ -109,17 +109,21 @@ std::uint64_t parseTimeOption(const std::string& option, const std::string& text
 }
 
 std::int64_t parseTimeShift(const std::string& option, const std::string& text) {
-  std::int64_t micros = 0;
-  const char* const begin = text.data() + (text.starts_with('+') ? 1 : 0);
-  const char* const end = text.data() + text.size();
-  const auto result = std::from_chars(begin, end, micros);
-  if (result.ec == std::errc() && result.ptr == end && !text.starts_with("+-")) return micros;
-  const bool negative = text.starts_with('-');
-  const auto seconds = parseOffset(negative ? "+" + text.substr(1) : text);
-  if (!seconds || *seconds > INT64_MAX) {
-    throw UsageError(option + " is microseconds with a sign, or seconds such as -1.5s");
-  }
-  return negative ? -static_cast<std::int64_t>(*seconds) : static_cast<std::int64_t>(*seconds);
+  if (const auto duration = parseDuration(text)) return *duration;
+  const bool hasPlus = text.starts_with('+') && !text.starts_with("+-");
+  if (const auto micros = numberOf<std::int64_t>(text.substr(hasPlus ? 1 : 0))) return *micros;
+  throw UsageError(option + " is a duration such as -1.5s, +100ms or -1h, or microseconds");
+}
+
+CLI::Option* addDurationOption(CLI::App& command, const std::string& name, const std::string& help,
+                               std::int64_t& micros) {
+  return addParsedOption(command, name, "TIME", help, [name, &micros](const std::string& text) {
+    const auto duration = parseDuration(text);
+    if (!duration || *duration < 0) {
+      throw UsageError(name + " is a number with a unit, us, ms, s, min, h or d, such as 1.5s");
+    }
+    micros = *duration;
+  });
 }
 
 CLI::Option* addStartTimeOption(CLI::App& command, std::optional<std::uint64_t>& time,

@@ -23,9 +23,14 @@ namespace velmar::tool {
 /// A point in time for `option`, microseconds since 1970. Throws UsageError.
 std::uint64_t parseTimeOption(const std::string& option, const std::string& text);
 
-/// A difference of times for `option` in microseconds: microseconds with a sign, or seconds such as
-/// "-1.5s". Throws UsageError.
+/// A difference of times for `option` in microseconds: a duration, or a number of microseconds.
+/// Throws UsageError.
 std::int64_t parseTimeShift(const std::string& option, const std::string& text);
+
+/// An option that sets `micros` to a duration that is not negative; that has to outlive the
+/// parsing.
+CLI::Option* addDurationOption(CLI::App& command, const std::string& name, const std::string& help,
+                               std::int64_t& micros);
 
 /// An option whose text goes to `take`, which throws UsageError if it is wrong.
 CLI::Option* addParsedOption(CLI::App& command, const std::string& name, const std::string& type,

@@ -1,20 +1,8 @@
 #include "program/LogOptions.h"
 
 #include "program/DescriptionOptions.h"
-#include "toolkit/base/Failure.h"
-#include "toolkit/text/TimeText.h"
 
 namespace velmar::tool {
-
-namespace {
-
-std::int64_t parseMaxAge(const std::string& text) {
-  const auto age = parseOffset("+" + text);
-  if (!age) throw UsageError("--log-max-age is seconds such as 0.5s");
-  return static_cast<std::int64_t>(*age);
-}
-
-}  // namespace
 
 void LogOptions::addTo(CLI::App& command) {
   auto* log = command.add_option(
@@ -34,14 +22,13 @@ void LogOptions::addTo(CLI::App& command) {
       "CAN signals by name. Units: m/s km/h mph, deg rad, m cm ft; of times s ms us ns, a pattern "
       "of strptime (local time unless it has %z or ends in Z), or none for RFC 3339");
   map->type_name("FIELD=COLUMN[:UNIT]")->allow_extra_args(false)->needs(log);
-  addParsedOption(command, "--log-max-age", "AGE",
-                  "How long a CAN signal keeps its last value, seconds such as 0.5s; 1s if not "
-                  "given",
-                  [this](const std::string& text) { request.maxAge = parseMaxAge(text); })
+  addDurationOption(command, "--log-max-age",
+                    "How long a CAN signal keeps its last value, such as 500ms; 1s if not given",
+                    request.maxAge)
       ->needs(log);
   addParsedOption(
       command, "--log-offset", "OFFSET",
-      "Offset to add to the times of the logs: microseconds, or seconds such as +0.35s",
+      "Offset to add to the times of the logs: a duration such as +350ms, or microseconds",
       [this](const std::string& text) { request.offset = parseTimeShift("--log-offset", text); })
       ->needs(log);
 }

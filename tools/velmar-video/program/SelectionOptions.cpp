@@ -1,6 +1,7 @@
 #include "program/SelectionOptions.h"
 
 #include "program/DescriptionOptions.h"
+#include "toolkit/tables/FrameExpression.h"
 
 namespace velmar::tool {
 
@@ -10,18 +11,32 @@ std::vector<const CLI::Option*> addSelectionOptions(CLI::App& command, FrameSele
                       [&selection](const std::string& text) { selection.setRange(text); });
   auto* time = addParsedOption(
       command, "--time", "A:B",
-      "Only frames captured from A to before B; each is microseconds since 1970, RFC 3339 "
-      "(2023-11-14T22:13:20.5Z) or seconds since frame 0 (+1.5s)",
+      "Only frames captured from A to before B; each is RFC 3339 (2023-11-14T22:13:20.5Z; without "
+      "a zone it is UTC), a day (2023-11-14), the time since frame 0 (+1.5s, +500ms, +2h) or "
+      "microseconds since 1970",
       [&selection](const std::string& text) { selection.setTime(text); });
   range->excludes(time);
-  auto* every = command
-                    .add_option_function<unsigned int>(
-                        "--every", [&selection](unsigned int step) { selection.setEvery(step); },
-                        "Of the frames that are selected so only the first and each N-th after it, "
-                        "1 to 1000000")
-                    ->type_name("N")
-                    ->check(CLI::Range(1U, 1000000U).description(""));
+  auto* every = addParsedOption(
+      command, "--every", "N|TIME",
+      "Of the frames that are selected so only the first and each N-th after it, 1 to 1000000, or "
+      "the first in each time such as 1s or 500ms",
+      [&selection](const std::string& text) { selection.setEvery(text); });
   return {range, time, every};
+}
+
+CLI::Option* addRecordingSelectionOptions(CLI::App& command, FrameSelection& selection) {
+  addSelectionOptions(command, selection);
+  return addParsedOption(
+      command, "--where", "EXPRESSION",
+      "Only frames for which it holds, such as 'speed_m_s > 20 && near(48.137, 11.575, 200)'. "
+      "Names: index, size, time (seconds since frame 0), sensor_time_us, arrived_time_us; of an "
+      "rtv speed_m_s, distance_m, x_m, y_m, z_m, lat_deg, lng_deg, direction (degrees), "
+      "acceleration_m_s2, the CAN signals, and the same in other units (speed_km_h). Functions: "
+      "near(lat, lng, metres), within(lng1, lat1, lng2, lat2), absent(name). What depends on an "
+      "absent value does not hold",
+      [&selection](const std::string& text) {
+        selection.setCondition(parseFrameExpression(text));
+      });
 }
 
 }  // namespace velmar::tool

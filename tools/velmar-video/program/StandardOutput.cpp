@@ -4,9 +4,6 @@
 
 #include <cerrno>
 
-#include "program/Toolkit.h"
-#include "toolkit/base/Failure.h"
-
 namespace velmar::tool {
 
 void StandardOutput::write(std::string_view text) {
@@ -20,7 +17,9 @@ void StandardOutput::flush() {
   while (!rest.empty()) {
     const ssize_t count = ::write(STDOUT_FILENO, rest.data(), rest.size());
     if (count < 0 && errno == EINTR) continue;
-    if (count < 0) throw Failure::ofSystem("standard output", "cannot write to it", errno);
+    if (count < 0) {
+      throw OutputFailure(Failure::ofSystem("standard output", "cannot write to it", errno));
+    }
     rest.remove_prefix(static_cast<std::size_t>(count));
   }
   pending_.clear();

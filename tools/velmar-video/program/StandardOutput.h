@@ -4,10 +4,18 @@
 #include <string>
 #include <string_view>
 
+#include "program/Toolkit.h"
+#include "toolkit/base/Failure.h"
+
 namespace velmar::tool {
 
-/// Collects results and writes them to standard output in large pieces. Throws Failure as soon as
-/// they cannot be written. What is not flushed is lost.
+/// Standard output cannot be written to, whatever recording it is for.
+struct OutputFailure final : Failure {
+  explicit OutputFailure(const Failure& failure) : Failure(failure) {}
+};
+
+/// Collects results and writes them to standard output in large pieces. Throws OutputFailure as
+/// soon as they cannot be written. What is not flushed is lost.
 class StandardOutput {
  public:
   void write(std::string_view text);

@@ -10,7 +10,7 @@ Tool::Tool() : app("Creates, shows, edits and repairs recordings of a vehicle-mo
       "A recording is a file of JPEG pictures with their times; its name ends in .img or .rtv, "
       "which\n"
       "says in which of the two containers it is.\n\n"
-      "velmar-video COMMAND --help tells about a command. For a start:\n"
+      "velmar-video COMMAND --help, or help COMMAND, tells about a command. For a start:\n"
       "  velmar-video sample drive.img && velmar-video info drive.img\n\n"
       "Exit status: 0 done, 1 failed, 2 wrong usage, 3 done but something was lost or skipped.");
   addCommonOptions(app);

@@ -48,4 +48,14 @@ std::optional<std::string> unexpectedArgument(const CLI::App& app,
   return "there is no command " + *found + suggestion(*found, commandNames(app));
 }
 
+std::vector<std::string> withHelpOption(const CLI::App& app, std::vector<std::string> arguments) {
+  if (arguments.empty() || arguments.front() != "help") return arguments;
+  arguments.erase(arguments.begin());
+  const auto names = commandNames(app);
+  const bool isKnown =
+      arguments.empty() || std::find(names.begin(), names.end(), arguments.front()) != names.end();
+  if (isKnown) arguments.emplace_back("--help");
+  return arguments;
+}
+
 }  // namespace velmar::tool

@@ -13,6 +13,10 @@ namespace velmar::tool {
 std::optional<std::string> unexpectedArgument(const CLI::App& app,
                                               const std::vector<std::string>& arguments);
 
+/// The arguments with "COMMAND --help" in the place of "help COMMAND". What is no command is left
+/// for unexpectedArgument().
+std::vector<std::string> withHelpOption(const CLI::App& app, std::vector<std::string> arguments);
+
 }  // namespace velmar::tool
 
 #endif

@@ -1,0 +1,89 @@
+#include "toolkit/editing/Scenes.h"
+
+#include <gtest/gtest.h>
+
+#include <tuple>
+
+#include "support/Pictures.h"
+#include "support/TestSupport.h"
+#include "toolkit/TestJob.h"
+#include "toolkit/base/Failure.h"
+#include "toolkit/writing/NumberedName.h"
+#include "toolkit/writing/RecordingWriter.h"
+
+using namespace velmar::toolkit;
+
+namespace {
+
+using Scenes = std::vector<Scene>;
+
+TEST(NumberedName, CountsInThePatternOrBeforeTheExtension) {
+  const std::tuple<const char*, std::size_t, const char*> cases[] = {
+      {"scene.rtv", 1, "scene-0001.rtv"},         {"a.b/x.y.img", 20, "a.b/x.y-0020.img"},
+      {"s_%02d_b.img", 7, "s_07_b.img"},          {"%04d.rtv", 12345, "12345.rtv"},
+      {"50%-%03d%04d.rtv", 2, "50%-002%04d.rtv"}, {".img", 3, "-0003.img"}};
+  for (const auto& [path, number, name] : cases) EXPECT_EQ(NumberedName(path).at(number), name);
+}
+
+class ScenesTest : public testing::Test {
+ protected:
+  // Ten frames a second, but frame 6 comes 2 s late, and then the clock is set back by an hour.
+  ScenesTest() {
+    RecordingWriter writer(path_, {}, 10, RecordingWriter::OnFailure::RemoveFrames);
+    for (const std::uint64_t tenths : {0, 1, 2, 3, 4, 5, 26, 27, -36000, -35999}) {
+      const std::uint64_t time = 1700000000000000 + tenths * 100000;
+      writer.add(numberedJpeg(0), {time, time});
+    }
+    writer.finish();
+  }
+
+  const TempFolder folder_;
+  const std::string path_ = folder_ / "a.img";
+};
+
+TEST_F(ScenesTest, AreRunsThatAreJoinedAndPadded) {
+  const Recording recording(path_);
+  const std::tuple<std::vector<unsigned int>, SceneForm, Scenes> cases[] = {
+      {{0, 1, 3, 9}, {}, {{0, 1}, {3, 3}, {9, 9}}},
+      {{0, 2, 5}, {200000, 0}, {{0, 2}, {5, 5}}},
+      {{0, 2, 5, 6}, {300000, 0}, {{0, 6}}},
+      {{4, 7}, {2300000, 0}, {{4, 7}}},
+      {{5, 7}, {2199999, 0}, {{5, 5}, {7, 7}}},
+      {{7, 9}, {100000000, 0}, {{7, 7}, {9, 9}}},
+      {{0, 3, 9}, {0, 100000}, {{0, 1}, {2, 4}, {8, 9}}},
+      {{1, 3}, {0, 100000}, {{0, 4}}},
+      {{5}, {0, 2099999}, {{0, 5}}},
+      {{6}, {0, 2100000}, {{5, 7}}}};
+  for (const auto& [chosen, form, scenes] : cases) {
+    EXPECT_EQ(scenesOf(recording, chosen, form), scenes) << testing::PrintToString(chosen);
+  }
+}
+
+TEST_F(ScenesTest, AreWrittenOnlyIfAllCanBe) {
+  const Recording recording(path_);
+  TestJob job;
+  std::vector<std::string> made;
+  const auto copy = [&](bool force, TestJob& told) {
+    copyScenes(recording, {{0, 1}, {3, 3}, {6, 9}}, folder_ / "s.img", force, told,
+               [&](const std::string& path, const Scene& /*scene*/) { made.push_back(path); });
+  };
+  writeFile(folder_ / "s-0003.img", "precious");
+  EXPECT_THROW(copy(false, job), Failure);
+  for (const char* name : {"s-0001.img", "s-0001.img.tmp", "s-0003.img.tmp"}) {
+    EXPECT_FALSE(exists(folder_ / name)) << name;
+  }
+  EXPECT_EQ(readFile(folder_ / "s-0003.img"), "precious");
+  TestJob stopping(1);
+  copy(true, stopping);
+  EXPECT_EQ(stopping.lines,
+            (std::vector<std::string>{"s-0001.img 1 of 2", "s.img stopped after 1 of 3 scenes"}));
+  EXPECT_EQ(readFile(folder_ / "s-0003.img"), "precious");
+  made.clear();
+  copy(true, job);
+  EXPECT_EQ(job.lines, std::vector<std::string>());
+  EXPECT_EQ(made, (std::vector<std::string>{folder_ / "s-0001.img", folder_ / "s-0002.img",
+                                            folder_ / "s-0003.img"}));
+  EXPECT_EQ(Recording(made.back()).sensorTime(3), recording.sensorTime(9));
+}
+
+}  // namespace

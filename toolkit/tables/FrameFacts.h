@@ -1,0 +1,86 @@
+#ifndef VELMAR_TOOLKIT_FRAME_FACTS_H
+#define VELMAR_TOOLKIT_FRAME_FACTS_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "toolkit/recording/Recording.h"
+#include "toolkit/tables/Track.h"
+
+namespace velmar::toolkit {
+
+/// A number that is known of a frame, in one of the units that it can be given in.
+struct FrameFact {
+  enum class Source {
+    Index,
+    Size,
+    ElapsedTime,  ///< since frame 0
+    SensorTime,
+    ArrivedTime,
+    TimeFlag,
+    X,
+    Y,
+    Z,
+    Distance,
+    Speed,
+    Direction,
+    Lng,
+    Lat,
+    Acceleration,
+    Signal,
+  };
+
+  std::string name;
+  Source source;
+  double unit = 1;  ///< in microseconds, metres, degrees or metres a second
+  const CanField* signal = nullptr;
+
+  /// Whether only an rtv has it.
+  bool isOfTag() const { return source >= Source::TimeFlag; }
+};
+
+/// The fact of a name with a unit, such as "speed_km_h", or of one that needs none: "index",
+/// "size", "time" (seconds since frame 0), "direction" (degrees), "acceleration_m_s2" and the CAN
+/// signals.
+std::optional<FrameFact> factNamed(std::string_view name);
+
+/// Why there is no fact of that name, and which may be meant: one of the facts or of `others`.
+std::string unknownFactWords(const std::string& name, const std::vector<std::string>& others = {});
+
+/// Looks facts up, frame by frame. Pictures are not read. As a Track, one at a time.
+class FrameFacts {
+ public:
+  /// The recording must outlive it.
+  explicit FrameFacts(const Recording& recording);
+
+  /// The frame that the others are about. Throws Failure if its tag cannot be read.
+  void enter(unsigned int frame);
+
+  /// NaN if it is absent.
+  double value(const FrameFact& fact);
+  /// Nothing in an img.
+  std::optional<Place> place();
+  const FrameTag& tag();
+  /// That, perhaps without CAN signals.
+  const FrameTag& motion();
+
+ private:
+  double valueOfTag(const FrameFact& fact);
+  double acceleration();
+
+  const Recording& recording_;
+  std::optional<Track> track_;  ///< of an rtv
+  bool isVersion02_ = false;
+  unsigned int count_ = 0;
+  std::uint64_t start_ = 0;
+  unsigned int frame_ = 0;
+  std::optional<FrameTag> tag_;
+  std::optional<FrameTag> motion_;
+  std::vector<int> speeds_;  ///< of all frames as stored, once they are needed
+};
+
+}  // namespace velmar::toolkit
+
+#endif
