@@ -41,7 +41,9 @@ class Json(unittest.TestCase):
             validator.validate(value)
             # Nothing may be missing, and nothing may come that the schema does not tell of.
             self.assertFalse(validator.is_valid({**value, "unknown": 1}))
-            for key in schema["required"]:
+            kinds = schema.get("oneOf", [schema])
+            kind = next(kind for kind in kinds if value.keys() <= kind["properties"].keys())
+            for key in kind["required"]:
                 self.assertFalse(validator.is_valid({k: v for k, v in value.items() if k != key}))
         return schema
 
@@ -78,7 +80,7 @@ class Json(unittest.TestCase):
         Path("cut.img").write_bytes(whole[:2000])
         found = objects("verify", *self.files, "zeros.img", "tall.img", "cut.img", "--decode")
         self.check("verify", found)
-        kinds = {frozenset(finding) for report in found for finding in report["findings"]}
+        kinds = {frozenset(finding) for report in found[:-1] for finding in report["findings"]}
         self.assertEqual(len(kinds), 3, kinds)  # of a frame, of several, of the file
 
 

@@ -49,10 +49,14 @@ inline void recordFrames(const std::string& path, const std::vector<std::string>
   velmar::toolkit::RecordingDescription description;
   description.setSize(size);
   description.version = version;
+  description.startTime = 1700000000000000;
   velmar::toolkit::RecordingWriter writer(
       path, description, static_cast<unsigned int>(std::max(slots, frames.size())),
       velmar::toolkit::RecordingWriter::OnFailure::RemoveFrames);
-  for (const std::string& frame : frames) writer.add(frame, {writer.frames(), writer.frames()});
+  for (const std::string& frame : frames) {
+    const std::uint64_t time = description.startTime + 33000 * writer.frames();
+    writer.add(frame, {time, time});
+  }
   writer.finish();
 }
 

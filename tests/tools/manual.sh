@@ -7,7 +7,7 @@ set -o pipefail
 
 commands=$("$tool" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]\+\) .*/\1/p')
 options() {  # options [COMMAND]: their long names, as --help has them
-  "$tool" "$@" --help | sed -n 's/^  \(-h,\)\?\(--[a-z-]*\).*/\2/p' | sort
+  "$tool" "$@" --help | sed -n 's/^  \(-[h0],\)\?\(--[a-z-]*\).*/\2/p' | sort
 }
 same() {  # same WHAT COMMAND: standard input names the command's options
   diff <(grep -o -- '^--[a-z-]*' | sort -u) <(options "$2") >err || fail "$1 of $2"
@@ -16,7 +16,7 @@ same() {  # same WHAT COMMAND: standard input names the command's options
 # The manual: what a section names, and what all commands have.
 section() { sed -n "/^\.S[HS] $1\$/,/^\.S[HS]/p" "$folder/velmar-video.1"; }
 named_in() {
-  section "$1" | grep --no-group-separator -A 1 '^\.TP' | sed 's/\\-/-/g; s/\\f[BIR]//g; s/^-h, //' | grep '^--' || true
+  section "$1" | grep --no-group-separator -A 1 '^\.TP' | sed 's/\\-/-/g; s/\\f[BIR]//g; s/^-[h0], //' | grep '^--' || true
 }
 for command in $commands; do
   { named_in "$command"; named_in OPTIONS | grep -v -- --version; } | same "manual" "$command"

@@ -11,8 +11,8 @@
 
 namespace velmar::toolkit {
 
-/// Whether the name ends in one of these, such as ".jpg", in upper or lower case. (Recordings' names
-/// have to end in .img and .rtv as they are written here.)
+/// Whether the name ends in one of these, such as ".jpg", in upper or lower case. (Recordings'
+/// names have to end in .img and .rtv as they are written here.)
 bool hasExtension(const std::string& path, std::initializer_list<std::string_view> extensions);
 
 /// The files in a folder whose names `isWanted` takes, in natural order, those in the folders below
@@ -22,8 +22,8 @@ std::vector<std::string> listFolder(const std::string& folder, bool recursive,
                                     const std::function<bool(const std::string&)>& isWanted,
                                     const std::function<void(const Failure&)>& fail);
 
-/// The names in a text, each behind the other with the separator between them. Empty ones are passed
-/// over.
+/// The names in a text, each behind the other with the separator between them. Empty ones are
+/// passed over.
 std::vector<std::string> splitNames(const std::string& text, char separator);
 
 }  // namespace velmar::toolkit

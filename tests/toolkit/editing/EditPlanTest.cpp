@@ -198,7 +198,7 @@ TEST(EditPlan, RefusesWhatTheContainerCannotHold) {
       {"a.img", {.startTime = 5}, "--start-time: an img starts when its frame 0 arrived"},
       {"a.img", {.taggingFlags = 5}, "--tagging-flags: an img holds none"},
       {"a.img", {.sensorTimes = {{1, 5}, {1, 6}}}, "--sensor-time: frame 1 is there twice"},
-      {"a.img", {.shift = -9}, "--shift-time: times would leave 64 bits"},
+      {"a.img", {.shift = INT64_MIN}, "--shift-time: times would leave 64 bits"},
       {"a.img", {.allTimes = std::vector<FrameTimes>(2)}, "--times: it has 2 rows for 5 frames"},
       {"a.rtv", {.cameraParams = "{}"}, "--camera-params: an rtv holds none"},
       {"a.rtv", {.arrivedTimes = {{0, 5}}}, "--arrived-time: an rtv holds no arrival times"},

@@ -2,12 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <fstream>
 
 #include "support/Pictures.h"
 #include "support/TestSupport.h"
 #include "toolkit/TestJob.h"
 #include "toolkit/recording/FramePlaces.h"
+#include "toolkit/writing/RecordingWriter.h"
 
 using namespace velmar::detail;
 using namespace velmar::toolkit;
@@ -24,6 +26,12 @@ void record(const std::string& path, version_e version = RTV_VER_04) {
   std::vector<std::string> frames;
   for (unsigned int i = 0; i < kFrames; ++i) frames.push_back(numberedJpeg(i, 40 + i % 2 * 100));
   recordFrames(path, frames, {32, 16}, version, kFrames + 2);
+}
+
+RecordingDescription sized() {
+  RecordingDescription description;
+  description.setSize({32, 16});
+  return description;
 }
 
 std::vector<std::string> findingsOf(const std::string& path) {
@@ -78,7 +86,8 @@ TEST(Verification, NamesWhatIsWrong) {
          "E 1 does not begin as a JPEG"});
   check("img", record(1, 24), bigEndianBytes(img.frames[1].size + 1, 4), {"E 2 overlaps frame 1"});
   check("img", record(2, 8), bigEndianBytes(0, 8), {"w 2 arrived before the frame before it"});
-  check("img", record(2, 0), bigEndianBytes(0, 8), {"w 2 was captured before the frame before it"});
+  check("img", record(2, 0), bigEndianBytes(0, 8),
+        {"w 2 was captured before the year 2000", "w 2 was captured before the frame before it"});
   check("img", img.frames[3].offset, "\xFE", {"E 3 does not begin as a JPEG"});
   check("img", img.frames[3].offset + 2, "\0"s, {"E 3 has no JPEG header that can be read"});
   check("img", img.frames[3].end() - 60, std::string(30, '\xFF') + "\xD9",
@@ -98,9 +107,58 @@ TEST(Verification, NamesWhatIsWrong) {
       {"E 0 lies over the header or the index", "w the tags behind the last frame's are not zero"});
   check("rtv", 66, "\x63\x63", {"w the frame format is unknown", "w the frame codec is unknown"});
   check("rtv", tag(1, 0), "\xFF\xFF\xFF\xFF",
-        {"w 2 was captured before the frame before it",
-         "w 1 has a time before the start or more than 24 days after it, which readers misread"});
+        {"w 1 has a time before the start or more than 24 days after it, which readers misread"});
   check("rtv", tag(kFrames + 1, 3), "\x01", {"w the tags behind the last frame's are not zero"});
+}
+
+TEST(Verification, WarnsOfWhatNoDriveHas) {
+  const TempFolder folder;
+  constexpr std::uint64_t kStart = 1'700'000'000'000'000;
+  constexpr std::uint64_t kUsual = 33'000;
+  const auto future = static_cast<std::uint64_t>(std::time(nullptr) + 90'000) * 1'000'000;
+  const struct {
+    std::vector<std::uint64_t> times;
+    std::vector<std::string> findings;
+  } cases[] = {
+      {{0, kUsual, 2 * kUsual, 5 * kUsual, 5 * kUsual + 1000}, {}},
+      {{0, kUsual, 2 * kUsual, 5 * kUsual + 3, 6 * kUsual},
+       {"w 3 was captured 0.099 s after the frame before it; 0.033 s is usual"}},
+      {{0, kUsual, kUsual, kUsual, 2 * kUsual},
+       {"w 2 to 3 was captured at the same time as the frame before it"}},
+      {{0, kUsual, kUsual - 1, 2 * kUsual, 3 * kUsual},
+       {"w 2 was captured before the frame before it"}},
+      {{0, kUsual, kUsual + 999, 2 * kUsual, 3 * kUsual},
+       {"w 2 was captured less than a millisecond after the frame before it"}},
+      {{0, kUsual, 946'684'799'999'999 - kStart, 2 * kUsual, 3 * kUsual},
+       {"w 2 was captured before the year 2000", "w 2 was captured before the frame before it",
+        "w 3 was captured 753315200.066 s after the frame before it; 0.033 s is usual"}},
+      {{future - kStart, future - kStart + kUsual}, {"w 0 to 1 was captured in the future"}},
+  };
+  for (const auto& one : cases) {
+    const std::string path = folder / "a.img";
+    RecordingWriter writer(path, sized(), 0, RecordingWriter::OnFailure::RemoveFrames);
+    for (const std::uint64_t time : one.times) {
+      writer.add(numberedJpeg(1), {kStart + time, kStart + writer.frames()});
+    }
+    writer.finish();
+    EXPECT_EQ(findingsOf(path), one.findings);
+  }
+  const std::string path = folder / "a.rtv";
+  RecordingDescription description = sized();
+  description.startTime = kStart;
+  RecordingWriter writer(path, description, 6, RecordingWriter::OnFailure::RemoveFrames);
+  // Hundredths of a metre; 15 m in 0.1 s are 150 m/s, and 0, 0 is no position.
+  const int x[] = {0, 99'000, 100'500, 102'001, 0, 300'000};
+  for (unsigned int i = 0; i < 6; ++i) {
+    FrameTag tag;
+    tag.x = x[i];
+    tag.direction = i < 2 ? 360 : i < 4 ? 361 : 0;
+    writer.add(numberedJpeg(i), {kStart + i * 100'000, kStart + i * 100'000}, tag);
+  }
+  writer.finish();
+  EXPECT_EQ(findingsOf(path),
+            (std::vector<std::string>{"w 2 to 3 has a heading of more than 360 degrees",
+                                      "w 3 lies too far from the frame before it for 150 m/s"}));
 }
 
 // What a reader answers of the pictures; empty if it does not open the recording.
