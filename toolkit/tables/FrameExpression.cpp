@@ -6,19 +6,18 @@
 #include <cctype>
 #include <cmath>
 #include <deque>
-#include <limits>
+#include <functional>
 #include <optional>
 #include <vector>
 
 #include "toolkit/base/Failure.h"
+#include "toolkit/tables/FrameColumns.h"
 #include "toolkit/tables/FrameFacts.h"
 #include "toolkit/text/Joined.h"
 
 namespace velmar::toolkit {
 
 namespace {
-
-constexpr double kAbsent = std::numeric_limits<double>::quiet_NaN();
 
 // True or false, or absent.
 double truth(bool isKnown, bool value) { return isKnown ? double(value) : kAbsent; }
