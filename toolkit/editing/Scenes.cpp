@@ -38,7 +38,8 @@ std::vector<unsigned int> framesOf(const Scene& scene) {
   return frames;
 }
 
-// Makes one stage of all scenes: between stages a wish to stop would end the program as it is.
+// Makes one stage of all scenes: between two a signal would end the program and leave what has been
+// reserved.
 class SceneJob final : public Job {
  public:
   SceneJob(Job& job, const std::string& name, std::size_t frames)
@@ -120,8 +121,8 @@ void copyScenes(const Recording& recording, const std::vector<Scene>& scenes,
   const auto reserve = [&](std::size_t at) {
     return ReservedOutput(name.at(at + 1), {recording.path()}, force);
   };
-  for (std::size_t i = 0; i < scenes.size(); ++i) reserve(i);
   SceneJob sceneJob(job, output, countOf(scenes));
+  for (std::size_t i = 0; i < scenes.size(); ++i) reserve(i);
   std::size_t made = 0;
   while (made < scenes.size() && !sceneJob.stopRequested()) {
     const Scene& scene = scenes[made];
