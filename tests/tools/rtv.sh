@@ -116,6 +116,8 @@ expect 1 "03.rtv: --where: none of the frames has abs_active" frames 03.rtv 04.r
 grep -q '^04.rtv *$' out || fail "found beside a failure: $(cat out)"
 expect 1 "2 recordings: none of the frames fulfils --where" frames 03.rtv 04.rtv --where 'speed_m_s > 30'
 expect 1 "missing.rtv: there is no such file" frames missing.rtv 04.rtv --hash
+expect 0 "" frames 04.rtv --hash --columns index,xxh3_128,time --csv
+[ "$(head -1 out)" = index,xxh3_128,time ] || fail "columns: $(head -1 out)"
 expect 0 "" frames --hash 04.rtv
 expect 2 "--hash: 04.rtv is neither xxh3 nor sha256" frames --hash 04.rtv 03.rtv
 expect 2 "--columns: there is no spede; did you mean speed?" frames 04.rtv --columns spede

@@ -91,12 +91,7 @@ class CopiedFrames final : public FrameSource {
     return true;
   }
 
-  void finish(std::size_t done) override {
-    news_->finish();
-    isStopped_ = done < count_;
-  }
-
-  bool isStopped() const { return isStopped_; }
+  void finish(std::size_t /*done*/) override { news_->finish(); }
 
  private:
   void enterRange() {
@@ -113,7 +108,6 @@ class CopiedFrames final : public FrameSource {
   std::vector<FrameRange>::const_iterator range_;
   std::size_t next_ = 0;  // of the range's frames
   bool keepsTimeFlags_ = false;
-  bool isStopped_ = false;
   std::optional<FrameNews> news_;
   std::optional<StoredFrames> stored_;
 };
@@ -139,7 +133,7 @@ std::uint64_t earliestSensorTime(const Recording& recording) {
   return earliest;
 }
 
-bool copyFrames(const std::vector<FrameRange>& ranges, const std::string& output,
+void copyFrames(const std::vector<FrameRange>& ranges, const std::string& output,
                 const RecordingDescription& description, Job& job) {
   CopiedFrames frames(ranges, output, description, job);
   checkFramesCount(output, frames.count());
@@ -147,7 +141,6 @@ bool copyFrames(const std::vector<FrameRange>& ranges, const std::string& output
   checkPositions(ranges, description.version);
   const auto count = static_cast<unsigned int>(frames.count());
   recordFrames(frames, {output, description, count}, job);
-  return !frames.isStopped();
 }
 
 }  // namespace velmar::toolkit

@@ -29,8 +29,7 @@ void checkDeviceId(const Recording& recording, Job& job);
 /// Writes `output`. Times and positions are checked before anything is written. Frames whose bytes
 /// the file does not have are left out; `job` is told of those, of frames that are no pictures,
 /// and, where it is asked to stop, of the rest. Throws Failure.
-/// \return false if it was stopped
-bool copyFrames(const std::vector<FrameRange>& ranges, const std::string& output,
+void copyFrames(const std::vector<FrameRange>& ranges, const std::string& output,
                 const RecordingDescription& description, Job& job);
 
 }  // namespace velmar::toolkit

@@ -1,7 +1,9 @@
 #include "toolkit/editing/Scenes.h"
 
 #include <cstdlib>
+#include <memory>
 #include <numeric>
+#include <utility>
 
 #include "toolkit/editing/CopyFrames.h"
 #include "toolkit/writing/NumberedName.h"
@@ -34,6 +36,54 @@ std::vector<unsigned int> framesOf(const Scene& scene) {
   std::vector<unsigned int> frames(scene.last - scene.first + 1);
   std::iota(frames.begin(), frames.end(), scene.first);
   return frames;
+}
+
+// Makes one stage of all scenes: between two a signal would end the program and leave what has been
+// reserved.
+class SceneJob final : public Job {
+ public:
+  SceneJob(Job& job, const std::string& name, std::size_t frames)
+      : job_(job), whole_(job.begin(name, frames)) {}
+
+  bool stopRequested() { return whole_->stopRequested(); }
+
+  std::unique_ptr<Stage> begin(const std::string& /*name*/, std::size_t total) override {
+    return std::make_unique<Part>(*whole_, std::exchange(begun_, begun_ + total));
+  }
+  void lose(const std::string& what, const std::string& words) override { job_.lose(what, words); }
+  void loseRest(const std::string& what, std::size_t done, std::size_t wanted) override {
+    job_.loseRest(what, done, wanted);
+  }
+  void note(const std::string& what, const std::string& words) override { job_.note(what, words); }
+
+ private:
+  class Part final : public Stage {
+   public:
+    Part(Stage& whole, std::size_t before) : whole_(whole), before_(before) {}
+
+    void advance(std::size_t done) override {
+      hasFrame_ = true;
+      whole_.advance(before_ + done);
+    }
+    // A recording without a frame could not be finished.
+    bool stopRequested() override { return hasFrame_ && whole_.stopRequested(); }
+    bool waitReadable(int fd) override { return whole_.waitReadable(fd); }
+
+   private:
+    Stage& whole_;
+    std::size_t before_;
+    bool hasFrame_ = false;
+  };
+
+  Job& job_;
+  std::unique_ptr<Stage> whole_;
+  std::size_t begun_ = 0;  // frames of the scenes so far
+};
+
+std::size_t countOf(const std::vector<Scene>& scenes) {
+  return std::accumulate(
+      scenes.begin(), scenes.end(), std::size_t{0},
+      [](std::size_t sum, const Scene& scene) { return sum + (scene.last - scene.first + 1); });
 }
 
 }  // namespace
@@ -71,20 +121,19 @@ void copyScenes(const Recording& recording, const std::vector<Scene>& scenes,
   const auto reserve = [&](std::size_t at) {
     return ReservedOutput(name.at(at + 1), {recording.path()}, force);
   };
+  SceneJob sceneJob(job, output, countOf(scenes));
   for (std::size_t i = 0; i < scenes.size(); ++i) reserve(i);
-  for (std::size_t i = 0; i < scenes.size(); ++i) {
-    const std::string path = name.at(i + 1);
-    const ReservedOutput reserved = reserve(i);
-    const bool isWhole =
-        copyFrames({{&recording, framesOf(scenes[i])}}, path, recording.description(), job);
-    done(path, scenes[i]);
-    if (isWhole) continue;
-    if (i + 1 < scenes.size()) {
-      job.lose(output, "stopped after " + std::to_string(i + 1) + " of " +
-                           std::to_string(scenes.size()) + " scenes");
-    }
-    return;
+  std::size_t made = 0;
+  while (made < scenes.size() && !sceneJob.stopRequested()) {
+    const Scene& scene = scenes[made];
+    const ReservedOutput reserved = reserve(made++);
+    const std::string path = name.at(made);
+    copyFrames({{&recording, framesOf(scene)}}, path, recording.description(), sceneJob);
+    done(path, scene);
   }
+  if (made == scenes.size()) return;
+  job.lose(output, "stopped by a signal after " + std::to_string(made) + " of " +
+                       std::to_string(scenes.size()) + " scenes");
 }
 
 }  // namespace velmar::toolkit

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <limits>
 
 #include "toolkit/base/InputFile.h"
 #include "toolkit/text/Joined.h"
@@ -67,7 +66,7 @@ const std::vector<CanField>& canSignals() {
 }
 
 double signalValue(const can_data_io& can, const CanField& signal) {
-  if (canFieldIsAbsent(can, signal)) return std::numeric_limits<double>::quiet_NaN();
+  if (canFieldIsAbsent(can, signal)) return kAbsent;
   switch (signal.type) {
     case CanFieldType::Float:
       return valueAt<float>(can, signal);

@@ -2,6 +2,7 @@
 #ifndef VELMAR_TOOLKIT_FRAME_COLUMNS_H
 #define VELMAR_TOOLKIT_FRAME_COLUMNS_H
 
+#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,7 +22,10 @@ std::string frameColumns(bool ofRtv, bool hasCan);
 /// The fields of a CAN record but its length.
 const std::vector<CanField>& canSignals();
 
-/// NaN if the signal is absent.
+/// The value of what a frame does not have: not a number.
+constexpr double kAbsent = std::numeric_limits<double>::quiet_NaN();
+
+/// kAbsent if the signal is absent.
 double signalValue(const can_data_io& can, const CanField& signal);
 
 /// Whether the plain name is one that frameColumns() has.

@@ -6,19 +6,18 @@
 #include <cctype>
 #include <cmath>
 #include <deque>
-#include <limits>
+#include <functional>
 #include <optional>
 #include <vector>
 
 #include "toolkit/base/Failure.h"
+#include "toolkit/tables/FrameColumns.h"
 #include "toolkit/tables/FrameFacts.h"
 #include "toolkit/text/Joined.h"
 
 namespace velmar::toolkit {
 
 namespace {
-
-constexpr double kAbsent = std::numeric_limits<double>::quiet_NaN();
 
 // True or false, or absent.
 double truth(bool isKnown, bool value) { return isKnown ? double(value) : kAbsent; }
@@ -87,12 +86,16 @@ UsageError errorAt(std::size_t place, const std::string& words) {
 }
 
 std::string wordsOf(const mu::ParserError& error) {
-  std::string token = error.GetToken();
+  // It may go to the end of the text.
+  constexpr std::size_t kMost = 20;
+  std::string token = error.GetToken().substr(0, kMost);
   token.resize(token.find_last_not_of(' ') + 1);
   switch (error.GetCode()) {
     case mu::ecEMPTY_EXPRESSION:
     case mu::ecUNEXPECTED_EOF:
       return "the expression ends too early";
+    case mu::ecEXPRESSION_TOO_LONG:
+      return "the expression is too long";
     case mu::ecMISSING_PARENS:
       return "a closing parenthesis is missing";
     case mu::ecTOO_FEW_PARAMS:
@@ -119,8 +122,10 @@ class FrameExpression final : public FrameCondition {
     parser_.DefineFunUserData("near", isNear, this, false);
     parser_.DefineFunUserData("within", isWithin, this, false);
     parser_.SetVarFactory(bindVariable, this);
-    parser_.SetExpr(text);
-    evaluate();
+    evaluated([&] {
+      parser_.SetExpr(text);
+      return parser_.Eval();
+    });
     if (parser_.GetNumResults() != 1) {
       throw UsageError("--where is one condition, not several with commas");
     }
@@ -138,7 +143,7 @@ class FrameExpression final : public FrameCondition {
       variable.value = std::isfinite(value) ? value : kAbsent;
       hasFacts_ = hasFacts_ || (variable.fact.isOfTag() && std::isfinite(value));
     }
-    return isTrue(evaluate());
+    return isTrue(evaluated([this] { return parser_.Eval(); }));
   }
 
   std::string lack() const override {
@@ -156,9 +161,11 @@ class FrameExpression final : public FrameCondition {
     double value = kAbsent;
   };
 
-  double evaluate() const {
+  // The result, or the parser's error in words.
+  template <typename Work>
+  double evaluated(Work work) const {
     try {
-      return parser_.Eval();
+      return work();
     } catch (const mu::ParserError& error) {
       const auto place = static_cast<std::size_t>(std::max(error.GetPos(), 0));
       throw errorAt(std::min(place, text_.size()), wordsOf(error));

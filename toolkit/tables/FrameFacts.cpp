@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
 
 #include "toolkit/tables/FrameColumns.h"
 #include "toolkit/text/Joined.h"
@@ -15,8 +14,6 @@ namespace velmar::toolkit {
 namespace {
 
 using Source = FrameFact::Source;
-
-constexpr double kAbsent = std::numeric_limits<double>::quiet_NaN();
 
 struct Quantity {
   std::string_view name;

@@ -58,7 +58,7 @@ class FrameFacts {
   /// The frame that the others are about. Throws Failure if its tag cannot be read.
   void enter(unsigned int frame);
 
-  /// NaN if it is absent.
+  /// kAbsent if the frame does not have it.
   double value(const FrameFact& fact);
   /// Nothing in an img.
   std::optional<Place> place();

@@ -76,7 +76,8 @@ TEST_F(ScenesTest, AreWrittenOnlyIfAllCanBe) {
   TestJob stopping(1);
   copy(true, stopping);
   EXPECT_EQ(stopping.lines,
-            (std::vector<std::string>{"s-0001.img 1 of 2", "s.img stopped after 1 of 3 scenes"}));
+            (std::vector<std::string>{"s-0001.img 1 of 2",
+                                      "s.img stopped by a signal after 1 of 3 scenes"}));
   EXPECT_EQ(readFile(folder_ / "s-0003.img"), "precious");
   made.clear();
   copy(true, job);

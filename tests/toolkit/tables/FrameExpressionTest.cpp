@@ -119,7 +119,8 @@ TEST_F(Chosen, SaysWhatARecordingLacks) {
 }
 
 TEST(FrameExpression, RefusesWhatItDoesNotUnderstand) {
-  const std::pair<const char*, const char*> cases[] = {
+  const std::pair<std::string, const char*> cases[] = {
+      {std::string(100000, '1'), "the expression is too long"},
       {"speed > 20", "character 1: speed needs a unit: speed_m_s or speed_km_h or speed_mph"},
       {"index > x", "character 9: x needs a unit: x_m or x_cm or x_ft"},
       {"speed_m_s > sped_m_s", "character 13: there is no sped_m_s; did you mean speed_m_s?"},

@@ -94,7 +94,7 @@ class FrameList {
 
   void add(const Recording& recording, const std::vector<unsigned int>& frames, Job& job) {
     if (table_.empty()) table_ = defaultColumns(recording);
-    if (!hasBegun_ && options_.hash) table_.push_back(hashColumn(*options_.hash));
+    if (!hasBegun_) addHash();
     if (!hasBegun_ && !options_.json) {
       output_.write(options_.csv ? csvHeader(table_) : FrameLine::textHeader(table_, fileWidth_));
     }
@@ -121,6 +121,16 @@ class FrameList {
                                    : columnsForPrograms(hasRtv, hasRtv);
     if (!isOne) table.insert(table.begin(), namedColumns("file").front());
     return table;
+  }
+
+  // Unless --columns has put it elsewhere.
+  void addHash() {
+    if (!options_.hash) return;
+    const FrameColumn hash = hashColumn(*options_.hash);
+    const bool isThere = std::any_of(table_.begin(), table_.end(), [&](const FrameColumn& column) {
+      return column.name == hash.name;
+    });
+    if (!isThere) table_.push_back(hash);
   }
 
   const Options& options_;
