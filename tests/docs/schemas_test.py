@@ -82,6 +82,9 @@ class Json(unittest.TestCase):
         self.check("verify", found)
         kinds = {frozenset(finding) for report in found[:-1] for finding in report["findings"]}
         self.assertEqual(len(kinds), 3, kinds)  # of a frame, of several, of the file
+        objects("verify", *self.files, "--manifest-out", "manifest")
+        lines = Path("manifest").read_text().splitlines()
+        self.check("manifest", [json.loads(line) for line in lines])
 
 
 if __name__ == "__main__":

@@ -268,6 +268,26 @@ expect 3 "bytes belong to no whole frame" recover full.img.tmp full.img --device
 "$tool" cat full.img | cmp - stream -n "$("$tool" cat full.img | wc -c)"
 expect 1 "full.img: it is already there" recover full.img.tmp full.img
 expect 2 "no --fps or --times" recover full.img.tmp full.rtv --fps 5
+# Many files: folders, lists; a bad one does not hide the others. Manifests.
+mkdir -p many/deeper
+cp full.img many/10.img
+cp full.img many/2.img
+cp full.img "many/deeper/a b.img"
+expect 0 "" verify many --jobs 3 --manifest-out many/manifest
+cut -d: -f1 out | tr '\n' ' ' | grep -q "^many/2.img many/10.img 2 files" || fail "order: $(cat out)"
+expect 0 "" verify many --recursive --only-problems
+[ "$(cat out)" = "3 files, 0 bad, 0 with warnings" ] || fail "recursive: $(cat out)"
+find many/deeper -name '*.img' -print0 >list
+expect 0 "" verify --files-from list -0 --only-problems
+mkdir none
+expect 1 "none: there is no recording in it" verify none many --only-problems
+printf 'x' | dd of=many/2.img bs=1 seek=3000 conv=notrunc status=none
+expect 1 "" verify many --against many/manifest --only-problems
+grep -q "^many/2.img: error: .*is not that of the manifest" out || fail "against: $(cat out)"
+tail -n 1 out | grep -q "^2 files, 1 bad, 0 with warnings" || fail "against: $(cat out)"
+expect 1 "manifest: it is already there" verify many --manifest-out many/manifest
+expect 3 "many/2.img: the manifest has it, but it was not checked" verify many/10.img --against many/manifest
+expect 2 "verify: file is required, or --files-from" verify
 expect 0 "" verify full.img kept.img --decode
 head -c 5000 kept.img >cut.img
 expect 1 "" verify kept.img cut.img --json

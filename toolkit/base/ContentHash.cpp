@@ -4,6 +4,7 @@
 #include <xxhash.h>
 
 #include <array>
+#include <new>
 
 #include "base/HexText.h"
 
@@ -21,16 +22,30 @@ std::string sha256(std::string_view bytes) {
   return detail::bytesToHex(digest.data(), digest.size());
 }
 
-std::string xxh3(std::string_view bytes) {
+std::string hexText(XXH128_hash_t hash) {
   XXH128_canonical_t canonical;
-  XXH128_canonicalFromHash(&canonical, XXH3_128bits(bytes.data(), bytes.size()));
+  XXH128_canonicalFromHash(&canonical, hash);
   return detail::bytesToHex(canonical.digest, sizeof canonical.digest);
 }
 
 }  // namespace
 
 std::string contentHash(HashKind kind, std::string_view bytes) {
-  return kind == HashKind::Sha256 ? sha256(bytes) : xxh3(bytes);
+  return kind == HashKind::Sha256 ? sha256(bytes)
+                                  : hexText(XXH3_128bits(bytes.data(), bytes.size()));
 }
+
+void Xxh3Stream::Delete::operator()(XXH3_state_s* state) const { XXH3_freeState(state); }
+
+Xxh3Stream::Xxh3Stream() : state_(XXH3_createState()) {
+  if (!state_) throw std::bad_alloc();
+  XXH3_128bits_reset(state_.get());
+}
+
+void Xxh3Stream::add(std::string_view bytes) {
+  XXH3_128bits_update(state_.get(), bytes.data(), bytes.size());
+}
+
+std::string Xxh3Stream::hash() const { return hexText(XXH3_128bits_digest(state_.get())); }
 
 }  // namespace velmar::toolkit

@@ -1,8 +1,11 @@
 #ifndef VELMAR_TOOLKIT_CONTENT_HASH_H
 #define VELMAR_TOOLKIT_CONTENT_HASH_H
 
+#include <memory>
 #include <string>
 #include <string_view>
+
+struct XXH3_state_s;
 
 namespace velmar::toolkit {
 
@@ -13,6 +16,20 @@ enum class HashKind {
 
 /// As small hexadecimal digits, the first byte first.
 std::string contentHash(HashKind kind, std::string_view bytes);
+
+/// XXH3 of bytes that come in pieces.
+class Xxh3Stream {
+ public:
+  Xxh3Stream();
+  void add(std::string_view bytes);
+  std::string hash() const;
+
+ private:
+  struct Delete {
+    void operator()(XXH3_state_s* state) const;
+  };
+  std::unique_ptr<XXH3_state_s, Delete> state_;
+};
 
 }  // namespace velmar::toolkit
 

@@ -2,15 +2,19 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <set>
 #include <vector>
 
 #include "program/InputOptions.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
 #include "toolkit/base/InOrder.h"
+#include "toolkit/base/OutputFile.h"
+#include "toolkit/rescue/Manifest.h"
 #include "toolkit/rescue/Verification.h"
 #include "toolkit/text/JsonText.h"
 #include "toolkit/text/PrintableText.h"
+#include "toolkit/writing/OutputGuard.h"
 
 namespace velmar::tool {
 
@@ -23,6 +27,11 @@ struct Options {
   bool json = false;
   bool onlyProblems = false;
   bool strict = false;
+  std::string manifestOut;
+  std::string manifest;
+  bool force = false;
+
+  bool needsHashes() const { return !manifestOut.empty() || !manifest.empty(); }
 };
 
 // What is found in one file.
@@ -33,6 +42,7 @@ struct Report {
   std::uint64_t warnings = 0;
   std::string text;  // lines for standard output
   std::optional<Failure> failure;
+  std::optional<RecordingHashes> hashes;
   bool isWhole = true;
 };
 
@@ -75,8 +85,28 @@ std::string lastLine(const Report& report, const std::string& findings, const Op
          counted(report.errors, "error") + ", " + counted(report.warnings, "warning") + "\n";
 }
 
+void compare(const RecordingHashes& now, const Manifest& manifest,
+             const FindingMerger::Report& take) {
+  if (const RecordingHashes* const then = manifest.find(now.file)) {
+    compareHashes(*then, now, take);
+  } else {
+    take({Finding::Severity::Warning, {}, {}, "it is not in the manifest"});
+  }
+}
+
+// What the options ask for.
+void check(const std::string& file, const Options& options, const std::optional<Manifest>& manifest,
+           const FindingMerger::Report& take, const VerificationProgress& progress,
+           Report& report) {
+  report.frames = verify(file, options.decode, take, progress);
+  const bool opens = report.frames > 0 || report.errors == 0;
+  if (!options.needsHashes() || !opens || !report.isWhole) return;
+  report.hashes = hashRecording(file, progress);
+  if (manifest && report.isWhole) compare(*report.hashes, *manifest, take);
+}
+
 Report verifyFile(const std::string& file, const Options& options,
-                  const VerificationProgress& progress) {
+                  const std::optional<Manifest>& manifest, const VerificationProgress& progress) {
   Report report;
   report.file = file;
   std::string json;
@@ -90,8 +120,8 @@ Report verifyFile(const std::string& file, const Options& options,
     }
   };
   try {
-    report.frames = verify(file, options.decode, take,
-                           [&](std::uint64_t bytes) { return report.isWhole = progress(bytes); });
+    const auto goOn = [&](std::uint64_t bytes) { return report.isWhole = progress(bytes); };
+    check(file, options, manifest, take, goOn, report);
   } catch (const Failure& failure) {
     report.failure = failure;
     if (!options.json) return report;
@@ -129,8 +159,9 @@ struct Summary {
 // Shows how much is done, and asks whether to stop.
 class Progress {
  public:
-  Progress(const std::vector<std::string>& files, CommandJob& job)
-      : stage_(job.beginBytes(counted(files.size(), "file"), sizeOf(files))) {}
+  // The files are read so many times.
+  Progress(const std::vector<std::string>& files, std::uint64_t times, CommandJob& job)
+      : stage_(job.beginBytes(counted(files.size(), "file"), times * sizeOf(files))) {}
 
   // In any thread; false to stop.
   bool add(std::uint64_t bytes) {
@@ -160,18 +191,20 @@ class Progress {
   std::atomic<bool> isStopped_ = false;
 };
 
-Summary verifyAll(const std::vector<std::string>& files, const Options& options, CommandJob& job) {
+Summary verifyAll(const std::vector<std::string>& files, const Options& options,
+                  const std::optional<Manifest>& manifest, std::string& hashes, CommandJob& job) {
   StandardOutput output;
   Summary summary;
-  Progress progress(files, job);
+  Progress progress(files, options.needsHashes() ? 2 : 1, job);
   const auto work = [&](std::size_t i) {
-    return verifyFile(files[i], options,
+    return verifyFile(files[i], options, manifest,
                       [&progress](std::uint64_t bytes) { return progress.add(bytes); });
   };
   const auto take = [&](std::size_t, Report& report) {
     if (!report.isWhole) return false;
     summary.add(report);
     if (report.failure) job.fail(*report.failure);
+    if (report.hashes) hashes += report.hashes->line();
     output.write(report.text);
     output.flush();
     return true;
@@ -183,13 +216,31 @@ Summary verifyAll(const std::vector<std::string>& files, const Options& options,
   return summary;
 }
 
+void tellUnchecked(const Manifest& manifest, const std::vector<std::string>& files,
+                   CommandJob& job) {
+  std::set<const RecordingHashes*> checked;
+  for (const std::string& file : files) checked.insert(manifest.find(file));
+  for (const RecordingHashes& recording : manifest.recordings()) {
+    if (!checked.contains(&recording)) {
+      job.lose(recording.file, "the manifest has it, but it was not checked");
+    }
+  }
+}
+
 ExitStatus verifyFiles(const Options& options, CommandJob& job) {
   const std::vector<std::string> files = options.inputs.files(job);
-  const Summary summary = verifyAll(files, options, job);
+  std::optional<Manifest> manifest;
+  if (!options.manifest.empty()) manifest.emplace(options.manifest);
+  if (!options.manifestOut.empty()) checkOutput(options.manifestOut, files, options.force);
+  std::string hashes;
+  const Summary summary = verifyAll(files, options, manifest, hashes, job);
   if (summary.files < files.size()) {
     job.lose("verify", "stopped by a signal after " + counted(summary.files, "file") + " of " +
                            std::to_string(files.size()));
+  } else if (!options.manifestOut.empty()) {
+    replaceFile(options.manifestOut, hashes);
   }
+  if (manifest) tellUnchecked(*manifest, files, job);
   const bool isBad = summary.bad > 0 || (options.strict && summary.withWarnings > 0);
   return isBad ? ExitStatus::Failed : job.status();
 }
@@ -203,6 +254,16 @@ void addOptions(CLI::App& command, Options& options) {
   command.add_flag(
       "--json", options.json,
       "One JSON object for each recording, on a line of its own, and one that sums up");
+  command
+      .add_option("--manifest-out", options.manifestOut,
+                  "A manifest to write: a hash of each frame and one of all else in a recording")
+      ->type_name("FILE");
+  command
+      .add_option("--against", options.manifest,
+                  "A manifest. Bytes that are no more as they were are errors; a copy is found by "
+                  "its name and, if need be, by the folders above it")
+      ->type_name("FILE");
+  command.add_flag("--force", options.force, "Replace an existing manifest");
   options.jobs.addTo(command, "recordings");
 }
 
