@@ -118,8 +118,7 @@ expect 1 "2 recordings: none of the frames fulfils --where" frames 03.rtv 04.rtv
 expect 1 "missing.rtv: there is no such file" frames missing.rtv 04.rtv --hash
 expect 0 "" frames 04.rtv --hash --columns index,xxh3_128,time --csv
 [ "$(head -1 out)" = index,xxh3_128,time ] || fail "columns: $(head -1 out)"
-expect 0 "" frames --hash 04.rtv
-expect 2 "--hash: 04.rtv is neither xxh3 nor sha256" frames --hash 04.rtv 03.rtv
+expect 2 "--hash: 04.rtv is neither xxh3 nor sha256" frames --hash 04.rtv
 expect 2 "--columns: there is no spede; did you mean speed?" frames 04.rtv --columns spede
 expect 2 "--gpx and --geojson are of one recording" frames 03.rtv 04.rtv --gpx x.gpx
 told 1 "standard output: cannot write to it" bash -c '"$0" frames 03.rtv 04.rtv --csv >/dev/full' "$tool"

@@ -149,8 +149,8 @@ really.rtv:it is an img, but its name ends in .rtv; rename it to .img
 really.img:it is an rtv, but its name ends in .img; rename it to .rtv
 half.rtv:it is cut short, damaged or unfinished
 words.img:it is not a recording
-folder.img:it is a folder, not a recording
-in:it is a folder, not a recording
+folder.img:there is no recording in it
+in:there is no recording in it
 pipe.img:it is a pipe, not a recording
 /dev/null:it is a device, not a recording
 loop.img:cannot open it: Too many levels of symbolic links
@@ -277,6 +277,9 @@ expect 0 "" verify many --jobs 3 --manifest-out many/manifest
 cut -d: -f1 out | tr '\n' ' ' | grep -q "^many/2.img many/10.img 2 files" || fail "order: $(cat out)"
 expect 0 "" verify many --recursive --only-problems
 [ "$(cat out)" = "3 files, 0 bad, 0 with warnings" ] || fail "recursive: $(cat out)"
+[ "$("$tool" frames many --recursive --where 'index == 0' --csv --columns file | tr '\n' ' ')" = \
+  "file many/2.img many/10.img many/deeper/a b.img " ] || fail "frames of many"
+[ "$(echo many | "$tool" info --files-from - --json | wc -l)" -eq 2 ] || fail "info of many"
 find many/deeper -name '*.img' -print0 >list
 expect 0 "" verify --files-from list -0 --only-problems
 mkdir none

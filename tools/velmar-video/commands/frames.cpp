@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "program/DescriptionOptions.h"
+#include "program/InputOptions.h"
 #include "program/SelectionOptions.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
@@ -21,7 +22,8 @@ namespace velmar::tool {
 namespace {
 
 struct Options {
-  std::vector<std::string> files;
+  InputOptions inputs;
+  std::vector<std::string> files;  // of these
   FrameSelection selection;
   bool json = false;
   bool csv = false;
@@ -146,7 +148,13 @@ std::vector<unsigned int> framesOf(const Recording& recording, const Options& op
                                    : options.selection.find(recording);
 }
 
-ExitStatus showFrames(const Options& options, CommandJob& job) {
+ExitStatus showFrames(const Options& given, CommandJob& job) {
+  Options options = given;
+  options.files = given.inputs.files(job);
+  if (options.files.empty()) return job.status();
+  if (options.makesTracks() && options.files.size() > 1) {
+    throw UsageError("frames: --gpx and --geojson are of one recording");
+  }
   FrameList list(options);
   checkOutputs(options);
   bool isEmpty = true;
@@ -171,11 +179,7 @@ ExitStatus showFrames(const Options& options, CommandJob& job) {
   return job.status();
 }
 
-void checkUsage(const Options& options) {
-  if (options.makesTracks() && options.files.size() > 1) {
-    throw UsageError("frames: --gpx and --geojson are of one recording");
-  }
-}
+void checkUsage(const Options& options) { options.inputs.checkUsage("frames"); }
 
 void addColumnOptions(CLI::App& command, Options& options) {
   addParsedOption(
@@ -200,7 +204,7 @@ void addColumnOptions(CLI::App& command, Options& options) {
 }
 
 void addOptions(CLI::App& command, Options& options) {
-  command.add_option("file", options.files, "The recordings")->required();
+  options.inputs.addTo(command);
   auto* json = command.add_flag("--json", options.json, "One JSON object for each frame");
   command.add_flag("--csv", options.csv, "Comma-separated values with a header line")
       ->excludes(json);

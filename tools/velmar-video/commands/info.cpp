@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "program/InputOptions.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
 #include "toolkit/recording/Recording.h"
@@ -18,7 +19,7 @@ namespace velmar::tool {
 namespace {
 
 struct Options {
-  std::vector<std::string> files;
+  InputOptions inputs;
   bool json = false;
 };
 
@@ -143,7 +144,7 @@ std::string textBlock(const Info& info) {
 
 ExitStatus showInfo(const Options& options, CommandJob& job) {
   StandardOutput output;
-  for (const std::string& file : options.files) {
+  for (const std::string& file : options.inputs.files(job)) {
     try {
       const Info info = readInfo(file, job);
       output.write(options.json ? jsonLine(info) : textBlock(info));
@@ -156,16 +157,18 @@ ExitStatus showInfo(const Options& options, CommandJob& job) {
 }
 
 void addOptions(CLI::App& command, Options& options) {
-  command.add_option("file", options.files, "The recordings")->required();
+  options.inputs.addTo(command);
   command.add_flag("--json", options.json, "One JSON object for each, on a line of its own");
 }
+
+void checkUsage(const Options& options) { options.inputs.checkUsage("info"); }
 
 }  // namespace
 
 void addInfoCommand(Tool& tool) {
   tool.addCommand<Options>(
       {"info", "Show what recordings hold and how they were made.", "info drive.img"},
-      {addOptions, showInfo});
+      {addOptions, showInfo, checkUsage});
 }
 
 }  // namespace velmar::tool
