@@ -18,7 +18,7 @@ bool isPicture(const std::string& path) {
 }
 
 std::vector<std::string> listFolderOfPictures(const std::string& folder) {
-  const auto files =
+  auto files =
       listFolder(folder, false, isPicture, [](const Failure& failure) { throw Failure(failure); });
   if (files.empty()) {
     throw Failure(folder, "the folder holds no picture", VELMAR_ERROR_CODE_FILE_NOT_EXIST_E);
