@@ -2,6 +2,7 @@
 #ifndef VELMAR_TOOLKIT_IN_ORDER_H
 #define VELMAR_TOOLKIT_IN_ORDER_H
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
@@ -33,7 +34,7 @@ void inOrder(std::size_t count, unsigned int threads,
   std::size_t next = 0;
   std::size_t taken = 0;
   bool isOver = false;
-  const std::size_t ahead = 4 * std::size_t{threads};
+  const std::size_t ahead = 4 * std::size_t{std::max(threads, 1U)};
   std::vector<Slot> slots(ahead);
 
   const auto run = [&] {
@@ -60,7 +61,9 @@ void inOrder(std::size_t count, unsigned int threads,
     Slot done;
     std::unique_lock lock(mutex);
     while (!changed.wait_for(lock, kInterval, [&] { return slots[at % ahead].isDone(); })) {
+      lock.unlock();
       if (!meanwhile()) return done;
+      lock.lock();
     }
     std::swap(done, slots[at % ahead]);
     taken = at + 1;
@@ -74,7 +77,7 @@ void inOrder(std::size_t count, unsigned int threads,
   };
 
   std::vector<std::jthread> running;
-  for (unsigned int i = 0; i < threads; ++i) running.emplace_back(run);
+  for (unsigned int i = 0; i < std::max(threads, 1U); ++i) running.emplace_back(run);
   try {
     for (std::size_t at = 0; at < count; ++at) {
       Slot done = waitFor(at);
