@@ -50,6 +50,11 @@ if dpkg-query -W libvelmar-video-dev; then exit 1; fi
 velmar-video --quiet sample /tmp/drive.img --frames 3
 velmar-video verify /tmp/drive.img --decode
 velmar-video --quiet extract /tmp/drive.img --output /tmp/pictures --as png
+velmar-video --quiet export /tmp/drive.img /tmp/drive.mkv
+velmar-video --quiet create /tmp/back.img /tmp/drive.mkv
+velmar-video cat /tmp/drive.img >/tmp/drive.mjpeg
+velmar-video cat /tmp/back.img | cmp - /tmp/drive.mjpeg
+velmar-video --quiet create /tmp/encoded.img /tmp/pictures --encode --fps 30
 [ -s /usr/share/man/man1/velmar-video.1.gz ]
 bash -ec '. /usr/share/bash-completion/completions/velmar-video; complete -p velmar-video'
 
