@@ -125,7 +125,9 @@ Row commandRow(const std::string& limitName, const std::string& ffmpegs, const s
 std::string cameraVideo(const std::string& extension) {
   const std::string path = Workspace::path("camera" + extension);
   if (!std::filesystem::exists(path)) {
-    run(tool("export" + quoted(cameraRecording(Container::Img)) + quoted(path)));
+    // Other rows change a time, and an AVI holds none.
+    const std::string options = extension == ".avi" ? "--constant-rate" : "";
+    run(tool("export" + quoted(cameraRecording(Container::Img)) + quoted(path) + options));
   }
   return path;
 }

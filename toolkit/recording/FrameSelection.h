@@ -15,7 +15,7 @@
 namespace velmar::toolkit {
 
 /// Which frames a command works on: all, or those of a range, a time or a condition, and of these
-/// perhaps only every so manieth, or one in every so long a time.
+/// perhaps only every N-th, or the first in each interval.
 class FrameSelection {
  public:
   /// "A:B", frame numbers from 0, B not included. Throws UsageError.
