@@ -288,6 +288,13 @@ printf 'x' | dd of=many/2.img bs=1 seek=3000 conv=notrunc status=none
 expect 1 "" verify many --against many/manifest --only-problems
 grep -q "^many/2.img: error: .*is not that of the manifest" out || fail "against: $(cat out)"
 tail -n 1 out | grep -q "^2 files, 1 bad, 0 with warnings" || fail "against: $(cat out)"
+mkdir -p others/1 others/2
+cp many/10.img others/1
+cp many/10.img others/2
+"$tool" verify others --recursive --manifest-out others/manifest >out
+! "$tool" verify many/10.img --against others/manifest >out 2>err || fail "a copy of two"
+[ "$(grep -c "^velmar-video: many/10.img: several recordings of others/manifest could be" err)" -eq 1 ] ||
+  fail "a copy of two: $(cat err)"
 expect 1 "manifest: it is already there" verify many --manifest-out many/manifest
 expect 3 "many/2.img: the manifest has it, but it was not checked" verify many/10.img --against many/manifest
 expect 2 "verify: file is required, or --files-from" verify

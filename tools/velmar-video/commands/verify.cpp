@@ -43,6 +43,7 @@ struct Report {
   std::string text;  // lines for standard output
   std::optional<Failure> failure;
   std::optional<RecordingHashes> hashes;
+  const RecordingHashes* then = nullptr;  // in the manifest
   bool isWhole = true;
 };
 
@@ -85,24 +86,21 @@ std::string lastLine(const Report& report, const std::string& findings, const Op
          counted(report.errors, "error") + ", " + counted(report.warnings, "warning") + "\n";
 }
 
-void compare(const RecordingHashes& now, const Manifest& manifest,
-             const FindingMerger::Report& take) {
-  if (const RecordingHashes* const then = manifest.find(now.file)) {
-    compareHashes(*then, now, take);
-  } else {
-    take({Finding::Severity::Warning, {}, {}, "it is not in the manifest"});
-  }
-}
-
 // What the options ask for.
 void check(const std::string& file, const Options& options, const std::optional<Manifest>& manifest,
            const FindingMerger::Report& take, const VerificationProgress& progress,
            Report& report) {
+  if (manifest) report.then = manifest->find(file);
   report.frames = verify(file, options.decode, take, progress);
   const bool opens = report.frames > 0 || report.errors == 0;
   if (!options.needsHashes() || !opens || !report.isWhole) return;
   report.hashes = hashRecording(file, progress);
-  if (manifest && report.isWhole) compare(*report.hashes, *manifest, take);
+  if (!manifest || !report.isWhole) return;
+  if (report.then != nullptr) {
+    compareHashes(*report.then, *report.hashes, take);
+  } else {
+    take({Finding::Severity::Warning, {}, {}, "it is not in the manifest"});
+  }
 }
 
 Report verifyFile(const std::string& file, const Options& options,
@@ -191,10 +189,17 @@ class Progress {
   std::atomic<bool> isStopped_ = false;
 };
 
-Summary verifyAll(const std::vector<std::string>& files, const Options& options,
-                  const std::optional<Manifest>& manifest, std::string& hashes, CommandJob& job) {
-  StandardOutput output;
+// Of all files.
+struct Results {
   Summary summary;
+  std::string manifest;                    // to be written
+  std::set<const RecordingHashes*> found;  // of the one that is read
+};
+
+Results verifyAll(const std::vector<std::string>& files, const Options& options,
+                  const std::optional<Manifest>& manifest, CommandJob& job) {
+  StandardOutput output;
+  Results results;
   Progress progress(files, options.needsHashes() ? 2 : 1, job);
   const auto work = [&](std::size_t i) {
     return verifyFile(files[i], options, manifest,
@@ -202,26 +207,25 @@ Summary verifyAll(const std::vector<std::string>& files, const Options& options,
   };
   const auto take = [&](std::size_t, Report& report) {
     if (!report.isWhole) return false;
-    summary.add(report);
+    results.summary.add(report);
+    results.found.insert(report.then);
     if (report.failure) job.fail(*report.failure);
-    if (report.hashes) hashes += report.hashes->line();
+    if (report.hashes) results.manifest += report.hashes->line();
     output.write(report.text);
     output.flush();
     return true;
   };
   inOrder<Report>(files.size(), options.jobs.count(), work, take,
                   [&progress] { return progress.show(); });
-  output.write(summary.text(options.json));
+  output.write(results.summary.text(options.json));
   output.flush();
-  return summary;
+  return results;
 }
 
-void tellUnchecked(const Manifest& manifest, const std::vector<std::string>& files,
+void tellUnchecked(const Manifest& manifest, const std::set<const RecordingHashes*>& found,
                    CommandJob& job) {
-  std::set<const RecordingHashes*> checked;
-  for (const std::string& file : files) checked.insert(manifest.find(file));
   for (const RecordingHashes& recording : manifest.recordings()) {
-    if (!checked.contains(&recording)) {
+    if (!found.contains(&recording)) {
       job.lose(recording.file, "the manifest has it, but it was not checked");
     }
   }
@@ -232,15 +236,15 @@ ExitStatus verifyFiles(const Options& options, CommandJob& job) {
   std::optional<Manifest> manifest;
   if (!options.manifest.empty()) manifest.emplace(options.manifest);
   if (!options.manifestOut.empty()) checkOutput(options.manifestOut, files, options.force);
-  std::string hashes;
-  const Summary summary = verifyAll(files, options, manifest, hashes, job);
+  const Results results = verifyAll(files, options, manifest, job);
+  const Summary& summary = results.summary;
   if (summary.files < files.size()) {
     job.lose("verify", "stopped by a signal after " + counted(summary.files, "file") + " of " +
                            std::to_string(files.size()));
   } else if (!options.manifestOut.empty()) {
-    replaceFile(options.manifestOut, hashes);
+    replaceFile(options.manifestOut, results.manifest);
   }
-  if (manifest) tellUnchecked(*manifest, files, job);
+  if (manifest) tellUnchecked(*manifest, results.found, job);
   const bool isBad = summary.bad > 0 || (options.strict && summary.withWarnings > 0);
   return isBad ? ExitStatus::Failed : job.status();
 }
