@@ -177,6 +177,47 @@ Row picturesRow(const std::string& limitName, unsigned int frames, const std::st
       reach);
 }
 
+// Copies of the camera's recording that are brought to the disk: by the tool, and as files.
+Row copyRow(const std::string& command, unsigned int copies) {
+  constexpr double kReach = 1.15;
+  const std::string path = cameraRecording(Container::Img);
+  std::string copyFiles = "true";
+  for (unsigned int i = 0; i < copies; ++i) {
+    const std::string copy = Workspace::path("copy" + std::to_string(i));
+    copyFiles += " && cp" + quoted(path) + quoted(copy) + "&& sync" + quoted(copy);
+  }
+  const auto remove = [] {
+    for (const auto& entry : std::filesystem::directory_iterator(Workspace::path(""))) {
+      if (entry.path().filename().string().starts_with("copy")) {
+        std::filesystem::remove(entry.path());
+      }
+    }
+  };
+  const auto timed = [remove](const std::string& work) {
+    remove();
+    const double seconds = run(work);
+    remove();
+    return seconds;
+  };
+  return {.limitName = "cp and sync of as many bytes",
+          .limit = [=] { return timed(copyFiles); },
+          .ours = [=] { return timed(tool(command) + ">/dev/null 2>&1"); },
+          .reach = kReach,
+          .reachExtra = {}};
+}
+
+void addCopyRows() {
+  const std::string path = quoted(cameraRecording(Container::Img));
+  const std::string copy = quoted(Workspace::path("copy.img"));
+  addRow(
+      "cut of all frames", [=] { return copyRow("cut" + path + copy, 1); }, kRepetitions);
+  addRow(
+      "split --duration 10s", [=] { return copyRow("split" + path + copy + "--duration 10s", 1); },
+      kRepetitions);
+  addRow(
+      "concat of two", [=] { return copyRow("concat" + copy + path + path, 2); }, kRepetitions);
+}
+
 }  // namespace
 
 void addToolRows() {
@@ -186,6 +227,7 @@ void addToolRows() {
       "frames --json, rtv 03 of 65,535 frames", [] { return listRow(Container::Rtv03); },
       kRepetitions);
   addRow("frames --where, 2,000 rtv 04 of 1,000 frames", whereRow, kRepetitions);
+  addCopyRows();
   addRow("extract --as ppm --jobs 2, 48 frames", extractRow, kRepetitions);
   addRow("create from an MP4 of JPEGs, 1,500 frames", copyVideoRow, kRepetitions);
   if (hasFfmpeg()) {

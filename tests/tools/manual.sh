@@ -89,6 +89,9 @@ PATH=$work/bin:$PATH
     exec 3>&-
   done
   rm pipe probe.*
+  mkdir day parts
+  cp drive.rtv drive.img.tmp drive.img.tmp.index day
+  velmar-video split drive.rtv parts/part.rtv --duration 100ms
   velmar-video export drive.img drive.mp4
 ) 2>err || fail "the examples' inputs"
 

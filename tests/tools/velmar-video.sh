@@ -59,7 +59,7 @@ grep -q '^Subcommands:' out || fail "help: $(cat out)"
 expect 2 "frames: there is no option --rnage; did you mean --range?" frames drive.img --rnage=1:2
 expect 2 "extract: there is no option --ouput; did you mean --output?" extract drive.img --ouput x
 expect 2 "sample: --force has to come after sample" --force sample x.img
-expect 2 "cut: c.img is one argument too many" cut drive.img b.img c.img --range 0:1
+expect 2 "cut: one INPUT and one OUTPUT; several inputs need --output-dir" cut drive.img b.img c.img --range 0:1
 expect 2 "--times or from --fps" create x.img in
 expect 2 "cannot be used with a stream" create x.img - --times times.csv
 expect 2 "has to be the only input" create x.img - in --fps 5

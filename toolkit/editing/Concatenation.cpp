@@ -83,19 +83,55 @@ Rebase rebaseTo(const RecordingDescription& description, const Recording& record
   return {from, description};
 }
 
+// The frames to take of recordings that come one behind the other.
+class Overlap {
+ public:
+  Overlap(bool drops, Job& job) : drops_(drops), job_(job) {}
+
+  std::vector<unsigned int> framesOf(const Recording& recording) {
+    std::vector<unsigned int> frames = allFrames(recording);
+    const std::uint64_t end = end_;
+    const auto isEarly = [&](unsigned int frame) { return recording.sensorTime(frame) <= end; };
+    const auto early = std::count_if(frames.begin(), frames.end(), isEarly);
+    for (const unsigned int frame : frames) end_ = std::max(end_, recording.sensorTime(frame));
+    if (early == 0) return frames;
+    const std::string count = std::to_string(frames.size());
+    const bool areAll = static_cast<std::size_t>(early) == frames.size();
+    job_.note(recording.path(),
+              (areAll ? "all of its " : std::to_string(early) + " of its ") + count +
+                  " frames were captured before the recordings in front of it end" +
+                  (drops_ ? ", and are left out" : ""));
+    if (drops_) std::erase_if(frames, isEarly);
+    return frames;
+  }
+
+ private:
+  bool drops_;
+  Job& job_;
+  std::uint64_t end_ = 0;  // the latest capture so far
+};
+
 }  // namespace
 
-void concatenate(const std::vector<Recording>& recordings, const Recording& winner, bool isAsked,
+std::uint64_t captureStart(const Recording& recording) {
+  return recording.framesCount() > 0 ? recording.sensorTime(0) : UINT64_MAX;
+}
+
+void concatenate(const std::vector<const Recording*>& recordings, const Joint& joint,
                  const std::string& output, Job& job) {
+  const bool isAsked = joint.winner != nullptr;
+  const Recording& winner = isAsked ? *joint.winner : *recordings.front();
   RecordingDescription description = winner.description();
-  checkDeviceId(winner, job);
+  if (!joint.strip.ids) checkDeviceId(winner, job);
   std::vector<FrameRange> ranges;
-  for (const Recording& recording : recordings) {
-    compare(winner, recording, isAsked, job);
-    description.startTime = std::min(description.startTime, recording.description().startTime);
-    ranges.push_back({&recording, allFrames(recording), rebaseTo(description, recording)});
+  Overlap overlap(joint.dropsOverlap, job);
+  for (const Recording* recording : recordings) {
+    compare(winner, *recording, isAsked, job);
+    description.startTime = std::min(description.startTime, recording->description().startTime);
+    ranges.push_back({recording, overlap.framesOf(*recording), rebaseTo(description, *recording)});
   }
-  copyFrames(ranges, output, description, job);
+  std::erase_if(ranges, [](const FrameRange& range) { return range.frames.empty(); });
+  copyFrames(ranges, output, description, job, joint.strip);
 }
 
 }  // namespace velmar::toolkit

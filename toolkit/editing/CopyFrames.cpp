@@ -56,10 +56,11 @@ class CopiedFrames final : public FrameSource {
  public:
   // All of them must outlive it.
   CopiedFrames(const std::vector<FrameRange>& ranges, const std::string& output,
-               const RecordingDescription& description, Job& job)
+               const RecordingDescription& description, const Strip& strip, Job& job)
       : count_(countOf(ranges)),
         output_(output),
         description_(description),
+        strip_(strip),
         job_(job),
         range_(ranges.begin()) {
     enterRange();
@@ -88,6 +89,7 @@ class CopiedFrames final : public FrameSource {
       news_->add(index, index, std::string("copied with another time: it has ") + kMisreadTime);
     }
     frame.times = recording.times(index);
+    strip_.applyTo(frame);
     return true;
   }
 
@@ -104,6 +106,7 @@ class CopiedFrames final : public FrameSource {
   const std::size_t count_;
   const std::string& output_;
   const RecordingDescription& description_;
+  const Strip& strip_;
   Job& job_;
   std::vector<FrameRange>::const_iterator range_;
   std::size_t next_ = 0;  // of the range's frames
@@ -134,11 +137,12 @@ std::uint64_t earliestSensorTime(const Recording& recording) {
 }
 
 void copyFrames(const std::vector<FrameRange>& ranges, const std::string& output,
-                const RecordingDescription& description, Job& job) {
-  CopiedFrames frames(ranges, output, description, job);
+                RecordingDescription description, Job& job, const Strip& strip) {
+  strip.applyTo(description);
+  CopiedFrames frames(ranges, output, description, strip, job);
   checkFramesCount(output, frames.count());
   checkTimes(ranges, output, description);
-  checkPositions(ranges, description.version);
+  if (!strip.positions) checkPositions(ranges, description.version);
   const auto count = static_cast<unsigned int>(frames.count());
   recordFrames(frames, {output, description, count}, job);
 }

@@ -7,6 +7,7 @@
 
 #include "toolkit/base/Job.h"
 #include "toolkit/editing/Rebase.h"
+#include "toolkit/editing/Strip.h"
 #include "toolkit/recording/Recording.h"
 
 namespace velmar::toolkit {
@@ -29,8 +30,9 @@ void checkDeviceId(const Recording& recording, Job& job);
 /// Writes `output`. Times and positions are checked before anything is written. Frames whose bytes
 /// the file does not have are left out; `job` is told of those, of frames that are no pictures,
 /// and, where it is asked to stop, of the rest. Throws Failure.
+/// \param strip  is left out of the description and of the frames
 void copyFrames(const std::vector<FrameRange>& ranges, const std::string& output,
-                const RecordingDescription& description, Job& job);
+                RecordingDescription description, Job& job, const Strip& strip = {});
 
 }  // namespace velmar::toolkit
 

@@ -1,7 +1,5 @@
 #include "toolkit/editing/Extraction.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <sstream>
@@ -14,6 +12,7 @@
 #include "toolkit/jpeg/DecodingLimits.h"
 #include "toolkit/recording/FramePlaces.h"
 #include "toolkit/tables/FrameLine.h"
+#include "toolkit/writing/OutputFolder.h"
 
 namespace velmar::toolkit {
 
@@ -23,47 +22,22 @@ namespace fs = std::filesystem;
 
 constexpr char kTableName[] = "frames.csv";
 
-// A folder with the folders above it, as far as they were missing.
-class OutputFolder {
- public:
-  explicit OutputFolder(const fs::path& path) {
-    for (fs::path missing = path; !missing.empty() && !fs::exists(missing);
-         missing = missing.parent_path()) {
-      created_.push_back(missing);
-    }
-    std::error_code error;
-    fs::create_directories(path, error);
-    if (error) {
-      remove();
-      throw Failure::ofSystem(path, "cannot create the folder", error.value());
-    }
-  }
-
-  // Takes away what was created, as far as it is empty.
-  void remove() const {
-    for (const fs::path& folder : created_) ::rmdir(folder.c_str());
-  }
-
- private:
-  std::vector<fs::path> created_;  // innermost first
-};
-
 }  // namespace
 
-Extraction::Extraction(const std::string& file, const FrameSelection& selection,
-                       const PictureForm& form, PictureFolder folder)
+Extraction::Extraction(const std::string& file, const FrameChoice& choose, const PictureForm& form,
+                       PictureFolder folder)
     : source_(file, form),
       folder_(std::move(folder)),
-      frames_(selection.frames(source_.recording())),
+      frames_(choose(source_.recording())),
       written_(frames_.size()),
       earlierRows_(rowsOfEarlierRuns()) {
   // All names get the width of the recording's last one.
-  const unsigned int last = source_.recording().framesCount() - 1;
+  const unsigned int count = source_.recording().framesCount();
   SharedBytes shared(source_.recording().file());
   for (const unsigned int frame : frames_) {
     repeated_.push_back(shared.repeats(source_.recording().places().at(frame)));
   }
-  digits_ = std::max<std::size_t>(6, std::to_string(last).size());
+  digits_ = std::max<std::size_t>(6, std::to_string(count - std::min(count, 1U)).size());
 }
 
 std::vector<std::string> Extraction::outputs() const {
@@ -78,7 +52,6 @@ void Extraction::run(unsigned int threads, Job& job) {
   const OutputFolder folder(folder_.path);
   runThreads(threads, *job.begin(folder_.path, frames_.size()));
   const auto count = static_cast<std::size_t>(std::count(written_.begin(), written_.end(), 1));
-  if (count == 0) folder.remove();
   if (failure_) std::rethrow_exception(failure_);
   if (folder_.hasTable && count > 0) replaceFile(tablePath(), table());
   const std::string& file = source_.recording().path();

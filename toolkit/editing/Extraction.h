@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstddef>
 #include <exception>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <string>
@@ -11,8 +12,8 @@
 
 #include "toolkit/base/Job.h"
 #include "toolkit/recording/FrameLosses.h"
-#include "toolkit/recording/FrameSelection.h"
 #include "toolkit/recording/PictureSource.h"
+#include "toolkit/recording/Recording.h"
 
 namespace velmar::toolkit {
 
@@ -23,13 +24,18 @@ struct PictureFolder {
   bool hasTable = true;        ///< frames.csv: the pictures' files beside what `frames --csv` shows
 };
 
+/// Chooses frames of a recording, in order.
+using FrameChoice = std::function<std::vector<unsigned int>(const Recording&)>;
+
 /// Writes frames of a recording as picture files into a folder, once.
 class Extraction {
  public:
-  /// Throws Failure if there are no such frames or no such pictures of them.
-  Extraction(const std::string& file, const FrameSelection& selection, const PictureForm& form,
+  /// Throws Failure if there are no such pictures of the frames.
+  Extraction(const std::string& file, const FrameChoice& choose, const PictureForm& form,
              PictureFolder folder);
 
+  /// Whether no frame is chosen; then there is nothing to run.
+  bool isEmpty() const { return frames_.empty(); }
   /// The files that run() writes; those that are there are replaced or kept.
   std::vector<std::string> outputs() const;
 

@@ -22,10 +22,15 @@ std::optional<int> hundredths(double metres, bool is24Bits) {
 
 }  // namespace
 
+Rebase::Start Rebase::Start::of(const RecordingDescription& description) {
+  const double lat = RecordFileToolkit::NDS2Degree(description.lat);
+  return {RecordFileToolkit::NDS2Degree(description.lng), lat, detail::EllipsoidRadii::at(lat)};
+}
+
 Rebase::Rebase(const RecordingDescription& from, const RecordingDescription& to)
     : isMoved_(from.lng != to.lng || from.lat != to.lat),
-      from_{RecordFileToolkit::NDS2Degree(from.lng), RecordFileToolkit::NDS2Degree(from.lat)},
-      to_{RecordFileToolkit::NDS2Degree(to.lng), RecordFileToolkit::NDS2Degree(to.lat)},
+      from_(Start::of(from)),
+      to_(Start::of(to)),
       isVersion02_(to.version == RTV_VER_02) {
   const int perMetre = altitudesPerMetre(to.version);
   if (perMetre != 0) rise_ = (long{from.alt} - to.alt) * (100 / perMetre);
@@ -39,11 +44,8 @@ std::optional<FrameTag> Rebase::apply(const FrameTag& tag) const {
   if (!isMoved_) return moved;
   double lng = 0, lat = 0, x = 0, y = 0;
   // Each way with the radii at its own start, as readers of either recording go.
-  RecordFileToolkit::initRadius(from_.lat);
-  RecordFileToolkit::rel2Abs(from_.lng, from_.lat, tag.x / kHundredths, tag.y / kHundredths, lng,
-                             lat);
-  RecordFileToolkit::initRadius(to_.lat);
-  RecordFileToolkit::abs2Rel(to_.lng, to_.lat, lng, lat, x, y);
+  from_.radii.rel2Abs(from_.lng, from_.lat, tag.x / kHundredths, tag.y / kHundredths, lng, lat);
+  to_.radii.abs2Rel(to_.lng, to_.lat, lng, lat, x, y);
   const auto east = hundredths(x, isVersion02_);
   const auto north = hundredths(y, isVersion02_);
   if (!east || !north) return {};

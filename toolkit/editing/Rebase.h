@@ -3,14 +3,14 @@
 
 #include <optional>
 
+#include "container/rtv/EllipsoidRadii.h"
 #include "toolkit/recording/FrameTag.h"
 #include "toolkit/recording/RecordingDescription.h"
 
 namespace velmar::toolkit {
 
 /// Counts the positions of frames from the start position of another rtv of the same version, by
-/// the ellipsoid method: each frame stays where it was. Not beside a Track, since that method keeps
-/// its radii in variables of the process.
+/// the ellipsoid method: each frame stays where it was.
 class Rebase {
  public:
   /// Leaves positions as they are.
@@ -23,7 +23,10 @@ class Rebase {
 
  private:
   struct Start {
+    static Start of(const RecordingDescription& description);
+
     double lng, lat;  ///< degrees
+    detail::EllipsoidRadii radii;
   };
 
   bool isMoved_ = false;

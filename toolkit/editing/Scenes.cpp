@@ -1,11 +1,19 @@
 #include "toolkit/editing/Scenes.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <numeric>
+#include <set>
 #include <utility>
 
+#include "container/img/FrameIndex.h"
+#include "container/rtv/RtvLayout.h"
+#include "toolkit/base/Failure.h"
 #include "toolkit/editing/CopyFrames.h"
+#include "toolkit/recording/FramePlaces.h"
+#include "toolkit/text/PrintableText.h"
+#include "toolkit/text/TimeText.h"
 #include "toolkit/writing/NumberedName.h"
 #include "toolkit/writing/OutputGuard.h"
 
@@ -86,6 +94,58 @@ std::size_t countOf(const std::vector<Scene>& scenes) {
       [](std::size_t sum, const Scene& scene) { return sum + (scene.last - scene.first + 1); });
 }
 
+// Each has to have one of its own.
+std::vector<std::string> pathsOf(const Recording& recording, const std::vector<Scene>& scenes,
+                                 const std::string& output) {
+  const NumberedName name(output);
+  std::vector<std::string> paths;
+  std::set<std::string> seen;
+  for (const Scene& scene : scenes) {
+    paths.push_back(name.at(paths.size() + 1, recording.sensorTime(scene.first)));
+    if (seen.insert(paths.back()).second) continue;
+    throw Failure(paths.back(), "two recordings would have this name; %04d in it counts them",
+                  VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+  }
+  return paths;
+}
+
+// How large a file of some frames of a recording can be.
+class PartSize {
+ public:
+  explicit PartSize(const Recording& recording)
+      : recording_(recording),
+        isRtv_(recording.isRtv()),
+        layout_(detail::rtvLayout(recording.description().version)),
+        metaData_(recording.file().size() - imgMetaDataOffset(recording.file())) {}
+
+  void begin(unsigned int frame) {
+    frames_ = 0;
+    pictures_ = largest_ = 0;
+    add(frame);
+  }
+  void add(unsigned int frame) {
+    const std::uint64_t size = recording_.frameSize(frame);
+    ++frames_;
+    pictures_ += size;
+    largest_ = std::max(largest_, size);
+  }
+  std::uint64_t bytes() const {
+    if (isRtv_) return layout_.tagAt(frames_) + pictures_;
+    // Behind the index a part of the frame may be left that made room for it.
+    return detail::kFrameIndexStart + frames_ * sizeof(FrameIndex) + largest_ + pictures_ +
+           metaData_;
+  }
+
+ private:
+  const Recording& recording_;
+  const bool isRtv_;
+  const detail::RtvLayout layout_;
+  const std::uint64_t metaData_;
+  unsigned int frames_ = 0;
+  std::uint64_t pictures_ = 0;
+  std::uint64_t largest_ = 0;
+};
+
 }  // namespace
 
 std::vector<Scene> scenesOf(const Recording& recording, const std::vector<unsigned int>& chosen,
@@ -114,26 +174,54 @@ std::vector<Scene> scenesOf(const Recording& recording, const std::vector<unsign
   return scenes;
 }
 
+std::vector<Scene> partsOf(const Recording& recording, const PartForm& form) {
+  PartSize size(recording);
+  std::vector<Scene> parts;
+  std::int64_t period = 0;
+  const unsigned int count = recording.framesCount();
+  const std::uint64_t start = count > 0 ? recording.sensorTime(0) : 0;
+  for (unsigned int i = 0; i < count; ++i) {
+    const auto elapsed = static_cast<std::int64_t>(recording.sensorTime(i) - start);
+    size.add(i);
+    // A clock that was set back begins no earlier one.
+    const bool isLater = form.duration && elapsed / *form.duration > period;
+    const bool isLarge = form.size && size.bytes() > *form.size;
+    const bool isApart = form.gap && i > 0 && !areWithin(recording, i - 1, i, *form.gap);
+    if (isLater) period = elapsed / *form.duration;
+    if (i == 0 || isLater || isLarge || isApart) {
+      parts.push_back({i, i});
+      size.begin(i);
+    }
+    parts.back().last = i;
+  }
+  return parts;
+}
+
+std::string sceneLine(const Recording& recording, const std::string& path, const Scene& scene) {
+  return printable(path) + ": frames " + std::to_string(scene.first) + " to " +
+         std::to_string(scene.last) + ", " + formatTime(recording.sensorTime(scene.first)) +
+         " to " + formatTime(recording.sensorTime(scene.last)) + "\n";
+}
+
 void copyScenes(const Recording& recording, const std::vector<Scene>& scenes,
-                const std::string& output, bool force, Job& job,
+                const SceneOutput& output, Job& job,
                 const std::function<void(const std::string& path, const Scene& scene)>& done) {
-  const NumberedName name(output);
+  const std::vector<std::string> paths = pathsOf(recording, scenes, output.path);
   const auto reserve = [&](std::size_t at) {
-    return ReservedOutput(name.at(at + 1), {recording.path()}, force);
+    return ReservedOutput(paths[at], {recording.path()}, output.force);
   };
-  SceneJob sceneJob(job, output, countOf(scenes));
+  SceneJob sceneJob(job, output.path, countOf(scenes));
   for (std::size_t i = 0; i < scenes.size(); ++i) reserve(i);
   std::size_t made = 0;
-  while (made < scenes.size() && !sceneJob.stopRequested()) {
-    const Scene& scene = scenes[made];
-    const ReservedOutput reserved = reserve(made++);
-    const std::string path = name.at(made);
-    copyFrames({{&recording, framesOf(scene)}}, path, recording.description(), sceneJob);
-    done(path, scene);
+  for (; made < scenes.size() && !sceneJob.stopRequested(); ++made) {
+    const ReservedOutput reserved = reserve(made);
+    copyFrames({{&recording, framesOf(scenes[made])}}, paths[made], recording.description(),
+               sceneJob, output.strip);
+    done(paths[made], scenes[made]);
   }
   if (made == scenes.size()) return;
-  job.lose(output, "stopped by a signal after " + std::to_string(made) + " of " +
-                       std::to_string(scenes.size()) + " scenes");
+  job.lose(output.path, "stopped by a signal after " + std::to_string(made) + " of " +
+                            std::to_string(scenes.size()) + " recordings");
 }
 
 }  // namespace velmar::toolkit

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "container/rtv/EllipsoidRadii.h"
 #include "toolkit/base/Failure.h"
 #include "toolkit/text/Joined.h"
 #include "toolkit/text/TimeText.h"
@@ -121,12 +122,12 @@ void DriveLog::addPositions(ReadLog& log, RecordingDescription& description) {
     // As readers go back.
     const double startLng = RecordFileToolkit::NDS2Degree(description.lng);
     const double startLat = RecordFileToolkit::NDS2Degree(description.lat);
-    RecordFileToolkit::initRadius(startLat);
+    const auto radii = detail::EllipsoidRadii::at(startLat);
     LogSeries x{lng->field, {}};
     LogSeries y{lat->field, {}};
     for (const Fix& fix : fixes) {
       double east = 0, north = 0;
-      RecordFileToolkit::abs2Rel(startLng, startLat, fix.lng, fix.lat, east, north);
+      radii.abs2Rel(startLng, startLat, fix.lng, fix.lat, east, north);
       x.samples.push_back({fix.time, east, fix.row, fix.line});
       y.samples.push_back({fix.time, north, fix.row, fix.line});
     }

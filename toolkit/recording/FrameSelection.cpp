@@ -57,8 +57,8 @@ void FrameSelection::setEvery(std::string_view text) {
   }
 }
 
-void FrameSelection::setCondition(std::shared_ptr<FrameCondition> condition) {
-  condition_ = std::move(condition);
+void FrameSelection::setCondition(const SharedCondition::Make& make) {
+  condition_ = std::make_shared<SharedCondition>(make);
 }
 
 std::string FrameSelection::emptyWords() const {
@@ -71,9 +71,20 @@ std::string FrameSelection::emptyWords() const {
 }
 
 std::vector<unsigned int> FrameSelection::find(const Recording& recording) const {
+  if (!condition_) return find(recording, nullptr);
+  auto condition = condition_->take();
+  condition->begin(recording);
+  std::vector<unsigned int> selected = find(recording, condition.get());
+  const std::string lack = selected.empty() ? condition->lack() : "";
+  condition_->giveBack(std::move(condition));
+  if (lack.empty()) return selected;
+  throw Failure(recording.path(), "--where: " + lack, VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+}
+
+std::vector<unsigned int> FrameSelection::find(const Recording& recording,
+                                               FrameCondition* condition) const {
   const unsigned int count = recording.framesCount();
-  if (condition_) condition_->begin(recording);
-  FramePicker picker(*this, time_ && count > 0 ? recording.sensorTime(0) : 0);
+  FramePicker picker(*this, time_ && count > 0 ? recording.sensorTime(0) : 0, condition);
   picker.checkRange(recording.path(), count);
   std::vector<unsigned int> selected;
   const unsigned int first =
@@ -84,9 +95,7 @@ std::vector<unsigned int> FrameSelection::find(const Recording& recording) const
       selected.push_back(index);
     }
   }
-  const std::string lack = selected.empty() && condition_ ? condition_->lack() : "";
-  if (lack.empty()) return selected;
-  throw Failure(recording.path(), "--where: " + lack, VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+  return selected;
 }
 
 std::vector<unsigned int> FrameSelection::frames(const Recording& recording) const {
@@ -95,8 +104,9 @@ std::vector<unsigned int> FrameSelection::frames(const Recording& recording) con
   throw Failure(recording.path(), emptyWords(), VELMAR_ERROR_CODE_OUT_RANGE_E);
 }
 
-FramePicker::FramePicker(const FrameSelection& selection, std::uint64_t start)
-    : selection_(selection) {
+FramePicker::FramePicker(const FrameSelection& selection, std::uint64_t start,
+                         FrameCondition* condition)
+    : selection_(selection), condition_(condition) {
   if (!selection.time_) return;
   const auto absolute = [start](FrameSelection::TimePoint point) {
     return point.relative ? start + point.micros : point.micros;
@@ -109,9 +119,7 @@ bool FramePicker::picks(std::uint64_t number, std::uint64_t time) {
   const auto& range = selection_.range_;
   if (range && (number < range->first || number >= range->second)) return false;
   if (selection_.time_ && (time < begin_ || time >= end_)) return false;
-  if (selection_.condition_ && !selection_.condition_->holds(static_cast<unsigned int>(number))) {
-    return false;
-  }
+  if (condition_ != nullptr && !condition_->holds(static_cast<unsigned int>(number))) return false;
   if (matching_++ == 0) first_ = time;
   return selection_.interval_ ? isDue(time) : (matching_ - 1) % selection_.every_ == 0;
 }

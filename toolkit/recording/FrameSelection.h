@@ -15,7 +15,8 @@
 namespace velmar::toolkit {
 
 /// Which frames a command works on: all, or those of a range, a time or a condition, and of these
-/// perhaps only every N-th, or the first in each interval.
+/// perhaps only every N-th, or the first in each interval. Once it is set, several threads may use
+/// it.
 class FrameSelection {
  public:
   /// "A:B", frame numbers from 0, B not included. Throws UsageError.
@@ -26,8 +27,8 @@ class FrameSelection {
   /// "N": of the others the first and each N-th after it. Or a duration such as "1s": the first,
   /// and then the first in each further second. Throws UsageError.
   void setEvery(std::string_view text);
-  /// Copies of the selection share it.
-  void setCondition(std::shared_ptr<FrameCondition> condition);
+  /// Copies of the selection share it. Throws what `make` throws.
+  void setCondition(const SharedCondition::Make& make);
 
   bool isAll() const { return !range_ && !time_ && !condition_ && !interval_ && every_ == 1; }
   /// The selected frames, in order, at least one. Throws Failure.
@@ -45,11 +46,12 @@ class FrameSelection {
     bool bare;  ///< it was a number without a unit
   };
   static std::optional<TimePoint> parsePoint(std::string_view text);
+  std::vector<unsigned int> find(const Recording& recording, FrameCondition* condition) const;
   bool needsTimes() const { return time_ || interval_; }
 
   std::optional<std::pair<std::uint64_t, std::uint64_t>> range_;
   std::optional<std::pair<TimePoint, TimePoint>> time_;
-  std::shared_ptr<FrameCondition> condition_;
+  std::shared_ptr<SharedCondition> condition_;
   unsigned int every_ = 1;
   std::optional<std::int64_t> interval_;  ///< microseconds
 
@@ -59,9 +61,11 @@ class FrameSelection {
 /// Selects from frames that come one after the other and whose number nobody knows yet.
 class FramePicker {
  public:
-  /// The selection must outlive it. If it has a condition, that has begun.
-  /// \param start  capture time of frame 0
-  FramePicker(const FrameSelection& selection, std::uint64_t start);
+  /// Both must outlive it.
+  /// \param start      capture time of frame 0
+  /// \param condition  the selection's, if it has one; it has begun
+  FramePicker(const FrameSelection& selection, std::uint64_t start,
+              FrameCondition* condition = nullptr);
 
   /// Each frame is asked for once, in order.
   bool picks(std::uint64_t number, std::uint64_t time);
@@ -76,6 +80,7 @@ class FramePicker {
   bool isDue(std::uint64_t time);
 
   const FrameSelection& selection_;
+  FrameCondition* condition_;
   std::uint64_t begin_ = 0;  // microseconds
   std::uint64_t end_ = 0;
   std::uint64_t matching_ = 0;  // frames of the range, the time and the condition so far

@@ -30,6 +30,12 @@ struct FrameTag {
   bool hasPosition() const {
     return x != 0 || y != 0 || z != 0 || relativeDistance != 0 || speed != 0 || direction != 0;
   }
+  /// Also of what leads from one place to the next: distance and direction.
+  void clearPosition() {
+    x = y = z = 0;
+    relativeDistance = 0;
+    direction = 0;
+  }
   bool hasCan() const {
     for (const CanField& field : canFields()) {
       if (field.offset > 0 && !canFieldIsAbsent(can, field)) return true;

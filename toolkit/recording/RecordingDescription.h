@@ -15,6 +15,7 @@ namespace velmar::toolkit {
 
 /// What a recording says of itself besides its frames.
 struct RecordingDescription {
+  bool operator==(const RecordingDescription&) const = default;
   detail::JpegSize size() const { return {width, height}; }
   void setSize(detail::JpegSize size) {
     width = static_cast<unsigned short>(size.width);

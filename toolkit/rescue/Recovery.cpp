@@ -30,6 +30,11 @@ RecordingDescription describe(const RecoveryRequest& request, const Leftover& le
   if (request.startTime) description.startTime = *request.startTime;
   const bool isDescribed = leftover.undescribed.empty();
   if (!isDescribed || request.size) description.setSize(request.size.value_or(firstSize));
+  if (isDescribed && !request.changesHeader && !(description == leftover.description)) {
+    throw Failure(request.input,
+                  "its header is whole, and the options would change it; --force lets them",
+                  VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+  }
   if (isDescribed) return description;
   job.note(request.input, leftover.undescribed + "; the options provide the new header");
   if (isRtvPath(request.output) && !request.startTime) {

@@ -11,7 +11,7 @@
 namespace velmar::toolkit {
 
 /// A recording to make of an interrupted or damaged one. What is given goes before what the file
-/// says itself.
+/// says itself, but changes a header that is whole only if it is to.
 struct RecoveryRequest {
   std::string input;
   std::string output;
@@ -21,6 +21,7 @@ struct RecoveryRequest {
   std::optional<detail::JpegSize> size = {};  ///< the first frame's if neither says it
   bool keepDamaged = false;  ///< pictures that are cut short or have a hole as well
   std::function<void(RecordingDescription&)> describe = {};  ///< changes the rest
+  bool changesHeader = false;
 };
 
 struct Recovered {

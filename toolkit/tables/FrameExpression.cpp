@@ -227,8 +227,8 @@ class FrameExpression final : public FrameCondition {
 
 }  // namespace
 
-std::shared_ptr<FrameCondition> parseFrameExpression(const std::string& text) {
-  return std::make_shared<FrameExpression>(text);
+std::unique_ptr<FrameCondition> parseFrameExpression(const std::string& text) {
+  return std::make_unique<FrameExpression>(text);
 }
 
 }  // namespace velmar::toolkit

@@ -14,7 +14,7 @@ namespace velmar::toolkit {
 /// the place. What is computed from an absent value is absent, too, unless the other side of && or
 /// || decides, and does not hold; absent(name) asks for it.
 /// Throws UsageError, which names the place in the text.
-std::shared_ptr<FrameCondition> parseFrameExpression(const std::string& text);
+std::unique_ptr<FrameCondition> parseFrameExpression(const std::string& text);
 
 }  // namespace velmar::toolkit
 

@@ -49,7 +49,7 @@ std::optional<FrameFact> factNamed(std::string_view name);
 /// Why there is no fact of that name, and which may be meant: one of the facts or of `others`.
 std::string unknownFactWords(const std::string& name, const std::vector<std::string>& others = {});
 
-/// Looks facts up, frame by frame. Pictures are not read. As a Track, one at a time.
+/// Looks facts up, frame by frame. Pictures are not read.
 class FrameFacts {
  public:
   /// The recording must outlive it.

@@ -56,13 +56,13 @@ double GroundScale::distance(const Place& one, const Place& other) const {
 
 Track::Track(const Recording& recording) : recording_(recording) {
   recording.parser()->getStdPosition(start_.lat, start_.lng, start_.alt);
-  RecordFileToolkit::initRadius(start_.lat);
+  radii_ = detail::EllipsoidRadii::at(start_.lat);
 }
 
 Place Track::at(const FrameTag& tag) const {
   Place place{0, 0, start_.alt + tag.z / kHundredths};
-  RecordFileToolkit::rel2Abs(start_.lng, start_.lat, tag.x / kHundredths, tag.y / kHundredths,
-                             place.lng, place.lat);
+  radii_.rel2Abs(start_.lng, start_.lat, tag.x / kHundredths, tag.y / kHundredths, place.lng,
+                 place.lat);
   return place;
 }
 

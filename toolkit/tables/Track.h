@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "container/rtv/EllipsoidRadii.h"
 #include "toolkit/recording/Recording.h"
 
 namespace velmar::toolkit {
@@ -31,8 +32,7 @@ class GroundScale {
 };
 
 /// Where the frames of an rtv were captured: its start position and the frames' positions relative
-/// to it, by the ellipsoid method. One Track at a time, since that method keeps its radii in
-/// variables of the process.
+/// to it, by the ellipsoid method.
 class Track {
  public:
   explicit Track(const Recording& recording);
@@ -48,6 +48,7 @@ class Track {
  private:
   const Recording& recording_;
   Place start_{};
+  detail::EllipsoidRadii radii_;
 };
 
 }  // namespace velmar::toolkit

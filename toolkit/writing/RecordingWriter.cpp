@@ -22,6 +22,7 @@ RecordingWriter::RecordingWriter(std::string path, const RecordingDescription& d
   backend_ = makeRecordingBackend(path_, description, framesMax);
   const VELMAR_ERROR_CODE_E code = backend_->open();
   if (code != VELMAR_ERROR_CODE_SUCCESS_E) throw creationFailure(code);
+  temporary_ = detail::FileDescriptor(path_ + ".tmp", O_RDONLY);
 }
 
 RecordingWriter::~RecordingWriter() {
@@ -38,6 +39,7 @@ void RecordingWriter::add(const std::string& jpeg, FrameTimes times, const Frame
                   VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
   }
   ++frames_;
+  writeBack(jpeg.size());
   if (syncInterval_ > 0 && frames_ % syncInterval_ == 0) sync();
 }
 
@@ -80,9 +82,18 @@ Failure RecordingWriter::failure(const std::string& words, VELMAR_ERROR_CODE_E c
 void RecordingWriter::syncEvery(unsigned int frames) {
   syncInterval_ = frames;
   if (frames == 0) return;
-  temporary_ = detail::FileDescriptor(path_ + ".tmp", O_RDONLY);
   // Neither an rtv has one nor an img that could not make one.
   journal_ = detail::FileDescriptor(path_ + ".tmp.index", O_RDONLY);
+}
+
+void RecordingWriter::writeBack(std::size_t added) {
+  constexpr std::uint64_t kPiece = std::uint64_t{8} << 20;
+  bytes_ += added;
+  if (bytes_ - writtenBack_ < kPiece) return;
+  // Advice: what goes wrong is heard of when the file has to be on the disk.
+  ::sync_file_range(temporary_.get(), static_cast<off64_t>(writtenBack_),
+                    static_cast<off64_t>(bytes_ - writtenBack_), SYNC_FILE_RANGE_WRITE);
+  writtenBack_ = bytes_;
 }
 
 void RecordingWriter::sync() {

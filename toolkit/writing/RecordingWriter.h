@@ -1,6 +1,8 @@
 #ifndef VELMAR_TOOLKIT_RECORDING_WRITER_H
 #define VELMAR_TOOLKIT_RECORDING_WRITER_H
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -51,17 +53,21 @@ class RecordingWriter {
   Failure creationFailure(VELMAR_ERROR_CODE_E code) const;
   /// The temporary files.
   void sync();
+  /// Has the disk begin with what was added, so that there is little left when all has to be there.
+  void writeBack(std::size_t added);
   void removeTemporaryFiles() const;
 
   std::string path_;
   std::string shownAs_;
-  // Open from the first frame on: a descriptor hears only of what failed since it was opened.
+  // Open before the first frame: a descriptor hears only of what failed since it was opened.
   detail::FileDescriptor temporary_;
   detail::FileDescriptor journal_;
   OnFailure onFailure_;
   std::unique_ptr<RecordingBackend> backend_;
   unsigned int frames_ = 0;
   unsigned int syncInterval_ = 0;
+  std::uint64_t bytes_ = 0;        ///< of the frames
+  std::uint64_t writtenBack_ = 0;  ///< of these
   bool finished_ = false;
 };
 

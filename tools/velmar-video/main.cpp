@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -25,6 +26,14 @@ void occupyStandardStreams() {
   int fd = 0;
   while (fd >= 0 && fd <= STDERR_FILENO) fd = ::open("/dev/null", O_RDONLY);
   if (fd > STDERR_FILENO) ::close(fd);
+}
+
+// As many as the system lets it have open: concat opens all its inputs.
+void allowManyFiles() {
+  rlimit limit{};
+  if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+  limit.rlim_cur = limit.rlim_max;
+  setrlimit(RLIMIT_NOFILE, &limit);
 }
 
 ExitStatus reportUsage(const std::string& words) {
@@ -84,6 +93,7 @@ ExitStatus parseAndRun(Tool& tool, int argc, const char* const* argv) {
 
 int main(int argc, char** argv) {
   occupyStandardStreams();
+  allowManyFiles();
   ExitStatus status = ExitStatus::Failed;
   try {
     Tool tool;

@@ -6,15 +6,16 @@
 #include <cmath>
 #include <limits>
 
+#include "container/rtv/EllipsoidRadii.h"
+
 double g_meridianRadius = 0;
 double g_parallelRadius = 0;
 
 namespace {
 
-constexpr double kPi = 3.141592653589793;
-constexpr double kTwoPi = 6.283185307179586;
-constexpr double kRadiansPerDegree = 0.0174532925199433;  // shortened; part of the results
-constexpr double kDegreesPerRadian = 57.29577951308233;
+using velmar::detail::EllipsoidRadii;
+
+constexpr double kRadiansPerDegree = EllipsoidRadii::kRadiansPerDegree;
 constexpr double kMetresPerDegreeOfLatitude = 111320.0;
 constexpr double kSemiMajorAxis = 6378137.0;             // WGS 84, metres
 constexpr double kEccentricity2 = 0.006694384999587921;  // WGS 84, first eccentricity squared
@@ -36,7 +37,9 @@ int RecordFileToolkit::Degree2NDS(double degrees) {
       std::clamp<double>(nds, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
 }
 
-double RecordFileToolkit::toRadians(double degrees) { return degrees / 180.0 * kPi; }
+double RecordFileToolkit::toRadians(double degrees) {
+  return degrees / 180.0 * EllipsoidRadii::kPi;
+}
 
 void RecordFileToolkit::toGPS(double lon0, double lat0, double x, double y, double& lon,
                               double& lat) {
@@ -68,25 +71,12 @@ void RecordFileToolkit::initRadius(double latitude) {
 
 void RecordFileToolkit::abs2Rel(double lon0, double lat0, double lon, double lat, double& x,
                                 double& y) {
-  double difference = (lon - lon0) * kRadiansPerDegree;
-  if (difference > kPi) {
-    difference -= kTwoPi;
-  } else if (-kPi > difference) {
-    difference += kTwoPi;
-  }
-  x = difference * g_parallelRadius;
-  y = kRadiansPerDegree * (lat - lat0) * g_meridianRadius;
+  EllipsoidRadii{g_meridianRadius, g_parallelRadius}.abs2Rel(lon0, lat0, lon, lat, x, y);
 }
 
 void RecordFileToolkit::rel2Abs(double lon0, double lat0, double x, double y, double& lon,
                                 double& lat) {
-  lon = lon0 + (x / g_parallelRadius) * kDegreesPerRadian;
-  lat = lat0 + kDegreesPerRadian * (y / g_meridianRadius);
-  if (lon >= 180.0) {
-    lon -= 360.0;
-  } else if (-180.0 >= lon) {
-    lon += 360.0;
-  }
+  EllipsoidRadii{g_meridianRadius, g_parallelRadius}.rel2Abs(lon0, lat0, x, y, lon, lat);
 }
 
 bool RecordFileToolkit::getJPEGResolution(const char* data, unsigned int size,

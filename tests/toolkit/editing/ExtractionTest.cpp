@@ -8,6 +8,7 @@
 #include "support/TestSupport.h"
 #include "toolkit/TestJob.h"
 #include "toolkit/base/Failure.h"
+#include "toolkit/editing/CopyFrames.h"
 #include "toolkit/jpeg/JpegInspector.h"
 
 using namespace velmar::toolkit;
@@ -20,7 +21,7 @@ using namespace std::string_literals;
 
 std::vector<std::string> extract(const std::string& file, const std::string& output, Job& job,
                                  const PictureForm& form = {}, unsigned int threads = 1) {
-  Extraction extraction(file, {}, form, {output, false, false});
+  Extraction extraction(file, allFrames, form, {output, false, false});
   extraction.run(threads, job);
   return extraction.outputs();
 }
@@ -108,7 +109,7 @@ TEST(Extraction, KeepsWhatIsWholeIfItFailsAndGoesOnFromThere) {
   EXPECT_TRUE(exists(folder / "out/frame_000010.jpg"));
   std::filesystem::remove_all(blocked);
   writeFile(folder / "out/frame_000003.jpg", "of an earlier run");
-  Extraction rest(folder / "good.img", {}, {}, {folder / "out", true, true});
+  Extraction rest(folder / "good.img", allFrames, {}, {folder / "out", true, true});
   rest.run(2, job);
   EXPECT_EQ(readFile(folder / "out/frame_000003.jpg"), "of an earlier run");
   EXPECT_EQ(readFile(blocked), numberedJpeg(1));

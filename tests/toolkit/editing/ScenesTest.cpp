@@ -18,11 +18,19 @@ namespace {
 using Scenes = std::vector<Scene>;
 
 TEST(NumberedName, CountsInThePatternOrBeforeTheExtension) {
+  constexpr std::uint64_t kTime = 1700000000999999;  // 2023-11-14T22:13:20.999999Z
   const std::tuple<const char*, std::size_t, const char*> cases[] = {
-      {"scene.rtv", 1, "scene-0001.rtv"},         {"a.b/x.y.img", 20, "a.b/x.y-0020.img"},
-      {"s_%02d_b.img", 7, "s_07_b.img"},          {"%04d.rtv", 12345, "12345.rtv"},
-      {"50%-%03d%04d.rtv", 2, "50%-002%04d.rtv"}, {".img", 3, "-0003.img"}};
-  for (const auto& [path, number, name] : cases) EXPECT_EQ(NumberedName(path).at(number), name);
+      {"scene.rtv", 1, "scene-0001.rtv"},
+      {"a.b/x.y.img", 20, "a.b/x.y-0020.img"},
+      {"s_%02d_b.img", 7, "s_07_b.img"},
+      {"%04d.rtv", 12345, "12345.rtv"},
+      {"50%-%03d.rtv", 2, "50%-002.rtv"},
+      {"%Y%m%d-%H%M%S_%d_%02d%.img", 3, "20231114-221320_14_03%.img"},
+      {"100%.img", 3, "100%-0003.img"},
+      {".img", 3, "-0003.img"}};
+  for (const auto& [path, number, name] : cases) {
+    EXPECT_EQ(NumberedName(path).at(number, kTime), name);
+  }
 }
 
 class ScenesTest : public testing::Test {
@@ -64,7 +72,7 @@ TEST_F(ScenesTest, AreWrittenOnlyIfAllCanBe) {
   TestJob job;
   std::vector<std::string> made;
   const auto copy = [&](bool force, TestJob& told) {
-    copyScenes(recording, {{0, 1}, {3, 3}, {6, 9}}, folder_ / "s.img", force, told,
+    copyScenes(recording, {{0, 1}, {3, 3}, {6, 9}}, {folder_ / "s.img", force}, told,
                [&](const std::string& path, const Scene& /*scene*/) { made.push_back(path); });
   };
   writeFile(folder_ / "s-0003.img", "precious");
@@ -77,7 +85,7 @@ TEST_F(ScenesTest, AreWrittenOnlyIfAllCanBe) {
   copy(true, stopping);
   EXPECT_EQ(stopping.lines,
             (std::vector<std::string>{"s-0001.img 1 of 2",
-                                      "s.img stopped by a signal after 1 of 3 scenes"}));
+                                      "s.img stopped by a signal after 1 of 3 recordings"}));
   EXPECT_EQ(readFile(folder_ / "s-0003.img"), "precious");
   made.clear();
   copy(true, job);

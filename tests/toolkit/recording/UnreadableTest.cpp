@@ -54,7 +54,7 @@ class UnreadableBytes : public testing::TestWithParam<const char*> {
 TEST_P(UnreadableBytes, FrameIsSkippedByExtraction) {
   for (const PictureForm::Kind kind : {PictureForm::Kind::Stored, PictureForm::Kind::Pnm}) {
     TestJob job;
-    Extraction extraction(path_, {}, {{}, kind}, {folder_ / "out", false, false});
+    Extraction extraction(path_, allFrames, {{}, kind}, {folder_ / "out", false, false});
     extraction.run(2, job);
     for (unsigned int i = 0; i < kFrames; ++i) EXPECT_EQ(exists(extraction.outputs()[i]), i != 2);
     EXPECT_EQ(job.lines, Lines{line("skipped: ", kCode)});

@@ -46,7 +46,7 @@ class Chosen : public testing::Test {
   }
   static Frames choose(const std::string& path, const std::string& expression) {
     FrameSelection selection;
-    selection.setCondition(parseFrameExpression(expression));
+    selection.setCondition([expression] { return parseFrameExpression(expression); });
     return selection.find(Recording(path));
   }
 

@@ -1,5 +1,6 @@
 #include <unistd.h>
 
+#include "program/InputOptions.h"
 #include "program/SelectionOptions.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
@@ -11,17 +12,11 @@ namespace velmar::tool {
 namespace {
 
 struct Options {
-  std::string file;
+  InputOptions inputs;
   FrameSelection selection;
 };
 
-ExitStatus writeFrames(const Options& options, CommandJob& job) {
-  if (isatty(STDOUT_FILENO) != 0) {
-    throw UsageError("cat: standard output is a terminal; send it to a file or to a program");
-  }
-  const Recording recording = openRecording(options.file, job);
-  checkStandardOutput(options.file);
-  const auto selected = options.selection.frames(recording);
+void writeFrames(const Recording& recording, const std::vector<unsigned int>& selected, Job& job) {
   StandardOutput output;
   StoredFrames frames(recording);
   FrameLosses losses;
@@ -34,12 +29,36 @@ ExitStatus writeFrames(const Options& options, CommandJob& job) {
     }
   }
   output.flush();
-  losses.report(options.file, selected.size(), job);
+  losses.report(recording.path(), selected.size(), job);
+}
+
+ExitStatus cat(const Options& options, CommandJob& job) {
+  if (isatty(STDOUT_FILENO) != 0) {
+    throw UsageError("cat: standard output is a terminal; send it to a file or to a program");
+  }
+  const std::vector<std::string> files = options.inputs.files(job);
+  for (const std::string& file : files) checkStandardOutput(file);
+  SelectedFrames selected(options.selection, files.size());
+  // One at a time: their frames would not fit into memory.
+  for (const std::string& file : files) {
+    try {
+      const Recording recording = openRecording(file, job);
+      const auto frames = selected.of(recording);
+      if (!frames.empty()) writeFrames(recording, frames, job);
+    } catch (const OutputFailure&) {
+      throw;
+    } catch (const Failure& failure) {
+      job.fail(failure);
+    }
+  }
+  selected.check(job);
   return job.status();
 }
 
+void checkUsage(const Options& options) { options.inputs.checkUsage("cat"); }
+
 void addOptions(CLI::App& command, Options& options) {
-  command.add_option("file", options.file, "The recording")->required();
+  options.inputs.addTo(command);
   addRecordingSelectionOptions(command, options.selection);
 }
 
@@ -49,7 +68,7 @@ void addCatCommand(Tool& tool) {
   tool.addCommand<Options>({"cat", "Write the stored JPEGs one after another to standard output.",
                             "cat drive.img --range 10:11 >frame.jpg\n"
                             "  velmar-video cat drive.img | ffmpeg -f mjpeg -i - preview.mp4"},
-                           {addOptions, writeFrames});
+                           {addOptions, cat, checkUsage});
 }
 
 }  // namespace velmar::tool

@@ -1,4 +1,5 @@
 #include "program/DescriptionOptions.h"
+#include "program/SelectionOptions.h"
 #include "program/Tool.h"
 #include "toolkit/editing/Conversion.h"
 #include "toolkit/editing/CopyFrames.h"
@@ -13,6 +14,7 @@ struct Options {
   std::string input;
   std::string output;
   RtvVersionOption rtvVersion;
+  Strip strip;
   bool strict = false;
   bool force = false;
 };
@@ -29,7 +31,7 @@ ExitStatus convert(const Options& options, CommandJob& job) {
     throw Failure(options.output, "it could not hold " + lost,
                   VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
   }
-  copyFrames({{&recording, allFrames(recording)}}, options.output, description, job);
+  copyFrames({{&recording, allFrames(recording)}}, options.output, description, job, options.strip);
   if (!lost.empty()) job.lose(options.output, "it does not hold " + lost);
   return job.status();
 }
@@ -41,6 +43,7 @@ void addOptions(CLI::App& command, Options& options) {
   command.add_option("output", options.output, "The recording to make, OUTPUT.img or OUTPUT.rtv")
       ->required();
   options.rtvVersion.addTo(command);
+  addStripOption(command, options.strip);
   command.add_flag("--strict", options.strict,
                    "Refuse if the output cannot hold something that the input has");
   command.add_flag("--force", options.force, "Replace an existing output");

@@ -1,11 +1,10 @@
 #include "program/DescriptionOptions.h"
+#include "program/EachFile.h"
+#include "program/OutputOptions.h"
 #include "program/SelectionOptions.h"
-#include "program/StandardOutput.h"
 #include "program/Tool.h"
 #include "toolkit/editing/CopyFrames.h"
 #include "toolkit/editing/Scenes.h"
-#include "toolkit/text/PrintableText.h"
-#include "toolkit/text/TimeText.h"
 #include "toolkit/writing/OutputGuard.h"
 
 namespace velmar::tool {
@@ -13,57 +12,56 @@ namespace velmar::tool {
 namespace {
 
 struct Options {
-  std::string input;
-  std::string output;
+  OutputOptions outputs;
+  JobsOption jobs;
   FrameSelection selection;
   const CLI::Option* where = nullptr;
   SceneForm form;
+  Strip strip;
   bool force = false;
 };
 
-std::string lineOf(const Recording& recording, const std::string& path, const Scene& scene) {
-  return printable(path) + ": frames " + std::to_string(scene.first) + " to " +
-         std::to_string(scene.last) + ", " + formatTime(recording.sensorTime(scene.first)) +
-         " to " + formatTime(recording.sensorTime(scene.last)) + "\n";
-}
-
-void cutScenes(const Options& options, const Recording& recording, CommandJob& job) {
-  const auto chosen = options.selection.frames(recording);
-  const auto scenes = scenesOf(recording, chosen, options.form);
-  StandardOutput output;
-  copyScenes(recording, scenes, options.output, options.force, job,
-             [&](const std::string& path, const Scene& scene) {
-               output.write(lineOf(recording, path, scene));
-               output.flush();
+// Makes a recording of each run of the frames.
+void cutScenes(const Recording& recording, const std::vector<unsigned int>& frames,
+               const std::string& path, const Options& options, Job& job, StandardOutput& output) {
+  copyScenes(recording, scenesOf(recording, frames, options.form),
+             {path, options.force, options.strip}, job,
+             [&](const std::string& made, const Scene& scene) {
+               output.write(sceneLine(recording, made, scene));
              });
 }
 
 ExitStatus cut(const Options& options, CommandJob& job) {
-  checkExtension(options.output);
-  checkSameContainer(options.input, options.output);
-  std::optional<ReservedOutput> reserved;
+  const auto tasks = options.outputs.tasks(job, isRecordingName, "recording",
+                                           [](const std::string& name) { return name; });
   const bool makesScenes = options.where->count() > 0;
-  if (!makesScenes) {
-    reserved.emplace(options.output, std::vector{options.input}, options.force);
-  }
-  const Recording recording = openRecording(options.input, job);
-  checkDeviceId(recording, job);
-  if (makesScenes) {
-    cutScenes(options, recording, job);
-  } else {
-    copyFrames({{&recording, options.selection.frames(recording)}}, options.output,
-               recording.description(), job);
-  }
+  SelectedFrames selected(options.selection, tasks.size());
+  const auto work = [&](std::size_t at, Job& fileJob, StandardOutput& output) {
+    const auto& [input, path] = tasks[at];
+    checkExtension(path);
+    checkSameContainer(input, path);
+    const Recording recording = openRecording(input, fileJob);
+    const auto frames = selected.of(recording);
+    if (frames.empty()) return;
+    if (!options.strip.ids) checkDeviceId(recording, fileJob);
+    const auto folder = options.outputs.makeFolder(tasks[at]);
+    if (makesScenes) return cutScenes(recording, frames, path, options, fileJob, output);
+    const ReservedOutput reserved(path, {input}, options.force);
+    copyFrames({{&recording, frames}}, path, recording.description(), fileJob, options.strip);
+  };
+  forEachFile(tasks.size(), options.jobs.count(), "recordings", work, job);
+  selected.check(job);
   return job.status();
 }
 
+void checkUsage(const Options& options) { options.outputs.checkUsage("cut"); }
+
 void addOptions(CLI::App& command, Options& options) {
-  command.add_option("input", options.input, "The recording to copy from")->required();
-  command
-      .add_option("output", options.output,
-                  "The recording to make; with --where one for each run of frames, with %04d in "
-                  "the name for its number, or the number at the end")
-      ->required();
+  options.outputs.addTo(
+      command,
+      "The recording, and the one to make; with --where the name that those of the scenes are made "
+      "of: scene-0001.rtv, or %04d in it is the number; with --output-dir recordings, and folders "
+      "of them");
   auto* where = addRecordingSelectionOptions(command, options.selection);
   where->excludes(command.get_option("--every"));
   options.where = where;
@@ -77,7 +75,9 @@ void addOptions(CLI::App& command, Options& options) {
                     "1s; runs that overlap then become one",
                     options.form.pad)
       ->needs(where);
+  addStripOption(command, options.strip);
   command.add_flag("--force", options.force, "Replace existing outputs");
+  options.jobs.addTo(command, "recordings");
 }
 
 }  // namespace
@@ -86,8 +86,9 @@ void addCutCommand(Tool& tool) {
   tool.addCommand<Options>(
       {"cut", "Copy some frames into a recording of their own, as they are.",
        "cut drive.img scene.img --time +10s:+12.5s\n"
-       "  velmar-video cut drive.rtv scene.rtv --where 'speed_m_s > 20' --join 2s --pad 1s"},
-      {addOptions, cut});
+       "  velmar-video cut drive.rtv scene.rtv --where 'speed_m_s > 20' --join 2s --pad 1s\n"
+       "  velmar-video cut day --recursive --output-dir scenes --where 'speed_km_h > 50'"},
+      {addOptions, cut, checkUsage});
 }
 
 }  // namespace velmar::tool

@@ -1,6 +1,9 @@
 #include <algorithm>
+#include <filesystem>
 #include <map>
 
+#include "program/EachFile.h"
+#include "program/OutputOptions.h"
 #include "program/SelectionOptions.h"
 #include "program/Tool.h"
 #include "toolkit/editing/Extraction.h"
@@ -23,11 +26,11 @@ const std::map<std::string, VELMAR_FORMAT_E> kFormats = {
     {"rgb", VELMAR_FORMAT_RGB_E}, {"bgr", VELMAR_FORMAT_BGR_E}, {"gray", VELMAR_FORMAT_GRAY_E}};
 
 struct Options {
-  std::string file;
+  InputOptions inputs;
   PictureFolder folder;
   FrameSelection selection;
   PictureForm form;
-  unsigned int jobs = 1;
+  JobsOption jobs;
   bool force = false;
   const CLI::Option* quality = nullptr;
   const CLI::Option* compression = nullptr;
@@ -42,16 +45,42 @@ PictureForm formOf(const Options& options) {
   return form;
 }
 
-ExitStatus extract(const Options& options, CommandJob& job) {
-  Extraction extraction(options.file, options.selection, formOf(options), options.folder);
+void extractFrames(const OutputTask& task, const Options& options, SelectedFrames& selected,
+                   Job& job) {
+  PictureFolder folder = options.folder;
+  folder.path = task.output;
+  Extraction extraction(
+      task.input, [&](const Recording& recording) { return selected.of(recording); },
+      formOf(options), folder);
+  if (extraction.isEmpty()) return;
   for (const std::string& path : extraction.outputs()) {
-    checkOutput(path, {options.file}, options.force || options.folder.keepsExisting);
+    checkOutput(path, {task.input}, options.force || folder.keepsExisting);
   }
-  extraction.run(options.jobs, job);
+  extraction.run(options.jobs.count(), job);
+}
+
+ExitStatus extract(const Options& options, CommandJob& job) {
+  std::vector<OutputTask> tasks;
+  if (options.inputs.isOneFile()) {
+    tasks.push_back({options.inputs.inputs.front(), options.folder.path});
+  } else {
+    tasks = tasksInFolder(options.inputs.find(job, isRecordingName, "recording"),
+                          options.folder.path, [](const std::string& name) {
+                            return std::filesystem::path(name).replace_extension().string();
+                          });
+  }
+  SelectedFrames selected(options.selection, tasks.size());
+  const auto work = [&](std::size_t at, Job& fileJob, StandardOutput& /*output*/) {
+    extractFrames(tasks[at], options, selected, fileJob);
+  };
+  // The frames of one are shared out to the threads.
+  forEachFile(tasks.size(), 1, "recordings", work, job);
+  selected.check(job);
   return job.status();
 }
 
 void checkUsage(const Options& options) {
+  options.inputs.checkUsage("extract");
   if (options.folder.path == "-") {
     throw UsageError("extract: --output is a folder; cat writes frames to standard output");
   }
@@ -108,8 +137,11 @@ void addDecodingOptions(CLI::App& command, Options& options) {
 }
 
 void addOptions(CLI::App& command, Options& options) {
-  command.add_option("file", options.file, "The recording")->required();
-  command.add_option("--output", options.folder.path, "The folder, made if it is not there")
+  options.inputs.addTo(command);
+  command
+      .add_option("--output", options.folder.path,
+                  "The folder, made if it is not there; of several recordings, or of a folder of "
+                  "them, each gets one in it by its name")
       ->required()
       ->type_name("DIR");
   options.form.kind = PictureForm::Kind::Jpeg;
@@ -119,13 +151,7 @@ void addOptions(CLI::App& command, Options& options) {
             kKinds, options.form.kind);
   addDecodingOptions(command, options);
   addRecordingSelectionOptions(command, options.selection);
-  command
-      .add_option(
-          "--jobs", options.jobs,
-          "Frames to work on at a time, 1 to 256; 1 if not given. Fewer if they would take too "
-          "much memory for the size of the recording")
-      ->type_name("N")
-      ->check(CLI::Range(1U, 256U).description(""));
+  options.jobs.addTo(command, "frames");
   command.add_flag_callback(
       "--no-table", [&options] { options.folder.hasTable = false; },
       "Without frames.csv, the table of the pictures beside them");
@@ -140,7 +166,8 @@ void addOptions(CLI::App& command, Options& options) {
 void addExtractCommand(Tool& tool) {
   tool.addCommand<Options>(
       {"extract", "Write frames as pictures into a folder.",
-       "extract drive.img --output pictures --range 0:10 --as png --scale 1/2 --crop-top 100"},
+       "extract drive.img --output pictures --range 0:10 --as png --scale 1/2 --crop-top 100\n"
+       "  velmar-video extract day --recursive --output pictures --every 10s --as jpg --scale 1/4"},
       {addOptions, extract, checkUsage});
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "program/DescriptionOptions.h"
+#include "program/EachFile.h"
 #include "program/InputOptions.h"
 #include "program/SelectionOptions.h"
 #include "program/StandardOutput.h"
@@ -23,6 +24,7 @@ namespace {
 
 struct Options {
   InputOptions inputs;
+  JobsOption jobs;
   std::vector<std::string> files;  // of these
   FrameSelection selection;
   bool json = false;
@@ -85,68 +87,72 @@ void writeTracks(const Options& options, const Recording& recording,
   }
 }
 
-// The list of all recordings, in one table.
+// The list of all recordings, in one table. Several threads may add to it.
 class FrameList {
  public:
-  explicit FrameList(const Options& options) : options_(options), table_(options.columns) {
+  explicit FrameList(const Options& options)
+      : options_(options), table_(options.files.size() == 1 ? FrameTable() : columns(nullptr)) {
     for (const std::string& file : options.files) {
       fileWidth_ = std::max(fileWidth_, printable(file).size());
     }
   }
 
-  void add(const Recording& recording, const std::vector<unsigned int>& frames, Job& job) {
-    if (table_.empty()) table_ = defaultColumns(recording);
-    if (!hasBegun_) addHash();
-    if (!hasBegun_ && !options_.json) {
-      output_.write(options_.csv ? csvHeader(table_) : FrameLine::textHeader(table_, fileWidth_));
-    }
-    hasBegun_ = true;
+  // Of several recordings; one alone has its own with its first frame.
+  void writeHeader() const {
+    StandardOutput output;
+    if (options_.files.size() > 1) output.write(header(table_));
+    output.flush();
+  }
+
+  void add(const Recording& recording, const std::vector<unsigned int>& frames, Job& job,
+           StandardOutput& output) const {
+    const bool isOne = options_.files.size() == 1;
+    const FrameTable table = isOne ? columns(&recording) : table_;
+    if (isOne) output.write(header(table));
     FrameNews news(recording.path(), job);
-    FrameLine line(recording, table_, &news);
+    FrameLine line(recording, table, &news);
     for (const unsigned int index : frames) {
-      output_.write(options_.json  ? line.json(index)
-                    : options_.csv ? line.csv(index)
-                                   : line.text(index, fileWidth_));
+      output.write(options_.json  ? line.json(index)
+                   : options_.csv ? line.csv(index)
+                                  : line.text(index, fileWidth_));
     }
     news.finish();
-    output_.flush();
   }
 
  private:
-  // Of several recordings all that their containers may hold, whichever of them come.
-  FrameTable defaultColumns(const Recording& first) const {
-    const bool isForPeople = !options_.json && !options_.csv;
-    const bool isOne = options_.files.size() == 1;
-    const bool hasRtv = std::any_of(options_.files.begin(), options_.files.end(), isRtvPath);
-    FrameTable table = isForPeople ? columnsForPeople(hasRtv)
-                       : isOne     ? columnsOf(first)
-                                   : columnsForPrograms(hasRtv, hasRtv);
-    if (!isOne) table.insert(table.begin(), namedColumns("file").front());
+  std::string header(const FrameTable& table) const {
+    if (options_.json) return "";
+    return options_.csv ? csvHeader(table) : FrameLine::textHeader(table, fileWidth_);
+  }
+
+  // Of one recording, or of several all that their containers may hold, whichever of them come.
+  FrameTable columns(const Recording* one) const {
+    FrameTable table = options_.columns;
+    if (table.empty()) {
+      const bool isForPeople = !options_.json && !options_.csv;
+      const bool hasRtv = std::any_of(options_.files.begin(), options_.files.end(), isRtvPath);
+      table = isForPeople      ? columnsForPeople(hasRtv)
+              : one != nullptr ? columnsOf(*one)
+                               : columnsForPrograms(hasRtv, hasRtv);
+      if (one == nullptr) table.insert(table.begin(), namedColumns("file").front());
+    }
+    if (options_.hash) addHash(table);
     return table;
   }
 
   // Unless --columns has put it elsewhere.
-  void addHash() {
-    if (!options_.hash) return;
+  void addHash(FrameTable& table) const {
     const FrameColumn hash = hashColumn(*options_.hash);
-    const bool isThere = std::any_of(table_.begin(), table_.end(), [&](const FrameColumn& column) {
+    const bool isThere = std::any_of(table.begin(), table.end(), [&](const FrameColumn& column) {
       return column.name == hash.name;
     });
-    if (!isThere) table_.push_back(hash);
+    if (!isThere) table.push_back(hash);
   }
 
   const Options& options_;
-  FrameTable table_;
+  const FrameTable table_;  // of several recordings
   std::size_t fileWidth_ = 0;
-  bool hasBegun_ = false;
-  StandardOutput output_;
 };
-
-// The frames of a recording; one among several may have none that are selected.
-std::vector<unsigned int> framesOf(const Recording& recording, const Options& options) {
-  return options.files.size() == 1 ? options.selection.frames(recording)
-                                   : options.selection.find(recording);
-}
 
 ExitStatus showFrames(const Options& given, CommandJob& job) {
   Options options = given;
@@ -155,27 +161,19 @@ ExitStatus showFrames(const Options& given, CommandJob& job) {
   if (options.makesTracks() && options.files.size() > 1) {
     throw UsageError("frames: --gpx and --geojson are of one recording");
   }
-  FrameList list(options);
   checkOutputs(options);
-  bool isEmpty = true;
-  for (const std::string& file : options.files) {
-    try {
-      const Recording recording = openRecording(file, job);
-      const auto frames = framesOf(recording, options);
-      if (frames.empty()) continue;
-      isEmpty = false;
-      if (options.lists()) list.add(recording, frames, job);
-      writeTracks(options, recording, frames);
-    } catch (const OutputFailure&) {
-      throw;
-    } catch (const Failure& failure) {
-      job.fail(failure);
-    }
-  }
-  if (isEmpty && job.status() == ExitStatus::Done) {
-    throw Failure(std::to_string(options.files.size()) + " recordings",
-                  options.selection.emptyWords(), VELMAR_ERROR_CODE_OUT_RANGE_E);
-  }
+  const FrameList list(options);
+  SelectedFrames selected(options.selection, options.files.size());
+  if (options.lists()) list.writeHeader();
+  const auto work = [&](std::size_t at, Job& fileJob, StandardOutput& output) {
+    const Recording recording = openRecording(options.files[at], fileJob);
+    const auto frames = selected.of(recording);
+    if (frames.empty()) return;
+    if (options.lists()) list.add(recording, frames, fileJob, output);
+    writeTracks(options, recording, frames);
+  };
+  forEachFile(options.files.size(), options.jobs.count(), "recordings", work, job);
+  selected.check(job);
   return job.status();
 }
 
@@ -215,6 +213,7 @@ void addOptions(CLI::App& command, Options& options) {
       ->type_name("FILE");
   command.add_flag("--force", options.force, "Replace existing tracks");
   addRecordingSelectionOptions(command, options.selection);
+  options.jobs.addTo(command, "recordings");
 }
 
 }  // namespace

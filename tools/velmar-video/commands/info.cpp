@@ -4,8 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include "program/EachFile.h"
 #include "program/InputOptions.h"
-#include "program/StandardOutput.h"
 #include "program/Tool.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/tables/Track.h"
@@ -20,6 +20,7 @@ namespace {
 
 struct Options {
   InputOptions inputs;
+  JobsOption jobs;
   bool json = false;
 };
 
@@ -143,22 +144,19 @@ std::string textBlock(const Info& info) {
 }
 
 ExitStatus showInfo(const Options& options, CommandJob& job) {
-  StandardOutput output;
-  for (const std::string& file : options.inputs.files(job)) {
-    try {
-      const Info info = readInfo(file, job);
-      output.write(options.json ? jsonLine(info) : textBlock(info));
-    } catch (const Failure& failure) {
-      job.fail(failure);
-    }
-    output.flush();
-  }
+  const std::vector<std::string> files = options.inputs.files(job);
+  const auto work = [&](std::size_t at, Job& fileJob, StandardOutput& output) {
+    const Info info = readInfo(files[at], fileJob);
+    output.write(options.json ? jsonLine(info) : textBlock(info));
+  };
+  forEachFile(files.size(), options.jobs.count(), "recordings", work, job);
   return job.status();
 }
 
 void addOptions(CLI::App& command, Options& options) {
   options.inputs.addTo(command);
   command.add_flag("--json", options.json, "One JSON object for each, on a line of its own");
+  options.jobs.addTo(command, "recordings");
 }
 
 void checkUsage(const Options& options) { options.inputs.checkUsage("info"); }

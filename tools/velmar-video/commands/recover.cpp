@@ -1,6 +1,9 @@
 #include <algorithm>
+#include <atomic>
 
 #include "program/DescriptionOptions.h"
+#include "program/EachFile.h"
+#include "program/OutputOptions.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
 #include "toolkit/base/UndoFile.h"
@@ -18,8 +21,9 @@ namespace velmar::tool {
 namespace {
 
 struct Options {
-  std::string input;
-  std::string output;
+  OutputOptions outputs;
+  JobsOption jobs;
+  std::vector<const CLI::Option*> ofOutput;  // without meaning if there is none
   std::optional<double> framesPerSecond;
   std::string timesFile;
   std::optional<std::uint64_t> startTime;
@@ -37,23 +41,16 @@ LeftoverTimes timesOf(const Options& options, Job& job) {
   return times;
 }
 
-void showResult(const Options& options, const Recovered& recovered) {
-  StandardOutput output;
-  output.write(printable(options.output) + ": " + std::to_string(recovered.frames) + " of " +
-               std::to_string(recovered.framesCount) + " frames recovered\n");
-  output.flush();
-}
-
 // The files that are read must not be written.
-ReservedOutput reserveOutput(const Options& options) {
-  checkExtension(options.output);
-  checkLeftoverName(options.input, options.output);
+ReservedOutput reserveOutput(const OutputTask& task, const Options& options) {
+  checkExtension(task.output);
+  checkLeftoverName(task.input, task.output);
   std::vector<std::string> inputs = options.description.inputs();
-  inputs.insert(inputs.end(), {options.input, options.input + ".index"});
+  inputs.insert(inputs.end(), {task.input, task.input + ".index"});
   if (!options.timesFile.empty()) inputs.push_back(options.timesFile);
-  checkOutput(options.output, inputs, options.force);
+  checkOutput(task.output, inputs, options.force);
   // What an earlier recover left when it was interrupted can be made again.
-  return {recoveringPath(options.output), inputs, true};
+  return {recoveringPath(task.output), inputs, true};
 }
 
 // A recording in which nothing but an interrupted edit is wrong.
@@ -74,38 +71,101 @@ ExitStatus undoInterruptedEdit(const std::string& file) {
   return ExitStatus::Done;
 }
 
-ExitStatus recover(const Options& options, CommandJob& job) {
-  if (options.output.empty()) return undoInterruptedEdit(options.input);
-  const ReservedOutput reserved = reserveOutput(options);
-  RecoveryRequest request{options.input, options.output};
+// Of all files.
+struct Summary {
+  std::atomic<std::size_t> recovered = 0;
+  std::atomic<std::uint64_t> frames = 0;
+  std::atomic<std::uint64_t> framesCount = 0;
+
+  std::string text(std::size_t files) const {
+    return std::to_string(files) + " files: " + std::to_string(recovered) + " recovered with " +
+           std::to_string(frames) + " of " + std::to_string(framesCount) + " frames, " +
+           std::to_string(files - recovered) + " not\n";
+  }
+};
+
+void recoverFile(const OutputTask& task, const Options& options, Job& job, StandardOutput& output,
+                 Summary& summary) {
+  const auto folder = options.outputs.makeFolder(task);
+  const ReservedOutput reserved = reserveOutput(task, options);
+  RecoveryRequest request{task.input, task.output};
   request.times = timesOf(options, job);
-  request.version = options.description.rtvVersion.version(options.output);
+  request.version = options.description.rtvVersion.version(task.output);
   request.startTime = options.startTime;
   request.size = options.size;
   request.keepDamaged = options.keepDamaged;
   request.describe = [&](RecordingDescription& description) {
-    options.description.change(description, options.output, job);
+    options.description.change(description, task.output, job);
   };
-  showResult(options, recoverRecording(request, job));
+  request.changesHeader = options.force;
+  const Recovered recovered = recoverRecording(request, job);
+  output.write(printable(task.output) + ": " + std::to_string(recovered.frames) + " of " +
+               std::to_string(recovered.framesCount) + " frames recovered\n");
+  ++summary.recovered;
+  summary.frames += recovered.frames;
+  summary.framesCount += recovered.framesCount;
+}
+
+bool isLeftoverName(const std::string& path) {
+  return path.ends_with(".tmp") && isRecordingName(path.substr(0, path.size() - 4));
+}
+
+ExitStatus recover(const Options& options, CommandJob& job) {
+  if (options.outputs.lacksOutput()) {
+    return undoInterruptedEdit(options.outputs.inputs.inputs.front());
+  }
+  const auto nameOf = [](const std::string& name) {
+    return isLeftoverName(name) ? name.substr(0, name.size() - 4) : name;
+  };
+  const auto tasks = options.outputs.tasks(job, isLeftoverName,
+                                           "interrupted recording (*.img.tmp, *.rtv.tmp)", nameOf);
+  Summary summary;
+  const auto work = [&](std::size_t at, Job& fileJob, StandardOutput& output) {
+    try {
+      recoverFile(tasks[at], options, fileJob, output, summary);
+    } catch (const UsageError& error) {
+      // An option may be for the other container only.
+      throw Failure(tasks[at].input, error.what(), VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+    }
+  };
+  forEachFile(tasks.size(), options.jobs.count(), "files", work, job);
+  if (options.outputs.folder.empty()) return job.status();
+  StandardOutput output;
+  output.write(summary.text(tasks.size()));
+  output.flush();
   return job.status();
 }
 
-void checkUsage(const Options& options) {
-  if (options.output.empty()) {
-    if (isRecordingName(options.input)) return;
-    throw UsageError("recover: OUTPUT is missing, the recording to make");
-  }
-  if (isRtvPath(options.output) && (options.framesPerSecond || !options.timesFile.empty())) {
+// What the output's name tells.
+void checkContainer(const std::string& output, const Options& options) {
+  const bool isRtv = isRtvPath(output);
+  if (isRtv && (options.framesPerSecond || !options.timesFile.empty())) {
     throw UsageError("recover: an rtv has its frames' times in the file; no --fps or --times");
   }
+  if (options.startTime && !isRtv && !options.framesPerSecond) {
+    throw UsageError("recover: --start-time goes with --fps or with an .rtv");
+  }
+  options.description.rtvVersion.version(output);
+}
+
+void checkUsage(const Options& options) {
+  const OutputOptions& outputs = options.outputs;
+  if (outputs.lacksOutput()) {
+    if (!isRecordingName(outputs.inputs.inputs.front())) {
+      throw UsageError("recover: OUTPUT is missing, the recording to make; or --output-dir");
+    }
+    for (const CLI::Option* option : options.ofOutput) {
+      if (option->count() > 0) throw UsageError("recover: " + option->get_name() + " needs OUTPUT");
+    }
+    return;
+  }
+  outputs.checkUsage("recover");
   if (options.framesPerSecond) FrameClock(0, *options.framesPerSecond);
   if (options.framesPerSecond && !options.timesFile.empty()) {
     throw UsageError("recover: --fps and --times exclude each other");
   }
-  if (options.startTime && !isRtvPath(options.output) && !options.framesPerSecond) {
-    throw UsageError("recover: --start-time goes with --fps or with an .rtv");
-  }
-  options.description.rtvVersion.version(options.output);
+  if (outputs.folder.empty()) return checkContainer(outputs.inputs.inputs.at(1), options);
+  if (!options.timesFile.empty()) throw UsageError("recover: --times is of one recording");
 }
 
 void addTimeOptions(CLI::App& command, Options& options) {
@@ -125,16 +185,13 @@ void addTimeOptions(CLI::App& command, Options& options) {
 }
 
 void addOptions(CLI::App& command, Options& options) {
-  command
-      .add_option(
-          "input", options.input,
-          "The temporary file, or a damaged recording, which stays as it is; an interrupted "
-          "img has an index journal, INPUT.index, beside it")
-      ->required();
-  auto* output = command.add_option(
-      "output", options.output,
-      "The recording to make, OUTPUT.img or OUTPUT.rtv. Without OUTPUT, an interrupted edit of "
-      "INPUT is undone in place");
+  options.outputs.addTo(
+      command,
+      "The temporary file, or a damaged recording, which stays as it is, and the recording to "
+      "make, "
+      "OUTPUT.img or OUTPUT.rtv; an interrupted img has an index journal, INPUT.index, beside it. "
+      "Without OUTPUT, an interrupted edit of INPUT is undone in place. With --output-dir such "
+      "files, and folders with temporary files");
   addTimeOptions(command, options);
   addParsedOption(command, "--size", "WxH",
                   "Size in pixels to name in the recording, the first frame's if not given",
@@ -142,10 +199,13 @@ void addOptions(CLI::App& command, Options& options) {
   options.description.addTo(command);
   command.add_flag("--keep-damaged", options.keepDamaged,
                    "Also keep frames whose picture is cut short or has a hole");
-  command.add_flag("--force", options.force, "Replace an existing output");
+  command.add_flag("--force", options.force,
+                   "Replace an existing output, and let the options change a header that is whole");
+  options.jobs.addTo(command, "files");
   const std::vector<CLI::Option*> all = command.get_options();
-  std::for_each(std::find(all.begin(), all.end(), output) + 1, all.end(),
-                [output](CLI::Option* option) { option->needs(output); });
+  const auto input =
+      std::find_if(all.begin(), all.end(), [](auto* one) { return one->get_positional(); });
+  options.ofOutput.assign(input + 1, all.end());
 }
 
 }  // namespace
@@ -155,9 +215,9 @@ void addRecoverCommand(Tool& tool) {
       {"recover",
        "Recover the frames of an interrupted or damaged recording, or undo an interrupted edit.",
        "recover drive.img.tmp drive.img --device-id 0aff\n"
-       "  velmar-video recover drive.rtv.tmp drive.rtv --start-time 2026-11-21T08:00:00Z\n\n"
-       "Without OUTPUT, as in recover drive.img, an interrupted edit is undone in place.\n"
-       "Options override the header of the input, if it has one."},
+       "  velmar-video recover drive.rtv.tmp drive.rtv --start-time 2026-11-21T08:00:00Z\n"
+       "  velmar-video recover day --recursive --output-dir saved\n\n"
+       "Without OUTPUT, as in recover drive.img, an interrupted edit is undone in place."},
       {addOptions, recover, checkUsage});
 }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <thread>
+#include <utility>
 
 #include "toolkit/base/InputFile.h"
 #include "toolkit/recording/Recording.h"
@@ -11,12 +12,12 @@
 
 namespace velmar::tool {
 
-void InputOptions::addTo(CLI::App& command) {
-  command.add_option("file", inputs, "Recordings, and folders of them (*.img, *.rtv)");
+void InputOptions::addTo(CLI::App& command, const std::string& help) {
+  command.add_option("file", inputs, help);
   command.add_flag("--recursive", recursive, "Also take recordings in the folders below a folder");
   auto* list = command.add_option("--files-from", listFile,
-                                  "A file with the names of more recordings and folders, a line "
-                                  "each; - is standard input");
+                                  "A file with the names of more files and folders, a line each; "
+                                  "- is standard input");
   list->type_name("FILE");
   command
       .add_flag("-0,--null", isNulSeparated,
@@ -30,31 +31,49 @@ void InputOptions::checkUsage(const std::string& command) const {
   }
 }
 
-std::vector<std::string> InputOptions::files(CommandJob& job) const {
+bool InputOptions::isOneFile() const {
+  std::error_code error;
+  return listFile.empty() && inputs.size() == 1 &&
+         !std::filesystem::is_directory(inputs.front(), error);
+}
+
+std::vector<InputFile> InputOptions::find(CommandJob& job,
+                                          bool (*isWanted)(const std::string& path),
+                                          const std::string& what) const {
+  namespace fs = std::filesystem;
   std::vector<std::string> given = inputs;
   if (!listFile.empty()) {
     const auto listed = splitNames(readFile(listFile), isNulSeparated ? '\0' : '\n');
     given.insert(given.end(), listed.begin(), listed.end());
   }
   const auto fail = [&job](const Failure& failure) { job.fail(failure); };
-  std::vector<std::string> files;
+  std::vector<InputFile> files;
   for (const std::string& input : given) {
     std::error_code error;
-    if (!std::filesystem::is_directory(input, error)) {
-      files.push_back(input);
+    if (!fs::is_directory(input, error)) {
+      files.push_back({input, fs::path(input).filename()});
       continue;
     }
-    const auto found = listFolder(input, recursive, isRecordingName, fail);
+    const auto found = listFolder(input, recursive, isWanted, fail);
     if (found.empty()) {
       fail({input,
-            recursive ? "there is no recording in it"
-                      : "there is no recording in it; "
-                        "--recursive looks into the folders below it",
+            "there is no " + what + " in it" +
+                (recursive ? "" : "; --recursive looks into the folders below it"),
             VELMAR_ERROR_CODE_FILE_NOT_EXIST_E});
     }
-    files.insert(files.end(), found.begin(), found.end());
+    for (const std::string& path : found) {
+      files.push_back({path, fs::path(path).lexically_relative(input)});
+    }
   }
   return files;
+}
+
+std::vector<std::string> InputOptions::files(CommandJob& job) const {
+  std::vector<std::string> paths;
+  for (InputFile& file : find(job, isRecordingName, "recording")) {
+    paths.push_back(std::move(file.path));
+  }
+  return paths;
 }
 
 void JobsOption::addTo(CLI::App& command, const std::string& of) {

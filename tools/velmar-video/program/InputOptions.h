@@ -14,13 +14,28 @@ class App;
 
 namespace velmar::tool {
 
-/// The recordings that a command works on: files, folders, lists of them. This object has to
-/// outlive the parsing.
+/// A file that a command works on.
+struct InputFile {
+  std::string path;
+  std::string name;  ///< below the folder that was given, or its own
+};
+
+/// The files that a command works on: files, folders, lists of them. This object has to outlive the
+/// parsing.
 struct InputOptions {
-  void addTo(CLI::App& command);
+  /// \param help  of what is given
+  void addTo(CLI::App& command,
+             const std::string& help = "Recordings, and folders of them (*.img, *.rtv)");
   /// Throws UsageError if there is none.
   void checkUsage(const std::string& command) const;
-  /// Their names, those in a folder in natural order. What cannot be listed makes the job fail.
+  /// Whether it is one name, and not that of a folder.
+  bool isOneFile() const;
+  /// Those in a folder in natural order. What cannot be listed makes the job fail.
+  /// \param isWanted  says which of the files in a folder are meant
+  /// \param what      names one of them
+  std::vector<InputFile> find(CommandJob& job, bool (*isWanted)(const std::string& path),
+                              const std::string& what) const;
+  /// The paths of recordings.
   std::vector<std::string> files(CommandJob& job) const;
 
   std::vector<std::string> inputs;

@@ -1,6 +1,7 @@
 #include "program/SelectionOptions.h"
 
 #include "program/DescriptionOptions.h"
+#include "toolkit/base/Failure.h"
 #include "toolkit/tables/FrameExpression.h"
 
 namespace velmar::tool {
@@ -35,8 +36,29 @@ CLI::Option* addRecordingSelectionOptions(CLI::App& command, FrameSelection& sel
       "near(lat, lng, metres), within(lng1, lat1, lng2, lat2), absent(name). What depends on an "
       "absent value does not hold",
       [&selection](const std::string& text) {
-        selection.setCondition(parseFrameExpression(text));
+        selection.setCondition([text] { return parseFrameExpression(text); });
       });
+}
+
+void addStripOption(CLI::App& command, Strip& strip) {
+  addParsedOption(
+      command, "--strip", "WHAT",
+      "Leave out, to give the copy away: positions (with distances and directions), ids (the "
+      "device id), exif (Exif, XMP, IPTC and comments of the JPEGs, places of the pictures among "
+      "them), or several of these with commas. Pictures stay as they are",
+      [&strip](const std::string& names) { strip = Strip::named(names); });
+}
+
+std::vector<unsigned int> SelectedFrames::of(const Recording& recording) {
+  auto frames = recordings_ == 1 ? selection_.frames(recording) : selection_.find(recording);
+  if (!frames.empty()) areThere_ = true;
+  return frames;
+}
+
+void SelectedFrames::check(const CommandJob& job) const {
+  if (areThere_ || recordings_ == 0 || job.status() != ExitStatus::Done) return;
+  throw Failure(std::to_string(recordings_) + " recordings", selection_.emptyWords(),
+                VELMAR_ERROR_CODE_OUT_RANGE_E);
 }
 
 }  // namespace velmar::tool

@@ -2,9 +2,13 @@
 #define VELMAR_TOOL_SELECTION_OPTIONS_H
 
 #include <CLI/CLI.hpp>
+#include <atomic>
+#include <cstddef>
 #include <vector>
 
+#include "program/CommandJob.h"
 #include "program/Toolkit.h"
+#include "toolkit/editing/Strip.h"
 #include "toolkit/recording/FrameSelection.h"
 
 namespace velmar::tool {
@@ -15,6 +19,27 @@ std::vector<const CLI::Option*> addSelectionOptions(CLI::App& command, FrameSele
 /// The same for frames of recordings, of which more is known: and --where.
 /// \return that one
 CLI::Option* addRecordingSelectionOptions(CLI::App& command, FrameSelection& selection);
+
+/// --strip, which sets `strip`; that has to outlive the parsing.
+void addStripOption(CLI::App& command, Strip& strip);
+
+/// The frames that are selected of a recording or of several.
+class SelectedFrames {
+ public:
+  /// The selection must outlive it.
+  SelectedFrames(const FrameSelection& selection, std::size_t recordings)
+      : selection_(selection), recordings_(recordings) {}
+
+  /// Perhaps none, if there are several recordings. Throws Failure. Thread-safe.
+  std::vector<unsigned int> of(const Recording& recording);
+  /// Throws Failure if no recording has any, unless the job has failed.
+  void check(const CommandJob& job) const;
+
+ private:
+  const FrameSelection& selection_;
+  std::size_t recordings_;
+  std::atomic<bool> areThere_ = false;
+};
 
 }  // namespace velmar::tool
 

@@ -9,7 +9,7 @@ namespace velmar::tool {
 void StandardOutput::write(std::string_view text) {
   constexpr std::size_t kPiece = 1 << 16;
   pending_.append(text);
-  if (pending_.size() >= kPiece) flush();
+  if (mode_ == Mode::Direct && pending_.size() >= kPiece) flush();
 }
 
 void StandardOutput::flush() {

@@ -18,10 +18,18 @@ struct OutputFailure final : Failure {
 /// soon as they cannot be written. What is not flushed is lost.
 class StandardOutput {
  public:
+  enum class Mode {
+    Direct,
+    Held,  ///< nothing is written before flush()
+  };
+
+  explicit StandardOutput(Mode mode = Mode::Direct) : mode_(mode) {}
+
   void write(std::string_view text);
   void flush();
 
  private:
+  Mode mode_;
   std::string pending_;
 };
 

@@ -35,6 +35,7 @@ void addCommands(Tool& tool) {
   addExtractCommand(tool);
   addCatCommand(tool);
   addCutCommand(tool);
+  addSplitCommand(tool);
   addConcatCommand(tool);
   addConvertCommand(tool);
   addExportCommand(tool);

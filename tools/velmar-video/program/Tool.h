@@ -72,6 +72,7 @@ void addCatCommand(Tool& tool);
 void addConvertCommand(Tool& tool);
 void addExportCommand(Tool& tool);
 void addCutCommand(Tool& tool);
+void addSplitCommand(Tool& tool);
 void addConcatCommand(Tool& tool);
 void addEditCommand(Tool& tool);
 void addDumpCommand(Tool& tool);

@@ -1,0 +1,42 @@
+#include "toolkit/base/DeferredJob.h"
+
+namespace velmar::toolkit {
+
+namespace {
+
+class DeferredStage final : public Job::Stage {
+ public:
+  explicit DeferredStage(const std::atomic<bool>& isStopped) : isStopped_(isStopped) {}
+
+  void advance(std::size_t done) override { hasFrame_ = done > 0; }
+  bool stopRequested() override { return hasFrame_ && isStopped_; }
+  bool waitReadable(int /*fd*/) override { return !isStopped_; }
+
+ private:
+  const std::atomic<bool>& isStopped_;
+  bool hasFrame_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Job::Stage> DeferredJob::begin(const std::string& /*name*/, std::size_t /*total*/) {
+  return std::make_unique<DeferredStage>(isStopped_);
+}
+
+void DeferredJob::lose(const std::string& what, const std::string& words) {
+  told_.emplace_back([=](Job& job) { job.lose(what, words); });
+}
+
+void DeferredJob::loseRest(const std::string& what, std::size_t done, std::size_t wanted) {
+  told_.emplace_back([=](Job& job) { job.loseRest(what, done, wanted); });
+}
+
+void DeferredJob::note(const std::string& what, const std::string& words) {
+  told_.emplace_back([=](Job& job) { job.note(what, words); });
+}
+
+void DeferredJob::tell(Job& job) const {
+  for (const auto& tell : told_) tell(job);
+}
+
+}  // namespace velmar::toolkit

@@ -1,0 +1,73 @@
+#include "program/EachFile.h"
+
+#include <atomic>
+#include <optional>
+#include <utility>
+
+#include "toolkit/base/DeferredJob.h"
+#include "toolkit/base/InOrder.h"
+
+namespace velmar::tool {
+
+namespace {
+
+// One alone shows its own progress, and its results as they come.
+void workOnOne(const FileWork& work, CommandJob& job) {
+  StandardOutput output;
+  try {
+    work(0, job, output);
+  } catch (const OutputFailure&) {
+    throw;
+  } catch (const Failure& failure) {
+    job.fail(failure);
+  }
+  output.flush();
+}
+
+// What a file has to tell, once it is its turn.
+struct Result {
+  bool isBegun = false;
+  DeferredJob job;
+  StandardOutput output{StandardOutput::Mode::Held};
+  std::optional<Failure> failure;
+
+  explicit Result(const std::atomic<bool>& isStopped) : job(isStopped) {}
+};
+
+}  // namespace
+
+void forEachFile(std::size_t count, unsigned int jobs, const std::string& of, const FileWork& work,
+                 CommandJob& job) {
+  if (count == 1) return workOnOne(work, job);
+  std::atomic<bool> isStopped = false;
+  std::size_t done = 0;
+  const auto stage = job.beginFiles(std::to_string(count) + " " + of, count);
+  const auto run = [&](std::size_t at) {
+    auto result = std::make_unique<Result>(isStopped);
+    result->isBegun = !isStopped;
+    try {
+      if (result->isBegun) work(at, result->job, result->output);
+    } catch (const Failure& failure) {
+      result->failure = failure;
+    }
+    return result;
+  };
+  const auto take = [&](std::size_t /*at*/, std::unique_ptr<Result>& result) {
+    if (!result->isBegun) return true;
+    result->output.flush();
+    result->job.tell(job);
+    if (result->failure) job.fail(*result->failure);
+    stage->advance(++done);
+    return true;
+  };
+  inOrder<std::unique_ptr<Result>>(count, jobs, run, take, [&] {
+    stage->advance(done);
+    isStopped = isStopped || stage->stopRequested();
+    return true;
+  });
+  if (done < count) {
+    job.lose(std::to_string(count) + " " + of, "stopped by a signal after " + std::to_string(done));
+  }
+}
+
+}  // namespace velmar::tool

@@ -1,0 +1,60 @@
+#include "program/OutputOptions.h"
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <map>
+
+#include "toolkit/base/Failure.h"
+
+namespace velmar::tool {
+
+void OutputOptions::addTo(CLI::App& command, const std::string& help) {
+  inputs.addTo(command, help);
+  command
+      .add_option("--output-dir", folder,
+                  "Work on many: all that is given are files and folders to read. Outputs go into "
+                  "this folder, which is made if it is not there, under the names of their inputs")
+      ->type_name("DIR");
+}
+
+void OutputOptions::checkUsage(const std::string& command) const {
+  if (!folder.empty()) return inputs.checkUsage(command);
+  if (!inputs.listFile.empty()) throw UsageError(command + ": --files-from needs --output-dir");
+  if (inputs.inputs.empty()) throw UsageError(command + ": INPUT and OUTPUT are missing");
+  if (inputs.inputs.size() == 1) {
+    throw UsageError(command + ": OUTPUT is missing, the file to make; or --output-dir");
+  }
+  if (inputs.inputs.size() > 2) {
+    throw UsageError(command + ": one INPUT and one OUTPUT; several inputs need --output-dir");
+  }
+}
+
+std::vector<OutputTask> OutputOptions::tasks(
+    CommandJob& job, bool (*isWanted)(const std::string& path), const std::string& what,
+    const std::function<std::string(std::string)>& nameOf) const {
+  if (folder.empty()) return {{inputs.inputs.at(0), inputs.inputs.at(1)}};
+  return tasksInFolder(inputs.find(job, isWanted, what), folder, nameOf);
+}
+
+std::unique_ptr<OutputFolder> OutputOptions::makeFolder(const OutputTask& task) const {
+  if (folder.empty()) return nullptr;
+  return std::make_unique<OutputFolder>(std::filesystem::path(task.output).parent_path());
+}
+
+std::vector<OutputTask> tasksInFolder(const std::vector<InputFile>& files,
+                                      const std::string& folder,
+                                      const std::function<std::string(std::string)>& nameOf) {
+  std::vector<OutputTask> tasks;
+  std::map<std::string, std::string> inputOf;
+  for (const InputFile& file : files) {
+    const std::string output = std::filesystem::path(folder) / nameOf(file.name);
+    const auto [other, isNew] = inputOf.emplace(output, file.path);
+    if (!isNew) {
+      throw UsageError(output + " would be made of " + other->second + " and of " + file.path);
+    }
+    tasks.push_back({file.path, output});
+  }
+  return tasks;
+}
+
+}  // namespace velmar::tool
