@@ -10,7 +10,7 @@
 #include "scene/SampleScene.h"
 #include "support/TestSupport.h"
 #include "toolkit/TestJob.h"
-#include "toolkit/editing/CopyFrames.h"
+#include "toolkit/copying/CopyFrames.h"
 #include "toolkit/editing/EditPlan.h"
 #include "toolkit/rescue/RecoverFrames.h"
 #include "toolkit/rescue/Verification.h"

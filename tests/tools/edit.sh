@@ -110,7 +110,7 @@ absent made.img
 expect 1 "" verify half.img
 grep -q "half.img: error: does not open: an edit of it was interrupted" out || fail "verify: $(cat out)"
 expect 2 "recover: OUTPUT is missing" recover half.img.tmp
-expect 2 "--fps requires output" recover half.img --fps 3
+expect 2 "--fps needs OUTPUT" recover half.img --fps 3
 expect 0 "" recover half.img
 grep -qx 'half.img: the interrupted edit is undone' out || fail "recover: $(cat out)"
 cmp half.img kept.img
@@ -133,7 +133,9 @@ for file in a.img 02.rtv 03.rtv 04.rtv; do
   kind=${file#*.}
   expect 0 "" cut $file one.$kind --range 0:1 --force
   expect 0 "" cut $file rest.$kind --range 1:3 --force
-  expect 0 "" concat whole.$kind one.$kind rest.$kind --force
+  overlap=""
+  [ $file != a.img ] || overlap="were captured before"
+  expect 0 "$overlap" concat whole.$kind one.$kind rest.$kind --in-order --force
   cmp <("$tool" frames $file --csv) <("$tool" frames whole.$kind --csv) || fail "frames of whole.$kind"
   cmp <("$tool" cat $file) <("$tool" cat whole.$kind) || fail "bytes of whole.$kind"
   cmp <("$tool" info $file | grep -vE '^[^ ]|size|room') <("$tool" info whole.$kind | grep -vE '^[^ ]|size|room') ||

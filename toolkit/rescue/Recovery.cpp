@@ -1,5 +1,7 @@
 #include "toolkit/rescue/Recovery.h"
 
+#include <tuple>
+
 #include "toolkit/base/Failure.h"
 #include "toolkit/base/FileLock.h"
 #include "toolkit/base/UndoFile.h"
@@ -22,6 +24,25 @@ void checkNotHalfEdited(const std::string& file, Job& job) {
   if (!words.empty()) job.note(file, words);
 }
 
+// Whether the new header has all that the old one says; what that leaves open may be filled in.
+bool keeps(RecordingDescription after, RecordingDescription before, bool isRtv) {
+  if (isRtv) {
+    for (RecordingDescription* each : {&after, &before}) {
+      each->deviceId.resize(kRtvDeviceIdSize);
+      each->startTime /= kMillisecond;
+    }
+  }
+  if (before.deviceId.find_first_not_of('\0') == std::string::npos)
+    before.deviceId = after.deviceId;
+  if (!hasStartPosition(before)) {
+    std::tie(before.lng, before.lat, before.alt) = std::tie(after.lng, after.lat, after.alt);
+  }
+  const std::string nothing = RecordingDescription().cameraParams;
+  if (before.cameraParams == nothing) before.cameraParams = after.cameraParams;
+  if (before.extendedInfo == nothing) before.extendedInfo = after.extendedInfo;
+  return after == before;
+}
+
 // What the request says, else what the file says. What neither does is lost.
 RecordingDescription describe(const RecoveryRequest& request, const Leftover& leftover,
                               detail::JpegSize firstSize, Job& job) {
@@ -30,7 +51,8 @@ RecordingDescription describe(const RecoveryRequest& request, const Leftover& le
   if (request.startTime) description.startTime = *request.startTime;
   const bool isDescribed = leftover.undescribed.empty();
   if (!isDescribed || request.size) description.setSize(request.size.value_or(firstSize));
-  if (isDescribed && !request.changesHeader && !(description == leftover.description)) {
+  if (isDescribed && !request.changesHeader &&
+      !keeps(description, leftover.description, isRtvPath(request.output))) {
     throw Failure(request.input,
                   "its header is whole, and the options would change it; --force lets them",
                   VELMAR_ERROR_CODE_INVALID_PARAMETER_E);

@@ -26,6 +26,11 @@ inline std::string plainText(double value) {
   return {text, end.ptr};
 }
 
+/// "1 file", "2 files"
+inline std::string counted(std::uint64_t count, const std::string& noun) {
+  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
 /// The value of a text that is a number and nothing else.
 template <typename T>
 std::optional<T> numberOf(std::string_view text) {

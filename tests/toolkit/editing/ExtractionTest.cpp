@@ -8,7 +8,7 @@
 #include "support/TestSupport.h"
 #include "toolkit/TestJob.h"
 #include "toolkit/base/Failure.h"
-#include "toolkit/editing/CopyFrames.h"
+#include "toolkit/copying/CopyFrames.h"
 #include "toolkit/jpeg/JpegInspector.h"
 
 using namespace velmar::toolkit;

@@ -8,7 +8,7 @@
 #include "support/TestSupport.h"
 #include "toolkit/TestJob.h"
 #include "toolkit/base/Failure.h"
-#include "toolkit/editing/CopyFrames.h"
+#include "toolkit/copying/CopyFrames.h"
 #include "toolkit/editing/Extraction.h"
 #include "toolkit/rescue/RecoverFrames.h"
 #include "toolkit/rescue/Verification.h"

@@ -3,7 +3,7 @@
 #include "program/InputOptions.h"
 #include "program/SelectionOptions.h"
 #include "program/Tool.h"
-#include "toolkit/editing/Concatenation.h"
+#include "toolkit/copying/Concatenation.h"
 #include "toolkit/writing/OutputGuard.h"
 
 namespace velmar::tool {

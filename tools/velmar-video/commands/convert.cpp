@@ -1,8 +1,8 @@
 #include "program/DescriptionOptions.h"
 #include "program/SelectionOptions.h"
 #include "program/Tool.h"
-#include "toolkit/editing/Conversion.h"
-#include "toolkit/editing/CopyFrames.h"
+#include "toolkit/copying/Conversion.h"
+#include "toolkit/copying/CopyFrames.h"
 #include "toolkit/text/Joined.h"
 #include "toolkit/writing/OutputGuard.h"
 

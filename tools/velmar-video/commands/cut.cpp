@@ -3,8 +3,8 @@
 #include "program/OutputOptions.h"
 #include "program/SelectionOptions.h"
 #include "program/Tool.h"
-#include "toolkit/editing/CopyFrames.h"
-#include "toolkit/editing/Scenes.h"
+#include "toolkit/copying/CopyFrames.h"
+#include "toolkit/copying/Scenes.h"
 #include "toolkit/writing/OutputGuard.h"
 
 namespace velmar::tool {

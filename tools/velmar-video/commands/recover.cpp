@@ -13,6 +13,7 @@
 #include "toolkit/rescue/Recovery.h"
 #include "toolkit/tables/FrameColumns.h"
 #include "toolkit/tables/TimesCsv.h"
+#include "toolkit/text/NumberText.h"
 #include "toolkit/text/PrintableText.h"
 #include "toolkit/writing/OutputGuard.h"
 
@@ -78,7 +79,7 @@ struct Summary {
   std::atomic<std::uint64_t> framesCount = 0;
 
   std::string text(std::size_t files) const {
-    return std::to_string(files) + " files: " + std::to_string(recovered) + " recovered with " +
+    return counted(files, "file") + ": " + std::to_string(recovered) + " recovered with " +
            std::to_string(frames) + " of " + std::to_string(framesCount) + " frames, " +
            std::to_string(files - recovered) + " not\n";
   }

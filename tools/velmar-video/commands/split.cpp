@@ -2,8 +2,8 @@
 #include "program/SelectionOptions.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
-#include "toolkit/editing/CopyFrames.h"
-#include "toolkit/editing/Scenes.h"
+#include "toolkit/copying/CopyFrames.h"
+#include "toolkit/copying/Scenes.h"
 
 namespace velmar::tool {
 

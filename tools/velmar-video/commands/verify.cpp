@@ -13,6 +13,7 @@
 #include "toolkit/rescue/Manifest.h"
 #include "toolkit/rescue/Verification.h"
 #include "toolkit/text/JsonText.h"
+#include "toolkit/text/NumberText.h"
 #include "toolkit/text/PrintableText.h"
 #include "toolkit/writing/OutputGuard.h"
 
@@ -69,10 +70,6 @@ std::string jsonOf(const Finding& finding) {
   if (finding.lastFrame) text += ",\"last_frame\":" + std::to_string(*finding.lastFrame);
   if (finding.offset) text += ",\"offset\":" + std::to_string(*finding.offset);
   return text + ",\"text\":" + toJsonText(finding.text) + "}";
-}
-
-std::string counted(std::uint64_t count, const std::string& noun) {
-  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
 std::string lastLine(const Report& report, const std::string& findings, const Options& options) {

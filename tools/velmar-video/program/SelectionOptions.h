@@ -8,7 +8,7 @@
 
 #include "program/CommandJob.h"
 #include "program/Toolkit.h"
-#include "toolkit/editing/Strip.h"
+#include "toolkit/copying/Strip.h"
 #include "toolkit/recording/FrameSelection.h"
 
 namespace velmar::tool {

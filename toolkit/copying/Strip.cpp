@@ -1,4 +1,4 @@
-#include "toolkit/editing/Strip.h"
+#include "toolkit/copying/Strip.h"
 
 #include <sstream>
 

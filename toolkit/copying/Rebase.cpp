@@ -1,4 +1,4 @@
-#include "toolkit/editing/Rebase.h"
+#include "toolkit/copying/Rebase.h"
 
 #include <cmath>
 #include <limits>

@@ -1,9 +1,9 @@
-#include "toolkit/editing/Concatenation.h"
+#include "toolkit/copying/Concatenation.h"
 
 #include <algorithm>
 
 #include "toolkit/base/Failure.h"
-#include "toolkit/editing/CopyFrames.h"
+#include "toolkit/copying/CopyFrames.h"
 #include "toolkit/jpeg/JpegInspector.h"
 #include "toolkit/text/Joined.h"
 

@@ -1,10 +1,13 @@
-#include "toolkit/editing/CopyFrames.h"
+#include "toolkit/copying/CopyFrames.h"
 
 #include <gtest/gtest.h>
+
+#include <tuple>
 
 #include "support/Pictures.h"
 #include "support/TestSupport.h"
 #include "toolkit/TestJob.h"
+#include "toolkit/jpeg/JpegMetaData.h"
 #include "toolkit/rescue/Leftover.h"
 
 using namespace velmar::toolkit;
@@ -80,6 +83,28 @@ TEST(CopyFrames, FinishesWhatIsThereWhenItIsToStop) {
   EXPECT_EQ(framesOf(folder / "copy.img"), (Lines{numberedJpeg(0), "no"}));
   EXPECT_EQ(job.lines, (Lines{"one.img frame 1 is copied unchanged: its bytes are no JPEG picture",
                               "copy.img 2 of 7"}));
+}
+
+TEST(CopyFrames, StripsWhatTellsAboutPicturesAndNothingElse) {
+  const std::string jpeg = withoutMetaData(numberedJpeg(0));
+  EXPECT_LT(jpeg.size(), numberedJpeg(0).size());  // it has its number in a comment
+  const std::string rest = jpeg.substr(2);
+  const auto segment = [](unsigned char marker, const std::string& bytes) {
+    return std::string{'\xFF', static_cast<char>(marker)} + bigEndianBytes(bytes.size() + 2, 2) +
+           bytes;
+  };
+  const std::string start = jpeg.substr(0, 2);
+  const std::string icc = segment(0xE2, "ICC_PROFILE");
+  const std::string exif = segment(0xE1, std::string("Exif\0\0\xFF\xDA", 8));
+  const std::tuple<std::string, std::string> cases[] = {
+      {jpeg, jpeg},
+      {start + exif + icc + segment(0xED, "iptc") + "\xFF\xFF" + segment(0xFE, "") + rest,
+       start + icc + "\xFF\xFF" + rest},
+      {jpeg + exif, jpeg + exif},
+      {start + exif.substr(0, 9), start + exif.substr(0, 9)},
+      {"no" + exif, "no" + exif},
+      {start, start}};
+  for (const auto& [given, stripped] : cases) EXPECT_EQ(withoutMetaData(given), stripped);
 }
 
 TEST(CopyFrames, LeavesNothingBehindIfNoFrameCanBeHad) {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "toolkit/base/Job.h"
-#include "toolkit/editing/Strip.h"
+#include "toolkit/copying/Strip.h"
 #include "toolkit/recording/Recording.h"
 
 namespace velmar::toolkit {

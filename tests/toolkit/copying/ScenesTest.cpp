@@ -1,4 +1,4 @@
-#include "toolkit/editing/Scenes.h"
+#include "toolkit/copying/Scenes.h"
 
 #include <gtest/gtest.h>
 
@@ -8,6 +8,7 @@
 #include "support/TestSupport.h"
 #include "toolkit/TestJob.h"
 #include "toolkit/base/Failure.h"
+#include "toolkit/recording/FramePlaces.h"
 #include "toolkit/writing/NumberedName.h"
 #include "toolkit/writing/RecordingWriter.h"
 
@@ -65,6 +66,29 @@ TEST_F(ScenesTest, AreRunsThatAreJoinedAndPadded) {
   for (const auto& [chosen, form, scenes] : cases) {
     EXPECT_EQ(scenesOf(recording, chosen, form), scenes) << testing::PrintToString(chosen);
   }
+}
+
+TEST_F(ScenesTest, AreParts) {
+  const Recording recording(path_);
+  const std::uint64_t frame = numberedJpeg(0).size();
+  const FileBytes& file = recording.file();
+  const std::uint64_t metaData = file.size() - imgMetaDataOffset(file);
+  const auto sizeOf = [&](std::uint64_t frames) {
+    return 8 + frames * (28 + frame) + frame + metaData;
+  };
+  const Scenes all = {{0, 9}};
+  const std::tuple<PartForm, Scenes> cases[] = {
+      {{300000, {}, {}}, {{0, 2}, {3, 5}, {6, 6}, {7, 9}}},
+      {{2600000, {}, {}}, {{0, 5}, {6, 9}}},
+      {{{}, {}, 2100000}, {{0, 7}, {8, 9}}},
+      {{{}, {}, 100000}, {{0, 5}, {6, 7}, {8, 9}}},
+      {{{}, sizeOf(4), {}}, {{0, 3}, {4, 7}, {8, 9}}},
+      {{{}, sizeOf(4) - 1, {}}, {{0, 2}, {3, 5}, {6, 8}, {9, 9}}},
+      {{{}, sizeOf(10), {}}, all},
+      {{{}, 1, {}},
+       {{0, 0}, {1, 1}, {2, 2}, {3, 3}, {4, 4}, {5, 5}, {6, 6}, {7, 7}, {8, 8}, {9, 9}}},
+      {{300000, sizeOf(2), 100000}, {{0, 1}, {2, 2}, {3, 4}, {5, 5}, {6, 6}, {7, 7}, {8, 9}}}};
+  for (const auto& [form, parts] : cases) EXPECT_EQ(partsOf(recording, form), parts);
 }
 
 TEST_F(ScenesTest, AreWrittenOnlyIfAllCanBe) {

@@ -1,9 +1,9 @@
-#include "toolkit/editing/Conversion.h"
+#include "toolkit/copying/Conversion.h"
 
 #include <cstdint>
 #include <cstdlib>
 
-#include "toolkit/editing/CopyFrames.h"
+#include "toolkit/copying/CopyFrames.h"
 #include "toolkit/text/JsonText.h"
 
 namespace velmar::toolkit {

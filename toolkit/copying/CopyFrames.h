@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "toolkit/base/Job.h"
-#include "toolkit/editing/Rebase.h"
-#include "toolkit/editing/Strip.h"
+#include "toolkit/copying/Rebase.h"
+#include "toolkit/copying/Strip.h"
 #include "toolkit/recording/Recording.h"
 
 namespace velmar::toolkit {

@@ -1,4 +1,4 @@
-#include "toolkit/editing/Scenes.h"
+#include "toolkit/copying/Scenes.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -10,7 +10,7 @@
 #include "container/img/FrameIndex.h"
 #include "container/rtv/RtvLayout.h"
 #include "toolkit/base/Failure.h"
-#include "toolkit/editing/CopyFrames.h"
+#include "toolkit/copying/CopyFrames.h"
 #include "toolkit/recording/FramePlaces.h"
 #include "toolkit/text/PrintableText.h"
 #include "toolkit/text/TimeText.h"

@@ -1,4 +1,4 @@
-#include "toolkit/editing/CopyFrames.h"
+#include "toolkit/copying/CopyFrames.h"
 
 #include <algorithm>
 #include <numeric>
