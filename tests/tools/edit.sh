@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Changing recordings: edit in place, byte by byte; cut, concat, dump and tracks.
+# Changing recordings: edit in place, byte by byte; cut, concat, diff, dump and tracks.
 # Usage: edit.sh PATH-OF-VELMAR-VIDEO
 . "$(dirname "$0")/lib.sh"
 
@@ -138,7 +138,13 @@ for file in a.img 02.rtv 03.rtv 04.rtv; do
   cmp <("$tool" cat $file) <("$tool" cat whole.$kind) || fail "bytes of whole.$kind"
   cmp <("$tool" info $file | grep -vE '^[^ ]|size|room') <("$tool" info whole.$kind | grep -vE '^[^ ]|size|room') ||
     fail "info of whole.$kind"
+  expect 0 "" diff $file whole.$kind
+  grep -qx 'no difference' out || fail "diff: $(cat out)"
+  expect 1 "" diff $file rest.$kind
+  grep -qx "frames 1 to 2: frames 0 to 1 of rest.$kind" out || fail "diff: $(cat out)"
 done
+expect 1 "nosuch.img: there is no such file" diff a.img nosuch.img
+expect 2 "b is required" diff a.img
 expect 1 "x.rtv: it is of another container than a.img" cut a.img x.rtv --range 0:1
 expect 0 "" sample big.img --frames 1 --size 160x64
 expect 1 "big.img: its size is 160x64, that of a.img is 96x64; --force=INPUT says which one wins" concat x.img a.img big.img

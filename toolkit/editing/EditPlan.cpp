@@ -13,11 +13,10 @@
 #include "toolkit/recording/FramePlaces.h"
 #include "toolkit/recording/OpenFailure.h"
 #include "toolkit/recording/StoredFrame.h"
+#include "toolkit/tables/Track.h"
 #include "toolkit/text/JsonText.h"
-#include "toolkit/text/NumberText.h"
 #include "toolkit/text/PrintableText.h"
 #include "toolkit/text/TimeText.h"
-#include "velmar_video/rtv/RecordFileToolkit.h"
 #include "velmar_video/rtv/RtvContainerModifier.h"
 
 namespace velmar::toolkit {
@@ -42,13 +41,6 @@ static_assert(offsetof(FrameIndex, arrivedTime) ==
 // Leaves the modifier alone: the change is made elsewhere.
 VELMAR_ERROR_CODE_E unchanged(VelmarVideoFileModifier& /*modifier*/) {
   return VELMAR_ERROR_CODE_SUCCESS_E;
-}
-
-std::string positionText(const RecordingDescription& description) {
-  const int perMetre = altitudesPerMetre(description.version);
-  const double altitude = perMetre == 0 ? 0 : double{1} * description.alt / perMetre;
-  return degreesText(RecordFileToolkit::NDS2Degree(description.lng)) + "," +
-         degreesText(RecordFileToolkit::NDS2Degree(description.lat)) + "," + fixedText(altitude, 2);
 }
 
 }  // namespace
@@ -288,8 +280,8 @@ void EditPlan::planTags(const EditRequest& request) {
   }
   RecordingDescription changed = description_;
   request.changeTags(times, tags, changed);
-  const std::string before = positionText(description_);
-  const std::string after = positionText(changed);
+  const std::string before = startPositionText(description_);
+  const std::string after = startPositionText(changed);
   patches_ = tagPatches(recording_, tags);
   const std::size_t count = patches_.size();
   for (const FilePatch& patch : patches_) places_.overwrite({patch.offset, patch.bytes.size()});
