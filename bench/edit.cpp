@@ -9,7 +9,7 @@
 #include "Bench.h"
 #include "Files.h"
 #include "toolkit/base/FileLock.h"
-#include "toolkit/editing/EditPlan.h"
+#include "toolkit/inplace/EditPlan.h"
 
 namespace {
 

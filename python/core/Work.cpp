@@ -7,7 +7,7 @@
 #include "core/Errors.h"
 #include "core/PythonJob.h"
 #include "core/WithoutGil.h"
-#include "toolkit/editing/EditPlan.h"
+#include "toolkit/inplace/EditPlan.h"
 #include "toolkit/editing/SampleDrive.h"
 #include "toolkit/recording/OpenFailure.h"
 #include "toolkit/rescue/RecoverFrames.h"

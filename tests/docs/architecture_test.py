@@ -24,7 +24,7 @@ LAYERS = [
     ["toolkit/tables"],
     ["toolkit/logs"],
     ["toolkit/video"],
-    ["toolkit/comparison", "toolkit/editing", "toolkit/rescue"],
+    ["toolkit/comparison", "toolkit/editing", "toolkit/inplace", "toolkit/rescue"],
     ["tools/velmar-video/program", "python/core"],
     ["tools/velmar-video/commands"],
     ["tools/velmar-video", "tools/reference"],

@@ -11,7 +11,7 @@
 #include "support/TestSupport.h"
 #include "toolkit/TestJob.h"
 #include "toolkit/editing/CopyFrames.h"
-#include "toolkit/editing/EditPlan.h"
+#include "toolkit/inplace/EditPlan.h"
 #include "toolkit/rescue/RecoverFrames.h"
 #include "toolkit/rescue/Verification.h"
 
@@ -194,7 +194,8 @@ std::vector<Edit> edits() {
           {"short parameters", {.cameraParams = "{}"}, false},
           {"a shift", {.shift = 3600000}},
           {"all times", {.allTimes = times}},
-          {"the resolution", {.fixResolution = true}}};
+          {"the resolution", {.fixResolution = true}},
+          {"the id alone", {.cleared = {Contents::DeviceId}}}};
 }
 
 TEST_P(PowerCuts, LeaveAnEditOldOrNew) {

@@ -70,7 +70,7 @@ class StopSignal {
 
 using Clock = std::chrono::steady_clock;
 
-enum class Unit { Frames, Bytes };
+enum class Unit { Frames, Files, Bytes };
 
 // "90 s", "12 min", "3 h"
 std::string roughly(double seconds) {
@@ -122,6 +122,7 @@ class CommandStage final : public Job::Stage {
     std::string text = "\r\033[K" + name_ + ": " + amount(done_);
     if (total_ != 0) text += " of " + amount(total_);
     if (unit_ == Unit::Frames) text += " frames";
+    if (unit_ == Unit::Files) text += " files";
     std::cerr << text + more << std::flush;
     wasShown_ = true;
   }
@@ -141,6 +142,10 @@ class CommandStage final : public Job::Stage {
 
 std::unique_ptr<Job::Stage> CommandJob::begin(const std::string& name, std::size_t total) {
   return std::make_unique<CommandStage>(name, total, Unit::Frames, isShown());
+}
+
+std::unique_ptr<Job::Stage> CommandJob::beginFiles(const std::string& name, std::size_t total) {
+  return std::make_unique<CommandStage>(name, total, Unit::Files, isShown());
 }
 
 std::unique_ptr<Job::Stage> CommandJob::beginBytes(const std::string& name, std::uint64_t total) {

@@ -1,4 +1,4 @@
-#include "toolkit/editing/TagPatches.h"
+#include "toolkit/inplace/TagPatches.h"
 
 #include <fcntl.h>
 
