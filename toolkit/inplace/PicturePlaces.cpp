@@ -6,7 +6,7 @@
 namespace velmar::toolkit {
 
 void tellPicturePlaces(const Recording& recording, Job& job) {
-  constexpr std::uint64_t kStart = 512;  // where EXIF data begin, if there are any
+  constexpr std::uint64_t kStart = 4096;  // where EXIF data begin, if there are any
   constexpr std::uint64_t kExif = 128 << 10;
   const FileBytes& file = recording.file();
   FrameNews news(recording.path(), job);

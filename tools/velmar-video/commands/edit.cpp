@@ -92,8 +92,8 @@ class Edits {
         DriveLog(options_.log.request, description).fillAll(tags, times, file, job_);
       };
     }
-    const std::string text = options_.dryRun ? EditPlan(openRecording(file, job_), request_).text()
-                                             : editRecording(file, request_, job_);
+    std::string text = options_.dryRun ? EditPlan(openRecording(file, job_), request_).text()
+                                       : editRecording(file, request_, job_);
     if (request_.clears(Contents::Positions)) tellPicturePlaces(Recording(file), job_);
     return text;
   }
@@ -172,7 +172,7 @@ ExitStatus edit(const Options& options, CommandJob& job) {
     for (const std::string& file : files) editFile(file, false, edits, summary, output, job);
     return job.status();
   }
-  const auto stage = job.beginFiles("edit", files.size());
+  const auto stage = job.beginFiles(std::to_string(files.size()) + " files", files.size());
   for (const std::string& file : files) {
     if (stage->stopRequested()) {
       job.lose("edit", "stopped by a signal after " + std::to_string(summary.files) + " of " +

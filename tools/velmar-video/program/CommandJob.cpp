@@ -70,7 +70,7 @@ class StopSignal {
 
 using Clock = std::chrono::steady_clock;
 
-enum class Unit { Frames, Files, Bytes };
+enum class Unit { Frames, Bytes, Files };
 
 // "90 s", "12 min", "3 h"
 std::string roughly(double seconds) {
@@ -120,9 +120,9 @@ class CommandStage final : public Job::Stage {
 
   void show(const std::string& more) {
     std::string text = "\r\033[K" + name_ + ": " + amount(done_);
-    if (total_ != 0) text += " of " + amount(total_);
+    if (unit_ == Unit::Files) text += " done";
+    if (unit_ != Unit::Files && total_ != 0) text += " of " + amount(total_);
     if (unit_ == Unit::Frames) text += " frames";
-    if (unit_ == Unit::Files) text += " files";
     std::cerr << text + more << std::flush;
     wasShown_ = true;
   }
@@ -144,12 +144,12 @@ std::unique_ptr<Job::Stage> CommandJob::begin(const std::string& name, std::size
   return std::make_unique<CommandStage>(name, total, Unit::Frames, isShown());
 }
 
-std::unique_ptr<Job::Stage> CommandJob::beginFiles(const std::string& name, std::size_t total) {
-  return std::make_unique<CommandStage>(name, total, Unit::Files, isShown());
-}
-
 std::unique_ptr<Job::Stage> CommandJob::beginBytes(const std::string& name, std::uint64_t total) {
   return std::make_unique<CommandStage>(name, total, Unit::Bytes, isShown());
+}
+
+std::unique_ptr<Job::Stage> CommandJob::beginFiles(const std::string& name, std::size_t total) {
+  return std::make_unique<CommandStage>(name, total, Unit::Files, isShown());
 }
 
 bool CommandJob::isShown() const { return !quiet_ && isatty(STDERR_FILENO) != 0; }

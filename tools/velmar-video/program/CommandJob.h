@@ -26,9 +26,10 @@ class CommandJob final : public Job {
   explicit CommandJob(bool quiet) : quiet_(quiet) {}
 
   std::unique_ptr<Stage> begin(const std::string& name, std::size_t total) override;
-  /// The same for files or bytes in the place of frames.
-  std::unique_ptr<Stage> beginFiles(const std::string& name, std::size_t total);
+  /// The same for bytes in the place of frames.
   std::unique_ptr<Stage> beginBytes(const std::string& name, std::uint64_t total);
+  /// And for files.
+  std::unique_ptr<Stage> beginFiles(const std::string& name, std::size_t total);
   void lose(const std::string& what, const std::string& words) override;
   void loseRest(const std::string& what, std::size_t done, std::size_t wanted) override;
   void note(const std::string& what, const std::string& words) override;
