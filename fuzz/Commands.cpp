@@ -48,6 +48,7 @@ Commands::Commands(const std::string& extension, const std::string& other)
   const std::vector<std::string> commandLines[] = {
       {"verify", input, "--decode"},
       {"frames", input, "--csv"},
+      {"diff", input, input, "--json"},
       {"extract", input, "--output", output_, "--force"},
       {"extract", input, "--output", output_, "--force", "--as", "png"},
       {"extract", input, "--output", output_, "--force", "--as", "ppm", "--crop-top", "3"},

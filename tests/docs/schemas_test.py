@@ -3,6 +3,7 @@ Usage: schemas_test.py PATH-OF-VELMAR-VIDEO
 """
 import json
 import os
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -85,6 +86,28 @@ class Json(unittest.TestCase):
         objects("verify", *self.files, "--manifest-out", "manifest")
         lines = Path("manifest").read_text().splitlines()
         self.check("manifest", [json.loads(line) for line in lines])
+
+    def test_diff(self):
+        damaged = bytearray(Path("drive.img").read_bytes())
+        damaged[32] = 1  # in the size of frame 0
+        Path("damaged.img").write_bytes(damaged)
+        subprocess.run([TOOL, "cut", "drive.img", "one.img", "--range", "1:2"], check=True)
+        shutil.copy("04.rtv", "edited.rtv")
+        with open("log.csv", "w") as log:
+            log.write("time_s,speed_kmh,brake_active\n1700000000,36,1\n1700000001,36,1\n")
+        edit = [TOOL, "edit", "edited.rtv", "--log", "log.csv", "--device-id", "01"]
+        subprocess.run(edit, check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        pairs = [("drive.img", "04.rtv"), ("04.rtv", "edited.rtv"), ("one.img", "drive.img")]
+        pairs += [("drive.img", "damaged.img"), ("drive.img", "drive.img")]
+        found = sum((objects("diff", *pair) for pair in pairs), [])
+        self.assertEqual([report["same"] for report in found], [True, False, False, False, True])
+        self.assertEqual(
+            found[2]["frames"], [{"b_frames": [0, 0]}, {"a_frames": [0, 0], "b_frames": [1, 1]}]
+        )
+        self.assertEqual([item["frames"] for item in found[3]["b"]["not_compared"]], [[0, 0]])
+        names = {item["name"] for report in found for item in report["frame_differences"]}
+        self.assertTrue({"speed_m_s", "brake_active"} <= names, names)
+        self.check("diff", found)
 
 
 if __name__ == "__main__":

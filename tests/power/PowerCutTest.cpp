@@ -194,7 +194,8 @@ std::vector<Edit> edits() {
           {"short parameters", {.cameraParams = "{}"}, false},
           {"a shift", {.shift = 3600000}},
           {"all times", {.allTimes = times}},
-          {"the resolution", {.fixResolution = true}}};
+          {"the resolution", {.fixResolution = true}},
+          {"the id alone", {.cleared = {Contents::DeviceId}}}};
 }
 
 TEST_P(PowerCuts, LeaveAnEditOldOrNew) {

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Changing recordings: edit in place, byte by byte; cut, concat, dump and tracks.
+# Changing recordings: edit in place, byte by byte; cut, concat, diff, dump and tracks.
 # Usage: edit.sh PATH-OF-VELMAR-VIDEO
 . "$(dirname "$0")/lib.sh"
 
@@ -79,6 +79,42 @@ grep -q 'resolution: 77x64 -> 96x64' out || fail "resolution: $(cat out)"
 expect 0 "" edit a.img --fix-resolution
 grep -q 'nothing to change' out || fail "nothing to change"
 
+# Tags by a table, in place: frame 1 of version 04 begins at 72 + 145, x at 16 and brake_active at 142 of it.
+expect 0 "" sample tags.rtv --frames 3 --size 96x64
+printf 'index,x,brake_active,speed\n1,-1,1,\n' >some.csv
+edited tags.rtv "233-236 249-250 359-359" --tags some.csv
+grep -qx 'tags: as recorded -> 1 of 3 frames changed' out || fail "tags: $(cat out)"
+"$tool" frames 04.rtv --csv >table.csv
+expect 0 "" edit 04.rtv --tags table.csv
+grep -qx 'nothing to change' out || fail "the table of the same tags: $(cat out)"
+edited tags.rtv 46-55 --start-position 8.55,47.37,408.5
+expect 1 "03.rtv: --start-position: version 03 of rtv holds whole metres" edit 03.rtv --start-position 8,47,408.5
+expect 2 "--start-position is LNG,LAT or LNG,LAT,ALT" edit 03.rtv --start-position 8
+expect 2 "--tags and --log both give" edit 04.rtv --tags some.csv --log table.csv
+
+# Nothing is left of what is cleared.
+cp 04.rtv clear.rtv
+expect 0 "" edit clear.rtv --clear positions,speed --clear can
+"$tool" frames clear.rtv --json | grep -v '"x":0,"y":0,"z":0,"relative_distance":0,"speed":0,"direction":0,.*"can":{}}' && fail "tags are left"
+"$tool" info clear.rtv | grep -q '0.000000000 E, 0.000000000 N, 0.00 m' || fail "the start is left"
+expect 2 "--clear: " edit clear.rtv --clear places
+expect 2 "--clear and --device-id contradict each other" edit clear.rtv --clear device-id --device-id 01
+
+# Several at once: a bad one hides no other, and none is changed twice.
+mkdir many
+cp a.img 02.rtv 04.rtv many
+head -c 500 a.img >many/bad.img
+cp -r many old
+expect 1 "bad.img: " edit many many/a.img --shift-time 1s --clear device-id
+[ "$(sed '$d' out | cut -d: -f1 | uniq | tr '\n' ' ')" = "many/02.rtv many/04.rtv many/a.img " ] || fail "order: $(cat out)"
+[ "$(tail -1 out)" = "4 files, 3 with changes, 1 failed" ] || fail "summary: $(cat out)"
+[ "$(changed old/04.rtv many/04.rtv | wc -w)" -le 2 ] || fail "04.rtv: $(changed old/04.rtv many/04.rtv)"
+shifted() { [ $(($("$tool" frames old/$1 --csv | sed -n 2p | cut -d, -f2) + 1000000)) -eq "$("$tool" frames many/$1 --csv | sed -n 2p | cut -d, -f2)" ]; }
+shifted a.img && shifted 02.rtv || fail "not shifted once"
+! "$tool" info many/a.img many/04.rtv | grep -q 'device  *[0-9a-f]' || fail "an id is left"
+expect 2 "for the frames of one recording" edit many --sensor-time 0=5
+cmp many/bad.img old/bad.img
+
 # What cannot be is refused before anything is written.
 cp a.img kept.img
 exec 9<a.img
@@ -140,7 +176,13 @@ for file in a.img 02.rtv 03.rtv 04.rtv; do
   cmp <("$tool" cat $file) <("$tool" cat whole.$kind) || fail "bytes of whole.$kind"
   cmp <("$tool" info $file | grep -vE '^[^ ]|size|room') <("$tool" info whole.$kind | grep -vE '^[^ ]|size|room') ||
     fail "info of whole.$kind"
+  expect 0 "" diff $file whole.$kind
+  grep -qx 'no difference' out || fail "diff: $(cat out)"
+  expect 1 "" diff $file rest.$kind
+  grep -qx "frames 1 to 2: frames 0 to 1 of rest.$kind" out || fail "diff: $(cat out)"
 done
+expect 1 "nosuch.img: there is no such file" diff a.img nosuch.img
+expect 2 "b is required" diff a.img
 expect 1 "x.rtv: it is of another container than a.img" cut a.img x.rtv --range 0:1
 expect 0 "" sample big.img --frames 1 --size 160x64
 expect 1 "big.img: its size is 160x64, that of a.img is 96x64; --force=INPUT says which one wins" concat x.img a.img big.img

@@ -78,6 +78,7 @@ PATH=$work/bin:$PATH
   velmar-video --quiet sample drive.rtv --size 160x120 --frames 5 --rtv-version 04
   velmar-video --quiet cut drive.img morning.img --range 0:5
   velmar-video --quiet cut drive.img evening.img --range 5:10
+  cp drive.img copy.img
   mkfifo pipe
   for file in drive.img drive.rtv; do
     velmar-video create "$file" - --fps 10 --force <pipe &

@@ -26,6 +26,14 @@ def with_exif(jpeg, taken, fraction=None, offset=None):
     return jpeg[:2] + b"\xff\xe1" + struct.pack(">H", len(body) + 2) + body + jpeg[2:]
 
 
+def with_place(jpeg):
+    """The JPEG with the latitude at which it was taken, 48 degrees."""
+    tiff = b"MM\0*" + struct.pack(">IHHHIII", 8, 1, 0x8825, 4, 1, 26, 0)
+    place = struct.pack(">HHHIII", 1, 2, 5, 3, 44, 0) + struct.pack(">6I", 48, 1, 0, 1, 0, 1)
+    body = b"Exif\0\0" + tiff + place
+    return jpeg[:2] + b"\xff\xe1" + struct.pack(">H", len(body) + 2) + body + jpeg[2:]
+
+
 def pixels(file):
     """Of frame 0 or of a picture file."""
     ffmpeg("-i", file, "-f", "rawvideo", "-pix_fmt", "rgb24", "pixels")
@@ -38,6 +46,15 @@ class Pictures(ToolCase):
         self.sample("drive.img", "--frames", 5)
         self.tool("extract", "drive.img", "--output", "in", "--no-table")
         self.files = sorted(Path("in").glob("*.jpg"))
+
+    def test_places_in_pictures_are_named_where_places_are_cleared(self):
+        for file in self.files[1:3]:
+            file.write_bytes(with_place(file.read_bytes()))
+        self.files[4].write_bytes(with_exif(self.files[4].read_bytes(), "2023:11:14 22:13:20"))
+        self.tool("create", "places.img", "in", "--fps", 5)
+        said = "places.img: frames 1 to 2 are kept with the place in the EXIF data of the picture"
+        for options in [[], ["--dry-run"]]:
+            self.tool("edit", "places.img", "--clear", "positions", *options, status=3, says=said)
 
     def test_exif_gives_times_and_order(self):
         plain = self.files[3].read_bytes()

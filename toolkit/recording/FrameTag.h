@@ -30,11 +30,12 @@ struct FrameTag {
   bool hasPosition() const {
     return x != 0 || y != 0 || z != 0 || relativeDistance != 0 || speed != 0 || direction != 0;
   }
-  /// Also of what leads from one place to the next: distance and direction.
+  /// Also of what leads from one place to the next: distances and direction.
   void clearPosition() {
     x = y = z = 0;
     relativeDistance = 0;
     direction = 0;
+    can.travelled_distance = FrameTag().can.travelled_distance;
   }
   bool hasCan() const {
     for (const CanField& field : canFields()) {

@@ -79,6 +79,13 @@ double signalValue(const can_data_io& can, const CanField& signal) {
   }
 }
 
+void makeAbsent(can_data_io& can, const CanField& signal) {
+  can_data_io absent;
+  can_data_io_purge(&absent);
+  std::memcpy(reinterpret_cast<unsigned char*>(&can) + signal.offset,
+              reinterpret_cast<const unsigned char*>(&absent) + signal.offset, signal.size());
+}
+
 bool isFrameColumn(const std::string& plainName) {
   static const std::vector<std::string> names = allNames();
   return std::find(names.begin(), names.end(), plainName) != names.end();

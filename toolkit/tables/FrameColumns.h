@@ -28,6 +28,8 @@ constexpr double kAbsent = std::numeric_limits<double>::quiet_NaN();
 /// kAbsent if the signal is absent.
 double signalValue(const can_data_io& can, const CanField& signal);
 
+void makeAbsent(can_data_io& can, const CanField& signal);
+
 /// Whether the plain name is one that frameColumns() has.
 bool isFrameColumn(const std::string& plainName);
 

@@ -11,6 +11,7 @@
 #include "toolkit/tables/FrameColumns.h"
 #include "toolkit/text/Joined.h"
 #include "toolkit/text/NumberText.h"
+#include "toolkit/text/TimeText.h"
 
 namespace velmar::toolkit {
 
@@ -91,6 +92,16 @@ std::optional<Use> useOf(const CsvTable& table, const TagColumn& known) {
   return found;
 }
 
+void setValues(const CsvTable& table, const CsvTable::Row& row, const std::vector<Use>& uses,
+               FrameTag& tag) {
+  for (const Use& use : uses) {
+    const std::string cell(trimmed(row.fields[use.column]));
+    use.known.clear(tag);
+    if (cell.empty() || use.set(tag, cell)) continue;
+    table.fail(row.line, table.columns()[use.column] + " cannot be " + cell);
+  }
+}
+
 std::vector<Use> usesOf(const CsvTable& table, version_e version) {
   std::vector<Use> uses;
   for (const TagColumn& known : tagColumns(version)) {
@@ -105,17 +116,19 @@ std::vector<Use> usesOf(const CsvTable& table, version_e version) {
   return uses;
 }
 
-TagColumn numberColumn(const std::string& name, Setter set, double perUnit) {
-  return {name, std::move(set), dimensionOf(name), perUnit, true};
+TagColumn numberColumn(const std::string& name, const Setter& set, double perUnit) {
+  const auto clear = [set](FrameTag& tag) { set(tag, "0"); };
+  return {name, set, clear, dimensionOf(name), perUnit, true};
 }
 
 TagColumn signalColumn(const CanField& field) {
   const auto set = [&field](FrameTag& tag, const std::string& text) {
     return setCanField(tag.can, field, text);
   };
+  const auto clear = [&field](FrameTag& tag) { makeAbsent(tag.can, field); };
   const Dimension dimension = dimensionOf(field.name);
   const bool rounds = dimension != Dimension::None && field.type != CanFieldType::Float;
-  return {field.name, set, dimension, 1, rounds};
+  return {field.name, set, clear, dimension, 1, rounds};
 }
 
 }  // namespace
@@ -157,14 +170,25 @@ std::vector<FrameTag> readTags(const CsvTable& table, const std::vector<std::str
   const std::vector<Use> uses = usesOf(table, version);
   std::vector<FrameTag> tags;
   for (const CsvTable::Row* row : rowsOfFrames(table, files)) {
-    FrameTag& tag = tags.emplace_back();
-    for (const Use& use : uses) {
-      const std::string cell(trimmed(row->fields[use.column]));
-      if (cell.empty() || use.set(tag, cell)) continue;
-      table.fail(row->line, table.columns()[use.column] + " cannot be " + cell);
-    }
+    setValues(table, *row, uses, tags.emplace_back());
   }
   return tags;
+}
+
+void changeTags(const CsvTable& table, version_e version, std::vector<FrameTag>& tags) {
+  const std::vector<Use> uses = usesOf(table, version);
+  const std::size_t index = table.requiredColumn("index");
+  std::vector<bool> isChanged(tags.size());
+  for (const CsvTable::Row& row : table.rows()) {
+    const auto frame = parseNumber(trimmed(row.fields[index]));
+    if (!frame || *frame >= tags.size()) {
+      table.fail(row.line, "there is no frame " + row.fields[index] + ", only " +
+                               std::to_string(tags.size()) + " frames");
+    }
+    if (isChanged[*frame]) table.fail(row.line, "frame " + row.fields[index] + " is there twice");
+    isChanged[*frame] = true;
+    setValues(table, row, uses, tags[*frame]);
+  }
 }
 
 void TagContents::add(const FrameTag& tag) {

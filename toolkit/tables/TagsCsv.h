@@ -17,6 +17,8 @@ struct TagColumn {
   std::string name;
   /// Takes a number as text, in the unit of the file; false if it does not fit.
   std::function<bool(FrameTag& tag, const std::string& text)> set;
+  /// Makes it 0, a signal absent.
+  std::function<void(FrameTag& tag)> clear;
   /// Of numbers with a unit. What the format has no unit for, signals, is stored in m/s, degrees
   /// and metres if a table names one.
   Dimension dimension = Dimension::None;
@@ -38,6 +40,11 @@ std::vector<TagColumn> tagColumns(version_e version);
 /// Throws Failure, for values that the version's fields do not hold as well.
 std::vector<FrameTag> readTags(const CsvTable& table, const std::vector<std::string>& files,
                                version_e version);
+
+/// Sets in the tags of a recording's frames what the table has: rows in any order, which name their
+/// frame in the column "index", from 0, and any of the tagColumns(). Cells are those of readTags().
+/// Frames without a row and values without a column stay as they are. Throws Failure.
+void changeTags(const CsvTable& table, version_e version, std::vector<FrameTag>& tags);
 
 /// What is in tags that not all versions have fields for.
 struct TagContents {

@@ -43,6 +43,13 @@ std::string escapedForXml(const std::string& text) {
 
 }  // namespace
 
+std::string startPositionText(const RecordingDescription& description) {
+  const int perMetre = altitudesPerMetre(description.version);
+  const double altitude = perMetre == 0 ? 0 : double{1} * description.alt / perMetre;
+  return degreesText(RecordFileToolkit::NDS2Degree(description.lng)) + "," +
+         degreesText(RecordFileToolkit::NDS2Degree(description.lat)) + "," + fixedText(altitude, 2);
+}
+
 GroundScale::GroundScale(double lat)
     : lat_(lat),
       metresPerDegreeEast_(RecordFileToolkit::toRadians(RecordFileToolkit::calculatePr_(lat))),

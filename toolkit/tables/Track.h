@@ -16,6 +16,9 @@ struct Place {
   double alt;  ///< metres
 };
 
+/// The start position of an rtv, "LNG,LAT,ALT" in degrees and metres.
+std::string startPositionText(const RecordingDescription& description);
+
 /// Distances on the ground around a latitude, by the radii that the ellipsoid has there.
 class GroundScale {
  public:

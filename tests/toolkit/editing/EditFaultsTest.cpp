@@ -17,7 +17,9 @@ bool edits(const std::string& path) {
   TestJob job;
   EditRequest request{.shift = 1000, .extendedInfo = "\"" + std::string(9000, 'x') + "\""};
   if (path.ends_with(".rtv")) {
-    request = {.changeTags = [](auto&, auto& tags, auto&) { tags[0].x = tags[1].y = 5; }};
+    request = {.cleared = {Contents::DeviceId, Contents::Speed},
+               .startPosition = StartPosition{1, 2, 3},
+               .changeTags = [](auto&, auto& tags, auto&) { tags[0].x = tags[1].y = 5; }};
   }
   try {
     editRecording(path, request, job);

@@ -1,12 +1,16 @@
 #include "toolkit/editing/EditPlan.h"
 
 #include <chrono>
+#include <cstring>
+#include <iterator>
 #include <random>
+#include <sstream>
 #include <thread>
 
 #include "support/Pictures.h"
 #include "support/TestSupport.h"
 #include "toolkit/TestJob.h"
+#include "toolkit/text/JsonText.h"
 
 using namespace velmar::toolkit;
 
@@ -88,6 +92,10 @@ TEST(EditPlan, IsUndoneWhereverItWasInterrupted) {
               description.lng = 77;
               tags[1].x = tags[4].y = -9;
             }}},
+      {"rtv",
+       {.shift = 1000000,
+        .startPosition = StartPosition{5, 6, 7},
+        .changeTags = [](auto&, auto& tags, auto&) { tags[2].speed = 9; }}},
   };
   const TempFolder folder;
   std::mt19937 random(1);
@@ -207,6 +215,11 @@ TEST(EditPlan, RefusesWhatTheContainerCannotHold) {
        {.sensorTimes = {{0, 2147483648000}}},
        "--sensor-time: frame 0 would be captured before the start, or more than 24 days"},
       {"a.rtv", {.deviceId = std::string(25, 'x')}, "--device-id: an rtv holds 24 bytes"},
+      {"a.img", {.startPosition = StartPosition{}}, "--start-position: an img holds neither"},
+      {"a.img", {.changeTags = [](auto&, auto&, auto&) {}}, "--log: an img holds neither"},
+      {"a.rtv",
+       {.startPosition = StartPosition{0, 0, 0.5}},
+       "--start-position: version 03 of rtv holds whole metres"},
   };
   for (const auto& one : cases) {
     const Recording recording(folder / one.file);
@@ -216,6 +229,95 @@ TEST(EditPlan, RefusesWhatTheContainerCannotHold) {
     } catch (const Failure& failure) {
       EXPECT_TRUE(failure.words().starts_with(one.words)) << failure.what();
     }
+  }
+}
+
+// What tells anything of the car, in every frame.
+void recordDrive(const std::string& path, version_e version) {
+  RecordingDescription description;
+  description.setSize({32, 16});
+  description.version = version;
+  description.startTime = 1700000000000000;
+  description.deviceId = "\x0a\xff";
+  description.extendedInfo = "{\"driver\":1}";
+  description.lng = description.lat = description.alt = 7;
+  FrameTag tag;
+  tag.x = tag.y = tag.z = -5;
+  tag.relativeDistance = tag.speed = tag.direction = 5;
+  for (const CanField& field : canFields()) {
+    if (field.offset > 0)
+      std::memset(reinterpret_cast<char*>(&tag.can) + field.offset, 1, field.size());
+  }
+  RecordingWriter writer(path, description, kFrames, RecordingWriter::OnFailure::RemoveFrames);
+  for (unsigned int i = 0; i < kFrames; ++i) {
+    const std::uint64_t time = description.startTime + 33000 * i;
+    writer.add(numberedJpeg(i), {time, time}, tag);
+  }
+  writer.finish();
+}
+
+// What is left of that in the first and the last frame and in the header.
+std::string leftIn(const std::string& path) {
+  const Recording recording(path);
+  const RecordingDescription description = recording.description();
+  std::string left;
+  const auto note = [&left](bool is, const std::string& what) {
+    if (is) left += what + " ";
+  };
+  note(!recording.deviceId().empty(), "id");
+  note(!parseJson(description.extendedInfo).empty(), "info");
+  note(description.lng != 0 || description.lat != 0 || description.alt != 0, "start");
+  for (const unsigned int frame : {0U, kFrames - 1}) {
+    const FrameTag tag = recording.tag(frame);
+    note(tag.x != 0 || tag.y != 0 || tag.z != 0, "place");
+    note(tag.relativeDistance != 0, "distance");
+    note(tag.direction != 0, "direction");
+    note(tag.speed != 0, "speed");
+    for (const CanField& field : canFields()) {
+      note(field.offset > 0 && !canFieldIsAbsent(tag.can, field), field.name);
+    }
+  }
+  return left;
+}
+
+TEST(EditPlan, LeavesNothingOfWhatIsCleared) {
+  const TempFolder folder;
+  const struct {
+    Contents contents;
+    std::vector<const char*> gone;
+  } cases[] = {
+      {Contents::Positions, {"start", "place", "direction", "distance"}},
+      {Contents::Speed, {"speed", "wheel_tick", "wheel_rotation"}},
+      {Contents::DeviceId, {"id"}},
+      {Contents::ExtendedInfo, {"info"}},
+  };
+  for (const auto& [name, version] : {std::pair{"a.img", RTV_VER_03},
+                                      {"2.rtv", RTV_VER_02},
+                                      {"3.rtv", RTV_VER_03},
+                                      {"4.rtv", RTV_VER_04}}) {
+    const std::string path = folder / name;
+    recordDrive(path, version);
+    const std::string before = readFile(path);
+    std::istringstream all(leftIn(path));
+    const std::vector<std::string> words(std::istream_iterator<std::string>(all), {});
+    for (const auto& one : cases) {
+      writeFile(path, before);
+      edit(path, {.cleared = {one.contents}});
+      std::string kept;
+      for (const std::string& word : words) {
+        const bool isGone = std::any_of(one.gone.begin(), one.gone.end(), [&](const char* part) {
+          return word.find(part) != word.npos;
+        });
+        if (!isGone) kept += word + " ";
+      }
+      EXPECT_EQ(leftIn(path), kept) << name;
+      const Recording recording(path);
+      const EditPlan again(recording, {.cleared = {one.contents}});
+      EXPECT_TRUE(again.isEmpty()) << name << ": " << again.text();
+    }
+    edit(path, {.cleared = {Contents::Can, Contents::Speed, Contents::Positions, Contents::DeviceId,
+                            Contents::ExtendedInfo}});
+    EXPECT_EQ(leftIn(path), "") << name;
   }
 }
 

@@ -9,7 +9,7 @@
 #include "toolkit/TestJob.h"
 #include "toolkit/base/Failure.h"
 #include "toolkit/copying/CopyFrames.h"
-#include "toolkit/editing/Extraction.h"
+#include "toolkit/pictures/Extraction.h"
 #include "toolkit/rescue/RecoverFrames.h"
 #include "toolkit/rescue/Verification.h"
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "toolkit/base/Failure.h"
 
 using namespace velmar::toolkit;
@@ -48,6 +50,46 @@ TEST(TagsCsv, FillsTagsByColumnName) {
   EXPECT_EQ(measured[0].can.slip_angle, 1.5F);
   EXPECT_EQ(read("index,speed,speed_m_s\n0,7,1\n1,,\n")[0].speed, 7);  // of frames --csv
   EXPECT_EQ(read("file,x\n2.jpg,1\nin/1.jpg,2\n", RTV_VER_02)[0].x, 2);
+}
+
+TEST(TagsCsv, ChangesOnlyWhatTheTableHas) {
+  FrameTag tag;
+  tag.x = tag.y = tag.speed = 7;
+  tag.can.vehicle_speed = tag.can.slip_angle = 7;
+  const auto changed = [&tag](const std::string& text) {
+    std::vector<FrameTag> tags(3, tag);
+    changeTags(CsvTable("t.csv", text), RTV_VER_04, tags);
+    return tags;
+  };
+  const auto tags = changed("x_m;index;vehicle_speed;speed\n1,5;2;;\n-1;0;3;9\n");
+  EXPECT_EQ(tags[0].x, -100);
+  EXPECT_EQ(tags[0].can.vehicle_speed, 3);
+  EXPECT_EQ(tags[0].speed, 9);
+  EXPECT_EQ(tags[2].x, 150);
+  EXPECT_TRUE(std::isnan(tags[2].can.vehicle_speed));
+  EXPECT_EQ(tags[2].speed, 0);
+  for (const FrameTag& each : {tags[0], tags[2]}) {
+    EXPECT_EQ(each.y, 7);
+    EXPECT_EQ(each.can.slip_angle, 7);
+  }
+  EXPECT_EQ(tags[1].x, 7);
+  EXPECT_EQ(tags[1].can.vehicle_speed, 7);
+  const std::pair<const char*, const char*> refused[] = {
+      {"index,x\n3,1\n", "t.csv: line 2: there is no frame 3, only 3 frames"},
+      {"index,x\n-1,1\n", "t.csv: line 2: there is no frame -1, only 3 frames"},
+      {"index,x\n1,1\n\n1,2\n", "t.csv: line 4: frame 1 is there twice"},
+      {"index,speed\n0,65536\n", "t.csv: line 2: speed cannot be 65536"},
+      {"file,x\n1.jpg,1\n", "t.csv: line 1: "},
+      {"index,xx\n0,1\n", "t.csv: line 1: no column belongs to a tag"},
+  };
+  for (const auto& [text, words] : refused) {
+    try {
+      changed(text);
+      ADD_FAILURE() << words;
+    } catch (const Failure& failure) {
+      EXPECT_TRUE(std::string(failure.what()).starts_with(words)) << failure.what();
+    }
+  }
 }
 
 TEST(TagsCsv, TellsWhatTheVersionHasNoFieldFor) {

@@ -9,8 +9,8 @@
 #include "program/LogOptions.h"
 #include "program/SelectionOptions.h"
 #include "program/Tool.h"
-#include "toolkit/editing/RecordFiles.h"
-#include "toolkit/editing/RecordStream.h"
+#include "toolkit/creating/RecordFiles.h"
+#include "toolkit/creating/RecordStream.h"
 #include "toolkit/jpeg/ExifTime.h"
 #include "toolkit/jpeg/FrameInput.h"
 #include "toolkit/logs/DriveLog.h"
@@ -242,16 +242,7 @@ void addFrameOptions(CLI::App& command, Options& options) {
                      "of an rtv. If not given: now with --fps, of a video when it was made, of an "
                      "rtv with --times "
                      "its first frame");
-  command
-      .add_option(
-          "--tags", options.tagsFile,
-          "rtv: a table such as frames --csv writes. The column file or index names the frame; x, "
-          "y, z and relative_distance are hundredths of a metre, speed is hundredths of a metre a "
-          "second, direction is degrees; x_m, speed_kmh and the like name other units. Version 02 "
-          "has no z. Version 04 also takes the CAN "
-          "signals "
-          "by name; an empty cell means that the signal is absent")
-      ->type_name("CSV");
+  addTagsOption(command, options.tagsFile, "The column file or index names the frame");
 }
 
 void addPictureOptions(CLI::App& command, Options& options) {

@@ -1,10 +1,17 @@
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <set>
 #include <sstream>
 
 #include "program/DescriptionOptions.h"
+#include "program/InputOptions.h"
 #include "program/LogOptions.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
 #include "toolkit/editing/EditPlan.h"
+#include "toolkit/editing/PicturePlaces.h"
 #include "toolkit/logs/DriveLog.h"
 #include "toolkit/tables/FrameColumns.h"
 #include "toolkit/tables/TagsCsv.h"
@@ -17,50 +24,165 @@ namespace velmar::tool {
 
 namespace {
 
+const std::map<std::string, Contents> kContents = {
+    {"positions", Contents::Positions},
+    {"speed", Contents::Speed},
+    {"can", Contents::Can},
+    {"extended-info", Contents::ExtendedInfo},
+    {"device-id", Contents::DeviceId},
+};
+
 struct Options {
-  std::string file;
+  InputOptions inputs;
   EditRequest request;
   std::string timesFile;
+  std::string tagsFile;
   std::string cameraParamsFile;
   std::string extendedInfoFile;
   LogOptions log;
   bool dryRun = false;
 
   bool asksForNothing() const {
-    return !request.deviceId && !request.undistorted && !request.startTime &&
-           request.sensorTimes.empty() && request.arrivedTimes.empty() && !request.shift &&
-           !request.taggingFlags && !request.fixResolution && timesFile.empty() &&
-           cameraParamsFile.empty() && extendedInfoFile.empty() && !log.isGiven();
+    return !request.deviceId && !request.undistorted && !request.startTime && !namesFrames() &&
+           !request.shift && !request.taggingFlags && !request.fixResolution &&
+           !request.startPosition && request.cleared.empty() && cameraParamsFile.empty() &&
+           extendedInfoFile.empty() && !log.isGiven();
+  }
+  // Of a single recording.
+  bool namesFrames() const {
+    return !request.sensorTimes.empty() || !request.arrivedTimes.empty() || !timesFile.empty() ||
+           !tagsFile.empty();
   }
 };
 
 // The lines of a text with what files hold in it.
-std::string printableLines(const std::string& text) {
+std::string printableLines(const std::string& text, const std::string& prefix) {
   std::istringstream lines(text);
   std::string shown;
-  for (std::string line; std::getline(lines, line);) shown += printable(line) + "\n";
+  for (std::string line; std::getline(lines, line);) shown += prefix + printable(line) + "\n";
   return shown;
 }
 
+// The edits that the options ask for, with what files say.
+class Edits {
+ public:
+  Edits(const Options& options, CommandJob& job)
+      : options_(options), job_(job), request_(options.request) {
+    if (!options.cameraParamsFile.empty()) {
+      request_.cameraParams = readJsonFile(options.cameraParamsFile);
+    }
+    if (!options.extendedInfoFile.empty()) {
+      request_.extendedInfo = readJsonFile(options.extendedInfoFile);
+    }
+    if (!options.timesFile.empty()) {
+      request_.allTimes = readAllTimes(readFrameTable(options.timesFile, job));
+    }
+    if (!options.tagsFile.empty()) tags_ = readFrameTable(options.tagsFile, job);
+  }
+
+  // What is changed in the recording, a line each.
+  std::string edit(const std::string& file) {
+    if (tags_) {
+      request_.changeTagsOption = "--tags";
+      request_.changeTags = [&](const auto&, auto& tags, auto& description) {
+        changeByTable(file, tags, description.version);
+      };
+    } else if (options_.log.isGiven()) {
+      request_.changeTags = [&](const auto& times, auto& tags, auto& description) {
+        DriveLog(options_.log.request, description).fillAll(tags, times, file, job_);
+      };
+    }
+    std::string text = options_.dryRun ? EditPlan(openRecording(file, job_), request_).text()
+                                       : editRecording(file, request_, job_);
+    if (request_.clears(Contents::Positions)) tellPicturePlaces(Recording(file), job_);
+    return text;
+  }
+
+ private:
+  void changeByTable(const std::string& file, std::vector<FrameTag>& tags, version_e version) {
+    changeTags(*tags_, version, tags);
+    TagContents contents;
+    for (const FrameTag& tag : tags) contents.add(tag);
+    const std::string lost = contents.lostBy(version);
+    if (!lost.empty()) job_.lose(file, "it does not hold " + lost);
+  }
+
+  const Options& options_;
+  CommandJob& job_;
+  EditRequest request_;
+  std::optional<CsvTable> tags_;
+};
+
+// What is done with several recordings.
+struct Summary {
+  std::size_t files = 0;
+  std::size_t changed = 0;
+  std::size_t failed = 0;
+
+  std::string text() const {
+    return std::to_string(files) + " files, " + std::to_string(changed) + " with changes, " +
+           std::to_string(failed) + " failed\n";
+  }
+};
+
+// One that is named twice must not be shifted twice.
+std::vector<std::string> withoutRepetitions(const std::vector<std::string>& files) {
+  std::vector<std::string> once;
+  std::set<std::string> seen;
+  for (const std::string& file : files) {
+    std::error_code error;
+    const auto path = std::filesystem::canonical(file, error);
+    if (error || seen.insert(path).second) once.push_back(file);
+  }
+  return once;
+}
+
+void editFile(const std::string& file, bool isNamed, Edits& edits, Summary& summary,
+              StandardOutput& output, CommandJob& job) {
+  ++summary.files;
+  std::string text;
+  try {
+    text = edits.edit(file);
+  } catch (const Failure& failure) {
+    ++summary.failed;
+    return job.fail(failure);
+  }
+  if (!text.empty()) ++summary.changed;
+  output.write(printableLines(text.empty() ? "nothing to change" : text,
+                              isNamed ? printable(file) + ": " : ""));
+  output.flush();
+}
+
 ExitStatus edit(const Options& options, CommandJob& job) {
-  EditRequest request = options.request;
-  if (!options.cameraParamsFile.empty())
-    request.cameraParams = readJsonFile(options.cameraParamsFile);
-  if (!options.extendedInfoFile.empty())
-    request.extendedInfo = readJsonFile(options.extendedInfoFile);
-  if (!options.timesFile.empty()) {
-    request.allTimes = readAllTimes(readFrameTable(options.timesFile, job));
+  const std::vector<std::string> files = withoutRepetitions(options.inputs.files(job));
+  const bool isOne = files.size() < 2;
+  if (!isOne && options.namesFrames()) {
+    throw UsageError(
+        "edit: --sensor-time, --arrived-time, --times and --tags are for the frames of one "
+        "recording");
   }
-  if (options.log.isGiven()) {
-    request.changeTags = [&](const auto& times, auto& tags, auto& description) {
-      DriveLog(options.log.request, description).fillAll(tags, times, options.file, job);
-    };
+  const auto& logs = options.log.request.files;
+  if (!isOne && std::find(logs.begin(), logs.end(), "-") != logs.end()) {
+    throw UsageError("edit: standard input can be read for one recording only");
   }
-  const std::string text = options.dryRun
-                               ? EditPlan(openRecording(options.file, job), request).text()
-                               : editRecording(options.file, request, job);
+  Edits edits(options, job);
   StandardOutput output;
-  output.write(text.empty() ? "nothing to change\n" : printableLines(text));
+  Summary summary;
+  if (isOne) {
+    for (const std::string& file : files) editFile(file, false, edits, summary, output, job);
+    return job.status();
+  }
+  const auto stage = job.beginFiles(std::to_string(files.size()) + " files", files.size());
+  for (const std::string& file : files) {
+    if (stage->stopRequested()) {
+      job.lose("edit", "stopped by a signal after " + std::to_string(summary.files) + " of " +
+                           std::to_string(files.size()) + " files");
+      break;
+    }
+    editFile(file, true, edits, summary, output, job);
+    stage->advance(summary.files);
+  }
+  output.write(summary.text());
   output.flush();
   return job.status();
 }
@@ -138,7 +260,26 @@ void addHeaderOptions(CLI::App& command, Options& options) {
                    "Take width and height from frame 0's JPEG");
 }
 
+// What is cleared is not set as well.
+void checkClearing(const EditRequest& request, const Options& options) {
+  const struct {
+    Contents contents;
+    bool isSet;
+    const char* option;
+  } others[] = {
+      {Contents::DeviceId, request.deviceId.has_value(), "--device-id"},
+      {Contents::ExtendedInfo, !options.extendedInfoFile.empty(), "--extended-info"},
+      {Contents::Positions, request.startPosition.has_value(), "--start-position"},
+  };
+  for (const auto& other : others) {
+    if (!other.isSet || !request.clears(other.contents)) continue;
+    throw UsageError(std::string("edit: --clear and ") + other.option +
+                     " contradict each other; give one of them");
+  }
+}
+
 void checkUsage(const Options& options) {
+  options.inputs.checkUsage("edit");
   if (options.asksForNothing()) throw UsageError("edit: there is no change to make");
   if (options.request.undistorted && options.request.taggingFlags) {
     throw UsageError("edit: --tagging-flags has the mark of --undistorted in it; give one of them");
@@ -146,19 +287,54 @@ void checkUsage(const Options& options) {
   const EditRequest& request = options.request;
   const bool changesTimes = request.startTime || request.shift || !request.sensorTimes.empty() ||
                             !options.timesFile.empty();
+  checkClearing(request, options);
+  if (options.log.isGiven() && !options.tagsFile.empty()) {
+    throw UsageError("edit: --tags and --log both give the frames' tags; give one of them");
+  }
   if (options.log.isGiven() && changesTimes) {
     throw UsageError("edit: --log goes by the frames' times; change those in an edit before it");
   }
   std::vector<std::string> read = options.log.request.files;
-  read.insert(read.end(), {options.cameraParamsFile, options.extendedInfoFile, options.timesFile});
+  read.insert(read.end(), {options.cameraParamsFile, options.extendedInfoFile, options.timesFile,
+                           options.tagsFile, options.inputs.listFile});
   checkStandardInputOnce(read);
 }
 
+void addTagOptions(CLI::App& command, Options& options) {
+  EditRequest& request = options.request;
+  addTagsOption(command, options.tagsFile,
+                "The column index names the frame, from 0; frames without a row and values without "
+                "a column stay as they are");
+  options.log.addTo(command);
+  addStartPositionOption(command, request.startPosition,
+                         "rtv: from where the frames' positions are counted, degrees and metres; "
+                         "they stay as they are, so that all frames move with it");
+}
+
+void addClearOption(CLI::App& command, EditRequest& request) {
+  command
+      .add_option_function<std::vector<std::string>>(
+          "--clear",
+          [&request](const std::vector<std::string>& texts) {
+            for (const std::string& text : texts) request.cleared.push_back(kContents.at(text));
+          },
+          "What to remove, before anything else is set; several with commas. positions: "
+          "the start position, x, y, z, distances (also that of CAN) and direction. speed: also of "
+          "the CAN signals, with all of the wheels. can: all signals. A path can be computed from "
+          "speeds and angles, so clear speed and can as well if nobody is to find it. Pictures and "
+          "camera params stay as they are; pictures with a place in their EXIF data are named")
+      ->type_name("WHAT")
+      ->delimiter(',')
+      ->allow_extra_args(false)
+      ->check(CLI::IsMember(kContents));
+}
+
 void addOptions(CLI::App& command, Options& options) {
-  command.add_option("file", options.file, "The recording to change")->required();
+  options.inputs.addTo(command);
   addHeaderOptions(command, options);
   addTimeOptions(command, options);
-  options.log.addTo(command);
+  addTagOptions(command, options);
+  addClearOption(command, options.request);
   command.add_flag("--dry-run", options.dryRun, "Show the changes without making them");
 }
 
@@ -166,7 +342,7 @@ void addOptions(CLI::App& command, Options& options) {
 
 void addEditCommand(Tool& tool) {
   tool.addCommand<Options>(
-      {"edit", "Change the header, the frame times and the tags of a recording in place.",
+      {"edit", "Change the header, the frame times and the tags of recordings in place.",
        "edit drive.img --device-id 0aff --shift-time -3600s --dry-run"},
       {addOptions, edit, checkUsage});
 }

@@ -6,7 +6,7 @@
 #include "program/OutputOptions.h"
 #include "program/SelectionOptions.h"
 #include "program/Tool.h"
-#include "toolkit/editing/Extraction.h"
+#include "toolkit/pictures/Extraction.h"
 #include "toolkit/writing/OutputGuard.h"
 
 namespace velmar::tool {

@@ -1,6 +1,6 @@
 #include "program/DescriptionOptions.h"
 #include "program/Tool.h"
-#include "toolkit/editing/SampleDrive.h"
+#include "toolkit/creating/SampleDrive.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/writing/OutputGuard.h"
 

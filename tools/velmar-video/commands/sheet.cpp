@@ -1,7 +1,7 @@
 #include "program/SelectionOptions.h"
 #include "program/Tool.h"
 #include "toolkit/base/OutputFile.h"
-#include "toolkit/editing/ContactSheet.h"
+#include "toolkit/pictures/ContactSheet.h"
 #include "toolkit/text/FileNames.h"
 #include "toolkit/writing/OutputGuard.h"
 

@@ -2,8 +2,6 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <charconv>
-#include <cmath>
 #include <map>
 
 #include "toolkit/base/Failure.h"
@@ -18,57 +16,21 @@ namespace {
 const std::map<std::string, version_e> kVersions = {
     {"02", RTV_VER_02}, {"03", RTV_VER_03}, {"04", RTV_VER_04}};
 
-constexpr int kQuarterCircle = 1 << 30;  // NDS units
-constexpr double kRoundingError = 1e-6;  // of a product of decimal numbers
-
-// "LNG,LAT" or "LNG,LAT,ALT".
-std::vector<double> parsePosition(const std::string& text) {
-  std::vector<double> numbers;
-  const char* next = text.data();
-  const char* const end = next + text.size();
-  while (true) {
-    double number = 0;
-    const auto result = std::from_chars(next, end, number);
-    if (result.ec != std::errc() || !std::isfinite(number)) return {};
-    numbers.push_back(number);
-    if (result.ptr == end) break;
-    if (*result.ptr != ',') return {};
-    next = result.ptr + 1;
-  }
-  const bool isPlace = (numbers.size() == 2 || numbers.size() == 3) &&
-                       std::abs(numbers[0]) <= 180 && std::abs(numbers[1]) < 90 &&
-                       std::abs(nearestNds(numbers[1])) < kQuarterCircle;
-  return isPlace ? numbers : std::vector<double>();
-}
-
 // Says if the version has no unit as small as the altitude needs.
-int storedAltitude(double metres, version_e version, const std::string& output, Job& job) {
-  const double unitsPerMetre = altitudesPerMetre(version);
-  const double units = metres * unitsPerMetre;
-  if (std::abs(units) > 2e9) throw UsageError("--start-position: that is not an altitude");
-  const double stored = std::round(units);
-  if (std::abs(stored - units) > kRoundingError) {
-    job.lose(output, "its start position is " + numberText(stored / unitsPerMetre) +
-                         " m high, the nearest to " + numberText(metres) +
-                         " that its version holds");
-  }
-  return static_cast<int>(stored);
-}
-
-void setStartPosition(RecordingDescription& description, const std::string& text,
+void setStartPosition(RecordingDescription& description, const StartPosition& position,
                       const std::string& output, Job& job) {
-  if (text.empty()) return;
-  const std::vector<double> numbers = parsePosition(text);
-  if (numbers.empty()) {
-    throw UsageError("--start-position is LNG,LAT or LNG,LAT,ALT in degrees and metres");
-  }
-  description.lng = nearestNds(numbers[0]);
-  description.lat = nearestNds(numbers[1]);
-  if (numbers.size() < 3) return;
+  description.lng = position.lng;
+  description.lat = position.lat;
+  if (!position.alt) return;
   if (description.version == RTV_VER_02) {
     throw UsageError("--start-position: version 02 of rtv holds no altitude");
   }
-  description.alt = storedAltitude(numbers[2], description.version, output, job);
+  const StoredAltitude altitude = storedAltitude(*position.alt, description.version);
+  description.alt = altitude.units;
+  if (altitude.isExact) return;
+  const double stored = double{1} * altitude.units / altitudesPerMetre(description.version);
+  job.lose(output, "its start position is " + numberText(stored) + " m high, the nearest to " +
+                       numberText(*position.alt) + " that its version holds");
 }
 
 int parseSide(std::string_view text) {
@@ -133,6 +95,24 @@ CLI::Option* addStartTimeOption(CLI::App& command, std::optional<std::uint64_t>&
   });
 }
 
+void addStartPositionOption(CLI::App& command, std::optional<StartPosition>& position,
+                            const std::string& help) {
+  addParsedOption(command, "--start-position", "LNG,LAT[,ALT]", help,
+                  [&position](const std::string& text) { position = parseStartPosition(text); });
+}
+
+void addTagsOption(CLI::App& command, std::string& file, const std::string& rows) {
+  command
+      .add_option(
+          "--tags", file,
+          "rtv: a table such as frames --csv writes. " + rows +
+              "; x, y, z and relative_distance are hundredths of a metre, speed is "
+              "hundredths of a metre a second, direction is degrees; x_m, speed_kmh and the "
+              "like name other units. Version 02 has no z. Version 04 also takes the CAN "
+              "signals by name; an empty cell means that the signal is absent")
+      ->type_name("CSV");
+}
+
 void checkStandardInputOnce(const std::vector<std::string>& files) {
   if (std::count(files.begin(), files.end(), "-") > 1) {
     throw UsageError("- is there more than once, but standard input can be read only once");
@@ -178,15 +158,13 @@ void DescriptionOptions::addTo(CLI::App& command) {
       ->type_name("FORMAT")
       ->check(CLI::IsMember({"YUV420", "RGB", "BGR", "GRAY"}));
   rtvVersion.addTo(command);
-  command
-      .add_option("--start-position", startPosition,
-                  "rtv: where the frames' positions are counted from, degrees and metres")
-      ->type_name("LNG,LAT[,ALT]");
+  addStartPositionOption(command, startPosition,
+                         "rtv: where the frames' positions are counted from, degrees and metres");
 }
 
 void DescriptionOptions::refuseWhatIsNotHeld(const std::string& output, version_e version) const {
   if (!isRtvPath(output)) {
-    if (!startPosition.empty()) throw UsageError("--start-position needs an .rtv");
+    if (startPosition) throw UsageError("--start-position needs an .rtv");
     return;
   }
   if (!cameraParamsFile.empty()) throw UsageError("--camera-params: an rtv holds none");
@@ -212,7 +190,7 @@ void DescriptionOptions::change(RecordingDescription& description, const std::st
   if (undistorted) description.undistorted = true;
   if (!cameraParamsFile.empty()) description.cameraParams = readJsonFile(cameraParamsFile);
   if (!extendedInfoFile.empty()) description.extendedInfo = readJsonFile(extendedInfoFile);
-  setStartPosition(description, startPosition, output, job);
+  if (startPosition) setStartPosition(description, *startPosition, output, job);
 }
 
 std::vector<std::string> DescriptionOptions::inputs() const {

@@ -12,6 +12,7 @@
 #include "program/Toolkit.h"
 #include "toolkit/base/Job.h"
 #include "toolkit/recording/RecordingDescription.h"
+#include "toolkit/writing/StartPosition.h"
 
 namespace CLI {
 class App;
@@ -44,6 +45,14 @@ void addDeviceIdOption(CLI::App& command, const std::function<void(const std::st
 /// --start-time, which sets `time`; that has to outlive the parsing.
 CLI::Option* addStartTimeOption(CLI::App& command, std::optional<std::uint64_t>& time,
                                 const std::string& help);
+
+/// --start-position, which sets `position`; that has to outlive the parsing.
+void addStartPositionOption(CLI::App& command, std::optional<StartPosition>& position,
+                            const std::string& help);
+
+/// --tags, which sets `file`; that has to outlive the parsing.
+/// \param rows  which column names the frame of a row
+void addTagsOption(CLI::App& command, std::string& file, const std::string& rows);
 
 /// Throws UsageError if more than one of the files is standard input, "-".
 void checkStandardInputOnce(const std::vector<std::string>& files);
@@ -81,7 +90,7 @@ struct DescriptionOptions {
   std::string cameraParamsFile;
   std::string extendedInfoFile;
   std::string frameFormat;
-  std::string startPosition;
+  std::optional<StartPosition> startPosition;
   bool undistorted = false;
 
  private:

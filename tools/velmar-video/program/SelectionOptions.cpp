@@ -43,8 +43,9 @@ CLI::Option* addRecordingSelectionOptions(CLI::App& command, FrameSelection& sel
 void addStripOption(CLI::App& command, Strip& strip) {
   addParsedOption(
       command, "--strip", "WHAT",
-      "Leave out, to give the copy away: positions (with distances and directions), ids (the "
-      "device id), exif (Exif, XMP, IPTC and comments of the JPEGs, places of the pictures among "
+      "Leave out, to give the copy away: positions (the start position, and of the frames places, "
+      "distances and directions), ids (the device id), exif (Exif, XMP, IPTC and comments of the "
+      "JPEGs, places of the pictures among "
       "them), or several of these with commas. Pictures stay as they are",
       [&strip](const std::string& names) { strip = Strip::named(names); });
 }

@@ -43,6 +43,7 @@ void addCommands(Tool& tool) {
   addDumpCommand(tool);
   addRecoverCommand(tool);
   addVerifyCommand(tool);
+  addDiffCommand(tool);
   addSampleCommand(tool);
   addSheetCommand(tool);
 }

@@ -78,6 +78,7 @@ void addEditCommand(Tool& tool);
 void addDumpCommand(Tool& tool);
 void addRecoverCommand(Tool& tool);
 void addVerifyCommand(Tool& tool);
+void addDiffCommand(Tool& tool);
 void addSampleCommand(Tool& tool);
 void addSheetCommand(Tool& tool);
 

@@ -1,4 +1,4 @@
-#include "toolkit/editing/Extraction.h"
+#include "toolkit/pictures/Extraction.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "toolkit/editing/RecordFiles.h"
+#include "toolkit/creating/RecordFiles.h"
 
 #include <algorithm>
 #include <memory>

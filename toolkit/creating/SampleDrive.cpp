@@ -1,4 +1,4 @@
-#include "toolkit/editing/SampleDrive.h"
+#include "toolkit/creating/SampleDrive.h"
 
 #include <algorithm>
 #include <cmath>

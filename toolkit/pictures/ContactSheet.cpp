@@ -1,4 +1,4 @@
-#include "toolkit/editing/ContactSheet.h"
+#include "toolkit/pictures/ContactSheet.h"
 
 #include <algorithm>
 

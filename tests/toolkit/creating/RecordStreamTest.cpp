@@ -1,4 +1,4 @@
-#include "toolkit/editing/RecordStream.h"
+#include "toolkit/creating/RecordStream.h"
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>
