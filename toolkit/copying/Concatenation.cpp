@@ -1,6 +1,7 @@
 #include "toolkit/copying/Concatenation.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "toolkit/base/Failure.h"
 #include "toolkit/copying/CopyFrames.h"
@@ -86,7 +87,7 @@ Rebase rebaseTo(const RecordingDescription& description, const Recording& record
 // The frames to take of recordings that come one behind the other.
 class Overlap {
  public:
-  Overlap(bool drops, Job& job) : drops_(drops), job_(job) {}
+  explicit Overlap(bool drops) : drops_(drops) {}
 
   std::vector<unsigned int> framesOf(const Recording& recording) {
     std::vector<unsigned int> frames = allFrames(recording);
@@ -97,18 +98,22 @@ class Overlap {
     if (early == 0) return frames;
     const std::string count = std::to_string(frames.size());
     const bool areAll = static_cast<std::size_t>(early) == frames.size();
-    job_.note(recording.path(),
-              (areAll ? "all of its " : std::to_string(early) + " of its ") + count +
-                  " frames were captured before the recordings in front of it end" +
-                  (drops_ ? ", and are left out" : ""));
+    words_.emplace_back(recording.path(),
+                        (areAll ? "all of its " : std::to_string(early) + " of its ") + count +
+                            " frames were captured before the recordings in front of it end" +
+                            (drops_ ? ", and are left out" : ""));
     if (drops_) std::erase_if(frames, isEarly);
     return frames;
   }
 
+  void tell(Job& job) const {
+    for (const auto& [file, words] : words_) job.note(file, words);
+  }
+
  private:
   bool drops_;
-  Job& job_;
-  std::uint64_t end_ = 0;  // the latest capture so far
+  std::vector<std::pair<std::string, std::string>> words_;  // of a file
+  std::uint64_t end_ = 0;                                   // the latest capture so far
 };
 
 }  // namespace
@@ -124,7 +129,7 @@ void concatenate(const std::vector<const Recording*>& recordings, const Joint& j
   RecordingDescription description = winner.description();
   if (!joint.strip.ids) checkDeviceId(winner, job);
   std::vector<FrameRange> ranges;
-  Overlap overlap(joint.dropsOverlap, job);
+  Overlap overlap(joint.dropsOverlap);
   for (const Recording* recording : recordings) {
     compare(winner, *recording, isAsked, job);
     description.startTime = std::min(description.startTime, recording->description().startTime);
@@ -132,6 +137,7 @@ void concatenate(const std::vector<const Recording*>& recordings, const Joint& j
   }
   std::erase_if(ranges, [](const FrameRange& range) { return range.frames.empty(); });
   copyFrames(ranges, output, description, job, joint.strip);
+  overlap.tell(job);
 }
 
 }  // namespace velmar::toolkit

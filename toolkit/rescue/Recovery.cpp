@@ -26,11 +26,9 @@ void checkNotHalfEdited(const std::string& file, Job& job) {
 
 // Whether the new header has all that the old one says; what that leaves open may be filled in.
 bool keeps(RecordingDescription after, RecordingDescription before, bool isRtv) {
-  if (isRtv) {
-    for (RecordingDescription* each : {&after, &before}) {
-      each->deviceId.resize(kRtvDeviceIdSize);
-      each->startTime /= kMillisecond;
-    }
+  for (RecordingDescription* each : {&after, &before}) {
+    each->startTime = isRtv ? each->startTime / kMillisecond : 0;
+    if (isRtv) each->deviceId.resize(kRtvDeviceIdSize);
   }
   if (before.deviceId.find_first_not_of('\0') == std::string::npos)
     before.deviceId = after.deviceId;
