@@ -211,9 +211,9 @@ expect 0 "" create n.rtv pics --fps 3 --rtv-version 02
 expect 0 "" create far.rtv pics --fps 3 --rtv-version 02 --start-position 8,47
 expect 3 "does not hold heights" create p.rtv pics --fps 3 --rtv-version 02 --tags tags.csv --start-position 10,47 --force
 expect 1 "far.rtv: frame 0 lies more than 83 km from the start position" concat no.rtv p.rtv far.rtv --in-order
-expect 1 "n.rtv: its start position is not known, that of p.rtv is known; --force=INPUT" concat no.rtv p.rtv n.rtv
+expect 1 "n.rtv: its start position is not known, that of p.rtv is known; --force=INPUT" concat no.rtv p.rtv n.rtv --in-order
 absent no.rtv no.rtv.tmp
-expect 3 "n.rtv: its start position is not known" concat no.rtv p.rtv n.rtv --force=p.rtv
+expect 3 "n.rtv: its start position is not known" concat no.rtv p.rtv n.rtv --in-order --force=p.rtv
 
 # The dump, a log call a line.
 expect 0 "" dump 03.rtv
