@@ -89,7 +89,7 @@ std::function<void()> pollSignals() {
 }
 
 py::object startPosition(const toolkit::SharedRecording& recording) {
-  TaggedVideoParser* const parser = recording.recording().parser();
+  TaggedVideoParser* const parser = recording.recording().finished()->parser();
   if (parser == nullptr) return py::none();
   double lat = 0;
   double lng = 0;
@@ -131,11 +131,9 @@ std::shared_ptr<toolkit::SharedRecording> FileHandle::opened() const {
 py::dict FileHandle::facts() const {
   const auto recording = opened();
   const toolkit::RecordingDescription& description = recording->description();
-  VELMAR_VERSION_E version{};
-  recording->recording().reader().getVersion(version);
   py::dict facts;
   facts["container"] = recording->recording().isRtv() ? "rtv" : "img";
-  facts["version"] = velmarVersion2String(version);
+  facts["version"] = velmarVersion2String(recording->recording().version());
   facts["width"] = description.width;
   facts["height"] = description.height;
   facts["device_id"] = py::bytes(description.deviceId);

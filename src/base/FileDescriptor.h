@@ -12,6 +12,8 @@ class FileDescriptor {
   FileDescriptor() = default;
   /// open(2), close-on-exec; see isOpen().
   FileDescriptor(const std::string& path, int flags, unsigned int mode = 0);
+  /// Takes a descriptor over; not open if it is negative.
+  explicit FileDescriptor(int fd) : fd_(fd) {}
   FileDescriptor(FileDescriptor&& other) noexcept;
   FileDescriptor& operator=(FileDescriptor&& other) noexcept;
   ~FileDescriptor();

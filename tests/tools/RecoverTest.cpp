@@ -66,9 +66,9 @@ std::vector<int> framesIn(const std::string& path, bool withTags = true) {
   const Recording recording(path);
   std::vector<int> numbers;
   for (unsigned int i = 0; i < recording.framesCount(); ++i) {
-    const std::string jpeg = storedFrame(recording.reader(), i);
+    const std::string jpeg = storedFrame(recording.finished()->reader(), i);
     const FrameTag tag = recording.tag(i);
-    const bool isImg = recording.parser() == nullptr;
+    const bool isImg = !recording.isRtv();
     const int number =
         isImg ? static_cast<int>((recording.sensorTime(i) - kStart) / 1000) : recording.timeFlag(i);
     const bool isRight = jpeg == picture(static_cast<unsigned>(number)) &&

@@ -36,6 +36,11 @@ FileBytes::FileBytes(std::string path, Unreadable unreadable)
   size_ = static_cast<std::uint64_t>(status.st_size);
 }
 
+void FileBytes::updateSize() {
+  struct stat status {};
+  if (fstat(file_.get(), &status) == 0) size_ = static_cast<std::uint64_t>(status.st_size);
+}
+
 std::string FileBytes::read(std::uint64_t offset, std::uint64_t length) const {
   std::string bytes(sizeWithin(offset, length), '\0');
   if (file_.readAt(bytes.data(), bytes.size(), offset)) return bytes;

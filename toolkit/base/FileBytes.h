@@ -23,15 +23,17 @@ enum class Unreadable {
   AsZeros,  ///< zeros, for a whole block of the file system at least
 };
 
-/// A file of any size, of which parts are read. Reading leaves it as it is. Thread-safe.
+/// A file of any size, of which parts are read. Reading leaves it as it is, and is thread-safe.
 class FileBytes {
  public:
   /// Throws Failure.
   explicit FileBytes(std::string path, Unreadable unreadable = Unreadable::Fails);
 
   const std::string& path() const { return path_; }
-  /// When it was opened, bytes.
+  /// When it was opened or updated, bytes.
   std::uint64_t size() const { return size_; }
+  /// Looks how large it is now.
+  void updateSize();
   bool contains(std::uint64_t offset, std::uint64_t length) const {
     return offset <= size_ && length <= size_ - offset;
   }

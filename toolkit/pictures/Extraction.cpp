@@ -48,7 +48,7 @@ std::vector<std::string> Extraction::outputs() const {
 }
 
 void Extraction::run(unsigned int threads, Job& job) {
-  noteInterruptedEdit(source_.recording(), job);
+  noteState(source_.recording(), job);
   const OutputFolder folder(folder_.path);
   runThreads(threads, *job.begin(folder_.path, frames_.size()));
   const auto count = static_cast<std::size_t>(std::count(written_.begin(), written_.end(), 1));

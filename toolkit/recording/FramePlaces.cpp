@@ -27,20 +27,18 @@ std::string cutWords(const FileBytes& file) {
 
 FramePlaces::FramePlaces(const Recording& recording) : frames(recording.places()) {
   const FileBytes& file = recording.file();
-  std::uint64_t start = detail::kFrameIndexStart + frames.size() * sizeof(FrameIndex);
+  const bool isFinished = recording.finished() != nullptr;
+  // The index and the metadata come when it is finished.
+  std::uint64_t start =
+      detail::kFrameIndexStart + (isFinished ? frames.size() : 0) * sizeof(FrameIndex);
   std::uint64_t end = file.size();
-  TaggedVideoParser* const parser = recording.parser();
-  mayBeginWithGap = parser == nullptr;
-  if (parser == nullptr) {
+  if (recording.isRtv()) {
+    start = detail::rtvLayout(recording.description().version).tagAt(recording.framesMax());
+  } else if (isFinished) {
     end = imgMetaDataOffset(file);
-  } else {
-    version_e version{};
-    unsigned short slots = 0;
-    // Neither can fail on a parser that is open.
-    parser->getVersion(version);
-    parser->getFramesMax(slots);
-    start = detail::rtvLayout(version).tagAt(slots);
   }
+  if (!isFinished) end = frames.empty() ? start : frames.back().end();
+  mayBeginWithGap = isFinished && !recording.isRtv();
   room = {start, end > start ? end - start : 0};
 }
 

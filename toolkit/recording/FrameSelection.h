@@ -14,6 +14,8 @@
 
 namespace velmar::toolkit {
 
+class FramePicker;
+
 /// Which frames a command works on: all, or those of a range, a time or a condition, and of these
 /// perhaps only every N-th, or the first in each interval. Once it is set, several threads may use
 /// it.
@@ -56,6 +58,23 @@ class FrameSelection {
   std::optional<std::int64_t> interval_;  ///< microseconds
 
   friend class FramePicker;
+  friend class GrowingSelection;
+};
+
+/// Selects from the frames of a recording as they come.
+class GrowingSelection {
+ public:
+  /// The selection must outlive it.
+  explicit GrowingSelection(const FrameSelection& selection);
+  ~GrowingSelection();
+
+  /// Those of frames `first` to `end`-1 that are selected. Each is asked for once, in order.
+  std::vector<unsigned int> pick(const Recording& recording, unsigned int first, unsigned int end);
+
+ private:
+  const FrameSelection& selection_;
+  std::unique_ptr<FrameCondition> condition_;
+  std::unique_ptr<FramePicker> picker_;
 };
 
 /// Selects from frames that come one after the other and whose number nobody knows yet.

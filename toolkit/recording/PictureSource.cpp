@@ -13,7 +13,7 @@ const char* PictureForm::extension() const {
 }
 
 PictureSource::PictureSource(const std::string& path, const PictureForm& form)
-    : form_(form), recording_(path) {
+    : form_(form), recording_(path, Accept::Running) {
   if (!form.decodes()) return;
   const detail::ImageGeometry& geometry = pixels_.emplace(recording_, form).geometry();
   picture_.width = static_cast<unsigned short>(geometry.width);

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,11 +10,11 @@
 #include "toolkit/base/FileLock.h"
 #include "toolkit/base/Job.h"
 #include "toolkit/base/UndoFile.h"
+#include "toolkit/recording/FinishedTables.h"
 #include "toolkit/recording/FrameTag.h"
 #include "toolkit/recording/FrameTimes.h"
 #include "toolkit/recording/RecordingDescription.h"
-#include "velmar_video/VelmarVideoFile.h"
-#include "velmar_video/rtv/TaggedVideoParser.h"
+#include "toolkit/recording/RunningTables.h"
 
 namespace velmar::toolkit {
 
@@ -28,70 +27,77 @@ void checkExtension(const std::string& path);
 /// Throws Failure unless the output is of the input's container.
 void checkSameContainer(const std::string& input, const std::string& output);
 
+/// Whether a recording has to be finished.
+enum class Accept {
+  Finished,
+  Running,  ///< or is being recorded still: its temporary file, or its path if there is only that
+};
+
 /// An open recording, with failures as exceptions that name it. Use it from one thread at a time.
-///
-/// The library maps the file. A map kills the program where the disk cannot read or the file has
-/// become shorter, so frames are read from file() here, and what the library looks at in its map is
-/// read from there first.
 class Recording {
  public:
   /// Waits for a running edit, so that it is opened as it was before or as it is after.
-  explicit Recording(const std::string& path);
+  explicit Recording(const std::string& path, Accept accept = Accept::Finished);
   /// While the caller keeps others away.
   Recording(const std::string& path, const FileLock& lock);
 
+  /// As it was given.
   const std::string& path() const { return path_; }
-  const FileBytes& file() const { return *file_; }
+  const FileBytes& file() const { return tables_->file(); }
   /// Where the frames are by the index or the tags, perhaps past the end of the file.
-  const std::vector<FilePlace>& places() const;
-  bool isRtv() const { return parser_ != nullptr; }
-  /// For calls whose error code the caller handles itself. Not for frames.
-  VelmarVideoFileReader& reader() const { return *reader_; }
-  /// Below the facade; null unless isRtv().
-  TaggedVideoParser* parser() const { return parser_; }
+  const std::vector<FilePlace>& places() const { return tables_->places(); }
+  bool isRtv() const { return isRtv_; }
+  /// Null while it is being recorded.
+  const FinishedTables* finished() const { return finished_; }
+  /// Null if it is finished.
+  RunningTables* running() const { return running_; }
   /// What an interrupted edit has left beside it.
   UndoState undoState() const { return undoState_; }
 
-  unsigned int framesCount() const;
-  std::uint64_t sensorTime(unsigned int index) const;
-  FrameTimes times(unsigned int index) const;
-  unsigned int frameSize(unsigned int index) const;
-  RecordingDescription description() const;
+  unsigned int framesCount() const { return tables_->framesCount(); }
+  unsigned int framesMax() const { return tables_->framesMax(); }
+  std::uint64_t sensorTime(unsigned int index) const { return tables_->sensorTime(index); }
+  FrameTimes times(unsigned int index) const {
+    return {tables_->sensorTime(index), tables_->arrivedTime(index)};
+  }
+  unsigned int frameSize(unsigned int index) const { return tables_->frameSize(index); }
+  VELMAR_VERSION_E version() const { return tables_->version(); }
+  VELMAR_CODEC_E codec() const { return tables_->codec(); }
+  RecordingDescription description() const { return tables_->description(); }
   /// The camera's identifier as hexadecimal text; empty if all its bytes are 0 in an rtv, where it
   /// has a fixed size.
-  std::string deviceId() const;
+  std::string deviceId() const { return tables_->deviceId(); }
   /// Whether that text is what a writer makes of its bytes: lower-case pairs of digits.
   bool hasPlainDeviceId() const;
 
   /// Milliseconds, as stored; 0 unless the recording is an rtv.
-  int timeFlag(unsigned int index) const;
+  int timeFlag(unsigned int index) const { return isRtv_ ? tables_->tag(index).time_flag : 0; }
   /// Empty unless the recording is an rtv.
   FrameTag tag(unsigned int index) const;
   /// The same without CAN signals, which take longer to read.
-  FrameTag motion(unsigned int index) const { return FrameTag::of(storedTag(index)); }
+  FrameTag motion(unsigned int index) const;
 
  private:
-  void check(VELMAR_ERROR_CODE_E code) const;
-  void readAhead(std::uint64_t offset, std::uint64_t length) const;
-  void readAheadOfImg() const;
-  void readAheadOfRtv() const;
-  std::vector<FilePlace> readIndex() const;
-  std::vector<FilePlace> readRanges() const;
-  frametag03Ver_t storedTag(unsigned int index) const;
+  void openFinished();
+  void openRunning(const std::string& temporary);
 
   std::string path_;
-  std::optional<FileBytes> file_;
-  mutable std::optional<std::vector<FilePlace>> places_;
-  std::shared_ptr<VelmarVideoFileReader> reader_;
-  TaggedVideoParser* parser_ = nullptr;  ///< the reader's
-  UndoState undoState_;
+  bool isRtv_ = false;
+  std::unique_ptr<RecordingTables> tables_;
+  FinishedTables* finished_ = nullptr;  ///< the tables, if they are
+  RunningTables* running_ = nullptr;    ///< the same
+  UndoState undoState_ = UndoState::None;
 };
 
-/// Tells the job if an edit of it was interrupted.
-void noteInterruptedEdit(const Recording& recording, Job& job);
+/// Tells the job if an edit of it was interrupted, if it is being recorded, or if its recorder has
+/// ended without finishing it.
+void noteState(const Recording& recording, Job& job);
+
+/// Who is recording a recording that is not finished, in words, or that nobody is.
+std::string runningWords(const Recording& recording);
 
 /// Opens it and does the same. Throws Failure.
-Recording openRecording(const std::string& path, Job& job);
+Recording openRecording(const std::string& path, Job& job, Accept accept = Accept::Finished);
 
 }  // namespace velmar::toolkit
 

@@ -28,9 +28,7 @@ FrameFlaw readFrameBytes(const Recording& recording, unsigned int index, std::st
 FrameFlaw readStoredFrame(const Recording& recording, unsigned int index, std::string& bytes) {
   FrameFlaw flaw = readFrameBytes(recording, index, bytes);
   if (flaw) return flaw;
-  VELMAR_CODEC_E codec{};
-  recording.reader().getCodec(codec);  // does not fail on an open recording
-  if (codec == VELMAR_CODEC_H264_E || beginsAsJpeg(bytes)) return {};
+  if (recording.codec() == VELMAR_CODEC_H264_E || beginsAsJpeg(bytes)) return {};
   flaw = FrameFlaw(VELMAR_ERROR_CODE_DECOMPRESS_ERROR_E);
   flaw.words = "its bytes are no JPEG picture";
   flaw.hasBytes = true;

@@ -8,6 +8,7 @@
 #include "container/rtv/RtvLayout.h"
 #include "toolkit/base/Failure.h"
 #include "toolkit/base/FileBytes.h"
+#include "toolkit/base/LockHolder.h"
 #include "toolkit/jpeg/FrameInput.h"
 #include "toolkit/jpeg/JpegInspector.h"
 #include "toolkit/recording/FramePlaces.h"
@@ -43,6 +44,7 @@ class Verifier {
       if (progress_ && !progress_(places_.frames[i].size)) return count();
     }
     checkPlausibility(recording_, findings_);
+    if (recording_.finished() == nullptr) return count();
     if (!recording_.isRtv()) {
       checkMetaData();
     } else {
@@ -162,7 +164,7 @@ class Verifier {
     };
     const Json::Value stored = parseJson(file_.read(offset, file_.size() - offset));
     if (!stored.isObject()) return warn("it is not strict JSON");
-    const Json::Value read = parseJson(recording_.reader().getMetaInfo());
+    const Json::Value read = parseJson(recording_.finished()->reader().getMetaInfo());
     for (const std::string& key : read.getMemberNames()) {
       if (!stored.isMember(key)) {
         if (key != detail::kExtendedInfoKey) warn("\"" + key + "\" is missing");
@@ -197,7 +199,7 @@ class Verifier {
       }
     }
     unsigned short slots = 0;
-    recording_.parser()->getFramesMax(slots);  // does not fail on an open parser
+    recording_.finished()->parser()->getFramesMax(slots);  // does not fail on an open parser
     if (slots < count()) {
       findings_.add({Severity::Error, {}, layout.framesMaxAt(), "there are more frames than tags"});
       return;
@@ -221,13 +223,10 @@ class Verifier {
 };
 
 // Nothing if it does not open, which is a finding.
-std::optional<Recording> opened(const std::string& path, const FileLock& lock,
-                                const FindingMerger::Report& report) {
-  std::string words =
-      "its name has to end in .img or .rtv (what an interrupted recording left is for the command "
-      "recover)";
+std::optional<Recording> opened(const std::string& path, const FindingMerger::Report& report) {
+  std::string words = "its name has to end in .img or .rtv";
   try {
-    if (isRecordingName(path)) return Recording(path, lock);
+    if (isRecordingName(finalPath(path))) return Recording(path, Accept::Running);
   } catch (const Failure& failure) {
     words = failure.wordsFor(path);
   }
@@ -241,10 +240,14 @@ unsigned int verify(const std::string& path, bool decode, const FindingMerger::R
                     const VerificationProgress& progress) {
   // All the time: an edit meanwhile would look like damage.
   const FileLock lock(path, FileLock::Kind::Read);
-  const auto recording = opened(path, lock, report);
+  const auto recording = opened(path, report);
   if (!recording) return 0;
   const std::string words = undoWords(path, recording->undoState());
   if (!words.empty()) report({Severity::Error, {}, {}, words});
+  if (recording->running() != nullptr) {
+    const bool isRecorded = lockHolder(recording->file().path()).has_value();
+    report({isRecorded ? Severity::Warning : Severity::Error, {}, {}, runningWords(*recording)});
+  }
   FindingMerger findings(report);
   try {
     const unsigned int count = Verifier(*recording, decode, progress, findings).run();

@@ -112,11 +112,10 @@ std::string unknownFactWords(const std::string& name, const std::vector<std::str
   return "there is no " + name + suggestion(name, names);
 }
 
-FrameFacts::FrameFacts(const Recording& recording)
-    : recording_(recording), count_(recording.framesCount()) {
-  if (count_ > 0) start_ = recording.sensorTime(0);
+FrameFacts::FrameFacts(const Recording& recording) : recording_(recording) {
+  if (recording.framesCount() > 0) start_ = recording.sensorTime(0);
   if (!recording.isRtv()) return;
-  track_.emplace(recording);
+  if (recording.finished() != nullptr) track_.emplace(recording);
   isVersion02_ = recording.description().version == RTV_VER_02;
 }
 
@@ -157,7 +156,7 @@ double FrameFacts::value(const FrameFact& fact) {
     case Source::ArrivedTime:
       return static_cast<double>(recording_.times(frame_).arrived) / fact.unit;
     default:
-      return track_ ? valueOfTag(fact) : kAbsent;
+      return recording_.isRtv() ? valueOfTag(fact) : kAbsent;
   }
 }
 
@@ -182,9 +181,9 @@ double FrameFacts::valueOfTag(const FrameFact& fact) {
     case Source::Direction:
       return motion().direction / fact.unit;
     case Source::Lng:
-      return track_->at(motion()).lng / fact.unit;
+      return track_ ? track_->at(motion()).lng / fact.unit : kAbsent;
     case Source::Lat:
-      return track_->at(motion()).lat / fact.unit;
+      return track_ ? track_->at(motion()).lat / fact.unit : kAbsent;
     case Source::Acceleration:
       return acceleration();
     default:
@@ -194,11 +193,12 @@ double FrameFacts::valueOfTag(const FrameFact& fact) {
 
 // Between the frames before and behind it; at the ends between the frame and its only neighbour.
 double FrameFacts::acceleration() {
-  if (speeds_.empty()) {
-    for (unsigned int i = 0; i < count_; ++i) speeds_.push_back(recording_.motion(i).speed);
+  const unsigned int count = recording_.framesCount();  // there may be more than before
+  while (speeds_.size() < count) {
+    speeds_.push_back(recording_.motion(static_cast<unsigned int>(speeds_.size())).speed);
   }
   const unsigned int before = frame_ > 0 ? frame_ - 1 : frame_;
-  const unsigned int behind = frame_ + 1 < count_ ? frame_ + 1 : frame_;
+  const unsigned int behind = frame_ + 1 < count ? frame_ + 1 : frame_;
   const auto micros =
       static_cast<std::int64_t>(recording_.sensorTime(behind) - recording_.sensorTime(before));
   if (micros <= 0) return kAbsent;

@@ -60,7 +60,7 @@ class FrameFacts {
 
   /// kAbsent if the frame does not have it.
   double value(const FrameFact& fact);
-  /// Nothing in an img.
+  /// Nothing in an img, and in an rtv that is being recorded, whose start is not known yet.
   std::optional<Place> place();
   const FrameTag& tag();
   /// That, perhaps without CAN signals.
@@ -71,9 +71,8 @@ class FrameFacts {
   double acceleration();
 
   const Recording& recording_;
-  std::optional<Track> track_;  ///< of an rtv
+  std::optional<Track> track_;  ///< of an rtv that is finished
   bool isVersion02_ = false;
-  unsigned int count_ = 0;
   std::uint64_t start_ = 0;
   unsigned int frame_ = 0;
   std::optional<FrameTag> tag_;

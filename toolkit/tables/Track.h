@@ -38,6 +38,7 @@ class GroundScale {
 /// to it, by the ellipsoid method.
 class Track {
  public:
+  /// Of an rtv that is finished.
   explicit Track(const Recording& recording);
 
   Place start() const { return start_; }

@@ -66,7 +66,7 @@ std::string startPosition(const Recording& recording) {
   double lat = 0;
   double lng = 0;
   double alt = 0;
-  recording.parser()->getStdPosition(lat, lng, alt);
+  recording.finished()->parser()->getStdPosition(lat, lng, alt);
   std::string text = signedDegrees(lat, 2) + signedDegrees(lng, 3);
   if (alt != 0) text += (alt > 0 ? "+" : "") + fixedText(alt, 2);
   return text + "/";

@@ -1,9 +1,11 @@
 #include <unistd.h>
 
+#include "program/FollowOption.h"
 #include "program/InputOptions.h"
 #include "program/SelectionOptions.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
+#include "toolkit/recording/FollowRecording.h"
 #include "toolkit/recording/FrameLosses.h"
 #include "toolkit/writing/OutputGuard.h"
 
@@ -14,6 +16,7 @@ namespace {
 struct Options {
   InputOptions inputs;
   FrameSelection selection;
+  bool follow = false;
 };
 
 void writeFrames(const Recording& recording, const std::vector<unsigned int>& selected, Job& job) {
@@ -32,17 +35,41 @@ void writeFrames(const Recording& recording, const std::vector<unsigned int>& se
   losses.report(recording.path(), selected.size(), job);
 }
 
+void follow(const std::string& file, const Options& options, Job& job) {
+  GrowingSelection selection(options.selection);
+  FrameNews news(file, job);
+  const auto read = [&](const Recording& recording, unsigned int first, unsigned int end) {
+    StoredFrames frames(recording);
+    std::string all;
+    std::string frame;
+    for (const unsigned int index : selection.pick(recording, first, end)) {
+      if (const FrameFlaw flaw = frames.read(index, frame)) {
+        news.add(index, index, "left out: " + flaw.words);
+      } else {
+        all += frame;
+      }
+    }
+    return all;
+  };
+  followRecording(file, {read, writeOut}, job);
+  news.finish();
+}
+
 ExitStatus cat(const Options& options, CommandJob& job) {
   if (isatty(STDOUT_FILENO) != 0) {
     throw UsageError("cat: standard output is a terminal; send it to a file or to a program");
   }
   const std::vector<std::string> files = options.inputs.files(job);
   for (const std::string& file : files) checkStandardOutput(file);
+  if (options.follow) {
+    follow(files.at(0), options, job);
+    return job.status();
+  }
   SelectedFrames selected(options.selection, files.size());
   // One at a time: their frames would not fit into memory.
   for (const std::string& file : files) {
     try {
-      const Recording recording = openRecording(file, job);
+      const Recording recording = openRecording(file, job, Accept::Running);
       const auto frames = selected.of(recording);
       if (!frames.empty()) writeFrames(recording, frames, job);
     } catch (const OutputFailure&) {
@@ -55,11 +82,15 @@ ExitStatus cat(const Options& options, CommandJob& job) {
   return job.status();
 }
 
-void checkUsage(const Options& options) { options.inputs.checkUsage("cat"); }
+void checkUsage(const Options& options) {
+  options.inputs.checkUsage("cat");
+  if (options.follow) checkFollowsOne("cat", options.inputs);
+}
 
 void addOptions(CLI::App& command, Options& options) {
   options.inputs.addTo(command);
   addRecordingSelectionOptions(command, options.selection);
+  addFollowOption(command, options.follow);
 }
 
 }  // namespace

@@ -76,9 +76,7 @@ std::string textOf(const FramePairs& frames, const Options& options) {
 std::string containerOf(const Recording& recording) { return recording.isRtv() ? "rtv" : "img"; }
 
 std::string versionOf(const Recording& recording) {
-  VELMAR_VERSION_E version{};
-  recording.reader().getVersion(version);  // does not fail on an open recording
-  return velmarVersion2String(version);
+  return velmarVersion2String(recording.version());
 }
 
 std::string reportText(const Comparison& comparison, const Recording& a, const Recording& b,

@@ -4,11 +4,13 @@
 
 #include "program/DescriptionOptions.h"
 #include "program/EachFile.h"
+#include "program/FollowOption.h"
 #include "program/InputOptions.h"
 #include "program/SelectionOptions.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
 #include "toolkit/base/OutputFile.h"
+#include "toolkit/recording/FollowRecording.h"
 #include "toolkit/recording/FrameLosses.h"
 #include "toolkit/recording/OpenFailure.h"
 #include "toolkit/recording/Recording.h"
@@ -34,6 +36,7 @@ struct Options {
   std::string gpxFile;
   std::string geoJsonFile;
   bool force = false;
+  bool follow = false;
 
   bool makesTracks() const { return !gpxFile.empty() || !geoJsonFile.empty(); }
   // A track alone is no wish for a list.
@@ -111,15 +114,36 @@ class FrameList {
     if (isOne) output.write(header(table));
     FrameNews news(recording.path(), job);
     FrameLine line(recording, table, &news);
-    for (const unsigned int index : frames) {
-      output.write(options_.json  ? line.json(index)
-                   : options_.csv ? line.csv(index)
-                                  : line.text(index, fileWidth_));
-    }
+    for (const unsigned int index : frames) output.write(textOf(line, index));
+    news.finish();
+  }
+
+  // The lines of one alone, which come with its frames.
+  void follow(Job& job) const {
+    const std::string& file = options_.files.front();
+    GrowingSelection selection(options_.selection);
+    FrameNews news(file, job);
+    FrameTable table;
+    const auto read = [&](const Recording& recording, unsigned int first, unsigned int end) {
+      std::string text;
+      const std::vector<unsigned int> frames = selection.pick(recording, first, end);
+      if (frames.empty()) return text;
+      if (table.empty()) text = header(table = columns(&recording));
+      FrameLine line(recording, table, &news);
+      for (const unsigned int index : frames) text += textOf(line, index);
+      return text;
+    };
+    followRecording(file, {read, writeOut}, job);
     news.finish();
   }
 
  private:
+  std::string textOf(FrameLine& line, unsigned int index) const {
+    return options_.json  ? line.json(index)
+           : options_.csv ? line.csv(index)
+                          : line.text(index, fileWidth_);
+  }
+
   std::string header(const FrameTable& table) const {
     if (options_.json) return "";
     return options_.csv ? csvHeader(table) : FrameLine::textHeader(table, fileWidth_);
@@ -130,7 +154,9 @@ class FrameList {
     FrameTable table = options_.columns;
     if (table.empty()) {
       const bool isForPeople = !options_.json && !options_.csv;
-      const bool hasRtv = std::any_of(options_.files.begin(), options_.files.end(), isRtvPath);
+      const bool hasRtv =
+          std::any_of(options_.files.begin(), options_.files.end(),
+                      [](const std::string& file) { return isRtvPath(finalPath(file)); });
       table = isForPeople      ? columnsForPeople(hasRtv)
               : one != nullptr ? columnsOf(*one)
                                : columnsForPrograms(hasRtv, hasRtv);
@@ -163,10 +189,14 @@ ExitStatus showFrames(const Options& given, CommandJob& job) {
   }
   checkOutputs(options);
   const FrameList list(options);
+  if (options.follow) {
+    list.follow(job);
+    return job.status();
+  }
   SelectedFrames selected(options.selection, options.files.size());
   if (options.lists()) list.writeHeader();
   const auto work = [&](std::size_t at, Job& fileJob, StandardOutput& output) {
-    const Recording recording = openRecording(options.files[at], fileJob);
+    const Recording recording = openRecording(options.files[at], fileJob, Accept::Running);
     const auto frames = selected.of(recording);
     if (frames.empty()) return;
     if (options.lists()) list.add(recording, frames, fileJob, output);
@@ -177,7 +207,13 @@ ExitStatus showFrames(const Options& given, CommandJob& job) {
   return job.status();
 }
 
-void checkUsage(const Options& options) { options.inputs.checkUsage("frames"); }
+void checkUsage(const Options& options) {
+  options.inputs.checkUsage("frames");
+  if (!options.follow) return;
+  checkFollowsOne("frames", options.inputs);
+  if (options.makesTracks())
+    throw UsageError("frames: --gpx and --geojson do not go with --follow");
+}
 
 void addColumnOptions(CLI::App& command, Options& options) {
   addParsedOption(
@@ -213,6 +249,7 @@ void addOptions(CLI::App& command, Options& options) {
       ->type_name("FILE");
   command.add_flag("--force", options.force, "Replace existing tracks");
   addRecordingSelectionOptions(command, options.selection);
+  addFollowOption(command, options.follow);
   options.jobs.addTo(command, "recordings");
 }
 

@@ -1,5 +1,3 @@
-#include <sys/stat.h>
-
 #include <optional>
 #include <utility>
 #include <vector>
@@ -37,6 +35,7 @@ struct Info {
   Json::Value extendedInfo;
   std::uint64_t bytes = 0;
   std::optional<Place> start;  // of an rtv
+  bool isFinished = true;
 };
 
 // From the first frame's capture to the last one's.
@@ -49,22 +48,21 @@ std::uint64_t durationOf(const Recording& recording) {
 }
 
 Info readInfo(const std::string& file, Job& job) {
-  const Recording recording = openRecording(file, job);
+  const Recording recording = openRecording(file, job, Accept::Running);
   Info info;
   info.file = file;
   info.container = recording.isRtv() ? "rtv" : "img";
   info.framesCount = recording.framesCount();
-  // Neither can fail on a reader that is open.
-  recording.reader().getVersion(info.version);
-  recording.reader().getFramesMax(info.framesMax);
+  info.isFinished = recording.finished() != nullptr;
+  info.version = recording.version();
+  info.framesMax = recording.framesMax();
   info.description = recording.description();
   info.deviceId = recording.deviceId();
   info.duration = durationOf(recording);
   info.cameraParams = parseJson(info.description.cameraParams);
   info.extendedInfo = parseJson(info.description.extendedInfo);
-  if (recording.isRtv()) info.start = Track(recording).start();
-  struct stat status {};
-  if (stat(file.c_str(), &status) == 0) info.bytes = static_cast<std::uint64_t>(status.st_size);
+  if (recording.isRtv() && info.isFinished) info.start = Track(recording).start();
+  info.bytes = recording.file().size();
   return info;
 }
 
@@ -98,6 +96,7 @@ std::string jsonLine(const Info& info) {
             ",\"lat_deg\":" + degreesText(info.start->lat) +
             ",\"alt_m\":" + fixedText(info.start->alt, 2) + "}";
   }
+  if (!info.isFinished) line += ",\"finished\":false";
   return line + "}\n";
 }
 
@@ -115,7 +114,8 @@ std::string durationText(const Info& info) {
 
 std::string textBlock(const Info& info) {
   const std::pair<const char*, std::string> lines[] = {
-      {"container", info.container + ", version " + velmarVersion2String(info.version)},
+      {"container", info.container + (info.isFinished ? "" : ", not finished") + ", version " +
+                        velmarVersion2String(info.version)},
       {"frames",
        std::to_string(info.framesCount) + " (room for " + std::to_string(info.framesMax) + ")"},
       {"picture", std::to_string(info.description.width) + " x " +

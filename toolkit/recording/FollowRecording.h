@@ -1,0 +1,28 @@
+#ifndef VELMAR_TOOLKIT_FOLLOW_RECORDING_H
+#define VELMAR_TOOLKIT_FOLLOW_RECORDING_H
+
+#include <functional>
+#include <string>
+
+#include "toolkit/base/Job.h"
+#include "toolkit/recording/Recording.h"
+
+namespace velmar::toolkit {
+
+/// What follows a recording.
+struct Follower {
+  /// What there is to tell of frames `first` to `end`-1; each frame comes once, in order. The
+  /// recording is another object once it is finished.
+  std::function<std::string(const Recording& recording, unsigned int first, unsigned int end)> read;
+  /// Takes what read() gave. What was read while the recorder was moving the frames is read again
+  /// and does not come here.
+  std::function<void(const std::string& text)> write;
+};
+
+/// Reads a recording and goes on as its recorder adds frames, until that has finished it. The job
+/// is told if it ends without doing so. Stops after the wish to stop. Throws Failure.
+void followRecording(const std::string& path, const Follower& follower, Job& job);
+
+}  // namespace velmar::toolkit
+
+#endif
