@@ -100,7 +100,8 @@ void followRecording(const std::string& path, const Follower& follower, Job& job
       if (!stage->waitReadable(watch.descriptor())) return;
     }
   }
-  following.take(recording.running() == nullptr ? recording : Recording(finalPath(path)));
+  if (recording.finished() != nullptr) return following.take(recording);
+  following.take(Recording(finalPath(path)));
 }
 
 }  // namespace velmar::toolkit

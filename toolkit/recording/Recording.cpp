@@ -29,17 +29,7 @@ void checkSameContainer(const std::string& input, const std::string& output) {
 }
 
 Recording::Recording(const std::string& path, Accept accept) : path_(path) {
-  const std::string temporary = temporaryPath(path);
-  const auto isThere = [](const std::string& file) { return ::access(file.c_str(), F_OK) == 0; };
-  // It may be finished meanwhile.
-  while (accept == Accept::Running && isRecordingName(finalPath(path)) && isThere(temporary) &&
-         (path == temporary || !isThere(path))) {
-    try {
-      return openRunning(temporary);
-    } catch (const Failure&) {
-      if (isThere(temporary)) throw;
-    }
-  }
+  if (accept == Accept::Running && openRunning()) return;
   const FileLock lock(path, FileLock::Kind::Read);
   openFinished();
 }
@@ -67,11 +57,22 @@ void Recording::openFinished() {
   } while (!file().hasPath());
 }
 
-void Recording::openRunning(const std::string& temporary) {
-  isRtv_ = isRtvPath(finalPath(temporary));
-  auto tables = openRunningTables(temporary);
-  running_ = tables.get();
-  tables_ = std::move(tables);
+// False if it is finished, perhaps meanwhile.
+bool Recording::openRunning() {
+  const auto isThere = [](const std::string& file) { return ::access(file.c_str(), F_OK) == 0; };
+  const std::string temporary = temporaryPath(path_);
+  const bool isMeant = path_ == temporary || !isThere(path_);
+  if (!isMeant || !isRecordingName(finalPath(path_)) || !isThere(temporary)) return false;
+  try {
+    auto tables = openRunningTables(temporary);
+    running_ = tables.get();
+    tables_ = std::move(tables);
+  } catch (const Failure&) {
+    if (isThere(temporary)) throw;
+    return false;
+  }
+  isRtv_ = isRtvPath(finalPath(path_));
+  return true;
 }
 
 bool Recording::hasPlainDeviceId() const {

@@ -79,7 +79,7 @@ class Recording {
 
  private:
   void openFinished();
-  void openRunning(const std::string& temporary);
+  bool openRunning();
 
   std::string path_;
   bool isRtv_ = false;

@@ -196,7 +196,9 @@ ExitStatus showFrames(const Options& given, CommandJob& job) {
   SelectedFrames selected(options.selection, options.files.size());
   if (options.lists()) list.writeHeader();
   const auto work = [&](std::size_t at, Job& fileJob, StandardOutput& output) {
-    const Recording recording = openRecording(options.files[at], fileJob, Accept::Running);
+    // A track counts from the start position, which is not known before the end.
+    const Accept accept = options.makesTracks() ? Accept::Finished : Accept::Running;
+    const Recording recording = openRecording(options.files[at], fileJob, accept);
     const auto frames = selected.of(recording);
     if (frames.empty()) return;
     if (options.lists()) list.add(recording, frames, fileJob, output);
