@@ -85,23 +85,23 @@ void followRecording(const std::string& path, const Follower& follower, Job& job
   const Recording recording(path, Accept::Running);
   const auto stage = job.begin(path, 0);
   Following following(follower, *stage);
-  if (recording.running() != nullptr) {
-    const std::string temporary = recording.file().path();
-    const RecorderWatch watch(temporary);
-    while (true) {
-      watch.clear();
-      // Asked in this order: a recorder gives up its lock when the file has its final name.
-      const bool isRecorded = lockHolder(temporary).has_value();
-      recording.running()->update();
-      following.take(recording);
-      if (stage->stopRequested()) return;
-      if (!recording.file().hasPath()) break;
-      if (!isRecorded) return job.lose(path, runningWords(recording));
-      if (!stage->waitReadable(watch.descriptor())) return;
-    }
-  }
   if (recording.finished() != nullptr) return following.take(recording);
-  following.take(Recording(finalPath(path)));
+  RunningTables& tables = *recording.running();
+  const std::string temporary = recording.file().path();
+  const RecorderWatch watch(temporary);
+  while (true) {
+    watch.clear();
+    // Asked in this order: a recorder gives up its lock when the file has its final name.
+    const bool isRecorded = lockHolder(temporary).has_value();
+    const bool isFinished = !recording.file().hasPath();
+    tables.update();
+    following.take(recording);
+    if (stage->stopRequested()) return;
+    if (isFinished) break;
+    if (!isRecorded) return job.lose(path, runningWords(recording));
+    if (!stage->waitReadable(watch.descriptor())) return;
+  }
+  if (!tables.areFramesInPlace()) following.take(Recording(finalPath(path)));
 }
 
 }  // namespace velmar::toolkit

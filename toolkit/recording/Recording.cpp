@@ -106,9 +106,11 @@ Recording openRecording(const std::string& path, Job& job, Accept accept) {
 
 std::string runningWords(const Recording& recording) {
   const auto holder = lockHolder(recording.file().path());
-  return holder ? *holder + " is recording it"
-                : "its recorder has ended without finishing it; the command recover makes a "
-                  "recording of it";
+  const std::string words = holder ? *holder + " is recording it"
+                                   : "its recorder has ended without finishing it; the command "
+                                     "recover makes a recording of it";
+  if (!recording.isRtv()) return words;
+  return words + "; times count from 1970, since its start is not known yet";
 }
 
 }  // namespace velmar::toolkit
