@@ -85,9 +85,8 @@ class Running(ToolCase):
                 recorder.kill()
                 recorder.wait()
                 self.tool(
-                    "frames",
+                    "info",
                     recording,
-                    stdout=subprocess.DEVNULL,
                     says="its recorder has ended without finishing it",
                 )
 
