@@ -61,7 +61,7 @@ void planJson(const std::string& option, const std::string& before, const std::s
               VELMAR_ERROR_CODE_E (VelmarVideoFileModifier::*modify)(const std::string&),
               EditDraft& draft) {
   if (draft.recording.isRtv()) draft.refuse(option, "an rtv holds none");
-  draft.add(option.substr(2), toJsonText(parseJson(before)), toJsonText(parseJson(after)),
+  draft.add(option.substr(2), shownJson(parseJson(before)), shownJson(parseJson(after)),
             [after, modify](auto& modifier) { return (modifier.*modify)(after); });
 }
 

@@ -7,6 +7,7 @@
 
 #include "toolkit/base/Failure.h"
 #include "toolkit/base/InputFile.h"
+#include "toolkit/text/PrintableText.h"
 
 namespace velmar::toolkit {
 
@@ -61,16 +62,30 @@ Json::Value parseJson(const std::string& text) {
   return parse(text, true, value, errors) ? value : Json::Value();
 }
 
-std::string toJsonText(const Json::Value& value) {
+namespace {
+
+Json::StreamWriterBuilder oneLine() {
   Json::StreamWriterBuilder builder;
   builder["commentStyle"] = "None";
   builder["indentation"] = "";
-  std::string text = Json::writeString(builder, value);
+  return builder;
+}
+
+}  // namespace
+
+std::string toJsonText(const Json::Value& value) {
+  std::string text = Json::writeString(oneLine(), value);
   // The only control character that jsoncpp leaves as it is.
   for (auto at = text.find('\x7F'); at != text.npos; at = text.find('\x7F', at)) {
     text.replace(at, 1, "\\u007f");
   }
   return text;
+}
+
+std::string shownJson(const Json::Value& value) {
+  Json::StreamWriterBuilder builder = oneLine();
+  builder["emitUTF8"] = true;
+  return printable(Json::writeString(builder, value));
 }
 
 }  // namespace velmar::toolkit

@@ -17,6 +17,9 @@ Json::Value parseJson(const std::string& text);
 /// On one line, in ASCII.
 std::string toJsonText(const Json::Value& value);
 
+/// On one line for people: with characters as they are, as far as printable() shows them.
+std::string shownJson(const Json::Value& value);
+
 }  // namespace velmar::toolkit
 
 #endif

@@ -44,6 +44,16 @@ Character firstOf(std::string_view text) {
   return {length, isShown(character)};
 }
 
+std::string escaped(std::string_view bytes) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string text;
+  for (const char byte : bytes) {
+    const auto value = static_cast<unsigned char>(byte);
+    text.append({'\\', 'x', kDigits[value / 16], kDigits[value % 16]});
+  }
+  return text;
+}
+
 }  // namespace
 
 std::string printable(std::string_view text) {
@@ -51,7 +61,8 @@ std::string printable(std::string_view text) {
   shown.reserve(text.size());
   while (!text.empty()) {
     const Character first = firstOf(text);
-    shown.append(first.isShown ? text.substr(0, first.length) : "?");
+    const std::string_view bytes = text.substr(0, first.length);
+    shown += first.isShown ? std::string(bytes) : escaped(bytes);
     text.remove_prefix(first.length);
   }
   return shown;

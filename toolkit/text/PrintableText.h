@@ -6,9 +6,9 @@
 
 namespace velmar::toolkit {
 
-/// With a question mark for each control character, those above 0x7F and those of the writing
-/// direction included, and for each byte that is no UTF-8: a name from a file or of one must not
-/// break the line, nor command the terminal.
+/// With "\x1B" and the like in the place of the bytes of control characters, those above 0x7F and
+/// those of the writing direction included, and of each byte that is no UTF-8: a name from a file
+/// or of one must not break the line, nor command the terminal.
 std::string printable(std::string_view text);
 
 }  // namespace velmar::toolkit

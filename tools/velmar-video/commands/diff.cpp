@@ -37,7 +37,7 @@ std::string valueText(const std::string& name, const Json::Value& value) {
   if (value.isNull() || value == "") return "-";
   if (name.ends_with("_time_us")) return formatTime(value.asUInt64());
   if (value.isString()) return printable(value.asString());
-  return value.isDouble() ? numberText(value.asDouble()) : toJsonText(value);
+  return value.isDouble() ? numberText(value.asDouble()) : shownJson(value);
 }
 
 template <typename Difference>

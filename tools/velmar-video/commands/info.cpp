@@ -127,8 +127,8 @@ std::string textBlock(const Info& info) {
       {"start", formatTime(info.description.startTime)},
       {"duration", durationText(info)},
       {"size", bytesText(info.bytes)},
-      {"camera params", toJsonText(info.cameraParams)},
-      {"extended info", toJsonText(info.extendedInfo)},
+      {"camera params", shownJson(info.cameraParams)},
+      {"extended info", shownJson(info.extendedInfo)},
   };
   std::string text = printable(info.file) + "\n";
   for (const auto& [label, value] : lines) {
