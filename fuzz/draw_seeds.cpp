@@ -209,6 +209,19 @@ void drawTables(const fs::path& folder) {
   }
 }
 
+void drawExpressions(const fs::path& folder) {
+  const std::string expressions[] = {
+      "speed_m_s > 20 && near(48.137, 11.575, 200)",
+      "absent(yaw_rate) || !(direction >= 90 ? time < 1.5e1 : size^2 == index*3)",
+      "within(179.9, -1, -179.9, 1) && acceleration_m_s2 / 2 - x_m + y_m != -lat_deg",
+      "speed_km_h > 30 && sensor_time_us <= 1700000000000000",
+  };
+  for (std::size_t i = 0; i < std::size(expressions); ++i) {
+    save(folder / "expression", "where" + std::to_string(i), expressions[i],
+         edgesBehind(expressions[i], " (,"));
+  }
+}
+
 // As the harness takes them: an edit of a text has been interrupted, with another text in its
 // place.
 void drawUndo(const fs::path& folder, const std::string& name, const std::string& edited,
@@ -244,5 +257,6 @@ int main(int argumentCount, char** arguments) {
   drawRecordings(folder);
   drawStreams(folder);
   drawTables(folder);
+  drawExpressions(folder);
   drawUndos(folder);
 }
