@@ -24,7 +24,13 @@ LAYERS = [
     ["toolkit/tables"],
     ["toolkit/logs"],
     ["toolkit/video"],
-    ["toolkit/comparison", "toolkit/copying", "toolkit/creating", "toolkit/editing", "toolkit/pictures"]
+    [
+        "toolkit/comparison",
+        "toolkit/copying",
+        "toolkit/creating",
+        "toolkit/editing",
+        "toolkit/pictures",
+    ]
     + ["toolkit/rescue"],
     ["tools/velmar-video/program", "python/core"],
     ["tools/velmar-video/commands"],
