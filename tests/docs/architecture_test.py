@@ -30,8 +30,8 @@ LAYERS = [
         "toolkit/creating",
         "toolkit/editing",
         "toolkit/pictures",
-    ]
-    + ["toolkit/rescue"],
+        "toolkit/rescue",
+    ],
     ["tools/velmar-video/program", "python/core"],
     ["tools/velmar-video/commands"],
     ["tools/velmar-video", "tools/reference"],
