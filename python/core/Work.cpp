@@ -88,7 +88,7 @@ py::tuple recover(const std::string& leftover, const std::string& output, const 
   request.describe = [&](toolkit::RecordingDescription& description) {
     if (deviceId) description.deviceId = *deviceId;
   };
-  request.changesHeader = overwrite;
+  request.changesHeader = true;  // what is given in a program is meant
   PythonJob job;
   toolkit::Recovered recovered;
   {

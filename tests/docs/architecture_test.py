@@ -24,8 +24,14 @@ LAYERS = [
     ["toolkit/tables"],
     ["toolkit/logs"],
     ["toolkit/video"],
-    ["toolkit/comparison", "toolkit/copying", "toolkit/creating", "toolkit/editing", "toolkit/pictures"]
-    + ["toolkit/rescue"],
+    [
+        "toolkit/comparison",
+        "toolkit/copying",
+        "toolkit/creating",
+        "toolkit/editing",
+        "toolkit/pictures",
+        "toolkit/rescue",
+    ],
     ["tools/velmar-video/program", "python/core"],
     ["tools/velmar-video/commands"],
     ["tools/velmar-video", "tools/reference"],

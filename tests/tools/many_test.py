@@ -61,20 +61,46 @@ class Many(ToolCase):
         self.assertEqual([len(times(f"cuts/{name}.rtv")) for name in outputs], [2, 1, 2])
         os.remove("day/bad.rtv")
         Path("list").write_bytes(b"day/a2.rtv\0day/late/a2.rtv\0")
+        # Neither is one made twice, nor is an input replaced.
+        self.tool(
+            "cut",
+            "day/a2.rtv",
+            "day/late",
+            "day/a2.rtv",
+            "--output-dir",
+            "out",
+            status=1,
+            says="day/late/a2.rtv: out/a2.rtv is made of day/a2.rtv already",
+        )
+        self.assertEqual(names("out"), ["a2.rtv"])
+        self.tool(
+            "cut",
+            "day",
+            "--recursive",
+            "--output-dir",
+            "day/late",
+            "--force",
+            "--jobs",
+            "1",
+            status=1,
+            says="day/late/a2.rtv: it would be overwritten",
+        )
+        self.assertEqual(len(times("day/late/a2.rtv")), 40)
         both = output(TOOL, "cat", "--files-from", "list", "-0", "--range", "1:2")
         one = output(TOOL, "cat", "day/a2.rtv", "--range", "1:2")
         self.assertEqual(both, one + one)
 
     def test_refusals_come_before_any_work(self):
         for status, says, *arguments in (
+            (2, "--output-dir names no folder", "cut", "day/a2.rtv", "x.rtv", "--output-dir", ""),
+            (2, "--strip names nothing", "cut", "day/a2.rtv", "x.rtv", "--strip", ""),
             (
-                2,
-                "out/a2.rtv would be made of day/a2.rtv and of day/late/a2.rtv",
-                "cut",
-                "day/a2.rtv",
-                "day/late/a2.rtv",
-                "--output-dir",
-                "out",
+                1,
+                "there is no recording to make it of",
+                "concat",
+                "x.rtv",
+                "--files-from",
+                os.devnull,
             ),
             (2, "OUTPUT is missing", "cut", "day/a2.rtv"),
             (2, "several inputs need --output-dir", "export", "a.rtv", "b.rtv", "c.mkv"),
@@ -111,7 +137,15 @@ class Many(ToolCase):
                 "t.csv",
             ),
             (2, "split: --duration, --size or --at-gaps is needed", "split", "day/a2.rtv", "x.rtv"),
-            (2, "--duration is a time such as 60s", "split", "a.rtv", "x.rtv", "--duration", "0s"),
+            (
+                2,
+                "--duration is a number with a unit",
+                "split",
+                "a.rtv",
+                "x.rtv",
+                "--duration",
+                "0s",
+            ),
             (
                 1,
                 "two recordings would have this name",
@@ -206,6 +240,8 @@ class Many(ToolCase):
         self.assertEqual(
             set(output(TOOL, "frames", "bare.rtv", *columns).split()[1:]), {b"0,0,0,0,0"}
         )
+        pictures = output(TOOL, "cat", "bare.rtv")
+        self.assertNotIn(b"Exif", pictures)
         speeds = ["--csv", "--columns", "index,speed_m_s,vehicle_speed"]
         self.assertEqual(
             output(TOOL, "frames", "bare.rtv", *speeds),

@@ -8,13 +8,15 @@ class DeferredStage final : public Job::Stage {
  public:
   explicit DeferredStage(const std::atomic<bool>& isStopped) : isStopped_(isStopped) {}
 
-  void advance(std::size_t done) override { hasFrame_ = done > 0; }
-  bool stopRequested() override { return hasFrame_ && isStopped_; }
-  bool waitReadable(int /*fd*/) override { return !isStopped_; }
+  void advance(std::size_t /*done*/) override {}
+  bool stopRequested() override {
+    if (isStopped_) throw JobStopped();
+    return false;
+  }
+  bool waitReadable(int /*fd*/) override { return !stopRequested(); }
 
  private:
   const std::atomic<bool>& isStopped_;
-  bool hasFrame_ = false;
 };
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "toolkit/copying/Concatenation.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "toolkit/base/Failure.h"
@@ -22,10 +23,12 @@ std::string deviceText(const Recording& recording) {
 }
 
 // What one recording cannot have twice.
-std::vector<Difference> differences(const Recording& oneRecording,
-                                    const Recording& otherRecording) {
-  const RecordingDescription one = oneRecording.description();
-  const RecordingDescription other = otherRecording.description();
+std::vector<Difference> differences(const Recording& oneRecording, const Recording& otherRecording,
+                                    const Strip& strip) {
+  RecordingDescription one = oneRecording.description();
+  RecordingDescription other = otherRecording.description();
+  strip.applyTo(one);
+  strip.applyTo(other);
   // Two that are known are no difference: the frames' positions are counted from one of them.
   const auto position = [](const RecordingDescription& description) {
     return hasStartPosition(description) ? "known" : "not known";
@@ -33,7 +36,8 @@ std::vector<Difference> differences(const Recording& oneRecording,
   std::vector<Difference> all = {
       {"size", toText(one.size()), toText(other.size())},
       {"codec", velmarCodec2String(one.codec), velmarCodec2String(other.codec)},
-      {"device", deviceText(oneRecording), deviceText(otherRecording)},
+      {"device", strip.ids ? "" : deviceText(oneRecording),
+       strip.ids ? "" : deviceText(otherRecording)},
       {"start position", position(one), position(other)},
   };
   std::erase_if(all,
@@ -55,7 +59,8 @@ std::string quietDifferences(const RecordingDescription& one, const RecordingDes
   return joined(list);
 }
 
-void compare(const Recording& winner, const Recording& other, bool isAsked, Job& job) {
+void compare(const Recording& winner, const Recording& other, const Joint& joint, Job& job) {
+  const bool isAsked = joint.winner != nullptr;
   const RecordingDescription kept = winner.description();
   const RecordingDescription left = other.description();
   if (winner.isRtv() && kept.version != left.version) {
@@ -64,7 +69,7 @@ void compare(const Recording& winner, const Recording& other, bool isAsked, Job&
         "its version is another one than that of " + winner.path() + "; convert can change it",
         VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
   }
-  for (const Difference& difference : differences(winner, other)) {
+  for (const Difference& difference : differences(winner, other, joint.strip)) {
     const std::string words = "its " + difference.what + " is " + difference.other + ", that of " +
                               winner.path() + " is " + difference.one;
     if (!isAsked) {
@@ -91,10 +96,14 @@ class Overlap {
 
   std::vector<unsigned int> framesOf(const Recording& recording) {
     std::vector<unsigned int> frames = allFrames(recording);
-    const std::uint64_t end = end_;
-    const auto isEarly = [&](unsigned int frame) { return recording.sensorTime(frame) <= end; };
+    const std::optional<std::uint64_t> end = end_;
+    const auto isEarly = [&](unsigned int frame) {
+      return end && recording.sensorTime(frame) <= *end;
+    };
     const auto early = std::count_if(frames.begin(), frames.end(), isEarly);
-    for (const unsigned int frame : frames) end_ = std::max(end_, recording.sensorTime(frame));
+    for (const unsigned int frame : frames) {
+      end_ = std::max(end_.value_or(0), recording.sensorTime(frame));
+    }
     if (early == 0) return frames;
     const std::string count = std::to_string(frames.size());
     const bool areAll = static_cast<std::size_t>(early) == frames.size();
@@ -113,7 +122,7 @@ class Overlap {
  private:
   bool drops_;
   std::vector<std::pair<std::string, std::string>> words_;  // of a file
-  std::uint64_t end_ = 0;                                   // the latest capture so far
+  std::optional<std::uint64_t> end_;                        // the latest capture so far
 };
 
 }  // namespace
@@ -124,16 +133,16 @@ std::uint64_t captureStart(const Recording& recording) {
 
 void concatenate(const std::vector<const Recording*>& recordings, const Joint& joint,
                  const std::string& output, Job& job) {
-  const bool isAsked = joint.winner != nullptr;
-  const Recording& winner = isAsked ? *joint.winner : *recordings.front();
+  const Recording& winner = joint.winner != nullptr ? *joint.winner : *recordings.front();
   RecordingDescription description = winner.description();
   if (!joint.strip.ids) checkDeviceId(winner, job);
   std::vector<FrameRange> ranges;
   Overlap overlap(joint.dropsOverlap);
   for (const Recording* recording : recordings) {
-    compare(winner, *recording, isAsked, job);
+    compare(winner, *recording, joint, job);
     description.startTime = std::min(description.startTime, recording->description().startTime);
-    ranges.push_back({recording, overlap.framesOf(*recording), rebaseTo(description, *recording)});
+    ranges.push_back({recording, overlap.framesOf(*recording),
+                      joint.strip.positions ? Rebase() : rebaseTo(description, *recording)});
   }
   std::erase_if(ranges, [](const FrameRange& range) { return range.frames.empty(); });
   copyFrames(ranges, output, description, job, joint.strip);

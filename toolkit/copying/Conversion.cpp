@@ -23,11 +23,12 @@ bool fitsVersion02(const FrameTag& tag) {
 
 // What of the frames gets lost.
 struct FrameContents {
-  explicit FrameContents(const Recording& recording) {
+  FrameContents(const Recording& recording, const Strip& strip) {
     const unsigned int count = recording.framesCount();
     for (unsigned int i = 0; i < count; ++i) {
       const FrameTimes times = recording.times(i);
-      const FrameTag tag = recording.tag(i);
+      FrameTag tag = recording.tag(i);
+      if (strip.positions) tag.clearPosition();
       hasArrivalTimes |= times.arrived != times.sensor;
       hasMicroseconds |= times.sensor % kMillisecond != 0;
       hasPositions |= tag.hasPosition();
@@ -49,9 +50,11 @@ struct FrameContents {
 
 // What of `from` an img cannot hold.
 std::vector<std::string> lostInImg(const RecordingDescription& from, const FrameContents& frames,
-                                   const Recording& recording) {
+                                   const Recording& recording, const Strip& strip) {
   std::vector<std::string> lost;
-  if (frames.hasPositions) lost.emplace_back("positions, distances, speeds and headings");
+  if (frames.hasPositions) {
+    lost.emplace_back(strip.positions ? "speeds" : "positions, distances, speeds and headings");
+  }
   if (frames.hasCan) lost.emplace_back("CAN signals");
   if (frames.hasMisreadTimes) lost.emplace_back("times before the start");
   if (hasStartPosition(from)) lost.emplace_back("the start position");
@@ -116,12 +119,15 @@ RecordingDescription convertedDescription(const Recording& recording, const std:
 }
 
 std::vector<std::string> lostInConversion(const Recording& recording, const std::string& output,
-                                          version_e version) {
-  const RecordingDescription from = recording.description();
-  const FrameContents frames(recording);
-  std::vector<std::string> lost =
-      isRtvPath(output) ? lostInRtv(from, frames, version) : lostInImg(from, frames, recording);
-  if (!recording.hasPlainDeviceId()) lost.emplace_back("the exact text of the device id");
+                                          version_e version, const Strip& strip) {
+  RecordingDescription from = recording.description();
+  strip.applyTo(from);
+  const FrameContents frames(recording, strip);
+  std::vector<std::string> lost = isRtvPath(output) ? lostInRtv(from, frames, version)
+                                                    : lostInImg(from, frames, recording, strip);
+  if (!strip.ids && !recording.hasPlainDeviceId()) {
+    lost.emplace_back("the exact text of the device id");
+  }
   return lost;
 }
 

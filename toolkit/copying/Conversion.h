@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "toolkit/copying/Strip.h"
 #include "toolkit/recording/Recording.h"
 
 namespace velmar::toolkit {
@@ -16,8 +17,9 @@ RecordingDescription convertedDescription(const Recording& recording, const std:
                                           std::optional<version_e> version);
 
 /// What of the recording `output` cannot hold, in words.
+/// \param strip  is left out anyway
 std::vector<std::string> lostInConversion(const Recording& recording, const std::string& output,
-                                          version_e version);
+                                          version_e version, const Strip& strip = {});
 
 }  // namespace velmar::toolkit
 

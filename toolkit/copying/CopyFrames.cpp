@@ -89,7 +89,9 @@ class CopiedFrames final : public FrameSource {
       news_->add(index, index, std::string("copied with another time: it has ") + kMisreadTime);
     }
     frame.times = recording.times(index);
-    strip_.applyTo(frame);
+    if (!strip_.applyTo(frame)) {
+      news_->add(index, index, "copied with what its JPEG may tell: it is damaged");
+    }
     return true;
   }
 
@@ -142,7 +144,7 @@ void copyFrames(const std::vector<FrameRange>& ranges, const std::string& output
   CopiedFrames frames(ranges, output, description, strip, job);
   checkFramesCount(output, frames.count());
   checkTimes(ranges, output, description);
-  if (!strip.positions) checkPositions(ranges, description.version);
+  checkPositions(ranges, description.version);
   const auto count = static_cast<unsigned int>(frames.count());
   recordFrames(frames, {output, description, count}, job);
 }

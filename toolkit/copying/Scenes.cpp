@@ -96,8 +96,8 @@ std::size_t countOf(const std::vector<Scene>& scenes) {
 
 // Each has to have one of its own.
 std::vector<std::string> pathsOf(const Recording& recording, const std::vector<Scene>& scenes,
-                                 const std::string& output) {
-  const NumberedName name(output);
+                                 const SceneOutput& output) {
+  const NumberedName name(output.path, output.isPattern);
   std::vector<std::string> paths;
   std::set<std::string> seen;
   for (const Scene& scene : scenes) {
@@ -206,9 +206,11 @@ std::string sceneLine(const Recording& recording, const std::string& path, const
 void copyScenes(const Recording& recording, const std::vector<Scene>& scenes,
                 const SceneOutput& output, Job& job,
                 const std::function<void(const std::string& path, const Scene& scene)>& done) {
-  const std::vector<std::string> paths = pathsOf(recording, scenes, output.path);
+  const std::vector<std::string> paths = pathsOf(recording, scenes, output);
+  std::vector<std::string> inputs = output.inputs;
+  inputs.push_back(recording.path());
   const auto reserve = [&](std::size_t at) {
-    return ReservedOutput(paths[at], {recording.path()}, output.force);
+    return ReservedOutput(paths[at], inputs, output.force);
   };
   SceneJob sceneJob(job, output.path, countOf(scenes));
   for (std::size_t i = 0; i < scenes.size(); ++i) reserve(i);

@@ -46,9 +46,11 @@ std::vector<Scene> partsOf(const Recording& recording, const PartForm& form);
 
 /// Where scenes go.
 struct SceneOutput {
-  std::string path;  ///< the names are made of it; see NumberedName
+  std::string path;       ///< the names are made of it; see NumberedName
+  bool isPattern = true;  ///< the same
   bool force = false;
   Strip strip = {};
+  std::vector<std::string> inputs = {};  ///< that must not be replaced, beside the recording
 };
 
 /// Writes each scene as a recording of its own, and tells `done` of each that is whole. All names

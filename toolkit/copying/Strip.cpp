@@ -1,6 +1,7 @@
 #include "toolkit/copying/Strip.h"
 
 #include <sstream>
+#include <utility>
 
 #include "toolkit/base/Failure.h"
 #include "toolkit/jpeg/JpegMetaData.h"
@@ -9,6 +10,7 @@ namespace velmar::toolkit {
 
 Strip Strip::named(const std::string& names) {
   Strip strip;
+  if (names.empty()) throw UsageError("--strip names nothing");
   std::istringstream list(names);
   for (std::string name; std::getline(list, name, ',');) {
     if (name == "positions") {
@@ -29,9 +31,12 @@ void Strip::applyTo(RecordingDescription& description) const {
   if (ids) description.deviceId.clear();
 }
 
-void Strip::applyTo(NewFrame& frame) const {
+bool Strip::applyTo(NewFrame& frame) const {
   if (positions) frame.tag.clearPosition();
-  if (exif) frame.jpeg = withoutMetaData(frame.jpeg);
+  if (!exif) return true;
+  auto stripped = withoutMetaData(frame.jpeg);
+  if (stripped) frame.jpeg = std::move(*stripped);
+  return stripped.has_value();
 }
 
 }  // namespace velmar::toolkit

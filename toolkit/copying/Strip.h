@@ -14,7 +14,8 @@ struct Strip {
   static Strip named(const std::string& names);
 
   void applyTo(RecordingDescription& description) const;
-  void applyTo(NewFrame& frame) const;
+  /// False if the JPEG keeps its metadata, since it is too damaged to find them.
+  bool applyTo(NewFrame& frame) const;
 
   bool positions = false;  ///< start position, places, distances and directions of the frames
   bool ids = false;        ///< device id

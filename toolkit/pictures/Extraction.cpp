@@ -12,7 +12,7 @@
 #include "toolkit/jpeg/DecodingLimits.h"
 #include "toolkit/recording/FramePlaces.h"
 #include "toolkit/tables/FrameLine.h"
-#include "toolkit/writing/OutputFolder.h"
+#include "toolkit/writing/OutputFolders.h"
 
 namespace velmar::toolkit {
 
@@ -49,7 +49,8 @@ std::vector<std::string> Extraction::outputs() const {
 
 void Extraction::run(unsigned int threads, Job& job) {
   noteState(source_.recording(), job);
-  const OutputFolder folder(folder_.path);
+  OutputFolders folders;
+  folders.make(folder_.path);
   runThreads(threads, *job.begin(folder_.path, frames_.size()));
   const auto count = static_cast<std::size_t>(std::count(written_.begin(), written_.end(), 1));
   if (failure_) std::rethrow_exception(failure_);

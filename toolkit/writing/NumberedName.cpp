@@ -37,17 +37,23 @@ std::string padded(std::size_t number, std::size_t width) {
 
 }  // namespace
 
-NumberedName::NumberedName(const std::string& path) : pattern_(path) {
-  for (std::size_t at = path.find('%'); at != path.npos; at = path.find('%', at + 1)) {
-    const std::string_view conversion = std::string_view(path).substr(at);
+NumberedName::NumberedName(const std::string& path, bool isPattern) {
+  const std::size_t name = path.rfind('/') + 1;  // 0 if there is no folder
+  start_ = path.substr(0, name);
+  pattern_ = path.substr(name);
+  for (std::size_t at = 0; isPattern && at < pattern_.size(); ++at) {
+    const std::string_view conversion = std::string_view(pattern_).substr(at);
     if (digitsOf(conversion) || placeInTime(conversion)) return;
   }
-  pattern_.insert(std::min(path.rfind('.'), path.size()), "-%04d");
+  const std::size_t dot = std::min(pattern_.rfind('.'), pattern_.size());
+  // Nothing in it is a conversion, or is to be one.
+  start_ += pattern_.substr(0, dot);
+  pattern_ = "-%04d" + pattern_.substr(dot);
 }
 
 std::string NumberedName::at(std::size_t number, std::uint64_t time) const {
   const std::string text = formatTime(std::min(time, kLastFormattedTime));
-  std::string name;
+  std::string name = start_;
   for (std::string_view rest = pattern_; !rest.empty();) {
     std::size_t used = 1;
     if (const auto digits = digitsOf(rest)) {

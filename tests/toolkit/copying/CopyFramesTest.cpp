@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <tuple>
 
 #include "support/Pictures.h"
@@ -86,7 +87,7 @@ TEST(CopyFrames, FinishesWhatIsThereWhenItIsToStop) {
 }
 
 TEST(CopyFrames, StripsWhatTellsAboutPicturesAndNothingElse) {
-  const std::string jpeg = withoutMetaData(numberedJpeg(0));
+  const std::string jpeg = withoutMetaData(numberedJpeg(0)).value();
   EXPECT_LT(jpeg.size(), numberedJpeg(0).size());  // it has its number in a comment
   const std::string rest = jpeg.substr(2);
   const auto segment = [](unsigned char marker, const std::string& bytes) {
@@ -96,15 +97,31 @@ TEST(CopyFrames, StripsWhatTellsAboutPicturesAndNothingElse) {
   const std::string start = jpeg.substr(0, 2);
   const std::string icc = segment(0xE2, "ICC_PROFILE");
   const std::string exif = segment(0xE1, std::string("Exif\0\0\xFF\xDA", 8));
-  const std::tuple<std::string, std::string> cases[] = {
+  const std::string end = "\xFF\xD9";
+  const std::string scans = rest.substr(0, rest.size() - end.size());
+  const std::tuple<std::string, std::optional<std::string>> cases[] = {
       {jpeg, jpeg},
       {start + exif + icc + segment(0xED, "iptc") + "\xFF\xFF" + segment(0xFE, "") + rest,
-       start + icc + "\xFF\xFF" + rest},
-      {jpeg + exif, jpeg + exif},
-      {start + exif.substr(0, 9), start + exif.substr(0, 9)},
-      {"no" + exif, "no" + exif},
-      {start, start}};
+       start + icc + rest},
+      {start + "?" + exif + rest, jpeg},
+      {start + scans + exif + end, jpeg},
+      {jpeg + start + exif + rest, jpeg},
+      {start + exif + scans, start + scans},
+      {start + exif.substr(0, 9), std::nullopt},
+      {"no" + exif + rest, std::nullopt},
+      {start, std::nullopt},
+      {start + end, std::nullopt}};
   for (const auto& [given, stripped] : cases) EXPECT_EQ(withoutMetaData(given), stripped);
+
+  const TempFolder folder;
+  recordFrames(folder / "a.img", {numberedJpeg(0), "no picture"});
+  const Recording a(folder / "a.img");
+  TestJob job;
+  copyFrames({{&a, {0}}}, folder / "copy.img", a.description(), job, Strip::named("exif"));
+  EXPECT_EQ(framesOf(folder / "copy.img"), Lines{jpeg});
+  EXPECT_EQ(job.lines, Lines());
+  copyFrames({{&a, {0, 1}}}, folder / "copy.img", a.description(), job, Strip::named("exif"));
+  EXPECT_EQ(job.lines.back(), "a.img frame 1 is copied with what its JPEG may tell: it is damaged");
 }
 
 TEST(CopyFrames, LeavesNothingBehindIfNoFrameCanBeHad) {

@@ -28,10 +28,12 @@ TEST(NumberedName, CountsInThePatternOrBeforeTheExtension) {
       {"50%-%03d.rtv", 2, "50%-002.rtv"},
       {"%Y%m%d-%H%M%S_%d_%02d%.img", 3, "20231114-221320_14_03%.img"},
       {"100%.img", 3, "100%-0003.img"},
+      {"%d/a.img", 3, "%d/a-0003.img"},
       {".img", 3, "-0003.img"}};
   for (const auto& [path, number, name] : cases) {
     EXPECT_EQ(NumberedName(path).at(number, kTime), name);
   }
+  EXPECT_EQ(NumberedName("50%done-%02d.img", false).at(3, kTime), "50%done-%02d-0003.img");
 }
 
 class ScenesTest : public testing::Test {
@@ -96,7 +98,7 @@ TEST_F(ScenesTest, AreWrittenOnlyIfAllCanBe) {
   TestJob job;
   std::vector<std::string> made;
   const auto copy = [&](bool force, TestJob& told) {
-    copyScenes(recording, {{0, 1}, {3, 3}, {6, 9}}, {folder_ / "s.img", force}, told,
+    copyScenes(recording, {{0, 1}, {3, 3}, {6, 9}}, {folder_ / "s.img", true, force}, told,
                [&](const std::string& path, const Scene& /*scene*/) { made.push_back(path); });
   };
   writeFile(folder_ / "s-0003.img", "precious");

@@ -35,14 +35,20 @@ ExitStatus concat(const Options& options, CommandJob& job) {
   checkExtension(options.output);
   const std::vector<std::string> inputs = options.inputs.files(job);
   if (job.status() != ExitStatus::Done) return job.status();
+  if (inputs.empty()) {
+    throw Failure(options.output, "there is no recording to make it of",
+                  VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+  }
   for (const std::string& input : inputs) {
     checkExtension(input);
     checkSameContainer(input, options.output);
   }
   const ReservedOutput reserved(options.output, inputs, !options.force.empty());
   std::vector<Recording> recordings;
+  recordings.reserve(inputs.size());
   for (const std::string& input : inputs) recordings.push_back(openRecording(input, job));
   std::vector<const Recording*> ordered;
+  ordered.reserve(recordings.size());
   for (const Recording& recording : recordings) ordered.push_back(&recording);
   if (!options.inOrder) {
     std::stable_sort(ordered.begin(), ordered.end(), [](auto* one, auto* other) {

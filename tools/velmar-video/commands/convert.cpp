@@ -26,7 +26,8 @@ ExitStatus convert(const Options& options, CommandJob& job) {
   checkFramesCount(options.output, recording.framesCount());
   const RecordingDescription description =
       convertedDescription(recording, options.output, options.rtvVersion.version(options.output));
-  const std::string lost = joined(lostInConversion(recording, options.output, description.version));
+  const std::string lost =
+      joined(lostInConversion(recording, options.output, description.version, options.strip));
   if (options.strict && !lost.empty()) {
     throw Failure(options.output, "it could not hold " + lost,
                   VELMAR_ERROR_CODE_INVALID_PARAMETER_E);

@@ -23,9 +23,8 @@ struct Options {
 
 // Makes a recording of each run of the frames.
 void cutScenes(const Recording& recording, const std::vector<unsigned int>& frames,
-               const std::string& path, const Options& options, Job& job, StandardOutput& output) {
-  copyScenes(recording, scenesOf(recording, frames, options.form),
-             {path, options.force, options.strip}, job,
+               const SceneOutput& scenes, const SceneForm& form, Job& job, StandardOutput& output) {
+  copyScenes(recording, scenesOf(recording, frames, form), scenes, job,
              [&](const std::string& made, const Scene& scene) {
                output.write(sceneLine(recording, made, scene));
              });
@@ -35,21 +34,28 @@ ExitStatus cut(const Options& options, CommandJob& job) {
   const auto tasks = options.outputs.tasks(job, isRecordingName, "recording",
                                            [](const std::string& name) { return name; });
   const bool makesScenes = options.where->count() > 0;
+  const std::vector<std::string> inputs = inputsOf(tasks);
+  OutputFolders folders;
   SelectedFrames selected(options.selection, tasks.size());
   const auto work = [&](std::size_t at, Job& fileJob, StandardOutput& output) {
     const auto& [input, path] = tasks[at];
+    checkExtension(input);
     checkExtension(path);
     checkSameContainer(input, path);
     const Recording recording = openRecording(input, fileJob);
     const auto frames = selected.of(recording);
     if (frames.empty()) return;
     if (!options.strip.ids) checkDeviceId(recording, fileJob);
-    const auto folder = options.outputs.makeFolder(tasks[at]);
-    if (makesScenes) return cutScenes(recording, frames, path, options, fileJob, output);
-    const ReservedOutput reserved(path, {input}, options.force);
+    options.outputs.makeFolder(tasks[at], folders);
+    if (makesScenes) {
+      const SceneOutput scenes{path, !options.outputs.areMany(), options.force, options.strip,
+                               inputs};
+      return cutScenes(recording, frames, scenes, options.form, fileJob, output);
+    }
+    const ReservedOutput reserved(path, inputs, options.force);
     copyFrames({{&recording, frames}}, path, recording.description(), fileJob, options.strip);
   };
-  forEachFile(tasks.size(), options.jobs.count(), "recordings", work, job);
+  forEachFile(inputs, options.jobs.count(), "recordings", work, job);
   selected.check(job);
   return job.status();
 }
@@ -57,11 +63,12 @@ ExitStatus cut(const Options& options, CommandJob& job) {
 void checkUsage(const Options& options) { options.outputs.checkUsage("cut"); }
 
 void addOptions(CLI::App& command, Options& options) {
-  options.outputs.addTo(
-      command,
-      "The recording, and the one to make; with --where the name that those of the scenes are made "
-      "of: scene-0001.rtv, or %04d in it is the number; with --output-dir recordings, and folders "
-      "of them");
+  options.outputs.addTo(command,
+                        "INPUT OUTPUT: the recording, and the one to make. With --where OUTPUT is "
+                        "the name that those "
+                        "of the scenes are made of: " +
+                            std::string(kNumberedNames) +
+                            ". With --output-dir: recordings, and folders of them");
   auto* where = addRecordingSelectionOptions(command, options.selection);
   where->excludes(command.get_option("--every"));
   options.where = where;

@@ -37,7 +37,7 @@ std::string valueText(const std::string& name, const Json::Value& value) {
   if (value.isNull() || value == "") return "-";
   if (name.ends_with("_time_us")) return formatTime(value.asUInt64());
   if (value.isString()) return printable(value.asString());
-  return value.isDouble() ? numberText(value.asDouble()) : shownJson(value);
+  return value.type() == Json::realValue ? numberText(value.asDouble()) : shownJson(value);
 }
 
 template <typename Difference>
@@ -127,7 +127,7 @@ std::string jsonOf(const FramePairs& frames) {
 template <typename Difference>
 std::string valuesJson(const Difference& difference) {
   const auto json = [](const Json::Value& value) {
-    return value.isDouble() ? numberText(value.asDouble()) : toJsonText(value);
+    return value.type() == Json::realValue ? numberText(value.asDouble()) : toJsonText(value);
   };
   return ",\"a\":" + json(difference.a) + ",\"b\":" + json(difference.b);
 }

@@ -1,11 +1,14 @@
+#include <sys/stat.h>
+
 #include <algorithm>
-#include <filesystem>
 #include <map>
 #include <optional>
 #include <set>
 #include <sstream>
+#include <utility>
 
 #include "program/DescriptionOptions.h"
+#include "program/EachFile.h"
 #include "program/InputOptions.h"
 #include "program/LogOptions.h"
 #include "program/StandardOutput.h"
@@ -128,11 +131,11 @@ struct Summary {
 // One that is named twice must not be shifted twice.
 std::vector<std::string> withoutRepetitions(const std::vector<std::string>& files) {
   std::vector<std::string> once;
-  std::set<std::string> seen;
+  std::set<std::pair<dev_t, ino_t>> seen;
   for (const std::string& file : files) {
-    std::error_code error;
-    const auto path = std::filesystem::canonical(file, error);
-    if (error || seen.insert(path).second) once.push_back(file);
+    struct stat status {};
+    const bool isThere = stat(file.c_str(), &status) == 0;
+    if (!isThere || seen.emplace(status.st_dev, status.st_ino).second) once.push_back(file);
   }
   return once;
 }
@@ -143,9 +146,10 @@ void editFile(const std::string& file, bool isNamed, Edits& edits, Summary& summ
   std::string text;
   try {
     text = edits.edit(file);
-  } catch (const Failure& failure) {
+  } catch (...) {
+    if (!isNamed) throw;
     ++summary.failed;
-    return job.fail(failure);
+    return job.fail(failureOf(file, std::current_exception()));
   }
   if (!text.empty()) ++summary.changed;
   output.write(printableLines(text.empty() ? "nothing to change" : text,
@@ -155,7 +159,7 @@ void editFile(const std::string& file, bool isNamed, Edits& edits, Summary& summ
 
 ExitStatus edit(const Options& options, CommandJob& job) {
   const std::vector<std::string> files = withoutRepetitions(options.inputs.files(job));
-  const bool isOne = files.size() < 2;
+  const bool isOne = options.inputs.isOneFile();
   if (!isOne && options.namesFrames()) {
     throw UsageError(
         "edit: --sensor-time, --arrived-time, --times and --tags are for the frames of one "

@@ -29,25 +29,27 @@ ExitStatus exportFrames(const Options& options, CommandJob& job) {
       options.outputs.tasks(job, isRecordingName, "recording", [&](const auto& name) {
         return std::filesystem::path(name).replace_extension(options.kind).string();
       });
+  const std::vector<std::string> inputs = inputsOf(tasks);
+  OutputFolders folders;
   SelectedFrames selected(options.selection, tasks.size());
   const auto work = [&](std::size_t at, Job& fileJob, StandardOutput& /*output*/) {
     const auto& [input, output] = tasks[at];
     videoContainer(output);
-    checkOutput(output, {input}, options.force);
+    checkOutput(output, inputs, options.force);
     const Recording recording = openRecording(input, fileJob);
     const auto frames = selected.of(recording);
     if (frames.empty()) return;
-    const auto folder = options.outputs.makeFolder(tasks[at]);
+    options.outputs.makeFolder(tasks[at], folders);
     exportVideo(recording, frames, {output, options.constantRate}, fileJob);
   };
-  forEachFile(tasks.size(), options.jobs.count(), "recordings", work, job);
+  forEachFile(inputs, options.jobs.count(), "recordings", work, job);
   selected.check(job);
   return job.status();
 }
 
 void checkUsage(const Options& options) {
   options.outputs.checkUsage("export");
-  const bool areMany = !options.outputs.folder.empty();
+  const bool areMany = options.outputs.areMany();
   if (!areMany && options.kindOption->count() > 0) {
     throw UsageError("export: --as goes with --output-dir; the name of OUTPUT says what it is");
   }
@@ -57,9 +59,11 @@ void checkUsage(const Options& options) {
 }
 
 void addOptions(CLI::App& command, Options& options) {
-  options.outputs.addTo(command,
-                        "The recording, and the video to make: OUTPUT.mkv, OUTPUT.mp4, OUTPUT.mov "
-                        "or OUTPUT.avi; with --output-dir recordings, and folders of them");
+  options.outputs.addTo(
+      command,
+      "INPUT OUTPUT: the recording, and the video to make, OUTPUT.mkv, OUTPUT.mp4, "
+      "OUTPUT.mov or OUTPUT.avi. With --output-dir: recordings, and folders of "
+      "them");
   options.kindOption =
       command
           .add_option("--as", options.kind,

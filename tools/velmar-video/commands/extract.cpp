@@ -64,17 +64,19 @@ ExitStatus extract(const Options& options, CommandJob& job) {
   if (options.inputs.isOneFile()) {
     tasks.push_back({options.inputs.inputs.front(), options.folder.path});
   } else {
-    tasks = tasksInFolder(options.inputs.find(job, isRecordingName, "recording"),
-                          options.folder.path, [](const std::string& name) {
-                            return std::filesystem::path(name).replace_extension().string();
-                          });
+    tasks = tasksInFolder(
+        options.inputs.find(job, isRecordingName, "recording"), options.folder.path,
+        [](const std::string& name) {
+          return std::filesystem::path(name).replace_extension().string();
+        },
+        job);
   }
   SelectedFrames selected(options.selection, tasks.size());
   const auto work = [&](std::size_t at, Job& fileJob, StandardOutput& /*output*/) {
     extractFrames(tasks[at], options, selected, fileJob);
   };
   // The frames of one are shared out to the threads.
-  forEachFile(tasks.size(), 1, "recordings", work, job);
+  forEachFile(inputsOf(tasks), 1, "recordings", work, job);
   selected.check(job);
   return job.status();
 }

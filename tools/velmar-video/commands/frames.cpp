@@ -94,7 +94,7 @@ void writeTracks(const Options& options, const Recording& recording,
 class FrameList {
  public:
   explicit FrameList(const Options& options)
-      : options_(options), table_(options.files.size() == 1 ? FrameTable() : columns(nullptr)) {
+      : options_(options), table_(options.inputs.isOneFile() ? FrameTable() : columns(nullptr)) {
     for (const std::string& file : options.files) {
       fileWidth_ = std::max(fileWidth_, printable(file).size());
     }
@@ -103,13 +103,13 @@ class FrameList {
   // Of several recordings; one alone has its own with its first frame.
   void writeHeader() const {
     StandardOutput output;
-    if (options_.files.size() > 1) output.write(header(table_));
+    if (!options_.inputs.isOneFile()) output.write(header(table_));
     output.flush();
   }
 
   void add(const Recording& recording, const std::vector<unsigned int>& frames, Job& job,
            StandardOutput& output) const {
-    const bool isOne = options_.files.size() == 1;
+    const bool isOne = options_.inputs.isOneFile();
     const FrameTable table = isOne ? columns(&recording) : table_;
     if (isOne) output.write(header(table));
     FrameNews news(recording.path(), job);
@@ -204,7 +204,7 @@ ExitStatus showFrames(const Options& given, CommandJob& job) {
     if (options.lists()) list.add(recording, frames, fileJob, output);
     writeTracks(options, recording, frames);
   };
-  forEachFile(options.files.size(), options.jobs.count(), "recordings", work, job);
+  forEachFile(options.files, options.jobs.count(), "recordings", work, job);
   selected.check(job);
   return job.status();
 }

@@ -149,7 +149,7 @@ ExitStatus showInfo(const Options& options, CommandJob& job) {
     const Info info = readInfo(files[at], fileJob);
     output.write(options.json ? jsonLine(info) : textBlock(info));
   };
-  forEachFile(files.size(), options.jobs.count(), "recordings", work, job);
+  forEachFile(files, options.jobs.count(), "recordings", work, job);
   return job.status();
 }
 

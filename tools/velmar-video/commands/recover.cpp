@@ -6,6 +6,7 @@
 #include "program/OutputOptions.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
+#include "toolkit/base/LockHolder.h"
 #include "toolkit/base/UndoFile.h"
 #include "toolkit/recording/OpenFailure.h"
 #include "toolkit/recording/Recording.h"
@@ -43,11 +44,13 @@ LeftoverTimes timesOf(const Options& options, Job& job) {
 }
 
 // The files that are read must not be written.
-ReservedOutput reserveOutput(const OutputTask& task, const Options& options) {
+ReservedOutput reserveOutput(const OutputTask& task, const Options& options,
+                             std::vector<std::string> inputs) {
   checkExtension(task.output);
   checkLeftoverName(task.input, task.output);
-  std::vector<std::string> inputs = options.description.inputs();
-  inputs.insert(inputs.end(), {task.input, task.input + ".index"});
+  const std::vector<std::string> described = options.description.inputs();
+  inputs.insert(inputs.end(), described.begin(), described.end());
+  inputs.push_back(task.input + ".index");
   if (!options.timesFile.empty()) inputs.push_back(options.timesFile);
   checkOutput(task.output, inputs, options.force);
   // What an earlier recover left when it was interrupted can be made again.
@@ -87,8 +90,6 @@ struct Summary {
 
 void recoverFile(const OutputTask& task, const Options& options, Job& job, StandardOutput& output,
                  Summary& summary) {
-  const auto folder = options.outputs.makeFolder(task);
-  const ReservedOutput reserved = reserveOutput(task, options);
   RecoveryRequest request{task.input, task.output};
   request.times = timesOf(options, job);
   request.version = options.description.rtvVersion.version(task.output);
@@ -107,6 +108,13 @@ void recoverFile(const OutputTask& task, const Options& options, Job& job, Stand
   summary.framesCount += recovered.framesCount;
 }
 
+// What is in a folder need not be a leftover.
+void refuseRunning(const std::string& file) {
+  if (const auto holder = lockHolder(file)) {
+    throw Failure(file, *holder + " is recording to it", VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
+  }
+}
+
 bool isLeftoverName(const std::string& path) {
   return path.ends_with(".tmp") && isRecordingName(path.substr(0, path.size() - 4));
 }
@@ -120,17 +128,17 @@ ExitStatus recover(const Options& options, CommandJob& job) {
   };
   const auto tasks = options.outputs.tasks(job, isLeftoverName,
                                            "interrupted recording (*.img.tmp, *.rtv.tmp)", nameOf);
+  const std::vector<std::string> inputs = inputsOf(tasks);
+  OutputFolders folders;
   Summary summary;
   const auto work = [&](std::size_t at, Job& fileJob, StandardOutput& output) {
-    try {
-      recoverFile(tasks[at], options, fileJob, output, summary);
-    } catch (const UsageError& error) {
-      // An option may be for the other container only.
-      throw Failure(tasks[at].input, error.what(), VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
-    }
+    if (options.outputs.areMany()) refuseRunning(tasks[at].input);
+    options.outputs.makeFolder(tasks[at], folders);
+    const ReservedOutput reserved = reserveOutput(tasks[at], options, inputs);
+    recoverFile(tasks[at], options, fileJob, output, summary);
   };
-  forEachFile(tasks.size(), options.jobs.count(), "files", work, job);
-  if (options.outputs.folder.empty()) return job.status();
+  forEachFile(inputs, options.jobs.count(), "files", work, job);
+  if (!options.outputs.areMany()) return job.status();
   StandardOutput output;
   output.write(summary.text(tasks.size()));
   output.flush();
@@ -165,8 +173,11 @@ void checkUsage(const Options& options) {
   if (options.framesPerSecond && !options.timesFile.empty()) {
     throw UsageError("recover: --fps and --times exclude each other");
   }
-  if (outputs.folder.empty()) return checkContainer(outputs.inputs.inputs.at(1), options);
+  if (!outputs.areMany()) return checkContainer(outputs.inputs.inputs.at(1), options);
   if (!options.timesFile.empty()) throw UsageError("recover: --times is of one recording");
+  for (const std::string& file : options.description.inputs()) {
+    if (file == "-") throw UsageError("recover: standard input can be read for one recording only");
+  }
 }
 
 void addTimeOptions(CLI::App& command, Options& options) {

@@ -4,6 +4,7 @@
 #include "program/Tool.h"
 #include "toolkit/copying/CopyFrames.h"
 #include "toolkit/copying/Scenes.h"
+#include "toolkit/text/TimeText.h"
 
 namespace velmar::tool {
 
@@ -36,25 +37,25 @@ void checkUsage(const Options& options) {
   }
 }
 
-// At least a microsecond.
-std::int64_t parseLength(const std::string& option, const std::string& text) {
-  const std::int64_t micros = parseTimeShift(option, text);
-  if (micros > 0) return micros;
-  throw UsageError(option + " is a time such as 60s, longer than 0");
+// A duration that is longer than 0.
+void addLengthOption(CLI::App& command, const std::string& name, const std::string& help,
+                     std::optional<std::int64_t>& micros) {
+  addParsedOption(command, name, "TIME", help, [name, &micros](const std::string& text) {
+    micros = parseDuration(text);
+    if (micros.value_or(0) > 0) return;
+    throw UsageError(name + " is a number with a unit, such as 60s, 500ms or 10min");
+  });
 }
 
 void addOptions(CLI::App& command, Options& options) {
   command.add_option("input", options.input, "The recording")->required();
   command
       .add_option("output", options.output.path,
-                  "The name that those of the parts are made of: drive-0001.img, or %04d in it is "
-                  "the number, and %Y %m %d %H %M %S are the capture of the first frame in UTC")
+                  "The name that those of the parts are made of: " + std::string(kNumberedNames))
       ->required();
-  addParsedOption(command, "--duration", "TIME",
+  addLengthOption(command, "--duration",
                   "How long a part may be, such as 60s or 10min, counted on from frame 0",
-                  [&options](const std::string& text) {
-                    options.form.duration = parseLength("--duration", text);
-                  });
+                  options.form.duration);
   command
       .add_option(
           "--size", options.form.size,
@@ -63,9 +64,8 @@ void addOptions(CLI::App& command, Options& options) {
       ->type_name("BYTES")
       ->transform(CLI::AsSizeValue(false))
       ->check(CLI::PositiveNumber.description(""));
-  addParsedOption(
-      command, "--at-gaps", "TIME", "Between frames that are farther apart than this, such as 2s",
-      [&options](const std::string& text) { options.form.gap = parseLength("--at-gaps", text); });
+  addLengthOption(command, "--at-gaps",
+                  "Between frames that are farther apart than this, such as 2s", options.form.gap);
   addStripOption(command, options.output.strip);
   command.add_flag("--force", options.output.force, "Replace existing outputs");
 }

@@ -1,6 +1,7 @@
 #include "program/EachFile.h"
 
 #include <atomic>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -36,8 +37,26 @@ struct Result {
 
 }  // namespace
 
-void forEachFile(std::size_t count, unsigned int jobs, const std::string& of, const FileWork& work,
-                 CommandJob& job) {
+Failure failureOf(const std::string& file, const std::exception_ptr& thrown) {
+  try {
+    std::rethrow_exception(thrown);
+  } catch (const OutputFailure&) {
+    throw;
+  } catch (const Failure& failure) {
+    return failure;
+  } catch (const UsageError& error) {
+    // An option may be for the other container only.
+    return {file, error.what(), VELMAR_ERROR_CODE_INVALID_PARAMETER_E};
+  } catch (const std::bad_alloc&) {
+    return {file, "there is not enough memory", VELMAR_ERROR_CODE_BUFFER_NOT_ALLOCATED_E};
+  } catch (const std::exception& error) {
+    return {file, error.what(), VELMAR_ERROR_CODE_FILE_OPEN_FAIL_E};
+  }
+}
+
+void forEachFile(const std::vector<std::string>& files, unsigned int jobs, const std::string& of,
+                 const FileWork& work, CommandJob& job) {
+  const std::size_t count = files.size();
   if (count == 1) return workOnOne(work, job);
   std::atomic<bool> isStopped = false;
   std::size_t done = 0;
@@ -47,8 +66,10 @@ void forEachFile(std::size_t count, unsigned int jobs, const std::string& of, co
     result->isBegun = !isStopped;
     try {
       if (result->isBegun) work(at, result->job, result->output);
-    } catch (const Failure& failure) {
-      result->failure = failure;
+    } catch (const JobStopped&) {
+      result->isBegun = false;
+    } catch (...) {
+      result->failure = failureOf(files[at], std::current_exception());
     }
     return result;
   };

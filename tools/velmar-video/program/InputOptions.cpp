@@ -12,8 +12,8 @@
 
 namespace velmar::tool {
 
-void InputOptions::addTo(CLI::App& command, const std::string& help) {
-  command.add_option("file", inputs, help);
+void InputOptions::addTo(CLI::App& command, const std::string& help, const std::string& name) {
+  command.add_option(name, inputs, help);
   command.add_flag("--recursive", recursive, "Also take recordings in the folders below a folder");
   auto* list = command.add_option("--files-from", listFile,
                                   "A file with the names of more files and folders, a line each; "

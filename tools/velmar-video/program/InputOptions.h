@@ -25,7 +25,8 @@ struct InputFile {
 struct InputOptions {
   /// \param help  of what is given
   void addTo(CLI::App& command,
-             const std::string& help = "Recordings, and folders of them (*.img, *.rtv)");
+             const std::string& help = "Recordings, and folders of them (*.img, *.rtv)",
+             const std::string& name = "file");
   /// Throws UsageError if there is none.
   void checkUsage(const std::string& command) const;
   /// Whether it is one name, and not that of a folder.

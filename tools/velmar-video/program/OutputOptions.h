@@ -2,14 +2,14 @@
 #define VELMAR_TOOL_OUTPUT_OPTIONS_H
 
 #include <functional>
-#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "program/CommandJob.h"
 #include "program/InputOptions.h"
 #include "program/Toolkit.h"
-#include "toolkit/writing/OutputFolder.h"
+#include "toolkit/writing/OutputFolders.h"
 
 namespace velmar::tool {
 
@@ -26,27 +26,33 @@ struct OutputOptions {
   void addTo(CLI::App& command, const std::string& help);
   /// Throws UsageError unless there is an INPUT with an OUTPUT, or an input for the folder.
   void checkUsage(const std::string& command) const;
+  /// Whether there may be many.
+  bool areMany() const { return folder.has_value(); }
   /// Whether there is an INPUT alone.
-  bool lacksOutput() const { return folder.empty() && inputs.inputs.size() == 1; }
-  /// Throws UsageError, also if two inputs gave the same output. What cannot be listed makes the
-  /// job fail. \param what    the files to look for in folders, and what one of them is \param
-  /// nameOf  what is made of a file of this name
+  bool lacksOutput() const { return !areMany() && inputs.inputs.size() == 1; }
+  /// What cannot be listed makes the job fail; see also tasksInFolder().
+  /// \param isWanted  says which of the files in a folder are meant
+  /// \param what      names one of them
+  /// \param nameOf    gives what is made of a file its name
   std::vector<OutputTask> tasks(CommandJob& job, bool (*isWanted)(const std::string& path),
                                 const std::string& what,
                                 const std::function<std::string(std::string)>& nameOf) const;
-
-  /// The folder of a task's output, as far as that is made; nothing if it has to be there.
-  std::unique_ptr<OutputFolder> makeFolder(const OutputTask& task) const;
+  /// The folder of a task's output, if there may be many. Otherwise it has to be there.
+  void makeFolder(const OutputTask& task, OutputFolders& folders) const;
 
   InputOptions inputs;  ///< with the OUTPUT behind its INPUT if there is no folder
-  std::string folder;
+  std::optional<std::string> folder;
 };
 
-/// Where each of several files has its output below `folder`: a task for each, in order. Throws
-/// UsageError if two had the same.
+/// Where each of several files has its output below `folder`: a task for each, in order. A file
+/// that is there twice has one; that of two that had the same fails.
 std::vector<OutputTask> tasksInFolder(const std::vector<InputFile>& files,
                                       const std::string& folder,
-                                      const std::function<std::string(std::string)>& nameOf);
+                                      const std::function<std::string(std::string)>& nameOf,
+                                      CommandJob& job);
+
+/// The files that the tasks read.
+std::vector<std::string> inputsOf(const std::vector<OutputTask>& tasks);
 
 }  // namespace velmar::tool
 

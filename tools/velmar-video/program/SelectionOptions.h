@@ -20,6 +20,12 @@ std::vector<const CLI::Option*> addSelectionOptions(CLI::App& command, FrameSele
 /// \return that one
 CLI::Option* addRecordingSelectionOptions(CLI::App& command, FrameSelection& selection);
 
+/// How the names of several outputs are made.
+constexpr char kNumberedNames[] =
+    "drive-0001.img, or %04d in it is the number, and %Y %m %d %H %M %S are the capture of the "
+    "first "
+    "frame in UTC";
+
 /// --strip, which sets `strip`; that has to outlive the parsing.
 void addStripOption(CLI::App& command, Strip& strip);
 
