@@ -1,16 +1,14 @@
 #include "toolkit/recording/FrameLosses.h"
 
 #include "toolkit/base/Failure.h"
+#include "toolkit/text/NumberText.h"
 
 namespace velmar::toolkit {
 
 FrameNews::FrameNews(const std::string& file, Job& job)
     : merger_([file, &job](const Finding& finding) {
-        const std::string first = std::to_string(*finding.frame);
-        const std::string frames = finding.lastFrame ? "frames " + first + " to " +
-                                                           std::to_string(finding.last()) + " are "
-                                                     : "frame " + first + " is ";
-        job.lose(file, frames + finding.text);
+        const std::string frames = framesText(*finding.frame, finding.last());
+        job.lose(file, frames + (finding.lastFrame ? " are " : " is ") + finding.text);
       }) {}
 
 void FrameNews::add(std::uint64_t first, std::uint64_t last, const std::string& words) {

@@ -31,6 +31,12 @@ inline std::string counted(std::uint64_t count, const std::string& noun) {
   return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
+/// "frame 3", "frames 3 to 7"
+inline std::string framesText(std::uint64_t first, std::uint64_t last) {
+  const std::string text = std::to_string(first);
+  return first == last ? "frame " + text : "frames " + text + " to " + std::to_string(last);
+}
+
 /// The value of a text that is a number and nothing else.
 template <typename T>
 std::optional<T> numberOf(std::string_view text) {

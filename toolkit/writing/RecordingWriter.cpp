@@ -91,8 +91,10 @@ void RecordingWriter::writeBack(std::size_t added) {
   bytes_ += added;
   if (bytes_ - writtenBack_ < kPiece) return;
   // Advice: what goes wrong is heard of when the file has to be on the disk.
-  ::sync_file_range(temporary_.get(), static_cast<off64_t>(writtenBack_),
-                    static_cast<off64_t>(bytes_ - writtenBack_), SYNC_FILE_RANGE_WRITE);
+  // To the end of the file: the frames lie behind a header that is not counted here.
+  constexpr off64_t kToEnd = 0;
+  ::sync_file_range(temporary_.get(), static_cast<off64_t>(writtenBack_), kToEnd,
+                    SYNC_FILE_RANGE_WRITE);
   writtenBack_ = bytes_;
 }
 

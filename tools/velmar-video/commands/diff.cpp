@@ -46,12 +46,7 @@ std::string valuesText(const Difference& difference) {
          valueText(difference.name, difference.b);
 }
 
-std::string spanText(std::uint64_t first, std::uint64_t last) {
-  if (first == last) return "frame " + std::to_string(first);
-  return "frames " + std::to_string(first) + " to " + std::to_string(last);
-}
-
-std::string spanText(const FrameSpan& span) { return spanText(span.first, span.end() - 1); }
+std::string spanText(const FrameSpan& span) { return framesText(span.first, span.end() - 1); }
 
 std::string textOf(const FrameDifference& difference) {
   const FrameSpan& frames = difference.frames.a;
@@ -154,7 +149,7 @@ std::string reportJson(const Comparison& comparison, const Recording& a, const R
 void tellUnread(const Recording& recording, const std::vector<Finding>& unread, CommandJob& job) {
   for (const Finding& finding : unread) {
     job.fail({recording.path(),
-              spanText(*finding.frame, finding.last()) + " cannot be compared: " + finding.text,
+              framesText(*finding.frame, finding.last()) + " cannot be compared: " + finding.text,
               VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E});
   }
 }
@@ -185,12 +180,11 @@ void addDiffCommand(Tool& tool) {
       {"diff", "Tell in what two recordings differ.",
        "diff drive.img copy.img\n\n"
        "Compares what info shows, and the frames: their pictures by a hash of the stored bytes,\n"
-       "their times and their tags. Frames that belong together are found by their pictures, "
-       "those\n"
-       "with other pictures by their number or their time, so that what was cut out is said in "
-       "one\n"
-       "line. Frame numbers are those of A. Of an img and an rtv, what both can hold is compared:\n"
-       "times in whole milliseconds, no arrival times, no tags.\n"
+       "their times and their tags. Frames that belong together are found by their pictures,\n"
+       "those with other pictures by their number or their time, so that what was cut out is\n"
+       "said in one line. They are looked for in their order: what stands elsewhere in the other\n"
+       "counts as missing. Frame numbers are those of A. Of an img and an rtv, what both can hold\n"
+       "is compared: times in whole milliseconds, no arrival times, no tags.\n"
        "Exit status 1 if they differ or cannot be read, which standard error tells; 0 if not."},
       {addOptions, diff});
 }

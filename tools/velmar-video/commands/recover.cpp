@@ -199,11 +199,10 @@ void addTimeOptions(CLI::App& command, Options& options) {
 void addOptions(CLI::App& command, Options& options) {
   options.outputs.addTo(
       command,
-      "The temporary file, or a damaged recording, which stays as it is, and the recording to "
-      "make, "
-      "OUTPUT.img or OUTPUT.rtv; an interrupted img has an index journal, INPUT.index, beside it. "
-      "Without OUTPUT, an interrupted edit of INPUT is undone in place. With --output-dir such "
-      "files, and folders with temporary files");
+      "INPUT OUTPUT: the temporary file, or a damaged recording, which stays as it is, and the "
+      "recording to make, OUTPUT.img or OUTPUT.rtv; an interrupted img has an index journal, "
+      "INPUT.index, beside it. INPUT alone: an interrupted edit of it is undone in place. With "
+      "--output-dir: such files, and folders with temporary files");
   addTimeOptions(command, options);
   addParsedOption(command, "--size", "WxH",
                   "Size in pixels to name in the recording, the first frame's if not given",

@@ -54,11 +54,8 @@ const char* nameOf(Finding::Severity severity) {
 
 std::string textOf(const std::string& file, const Finding& finding) {
   std::string text = printable(file) + ": " + nameOf(finding.severity) + ": ";
-  if (finding.lastFrame) {
-    text += "frames " + std::to_string(*finding.frame) + " to " +
-            std::to_string(*finding.lastFrame) + ", the first ";
-  } else if (finding.frame) {
-    text += "frame " + std::to_string(*finding.frame) + " ";
+  if (finding.frame) {
+    text += framesText(*finding.frame, finding.last()) + (finding.lastFrame ? ", the first " : " ");
   }
   if (finding.offset) text += "at byte " + std::to_string(*finding.offset) + ": ";
   return text + printable(finding.text) + "\n";

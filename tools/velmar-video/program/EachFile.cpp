@@ -27,7 +27,7 @@ void workOnOne(const FileWork& work, CommandJob& job) {
 
 // What a file has to tell, once it is its turn.
 struct Result {
-  bool isBegun = false;
+  bool isDone = false;  // also if that failed
   DeferredJob job;
   StandardOutput output{StandardOutput::Mode::Held};
   std::optional<Failure> failure;
@@ -63,22 +63,23 @@ void forEachFile(const std::vector<std::string>& files, unsigned int jobs, const
   const auto stage = job.beginFiles(std::to_string(count) + " " + of, count);
   const auto run = [&](std::size_t at) {
     auto result = std::make_unique<Result>(isStopped);
-    result->isBegun = !isStopped;
+    if (isStopped) return result;
     try {
-      if (result->isBegun) work(at, result->job, result->output);
+      work(at, result->job, result->output);
+      result->isDone = true;
     } catch (const JobStopped&) {
-      result->isBegun = false;
+      // What it has made before, such as whole scenes, is told all the same.
     } catch (...) {
       result->failure = failureOf(files[at], std::current_exception());
+      result->isDone = true;
     }
     return result;
   };
   const auto take = [&](std::size_t /*at*/, std::unique_ptr<Result>& result) {
-    if (!result->isBegun) return true;
     result->output.flush();
     result->job.tell(job);
     if (result->failure) job.fail(*result->failure);
-    stage->advance(++done);
+    if (result->isDone) stage->advance(++done);
     return true;
   };
   inOrder<std::unique_ptr<Result>>(count, jobs, run, take, [&] {
