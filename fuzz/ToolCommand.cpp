@@ -27,8 +27,7 @@ ToolCommand::ToolCommand(std::vector<std::string> arguments) {
 }
 
 bool ToolCommand::run() const try {
-  tool_.run();
-  return true;
+  return tool_.run() != velmar::tool::ExitStatus::Failed;
 } catch (const velmar::toolkit::Failure&) {
   return false;
 }
