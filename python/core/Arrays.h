@@ -4,7 +4,7 @@
 
 #include <pybind11/numpy.h>
 
-#include "toolkit/recording/SharedRecording.h"
+#include "toolkit/frames/SharedRecording.h"
 
 namespace velmar::python {
 

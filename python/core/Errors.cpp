@@ -3,7 +3,7 @@
 #include <pybind11/pybind11.h>
 
 #include "toolkit/base/Failure.h"
-#include "toolkit/recording/SharedRecording.h"
+#include "toolkit/frames/SharedRecording.h"
 #include "toolkit/text/PrintableText.h"
 
 namespace py = pybind11;

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "base/MemoryMap.h"
-#include "toolkit/recording/SharedRecording.h"
+#include "toolkit/frames/SharedRecording.h"
 
 namespace velmar::python {
 

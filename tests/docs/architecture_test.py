@@ -20,6 +20,7 @@ LAYERS = [
     ["toolkit/text", "scene"],
     ["toolkit/jpeg"],
     ["toolkit/recording"],
+    ["toolkit/frames"],
     ["toolkit/writing"],
     ["toolkit/tables"],
     ["toolkit/logs"],

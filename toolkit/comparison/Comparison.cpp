@@ -6,7 +6,7 @@
 #include <unordered_map>
 
 #include "toolkit/base/ContentHash.h"
-#include "toolkit/recording/StoredFrame.h"
+#include "toolkit/frames/StoredFrame.h"
 #include "toolkit/tables/FrameColumns.h"
 #include "toolkit/tables/Track.h"
 #include "toolkit/text/JsonText.h"

@@ -5,8 +5,8 @@
 #include <optional>
 
 #include "toolkit/base/Failure.h"
-#include "toolkit/recording/FrameLosses.h"
-#include "toolkit/recording/StoredFrame.h"
+#include "toolkit/frames/FrameLosses.h"
+#include "toolkit/frames/StoredFrame.h"
 #include "toolkit/writing/RecordFrames.h"
 
 namespace velmar::toolkit {

@@ -9,10 +9,10 @@
 #include <string_view>
 #include <vector>
 
+#include "toolkit/frames/FrameLosses.h"
 #include "toolkit/jpeg/FrameInput.h"
 #include "toolkit/jpeg/JpegInspector.h"
 #include "toolkit/jpeg/JpegStreamSplitter.h"
-#include "toolkit/recording/FrameLosses.h"
 #include "toolkit/writing/RecordingWriter.h"
 
 namespace velmar::toolkit {

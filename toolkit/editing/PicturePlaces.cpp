@@ -1,7 +1,7 @@
 #include "toolkit/editing/PicturePlaces.h"
 
+#include "toolkit/frames/FrameLosses.h"
 #include "toolkit/jpeg/ExifPlace.h"
-#include "toolkit/recording/FrameLosses.h"
 
 namespace velmar::toolkit {
 

@@ -5,8 +5,8 @@
 #include "jpeg/PictureFormat.h"
 #include "scene/Canvas.h"
 #include "toolkit/base/Failure.h"
-#include "toolkit/recording/FrameLosses.h"
-#include "toolkit/recording/FramePixels.h"
+#include "toolkit/frames/FrameLosses.h"
+#include "toolkit/frames/FramePixels.h"
 #include "toolkit/text/TimeText.h"
 
 namespace velmar::toolkit {

@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "toolkit/base/Job.h"
-#include "toolkit/recording/FrameLosses.h"
-#include "toolkit/recording/PictureSource.h"
+#include "toolkit/frames/FrameLosses.h"
+#include "toolkit/frames/PictureSource.h"
 #include "toolkit/recording/Recording.h"
 
 namespace velmar::toolkit {

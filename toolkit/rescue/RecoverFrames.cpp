@@ -8,9 +8,9 @@
 
 #include "base/PublishFile.h"
 #include "toolkit/base/Failure.h"
+#include "toolkit/frames/FrameLosses.h"
 #include "toolkit/jpeg/FrameInput.h"
 #include "toolkit/jpeg/JpegInspector.h"
-#include "toolkit/recording/FrameLosses.h"
 #include "toolkit/writing/RecordFrames.h"
 
 namespace velmar::toolkit {

@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "toolkit/recording/FrameCondition.h"
+#include "toolkit/frames/FrameCondition.h"
 
 namespace velmar::toolkit {
 

@@ -3,9 +3,9 @@
 
 #include <string>
 
-#include "toolkit/recording/FrameLosses.h"
+#include "toolkit/frames/FrameLosses.h"
+#include "toolkit/frames/StoredFrame.h"
 #include "toolkit/recording/Recording.h"
-#include "toolkit/recording/StoredFrame.h"
 #include "toolkit/tables/FrameFacts.h"
 #include "toolkit/tables/FrameTable.h"
 

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "toolkit/base/Failure.h"
-#include "toolkit/recording/FrameLosses.h"
+#include "toolkit/frames/FrameLosses.h"
 #include "toolkit/text/NumberText.h"
 
 namespace velmar::toolkit {

@@ -4,8 +4,8 @@
 #include <memory>
 
 #include "toolkit/base/Failure.h"
+#include "toolkit/frames/FrameLosses.h"
 #include "toolkit/jpeg/JpegInspector.h"
-#include "toolkit/recording/FrameLosses.h"
 #include "toolkit/video/VideoSource.h"
 #include "toolkit/writing/RecordingWriter.h"
 

@@ -6,8 +6,8 @@
 #include <string>
 
 #include "toolkit/base/Job.h"
+#include "toolkit/frames/FrameSelection.h"
 #include "toolkit/logs/DriveLog.h"
-#include "toolkit/recording/FrameSelection.h"
 #include "toolkit/writing/RecordFrames.h"
 
 namespace velmar::toolkit {

@@ -6,7 +6,7 @@
 
 #include "support/TestSupport.h"
 #include "toolkit/base/Failure.h"
-#include "toolkit/recording/FrameSelection.h"
+#include "toolkit/frames/FrameSelection.h"
 #include "toolkit/tables/FrameColumns.h"
 #include "toolkit/tables/FrameFacts.h"
 #include "toolkit/writing/RecordingWriter.h"

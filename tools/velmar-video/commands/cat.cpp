@@ -5,8 +5,8 @@
 #include "program/SelectionOptions.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
+#include "toolkit/frames/FrameLosses.h"
 #include "toolkit/recording/FollowRecording.h"
-#include "toolkit/recording/FrameLosses.h"
 #include "toolkit/writing/OutputGuard.h"
 
 namespace velmar::tool {

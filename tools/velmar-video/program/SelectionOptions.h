@@ -9,7 +9,7 @@
 #include "program/CommandJob.h"
 #include "program/Toolkit.h"
 #include "toolkit/copying/Strip.h"
-#include "toolkit/recording/FrameSelection.h"
+#include "toolkit/frames/FrameSelection.h"
 
 namespace velmar::tool {
 

@@ -6,9 +6,9 @@
 
 #include "jpeg/ImageGeometry.h"
 #include "jpeg/JpegDecoder.h"
+#include "toolkit/frames/StoredFrame.h"
 #include "toolkit/jpeg/JpegInspector.h"
 #include "toolkit/recording/Recording.h"
-#include "toolkit/recording/StoredFrame.h"
 
 namespace velmar::toolkit {
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "toolkit/base/Failure.h"
-#include "toolkit/recording/FramePixels.h"
+#include "toolkit/frames/FramePixels.h"
 #include "toolkit/recording/Recording.h"
 
 namespace velmar::toolkit {

@@ -9,7 +9,7 @@
 
 #include "toolkit/base/Finding.h"
 #include "toolkit/base/Job.h"
-#include "toolkit/recording/StoredFrame.h"
+#include "toolkit/frames/StoredFrame.h"
 
 namespace velmar::toolkit {
 

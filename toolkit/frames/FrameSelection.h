@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "toolkit/recording/FrameCondition.h"
+#include "toolkit/frames/FrameCondition.h"
 #include "toolkit/recording/Recording.h"
 
 namespace velmar::toolkit {

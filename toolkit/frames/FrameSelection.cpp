@@ -1,4 +1,4 @@
-#include "toolkit/recording/FrameSelection.h"
+#include "toolkit/frames/FrameSelection.h"
 
 #include <algorithm>
 

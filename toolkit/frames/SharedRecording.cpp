@@ -1,4 +1,4 @@
-#include "toolkit/recording/SharedRecording.h"
+#include "toolkit/frames/SharedRecording.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,4 +1,4 @@
-#include "toolkit/recording/PictureSource.h"
+#include "toolkit/frames/PictureSource.h"
 
 #include <algorithm>
 

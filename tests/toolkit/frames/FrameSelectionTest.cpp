@@ -4,7 +4,7 @@
 
 #include "support/TestSupport.h"
 #include "toolkit/base/Failure.h"
-#include "toolkit/recording/FrameSelection.h"
+#include "toolkit/frames/FrameSelection.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/writing/RecordingWriter.h"
 

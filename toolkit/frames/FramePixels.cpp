@@ -1,4 +1,4 @@
-#include "toolkit/recording/FramePixels.h"
+#include "toolkit/frames/FramePixels.h"
 
 #include <algorithm>
 #include <cstring>

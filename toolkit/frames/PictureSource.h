@@ -4,10 +4,10 @@
 #include <optional>
 #include <string>
 
+#include "toolkit/frames/FramePixels.h"
+#include "toolkit/frames/StoredFrame.h"
 #include "toolkit/jpeg/Picture.h"
-#include "toolkit/recording/FramePixels.h"
 #include "toolkit/recording/Recording.h"
-#include "toolkit/recording/StoredFrame.h"
 
 namespace velmar::toolkit {
 

@@ -1,4 +1,4 @@
-#include "toolkit/recording/FrameLosses.h"
+#include "toolkit/frames/FrameLosses.h"
 
 #include "toolkit/base/Failure.h"
 #include "toolkit/text/NumberText.h"

@@ -1,4 +1,4 @@
-#include "toolkit/recording/StoredFrame.h"
+#include "toolkit/frames/StoredFrame.h"
 
 #include "toolkit/base/Failure.h"
 #include "toolkit/jpeg/JpegInspector.h"
