@@ -91,11 +91,12 @@ class Running(ToolCase):
                 )
 
     def follow(self, command, recording, *options):
-        follower = subprocess.Popen(
-            [TOOL, command, recording, "--follow", *options],
-            stdout=open("followed", "wb"),
-            stderr=subprocess.PIPE,
-        )
+        with open("followed", "wb") as followed:
+            follower = subprocess.Popen(
+                [TOOL, command, recording, "--follow", *options],
+                stdout=followed,
+                stderr=subprocess.PIPE,
+            )
         self.addCleanup(follower.stderr.close)
         return follower
 
@@ -109,10 +110,10 @@ class Running(ToolCase):
                     self.wait_for(lambda: self.count(recording) > 0, "a frame")
                     follower = self.follow(command, recording, *how)
                     self.wait_for(lambda: os.path.getsize("followed") > 100, "lines")
+                    before = os.path.getsize("followed")
                     for first in range(10, 40, 10):
                         self.feed(recorder, first, first + 10)
-                    before = os.path.getsize("followed")
-                    self.wait_for(lambda: os.path.getsize("followed") > before, "more lines")
+                    self.wait_for(lambda: os.path.getsize("followed") > 2 * before, "more lines")
                     recorder.stdin.close()
                     self.assertEqual(recorder.wait(60), 0)
                     said = follower.communicate(timeout=60)[1]
