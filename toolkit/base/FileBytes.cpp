@@ -56,10 +56,10 @@ std::string FileBytes::tryRead(const FilePlace& place, std::string& bytes) const
   return file_.readAt(bytes.data(), bytes.size(), place.offset) ? "" : whyUnread();
 }
 
-bool FileBytes::hasPath() const {
+bool FileBytes::isAt(const std::string& path) const {
   struct stat mine {};
   struct stat there {};
-  return fstat(file_.get(), &mine) == 0 && stat(path_.c_str(), &there) == 0 &&
+  return fstat(file_.get(), &mine) == 0 && stat(path.c_str(), &there) == 0 &&
          mine.st_dev == there.st_dev && mine.st_ino == there.st_ino;
 }
 

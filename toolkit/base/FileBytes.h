@@ -46,8 +46,8 @@ class FileBytes {
   /// Reads all of a place that the file contains.
   /// \return why that cannot be; empty if `bytes` has it
   std::string tryRead(const FilePlace& place, std::string& bytes) const;
-  /// Whether the path leads to this file still. It does not if another has got its name.
-  bool hasPath() const;
+  /// Whether a path leads to this file. Its own does not if another has got its name.
+  bool isAt(const std::string& path) const;
   /// For maps of the file.
   int descriptor() const { return file_.get(); }
 

@@ -21,7 +21,7 @@ FrameFlaw readFrameBytes(const Recording& recording, unsigned int index, std::st
   const FilePlace& place = recording.places().at(index);
   FrameFlaw flaw(VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
   if (!recording.file().contains(place.offset, place.size)) return flaw;
-  flaw.words = recording.file().tryRead(place, bytes);
+  flaw.words = recording.tryReadFrame(index, bytes);
   return flaw.words.empty() ? FrameFlaw() : flaw;
 }
 

@@ -59,18 +59,22 @@ class Following {
  public:
   Following(const Follower& follower, Job::Stage& stage) : follower_(follower), stage_(stage) {}
 
-  // Takes the frames that are new, until it is to stop or frames are being moved.
+  // Takes the frames that are new, until it is to stop.
   void take(const Recording& recording) {
     constexpr unsigned int kAtOnce = 64;
     const unsigned int count = recording.framesCount();
     while (done_ < count) {
       const unsigned int end = done_ + std::min(count - done_, kAtOnce);
-      const std::string text = follower_.read(recording, done_, end);
-      if (recording.running() != nullptr && !recording.running()->areFramesInPlace()) return;
-      follower_.write(text);
+      follower_(recording, done_, end);
       stage_.advance(done_ = end);
       if (stage_.stopRequested()) return;
     }
+  }
+
+  // The same of what the recorder has finished.
+  void takeRest(const std::string& path, const Recording& running) {
+    const Recording finished(path);
+    if (running.file().isAt(path)) take(finished);
   }
 
  private:
@@ -93,7 +97,7 @@ void followRecording(const std::string& path, const Follower& follower, Job& job
     watch.clear();
     // Asked in this order: a recorder gives up its lock when the file has its final name.
     const bool isRecorded = lockHolder(temporary).has_value();
-    const bool isFinished = !recording.file().hasPath();
+    const bool isFinished = !recording.file().isAt(temporary);
     tables.update();
     following.take(recording);
     if (stage->stopRequested()) return;
@@ -101,7 +105,8 @@ void followRecording(const std::string& path, const Follower& follower, Job& job
     if (!isRecorded) return job.lose(path, runningWords(recording));
     if (!stage->waitReadable(watch.descriptor())) return;
   }
-  if (!tables.areFramesInPlace()) following.take(Recording(finalPath(path)));
+  // Those of an img whose journal was given up are known now.
+  if (!recording.isRtv()) following.takeRest(finalPath(path), recording);
 }
 
 }  // namespace velmar::toolkit

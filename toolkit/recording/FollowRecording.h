@@ -9,15 +9,10 @@
 
 namespace velmar::toolkit {
 
-/// What follows a recording.
-struct Follower {
-  /// What there is to tell of frames `first` to `end`-1; each frame comes once, in order. The
-  /// recording is another object once it is finished.
-  std::function<std::string(const Recording& recording, unsigned int first, unsigned int end)> read;
-  /// Takes what read() gave. What was read while the recorder was moving the frames is read again
-  /// and does not come here.
-  std::function<void(const std::string& text)> write;
-};
+/// Takes frames `first` to `end`-1; each frame comes once, in order. The recording may be another
+/// object once it is finished.
+using Follower =
+    std::function<void(const Recording& recording, unsigned int first, unsigned int end)>;
 
 /// Reads a recording and goes on as its recorder adds frames, until that has finished it. The job
 /// is told if it ends without doing so. Stops after the wish to stop. Throws Failure.

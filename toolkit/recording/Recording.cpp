@@ -54,7 +54,7 @@ void Recording::openFinished() {
     }
     finished_ = tables.get();
     tables_ = std::move(tables);
-  } while (!file().hasPath());
+  } while (!file().isAt(file().path()));
 }
 
 // False if it is finished, perhaps meanwhile.

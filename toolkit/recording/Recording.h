@@ -46,6 +46,10 @@ class Recording {
   const FileBytes& file() const { return tables_->file(); }
   /// Where the frames are by the index or the tags, perhaps past the end of the file.
   const std::vector<FilePlace>& places() const { return tables_->places(); }
+  /// See RecordingTables.
+  std::string tryReadFrame(unsigned int index, std::string& bytes) const {
+    return tables_->tryReadFrame(index, bytes);
+  }
   bool isRtv() const { return isRtv_; }
   /// Null while it is being recorded.
   const FinishedTables* finished() const { return finished_; }

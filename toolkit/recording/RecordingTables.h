@@ -35,6 +35,11 @@ class RecordingTables {
   virtual unsigned int frameSize(unsigned int index) const = 0;
   /// Where the frames are, perhaps past the end of the file.
   virtual const std::vector<FilePlace>& places() const = 0;
+  /// Reads the bytes of a frame whose place is within the file. Thread-safe, unless tables change.
+  /// \return why it could not be read; empty if it was
+  virtual std::string tryReadFrame(unsigned int index, std::string& bytes) const {
+    return file().tryRead(places().at(index), bytes);
+  }
   /// Of an rtv.
   virtual frametag03Ver_t tag(unsigned int index) const = 0;
   virtual can_data_io can(unsigned int index) const = 0;

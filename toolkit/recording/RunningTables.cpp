@@ -30,7 +30,7 @@ class RunningFrames : public RunningTables {
     RecordingDescription description;
     if (places_.empty()) return description;
     std::string jpeg;
-    const bool isRead = file_.tryRead(places_.front(), jpeg).empty();
+    const bool isRead = tryReadFrame(0, jpeg).empty();
     const auto size = isRead ? JpegInspector().size(jpeg) : std::nullopt;
     if (size) description.setSize(*size);
     return description;
@@ -64,13 +64,25 @@ class RunningImg final : public RunningFrames {
     const std::string bytes =
         journal_.read(read_, journal_.size() - std::min(journal_.size(), read_));
     // The last one may not be there as a whole.
-    for (std::size_t at = 0; at + recordSize_ <= bytes.size() && add(bytes.data() + at);
+    for (std::size_t at = 0; at + recordSize_ <= bytes.size() && add(bytes.substr(at, recordSize_));
          at += recordSize_) {
       read_ += recordSize_;
     }
   }
 
-  bool areFramesInPlace() const override { return journal_.hasPath(); }
+  // A recorder that finishes moves the first frames behind the last one, replaces the journal by
+  // one that leads there, writes the index where those frames were, and deletes the journal.
+  std::string tryReadFrame(unsigned int index, std::string& bytes) const override {
+    std::string problem = RunningFrames::tryReadFrame(index, bytes);
+    if (journal_.isAt(journal_.path())) return problem;
+    for (const auto& record : {replacedRecord(index), finalRecord(index)}) {
+      if (record && isOf(index, *record)) {
+        return file_.tryRead({record->frameOffset, record->frameSize}, bytes);
+      }
+    }
+    return problem;
+  }
+
   VELMAR_VERSION_E version() const override { return VELMAR_VERSION_1_0_E; }
 
   RecordingDescription description() const override {
@@ -101,6 +113,36 @@ class RunningImg final : public RunningFrames {
     }
   }
 
+  // What has the journal's name now; it may be another recording's, or gone.
+  std::optional<FrameIndex> replacedRecord(unsigned int index) const {
+    try {
+      const FileBytes journal(journal_.path());
+      const std::uint64_t at =
+          detail::kJournalMagic.size() + std::uint64_t{index} * sizeof(detail::JournalRecord);
+      return recordIn(journal.read(at, sizeof(detail::JournalRecord)), true);
+    } catch (const Failure&) {
+      return std::nullopt;
+    }
+  }
+
+  std::optional<FrameIndex> finalRecord(unsigned int index) const {
+    const std::uint64_t at = detail::kFrameIndexStart + std::uint64_t{index} * sizeof(FrameIndex);
+    return recordIn(file_.read(at, sizeof(FrameIndex)), false);
+  }
+
+  static std::optional<FrameIndex> recordIn(const std::string& bytes, bool hasCheckSum) {
+    if (bytes.size() < (hasCheckSum ? sizeof(detail::JournalRecord) : sizeof(FrameIndex)))
+      return {};
+    if (hasCheckSum && !detail::get<detail::JournalRecord>(bytes.data()).isWhole()) return {};
+    return detail::readFrameIndex(bytes.data());
+  }
+
+  bool isOf(unsigned int index, const FrameIndex& record) const {
+    const FrameTimes& times = times_.at(index);
+    return record.sensorTime == times.sensor && record.arrivedTime == times.arrived &&
+           record.frameSize == places_.at(index).size;
+  }
+
   // Version 1.0 wrote records without check sums, and nothing in front of them.
   bool readStart() {
     const std::string start = journal_.read(0, detail::kJournalMagic.size());
@@ -111,12 +153,11 @@ class RunningImg final : public RunningFrames {
     return true;
   }
 
-  bool add(const char* bytes) {
-    if (hasCheckSums_ && !detail::get<detail::JournalRecord>(bytes).isWhole()) return false;
-    const FrameIndex record = detail::readFrameIndex(bytes);
-    if (!file_.contains(record.frameOffset, record.frameSize)) return false;
-    places_.push_back({record.frameOffset, record.frameSize});
-    times_.push_back({record.sensorTime, record.arrivedTime});
+  bool add(const std::string& bytes) {
+    const auto record = recordIn(bytes, hasCheckSums_);
+    if (!record || !file_.contains(record->frameOffset, record->frameSize)) return false;
+    places_.push_back({record->frameOffset, record->frameSize});
+    times_.push_back({record->sensorTime, record->arrivedTime});
     return true;
   }
 
@@ -151,7 +192,6 @@ class RunningRtv final : public RunningFrames {
     }
   }
 
-  bool areFramesInPlace() const override { return true; }
   VELMAR_VERSION_E version() const override { return rtvVersion2VelmarVersion(version_); }
 
   RecordingDescription description() const override {

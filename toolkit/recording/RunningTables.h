@@ -15,8 +15,6 @@ class RunningTables : public RecordingTables {
  public:
   /// Takes in the frames that have come since the last time.
   virtual void update() = 0;
-  /// Whether frames are still where places() says. The recorder moves some when it finishes.
-  virtual bool areFramesInPlace() const = 0;
 };
 
 /// Throws Failure if the file cannot be read, or if it is of an img whose index journal is missing.

@@ -38,20 +38,20 @@ void writeFrames(const Recording& recording, const std::vector<unsigned int>& se
 void follow(const std::string& file, const Options& options, Job& job) {
   GrowingSelection selection(options.selection);
   FrameNews news(file, job);
-  const auto read = [&](const Recording& recording, unsigned int first, unsigned int end) {
+  const auto write = [&](const Recording& recording, unsigned int first, unsigned int end) {
     StoredFrames frames(recording);
-    std::string all;
+    StandardOutput output;
     std::string frame;
     for (const unsigned int index : selection.pick(recording, first, end)) {
       if (const FrameFlaw flaw = frames.read(index, frame)) {
         news.add(index, index, "left out: " + flaw.words);
       } else {
-        all += frame;
+        output.write(frame);
       }
     }
-    return all;
+    output.flush();
   };
-  followRecording(file, {read, writeOut}, job);
+  followRecording(file, write, job);
   news.finish();
 }
 

@@ -124,16 +124,16 @@ class FrameList {
     GrowingSelection selection(options_.selection);
     FrameNews news(file, job);
     FrameTable table;
-    const auto read = [&](const Recording& recording, unsigned int first, unsigned int end) {
-      std::string text;
+    const auto write = [&](const Recording& recording, unsigned int first, unsigned int end) {
       const std::vector<unsigned int> frames = selection.pick(recording, first, end);
-      if (frames.empty()) return text;
-      if (table.empty()) text = header(table = columns(&recording));
+      if (frames.empty()) return;
+      StandardOutput output;
+      if (table.empty()) output.write(header(table = columns(&recording)));
       FrameLine line(recording, table, &news);
-      for (const unsigned int index : frames) text += textOf(line, index);
-      return text;
+      for (const unsigned int index : frames) output.write(textOf(line, index));
+      output.flush();
     };
-    followRecording(file, {read, writeOut}, job);
+    followRecording(file, write, job);
     news.finish();
   }
 

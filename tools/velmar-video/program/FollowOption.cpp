@@ -1,7 +1,5 @@
 #include "program/FollowOption.h"
 
-#include "program/StandardOutput.h"
-
 namespace velmar::tool {
 
 void addFollowOption(CLI::App& command, bool& follow) {
@@ -11,12 +9,6 @@ void addFollowOption(CLI::App& command, bool& follow) {
 
 void checkFollowsOne(const std::string& command, const InputOptions& inputs) {
   if (!inputs.isOneFile()) throw UsageError(command + ": --follow is for one recording");
-}
-
-void writeOut(const std::string& text) {
-  StandardOutput output;
-  output.write(text);
-  output.flush();
 }
 
 }  // namespace velmar::tool

@@ -15,9 +15,6 @@ void addFollowOption(CLI::App& command, bool& follow);
 /// Throws UsageError if it is asked for with several recordings.
 void checkFollowsOne(const std::string& command, const InputOptions& inputs);
 
-/// Writes text to standard output at once. Throws OutputFailure.
-void writeOut(const std::string& text);
-
 }  // namespace velmar::tool
 
 #endif
