@@ -11,6 +11,7 @@
 #include "core/PythonJob.h"
 #include "core/WithoutGil.h"
 #include "toolkit/base/Failure.h"
+#include "toolkit/tables/Track.h"
 #include "toolkit/text/JsonText.h"
 
 namespace py = pybind11;
@@ -89,13 +90,9 @@ std::function<void()> pollSignals() {
 }
 
 py::object startPosition(const toolkit::SharedRecording& recording) {
-  TaggedVideoParser* const parser = recording.recording().finished()->parser();
-  if (parser == nullptr) return py::none();
-  double lat = 0;
-  double lng = 0;
-  double alt = 0;
-  parser->getStdPosition(lat, lng, alt);
-  return py::make_tuple(lng, lat, alt);
+  if (!recording.recording().isRtv()) return py::none();
+  const toolkit::Place start = toolkit::Track(recording.recording()).start();
+  return py::make_tuple(start.lng, start.lat, start.alt);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "core/Errors.h"
 #include "core/PythonJob.h"
 #include "core/WithoutGil.h"
+#include "toolkit/base/RecorderFiles.h"
 #include "toolkit/creating/SampleDrive.h"
 #include "toolkit/editing/EditPlan.h"
 #include "toolkit/recording/OpenFailure.h"
@@ -95,7 +96,7 @@ py::tuple recover(const std::string& leftover, const std::string& output, const 
     const WithoutGil release;
     toolkit::checkExtension(output);
     toolkit::checkLeftoverName(leftover, output);
-    const std::vector<std::string> inputs{leftover, leftover + ".index"};
+    const std::vector<std::string> inputs{leftover, toolkit::journalPath(leftover)};
     toolkit::checkOutput(output, inputs, overwrite);
     const toolkit::ReservedOutput reserved(toolkit::recoveringPath(output), inputs, true);
     recovered = toolkit::recoverRecording(request, job);

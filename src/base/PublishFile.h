@@ -7,6 +7,9 @@
 
 namespace velmar::detail {
 
+/// What the name of a file ends in that is not finished.
+constexpr char kTemporaryEnding[] = ".tmp";
+
 /// Makes an empty file for this descriptor alone, readable and writable: as long as it is open, the
 /// file is locked (flock(2)), as far as the file system has locks. A file that has the name already
 /// is emptied unless it is locked. Not open, with the cause in errno, if the file is locked

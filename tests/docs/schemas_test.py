@@ -51,7 +51,15 @@ class Json(unittest.TestCase):
     def test_info(self):
         found = objects("info", *self.files)
         self.assertEqual(len(found), 4)
-        self.check("info", found)
+        schema = self.check("info", found)
+        # As a recorder would have left it.
+        shutil.copy("04.rtv", "left.rtv.tmp")
+        left = objects("info", "left.rtv")
+        self.assertEqual(left[0]["state"], "interrupted")
+        self.check("info", left)
+        self.check("frames", objects("frames", "left.rtv"))
+        known = found[0].keys() | found[1].keys() | left[0].keys()
+        self.assertEqual(known, schema["properties"].keys())
 
     def test_frames(self):
         found = {file: objects("frames", file) for file in self.files}

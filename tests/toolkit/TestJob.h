@@ -65,7 +65,7 @@ inline std::vector<std::string> framesOf(const std::string& path) {
   const velmar::toolkit::Recording recording(path);
   std::vector<std::string> frames;
   for (unsigned int i = 0; i < recording.framesCount(); ++i) {
-    frames.push_back(storedFrame(recording.finished()->reader(), i));
+    frames.push_back(storedFrame(recording.reader(), i));
   }
   return frames;
 }

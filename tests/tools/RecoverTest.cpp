@@ -66,7 +66,7 @@ std::vector<int> framesIn(const std::string& path, bool withTags = true) {
   const Recording recording(path);
   std::vector<int> numbers;
   for (unsigned int i = 0; i < recording.framesCount(); ++i) {
-    const std::string jpeg = storedFrame(recording.finished()->reader(), i);
+    const std::string jpeg = storedFrame(recording.reader(), i);
     const FrameTag tag = recording.tag(i);
     const bool isImg = !recording.isRtv();
     const int number =

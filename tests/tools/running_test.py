@@ -61,13 +61,15 @@ class Running(ToolCase):
                     )
                     self.assertIn(is_recording, info.stderr.decode())
                     known = json.loads(info.stdout)
-                    self.assertEqual((known["finished"], known["width"]), (False, 320))
+                    self.assertEqual((known["state"], known["width"]), ("recording", 320))
                     self.assertEqual(known["version"][-1], (options or "0")[-1][-1])
                     cat = subprocess.run(
                         [TOOL, "cat", file, "--range", "3:19"], capture_output=True
                     )
                     self.assertEqual(cat.stdout, b"".join(self.jpegs[3:19]))
                 self.tool("verify", recording, "--decode", "--strict", status=1)
+                verified = subprocess.run([TOOL, "verify", recording + ".tmp"], capture_output=True)
+                self.assertIn("frames, 0 errors, 1 warning\n", verified.stdout.decode())
                 self.tool(
                     "extract",
                     recording,
@@ -81,7 +83,7 @@ class Running(ToolCase):
                 self.assertEqual(Path("pictures/frame_000004.jpg").read_bytes(), self.jpegs[4])
                 # Whatever changes or copies it waits for its end.
                 for command in ("cut", "x" + recording[5:]), ("edit", "--device-id", "0a"):
-                    self.tool(command[0], recording, *command[1:], status=1, says="there is no")
+                    self.tool(command[0], recording, *command[1:], status=1, says=is_recording)
                 recorder.kill()
                 recorder.wait()
                 self.tool(
@@ -101,7 +103,7 @@ class Running(ToolCase):
         return follower
 
     def test_is_followed_to_its_end(self):
-        columns = ["--csv", "--columns", "index,time,size,relative_distance,xxh3_128"]
+        columns = ["--csv", "--columns", "index,time,size,acceleration_m_s2,xxh3_128"]
         for recording, options in RECORDERS:
             for command, how in ("frames", columns), ("cat", []), ("cat", ["--every", "3"]):
                 with self.subTest(recording=recording, options=options, command=command):
@@ -116,11 +118,54 @@ class Running(ToolCase):
                     self.wait_for(lambda: os.path.getsize("followed") > 2 * before, "more lines")
                     recorder.stdin.close()
                     self.assertEqual(recorder.wait(60), 0)
-                    said = follower.communicate(timeout=60)[1]
-                    self.assertEqual((follower.returncode, said), (0, b""))
+                    said = follower.communicate(timeout=60)[1].decode()
+                    self.assertEqual(follower.returncode, 0, said)
+                    self.assertIn("is recording it", said)
                     self.assertEqual(
                         Path("followed").read_bytes(), output(TOOL, command, recording, *how)
                     )
+
+    def test_what_comes_just_before_the_end_is_followed(self):
+        for recording, options in RECORDERS[::3]:
+            for how in (
+                ["--range", "39:40"],
+                ["--every", "3"],
+                ["--where", "index > 19 && size > 9"],
+            ):
+                with self.subTest(recording=recording, how=how):
+                    recorder = self.start(recording, options)
+                    self.feed(recorder, 0, 20)
+                    self.wait_for(lambda: self.count(recording) > 18, "frames")
+                    how = ["--csv", "--columns", "index,time,size", *how]
+                    follower = self.follow("frames", recording, *how)
+                    self.wait_for(lambda: self.is_watching(follower), "the watch")
+                    self.feed(recorder, 20, 40)
+                    recorder.stdin.close()
+                    said = follower.communicate(timeout=60)[1].decode()
+                    self.assertEqual(follower.returncode, 0, said)
+                    self.assertEqual(
+                        Path("followed").read_bytes(),
+                        output(TOOL, "frames", recording, *how),
+                    )
+
+    def is_watching(self, follower):
+        files = Path(f"/proc/{follower.pid}/fd").iterdir()
+        return any("inotify" in os.readlink(file) for file in files)
+
+    def test_following_ends_before_the_recorder(self):
+        for recording, options in RECORDERS[::3]:
+            recorder = self.start(recording, options)
+            self.feed(recorder, 0, 20)
+            self.wait_for(lambda: self.count(recording) > 18, "frames")
+            # No frame behind these is asked for.
+            self.tool("cat", recording, "--follow", "--range", "2:5", says="is recording it")
+            follower = self.follow("frames", recording, "--time", "2030-01-01:2031-01-01")
+            self.wait_for(lambda: self.is_watching(follower), "the watch")
+            Path(recording + ".tmp").unlink()
+            said = follower.communicate(timeout=60)[1].decode()
+            self.assertEqual(follower.returncode, 1, said)
+            self.assertIn("its recorder has given it up", said)
+            self.assertIn("no frame was captured in that time", said)
 
     def test_the_end_of_a_recorder_that_is_killed_is_told(self):
         for recording, options in RECORDERS[::3]:
@@ -142,7 +187,7 @@ class Running(ToolCase):
         follower = self.follow("cat", "drive.img")
         self.wait_for(lambda: os.path.getsize("followed") > 100, "frames")
         follower.send_signal(signal.SIGINT)
-        self.assertEqual(follower.communicate(timeout=60)[1], b"")
+        self.assertIn(b"is recording it", follower.communicate(timeout=60)[1])
         self.assertEqual(follower.returncode, 0)
         self.tool("frames", "source.img", "--follow", "--gpx", "a.gpx", status=2, says="--follow")
         self.tool("cat", "source.img", "source.img", "--follow", status=2, says="one recording")

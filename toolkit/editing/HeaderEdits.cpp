@@ -49,7 +49,7 @@ void planTaggingFlags(unsigned int flags, EditDraft& draft) {
     draft.refuse("--tagging-flags", "those of a version 02 cannot be changed");
   }
   unsigned int before = 0;
-  draft.recording.finished()->parser()->getTaggingFlags(before);
+  draft.recording.parser().getTaggingFlags(before);
   draft.add("tagging flags", std::to_string(before), std::to_string(flags),
             [flags](auto& modifier) {
               dynamic_cast<RtvContainerModifier&>(modifier).setTaggingFlags(flags);

@@ -21,6 +21,8 @@ class FrameCondition {
   /// The frames asked for next are those of `recording`, which has to outlive that.
   virtual void begin(const Recording& recording) = 0;
   virtual bool holds(unsigned int frame) = 0;
+  /// Whether what it asks of a frame depends on the next one.
+  virtual bool needsNeighbours() const = 0;
   /// What the frames that were asked for lack, if none of them could fulfil it for that; otherwise
   /// empty.
   virtual std::string lack() const = 0;

@@ -104,25 +104,6 @@ std::vector<unsigned int> FrameSelection::frames(const Recording& recording) con
   throw Failure(recording.path(), emptyWords(), VELMAR_ERROR_CODE_OUT_RANGE_E);
 }
 
-GrowingSelection::GrowingSelection(const FrameSelection& selection)
-    : selection_(selection),
-      condition_(selection.condition_ ? selection.condition_->take() : nullptr) {}
-
-GrowingSelection::~GrowingSelection() = default;
-
-std::vector<unsigned int> GrowingSelection::pick(const Recording& recording, unsigned int first,
-                                                 unsigned int end) {
-  if (condition_) condition_->begin(recording);
-  if (!picker_) {
-    picker_ = std::make_unique<FramePicker>(selection_, recording.sensorTime(0), condition_.get());
-  }
-  std::vector<unsigned int> selected;
-  for (unsigned int index = first; index < end; ++index) {
-    if (picker_->picks(index, recording.sensorTime(index))) selected.push_back(index);
-  }
-  return selected;
-}
-
 FramePicker::FramePicker(const FrameSelection& selection, std::uint64_t start,
                          FrameCondition* condition)
     : selection_(selection), condition_(condition) {

@@ -58,23 +58,7 @@ class FrameSelection {
   std::optional<std::int64_t> interval_;  ///< microseconds
 
   friend class FramePicker;
-  friend class GrowingSelection;
-};
-
-/// Selects from the frames of a recording as they come.
-class GrowingSelection {
- public:
-  /// The selection must outlive it.
-  explicit GrowingSelection(const FrameSelection& selection);
-  ~GrowingSelection();
-
-  /// Those of frames `first` to `end`-1 that are selected. Each is asked for once, in order.
-  std::vector<unsigned int> pick(const Recording& recording, unsigned int first, unsigned int end);
-
- private:
-  const FrameSelection& selection_;
-  std::unique_ptr<FrameCondition> condition_;
-  std::unique_ptr<FramePicker> picker_;
+  friend class FollowedFrames;
 };
 
 /// Selects from frames that come one after the other and whose number nobody knows yet.
@@ -92,6 +76,7 @@ class FramePicker {
   bool isOver(std::uint64_t number) const;
   /// Throws Failure, which names `file`, if the selection goes beyond so many frames.
   void checkRange(const std::string& file, std::uint64_t count) const;
+  bool hasPicked() const { return matching_ > 0; }
   /// The same, also if none was selected.
   void check(const std::string& file, std::uint64_t count) const;
 

@@ -1,9 +1,25 @@
 #include "toolkit/recording/FramePlaces.h"
 
+#include <algorithm>
+
 #include "container/img/FrameIndex.h"
 #include "container/rtv/RtvLayout.h"
 
 namespace velmar::toolkit {
+
+namespace {
+
+bool hasMovedFrames(const std::vector<FilePlace>& frames) {
+  return !frames.empty() && frames.front().offset != detail::kFrameIndexStart;
+}
+
+std::uint64_t endOf(const std::vector<FilePlace>& frames) {
+  std::uint64_t end = 0;
+  for (const FilePlace& frame : frames) end = std::max(end, frame.end());
+  return end;
+}
+
+}  // namespace
 
 bool SharedBytes::repeats(const FilePlace& place) {
   if (place.size == 0 || !file_.contains(place.offset, place.size)) return false;
@@ -27,18 +43,17 @@ std::string cutWords(const FileBytes& file) {
 
 FramePlaces::FramePlaces(const Recording& recording) : frames(recording.places()) {
   const FileBytes& file = recording.file();
-  const bool isFinished = recording.finished() != nullptr;
-  // The index and the metadata come when it is finished.
-  std::uint64_t start =
-      detail::kFrameIndexStart + (isFinished ? frames.size() : 0) * sizeof(FrameIndex);
+  // A recorder moves the first frames to make place for the index before it writes that.
+  mayBeginWithGap = !recording.isRtv() && (recording.isFinished() || hasMovedFrames(frames));
+  std::uint64_t start = detail::kFrameIndexStart;
+  if (mayBeginWithGap) start += frames.size() * sizeof(FrameIndex);
   std::uint64_t end = file.size();
   if (recording.isRtv()) {
     start = detail::rtvLayout(recording.description().version).tagAt(recording.framesMax());
-  } else if (isFinished) {
+  } else if (recording.isFinished()) {
     end = imgMetaDataOffset(file);
   }
-  if (!isFinished) end = frames.empty() ? start : frames.back().end();
-  mayBeginWithGap = isFinished && !recording.isRtv();
+  if (!recording.isFinished()) end = std::max(start, endOf(frames));
   room = {start, end > start ? end - start : 0};
 }
 

@@ -7,6 +7,8 @@
 #include "container/rtv/RtvLayout.h"
 #include "toolkit/base/FileBytes.h"
 #include "toolkit/base/FileKind.h"
+#include "toolkit/base/LockHolder.h"
+#include "toolkit/base/RecorderFiles.h"
 #include "toolkit/recording/FramePlaces.h"
 #include "toolkit/recording/RecordingDescription.h"
 
@@ -43,12 +45,28 @@ VELMAR_ERROR_CODE_E codeOfRtv(const FileBytes& file, VELMAR_ERROR_CODE_E code) {
   return isCut || isZero(file.read(0, kHeaderSize)) ? VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E : code;
 }
 
+// Its recorder gives it the name when it is finished.
+Failure missingFile(const std::string& path) {
+  const std::string temporary = temporaryPath(path);
+  struct stat status {};
+  if (temporary == path || stat(temporary.c_str(), &status) != 0) {
+    return {path, VELMAR_ERROR_CODE_FILE_NOT_EXIST_E};
+  }
+  return {path, "it is not finished: " + recorderWords(lockHolder(temporary)),
+          VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E};
+}
+
 }  // namespace
+
+std::string recorderWords(const std::optional<std::string>& lockHolder) {
+  if (lockHolder) return *lockHolder + " is recording it";
+  return "its recorder has ended without finishing it; the command recover makes a recording of it";
+}
 
 std::optional<Failure> pathFailure(const std::string& path) {
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) {
-    if (errno == ENOENT) return Failure(path, VELMAR_ERROR_CODE_FILE_NOT_EXIST_E);
+    if (errno == ENOENT) return missingFile(path);
     return Failure::ofSystem(path, "cannot open it", errno);
   }
   if (!S_ISREG(status.st_mode)) {
@@ -56,9 +74,7 @@ std::optional<Failure> pathFailure(const std::string& path) {
                    VELMAR_ERROR_CODE_NOT_VELMAR_VIDEO_FORMAT_E);
   }
   if (path.ends_with(".img.tmp") || path.ends_with(".rtv.tmp")) {
-    return Failure(path,
-                   "an interrupted recording left it; the command recover makes a recording of it",
-                   VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
+    return Failure(path, recorderWords(lockHolder(path)), VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
   }
   return std::nullopt;
 }

@@ -9,6 +9,10 @@
 
 namespace velmar::toolkit {
 
+/// Who is recording a recording that is not finished, or that nobody is.
+/// \param lockHolder  of its temporary file
+std::string recorderWords(const std::optional<std::string>& lockHolder);
+
 /// What there is at the path if that is no file that could be a recording.
 std::optional<Failure> pathFailure(const std::string& path);
 

@@ -1,11 +1,16 @@
 #include "toolkit/recording/Recording.h"
+#include "toolkit/base/RecorderFiles.h"
 
 #include <unistd.h>
+
+#include <chrono>
+#include <thread>
 
 #include "base/HexText.h"
 #include "toolkit/base/Failure.h"
 #include "toolkit/base/LockHolder.h"
 #include "toolkit/recording/OpenFailure.h"
+#include "toolkit/recording/RunningTables.h"
 #include "velmar_video/VelmarVideoFile.h"
 
 namespace velmar::toolkit {
@@ -30,6 +35,7 @@ void checkSameContainer(const std::string& input, const std::string& output) {
 
 Recording::Recording(const std::string& path, Accept accept) : path_(path) {
   if (accept == Accept::Running && openRunning()) return;
+  if (const auto failure = pathFailure(path)) throw Failure(*failure);
   const FileLock lock(path, FileLock::Kind::Read);
   openFinished();
 }
@@ -62,17 +68,26 @@ bool Recording::openRunning() {
   const auto isThere = [](const std::string& file) { return ::access(file.c_str(), F_OK) == 0; };
   const std::string temporary = temporaryPath(path_);
   const bool isMeant = path_ == temporary || !isThere(path_);
-  if (!isMeant || !isRecordingName(finalPath(path_)) || !isThere(temporary)) return false;
-  try {
-    auto tables = openRunningTables(temporary);
-    running_ = tables.get();
-    tables_ = std::move(tables);
-  } catch (const Failure&) {
-    if (isThere(temporary)) throw;
-    return false;
+  if (!isMeant || !isRecordingName(finalPath(path_))) return false;
+  // A recorder makes the journal of an img a moment after the file, and deletes it a moment before
+  // that has its final name.
+  constexpr int kTries = 10;
+  for (int tries = 1; isThere(temporary); ++tries) {
+    try {
+      tables_ = openRunningTables(temporary);
+      isRtv_ = isRtvPath(finalPath(path_));
+      return file().isAt(temporary);
+    } catch (const Failure&) {
+      if (isThere(temporary) && (tries == kTries || !lockHolder(temporary))) throw;
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
   }
-  isRtv_ = isRtvPath(finalPath(path_));
-  return true;
+  return false;
+}
+
+const FinishedTables& Recording::finished() const {
+  if (finished_ != nullptr) return *finished_;
+  throw Failure(path_, "it is not finished", VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
 }
 
 bool Recording::hasPlainDeviceId() const {
@@ -92,25 +107,33 @@ FrameTag Recording::motion(unsigned int index) const {
   return isRtv_ ? FrameTag::of(tables_->tag(index)) : FrameTag();
 }
 
+// Asked in this order: a recorder gives up its lock when the file has its final name.
+Recorder recorderOf(const Recording& recording) {
+  const std::string temporary = temporaryPath(recording.path());
+  const auto holder = lockHolder(temporary);
+  if (recording.isFinished() || !recording.file().isAt(temporary)) {
+    return {Recorder::State::Done, ""};
+  }
+  if (recording.isReplaced()) {
+    return {Recorder::State::Ended, "another recording has begun in its place"};
+  }
+  const Recorder::State state = holder ? Recorder::State::AtWork : Recorder::State::Ended;
+  return {state, recorderWords(holder)};
+}
+
 void noteState(const Recording& recording, Job& job) {
-  const std::string words = undoWords(recording.path(), recording.undoState());
+  std::string words = undoWords(recording.path(), recording.undoState());
   if (!words.empty()) job.note(recording.path(), words);
-  if (recording.running() != nullptr) job.note(recording.path(), runningWords(recording));
+  words = recorderOf(recording).words;
+  if (words.empty()) return;
+  if (recording.isRtv()) words += "; its start is not known, so that its times count from 1970";
+  job.note(recording.path(), words);
 }
 
 Recording openRecording(const std::string& path, Job& job, Accept accept) {
   Recording recording(path, accept);
   noteState(recording, job);
   return recording;
-}
-
-std::string runningWords(const Recording& recording) {
-  const auto holder = lockHolder(recording.file().path());
-  const std::string words = holder ? *holder + " is recording it"
-                                   : "its recorder has ended without finishing it; the command "
-                                     "recover makes a recording of it";
-  if (!recording.isRtv()) return words;
-  return words + "; times count from 1970, since its start is not known yet";
 }
 
 }  // namespace velmar::toolkit

@@ -9,12 +9,12 @@
 #include "toolkit/base/FileBytes.h"
 #include "toolkit/base/FileLock.h"
 #include "toolkit/base/Job.h"
+#include "toolkit/base/RecorderFiles.h"
 #include "toolkit/base/UndoFile.h"
 #include "toolkit/recording/FinishedTables.h"
 #include "toolkit/recording/FrameTag.h"
 #include "toolkit/recording/FrameTimes.h"
 #include "toolkit/recording/RecordingDescription.h"
-#include "toolkit/recording/RunningTables.h"
 
 namespace velmar::toolkit {
 
@@ -51,10 +51,16 @@ class Recording {
     return tables_->tryReadFrame(index, bytes);
   }
   bool isRtv() const { return isRtv_; }
-  /// Null while it is being recorded.
-  const FinishedTables* finished() const { return finished_; }
-  /// Null if it is finished.
-  RunningTables* running() const { return running_; }
+  /// Otherwise it is what there is of one that is being recorded, or whose recorder was killed.
+  bool isFinished() const { return finished_ != nullptr; }
+  /// For calls whose error code the caller handles itself. Throws Failure unless it is finished.
+  VelmarVideoFileReader& reader() const { return finished().reader(); }
+  /// Of an rtv, below the facade. Throws Failure unless it is finished.
+  TaggedVideoParser& parser() const { return *finished().parser(); }
+  /// Takes in the frames that a recorder has added since the last time.
+  void update() { tables_->update(); }
+  /// Whether another recording has begun in the temporary file.
+  bool isReplaced() const { return tables_->isReplaced(); }
   /// What an interrupted edit has left beside it.
   UndoState undoState() const { return undoState_; }
 
@@ -84,21 +90,31 @@ class Recording {
  private:
   void openFinished();
   bool openRunning();
+  const FinishedTables& finished() const;
 
   std::string path_;
   bool isRtv_ = false;
   std::unique_ptr<RecordingTables> tables_;
-  FinishedTables* finished_ = nullptr;  ///< the tables, if they are
-  RunningTables* running_ = nullptr;    ///< the same
+  const FinishedTables* finished_ = nullptr;  ///< the tables, if they are
   UndoState undoState_ = UndoState::None;
 };
+
+/// What has become of the recorder of a recording that was not finished when it was opened.
+struct Recorder {
+  enum class State {
+    AtWork,
+    Done,   ///< its file has not got the temporary name any more
+    Ended,  ///< without finishing it
+  };
+  State state;
+  std::string words;  ///< who it is or how it ended; empty if it is done
+};
+
+Recorder recorderOf(const Recording& recording);
 
 /// Tells the job if an edit of it was interrupted, if it is being recorded, or if its recorder has
 /// ended without finishing it.
 void noteState(const Recording& recording, Job& job);
-
-/// Who is recording a recording that is not finished, in words, or that nobody is.
-std::string runningWords(const Recording& recording);
 
 /// Opens it and does the same. Throws Failure.
 Recording openRecording(const std::string& path, Job& job, Accept accept = Accept::Finished);

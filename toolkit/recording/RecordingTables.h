@@ -40,9 +40,14 @@ class RecordingTables {
   virtual std::string tryReadFrame(unsigned int index, std::string& bytes) const {
     return file().tryRead(places().at(index), bytes);
   }
-  /// Of an rtv.
-  virtual frametag03Ver_t tag(unsigned int index) const = 0;
-  virtual can_data_io can(unsigned int index) const = 0;
+  // Of an rtv.
+  virtual frametag03Ver_t tag(unsigned int /*index*/) const { return {}; }
+  virtual can_data_io can(unsigned int /*index*/) const { return {}; }
+  // While it is being recorded.
+  /// Takes in the frames that have come since the last time.
+  virtual void update() {}
+  /// Whether another recording has begun in its file.
+  virtual bool isReplaced() const { return false; }
 };
 
 }  // namespace velmar::toolkit

@@ -1,4 +1,5 @@
 #include "toolkit/rescue/ImgRecords.h"
+#include "toolkit/base/RecorderFiles.h"
 
 #include <algorithm>
 
@@ -105,7 +106,7 @@ void dropTornSizes(std::vector<LeftoverFrame>& frames, const FileBytes& file,
 std::vector<LeftoverFrame> readJournal(const FileBytes& file) {
   std::string bytes;
   try {
-    bytes = readFile(file.path() + ".index");
+    bytes = readFile(journalPath(file.path()));
   } catch (const Failure&) {
     return {};  // it is a help, not a condition
   }

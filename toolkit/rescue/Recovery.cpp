@@ -1,4 +1,5 @@
 #include "toolkit/rescue/Recovery.h"
+#include "toolkit/base/RecorderFiles.h"
 
 #include <tuple>
 
@@ -69,9 +70,7 @@ RecordingDescription describe(const RecoveryRequest& request, const Leftover& le
 }  // namespace
 
 void checkLeftoverName(const std::string& input, const std::string& output) {
-  std::string name = input;
-  if (name.ends_with(".tmp")) name.resize(name.size() - 4);
-  if (!name.ends_with(isRtvPath(output) ? ".img" : ".rtv")) return;
+  if (!finalPath(input).ends_with(isRtvPath(output) ? ".img" : ".rtv")) return;
   throw Failure(output, "it is of another container than " + input,
                 VELMAR_ERROR_CODE_INVALID_PARAMETER_E);
 }

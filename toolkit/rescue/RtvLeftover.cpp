@@ -19,7 +19,7 @@ namespace {
 bool isLikelier(const RtvTable& one, const RtvTable& other) {
   const auto rank = [](const RtvTable& table) {
     const bool hasCan = table.version == RTV_VER_04 && !table.slots.empty() &&
-                        table.slots[0].tag.can.can_data_length == sizeof(can_data_io) - 2;
+                        table.slots[0].tag.can.can_data_length == detail::kCanLength;
     return std::make_tuple(table.wholeFrames, -table.strangeTags, table.isExact(), hasCan);
   };
   return rank(one) > rank(other);

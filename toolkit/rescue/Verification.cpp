@@ -1,4 +1,5 @@
 #include "toolkit/rescue/Verification.h"
+#include "toolkit/base/RecorderFiles.h"
 
 #include <algorithm>
 #include <numeric>
@@ -44,7 +45,7 @@ class Verifier {
       if (progress_ && !progress_(places_.frames[i].size)) return count();
     }
     checkPlausibility(recording_, findings_);
-    if (recording_.finished() == nullptr) return count();
+    if (!recording_.isFinished()) return count();
     if (!recording_.isRtv()) {
       checkMetaData();
     } else {
@@ -55,6 +56,7 @@ class Verifier {
 
  private:
   unsigned int count() const { return static_cast<unsigned int>(places_.frames.size()); }
+  bool isRecorded() const { return recorderOf(recording_).state == Recorder::State::AtWork; }
   bool isInside(const FilePlace& place) const { return file_.contains(place.offset, place.size); }
 
   unsigned char byteAt(std::uint64_t offset) const {
@@ -70,7 +72,8 @@ class Verifier {
   }
 
   void checkPlaces() const {
-    if (count() == 0) findings_.add({Severity::Error, {}, {}, "there is no frame"});
+    if (count() == 0 && !isRecorded())
+      findings_.add({Severity::Error, {}, {}, "there is no frame"});
     for (unsigned int i = 0; i < count(); ++i) {
       const FilePlace& place = places_.frames[i];
       if (!isInside(place)) {
@@ -124,12 +127,14 @@ class Verifier {
     constexpr std::uint64_t kStart = 4096;
     constexpr std::uint64_t kEnd = 256;
     const FilePlace& place = places_.frames[index];
+    // A recorder that finishes moves frames.
+    const bool isAllRead = decode_ || !recording_.isFinished();
     std::string jpeg =
-        file_.read(place.offset, decode_ ? place.size : std::min(place.size, kStart));
+        isAllRead ? whole(index) : file_.read(place.offset, std::min(place.size, kStart));
     if (!beginsAsJpeg(jpeg)) return reportFrame(Severity::Error, index, "does not begin as a JPEG");
     auto size = inspector_.size(jpeg);
     if (!size && jpeg.size() < place.size) {
-      jpeg = file_.read(place.offset, place.size);
+      jpeg = whole(index);
       size = inspector_.size(jpeg);
     }
     if (!size) return reportFrame(Severity::Error, index, "has no JPEG header that can be read");
@@ -137,15 +142,19 @@ class Verifier {
       reportFrame(Severity::Warning, index,
                   "is " + toText(*size) + ", but the header says " + toText(description_.size()));
     }
-    if (!endsAsJpeg(jpegEnd(place, kEnd)) && !isWholeJpeg(jpegEnd(place, place.size))) {
+    const std::uint64_t tail = std::min(place.size, kEnd);
+    const std::string end = isAllRead ? jpeg : file_.read(place.end() - tail, tail);
+    if (!endsAsJpeg(end) && !isWholeJpeg(whole(index))) {
       reportFrame(Severity::Warning, index, "has no end marker");
     }
     if (decode_) checkDecoding(index, jpeg);
   }
 
-  std::string jpegEnd(const FilePlace& place, std::uint64_t atMost) const {
-    const std::uint64_t size = std::min(place.size, atMost);
-    return file_.read(place.end() - size, size);
+  std::string whole(unsigned int index) const {
+    std::string jpeg;
+    const std::string problem = recording_.tryReadFrame(index, jpeg);
+    if (problem.empty()) return jpeg;
+    throw Failure(recording_.path(), problem, VELMAR_ERROR_CODE_VIDEO_NOT_COMPLETE_E);
   }
 
   void checkDecoding(unsigned int index, const std::string& jpeg) const {
@@ -164,7 +173,7 @@ class Verifier {
     };
     const Json::Value stored = parseJson(file_.read(offset, file_.size() - offset));
     if (!stored.isObject()) return warn("it is not strict JSON");
-    const Json::Value read = parseJson(recording_.finished()->reader().getMetaInfo());
+    const Json::Value read = parseJson(recording_.reader().getMetaInfo());
     for (const std::string& key : read.getMemberNames()) {
       if (!stored.isMember(key)) {
         if (key != detail::kExtendedInfoKey) warn("\"" + key + "\" is missing");
@@ -199,7 +208,7 @@ class Verifier {
       }
     }
     unsigned short slots = 0;
-    recording_.finished()->parser()->getFramesMax(slots);  // does not fail on an open parser
+    recording_.parser().getFramesMax(slots);  // does not fail on an open parser
     if (slots < count()) {
       findings_.add({Severity::Error, {}, layout.framesMaxAt(), "there are more frames than tags"});
       return;
@@ -238,15 +247,17 @@ std::optional<Recording> opened(const std::string& path, const FindingMerger::Re
 
 unsigned int verify(const std::string& path, bool decode, const FindingMerger::Report& report,
                     const VerificationProgress& progress) {
-  // All the time: an edit meanwhile would look like damage.
-  const FileLock lock(path, FileLock::Kind::Read);
+  // All the time: an edit meanwhile would look like damage. Nobody edits a temporary file.
+  std::optional<FileLock> lock;
+  if (!isTemporaryPath(path)) lock.emplace(path, FileLock::Kind::Read);
   const auto recording = opened(path, report);
   if (!recording) return 0;
   const std::string words = undoWords(path, recording->undoState());
   if (!words.empty()) report({Severity::Error, {}, {}, words});
-  if (recording->running() != nullptr) {
-    const bool isRecorded = lockHolder(recording->file().path()).has_value();
-    report({isRecorded ? Severity::Warning : Severity::Error, {}, {}, runningWords(*recording)});
+  const Recorder recorder = recorderOf(*recording);
+  if (recorder.state != Recorder::State::Done) {
+    const bool isAtWork = recorder.state == Recorder::State::AtWork;
+    report({isAtWork ? Severity::Warning : Severity::Error, {}, {}, recorder.words});
   }
   FindingMerger findings(report);
   try {

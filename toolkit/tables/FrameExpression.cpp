@@ -146,6 +146,11 @@ class FrameExpression final : public FrameCondition {
     return isTrue(evaluated([this] { return parser_.Eval(); }));
   }
 
+  bool needsNeighbours() const override {
+    return std::any_of(variables_.begin(), variables_.end(),
+                       [](const Variable& variable) { return variable.fact.needsNeighbours(); });
+  }
+
   std::string lack() const override {
     std::vector<std::string> asked;
     for (const Variable& variable : variables_) {

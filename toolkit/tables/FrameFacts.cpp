@@ -115,7 +115,7 @@ std::string unknownFactWords(const std::string& name, const std::vector<std::str
 FrameFacts::FrameFacts(const Recording& recording) : recording_(recording) {
   if (recording.framesCount() > 0) start_ = recording.sensorTime(0);
   if (!recording.isRtv()) return;
-  if (recording.finished() != nullptr) track_.emplace(recording);
+  if (recording.isFinished()) track_.emplace(recording);
   isVersion02_ = recording.description().version == RTV_VER_02;
 }
 

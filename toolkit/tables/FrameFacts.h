@@ -39,6 +39,8 @@ struct FrameFact {
 
   /// Whether only an rtv has it.
   bool isOfTag() const { return source >= Source::TimeFlag; }
+  /// Whether it depends on the next frame.
+  bool needsNeighbours() const { return source == Source::Acceleration; }
 };
 
 /// The fact of a name with a unit, such as "speed_km_h", or of one that needs none: "index",

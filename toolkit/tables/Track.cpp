@@ -62,7 +62,7 @@ double GroundScale::distance(const Place& one, const Place& other) const {
 }
 
 Track::Track(const Recording& recording) : recording_(recording) {
-  recording.finished()->parser()->getStdPosition(start_.lat, start_.lng, start_.alt);
+  recording.parser().getStdPosition(start_.lat, start_.lng, start_.alt);
   radii_ = detail::EllipsoidRadii::at(start_.lat);
 }
 

@@ -7,6 +7,7 @@
 
 #include "toolkit/base/Failure.h"
 #include "toolkit/frames/FrameLosses.h"
+#include "toolkit/tables/Track.h"
 #include "toolkit/text/NumberText.h"
 
 namespace velmar::toolkit {
@@ -63,12 +64,9 @@ std::string signedDegrees(double degrees, std::size_t digits) {
 // Of an rtv that has one, as ISO 6709 writes it.
 std::string startPosition(const Recording& recording) {
   if (!recording.isRtv() || !hasStartPosition(recording.description())) return "";
-  double lat = 0;
-  double lng = 0;
-  double alt = 0;
-  recording.finished()->parser()->getStdPosition(lat, lng, alt);
-  std::string text = signedDegrees(lat, 2) + signedDegrees(lng, 3);
-  if (alt != 0) text += (alt > 0 ? "+" : "") + fixedText(alt, 2);
+  const Place start = Track(recording).start();
+  std::string text = signedDegrees(start.lat, 2) + signedDegrees(start.lng, 3);
+  if (start.alt != 0) text += (start.alt > 0 ? "+" : "") + fixedText(start.alt, 2);
   return text + "/";
 }
 

@@ -1,4 +1,5 @@
 #include "toolkit/writing/OutputGuard.h"
+#include "toolkit/base/RecorderFiles.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -71,8 +72,8 @@ void checkOutput(const std::string& path, const std::vector<std::string>& inputs
 
 ReservedOutput::ReservedOutput(const std::string& path, const std::vector<std::string>& inputs,
                                bool force)
-    : temporary_(path + ".tmp") {
-  const std::string journal = temporary_ + ".index";
+    : temporary_(temporaryPath(path)) {
+  const std::string journal = journalPath(temporary_);
   refuseInput(temporary_, inputs);
   refuseInput(journal, inputs);
   checkOutput(path, inputs, force);

@@ -1,4 +1,5 @@
 #include "toolkit/writing/RecordingWriter.h"
+#include "toolkit/base/RecorderFiles.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -22,7 +23,7 @@ RecordingWriter::RecordingWriter(std::string path, const RecordingDescription& d
   backend_ = makeRecordingBackend(path_, description, framesMax);
   const VELMAR_ERROR_CODE_E code = backend_->open();
   if (code != VELMAR_ERROR_CODE_SUCCESS_E) throw creationFailure(code);
-  temporary_ = detail::FileDescriptor(path_ + ".tmp", O_RDONLY);
+  temporary_ = detail::FileDescriptor(temporaryPath(path_), O_RDONLY);
 }
 
 RecordingWriter::~RecordingWriter() {
@@ -57,7 +58,7 @@ void RecordingWriter::finish() {
 
 // A backend that is let go finishes its file, unless the temporary name stands for another one.
 void RecordingWriter::abandon() {
-  const std::string temporary = path_ + ".tmp";
+  const std::string temporary = temporaryPath(path_);
   const std::string aside = temporary + ".kept";
   const bool isAside = ::rename(temporary.c_str(), aside.c_str()) == 0;
   backend_.reset();
@@ -72,7 +73,7 @@ Failure RecordingWriter::failure(const std::string& words, VELMAR_ERROR_CODE_E c
   } else if (backend_) {
     backend_->close();
   }
-  const std::string temporary = path_ + ".tmp";
+  const std::string temporary = temporaryPath(path_);
   const std::string place = ::access(temporary.c_str(), F_OK) != 0
                                 ? path_
                                 : temporary + "; the command recover makes a recording of it";
@@ -99,7 +100,7 @@ void RecordingWriter::writeBack(std::size_t added) {
 }
 
 void RecordingWriter::sync() {
-  const bool isNamed = frames_ != syncInterval_ || detail::syncName(path_ + ".tmp") == 0;
+  const bool isNamed = frames_ != syncInterval_ || detail::syncName(temporaryPath(path_)) == 0;
   // The frames before the index journal, which must not lead to any that are not there.
   if (isNamed && temporary_.sync() && (!journal_.isOpen() || journal_.sync())) return;
   const std::string words = "frames " + std::to_string(frames_ - syncInterval_) + " to " +
@@ -112,7 +113,7 @@ void RecordingWriter::sync() {
 
 // The library does not say why; trying once more does.
 Failure RecordingWriter::creationFailure(VELMAR_ERROR_CODE_E code) const {
-  const std::string temporary = path_ + ".tmp";
+  const std::string temporary = temporaryPath(path_);
   if (const auto holder = lockHolder(temporary)) {
     return {temporary, *holder + " is recording to it", code};
   }
@@ -124,7 +125,7 @@ Failure RecordingWriter::creationFailure(VELMAR_ERROR_CODE_E code) const {
 }
 
 void RecordingWriter::removeTemporaryFiles() const {
-  ::unlink((path_ + ".tmp").c_str());
+  ::unlink(temporaryPath(path_).c_str());
   ::unlink((path_ + ".tmp.index").c_str());
 }
 

@@ -11,6 +11,9 @@
 
 namespace velmar::detail {
 
+/// What its name ends in, behind that of the temporary file.
+constexpr char kJournalEnding[] = ".index";
+
 /// What a journal begins with; the last byte is the version. Recorders of version 1.0 wrote the
 /// records of the index alone.
 constexpr std::string_view kJournalMagic("velmar.jrnl\1", 12);

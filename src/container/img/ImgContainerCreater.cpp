@@ -25,8 +25,8 @@ constexpr char kTag[] = "ImgContainerCreater_TAG";
 
 ImgContainerCreater::ImgContainerCreater(const std::string& path)
     : VelmarVideoFileCreater(path),
-      temporaryPath_(path + ".tmp"),
-      journal_(temporaryPath_ + ".index") {}
+      temporaryPath_(path + kTemporaryEnding),
+      journal_(temporaryPath_ + kJournalEnding) {}
 
 ImgContainerCreater::~ImgContainerCreater() {
   if (file_.isOpen()) ImgContainerCreater::close();

@@ -10,6 +10,7 @@
 
 #include "base/Bytes.h"
 #include "base/Guarded.h"
+#include "container/rtv/RtvLayout.h"
 
 using namespace velmar::detail;
 
@@ -17,7 +18,6 @@ namespace {
 
 constexpr std::size_t kSlotSize = 4;
 constexpr std::size_t kSlotsSize = 32 * kSlotSize;
-constexpr unsigned short kWrittenLength = 107;
 
 constexpr std::array<CanField, 32> kFields = {{
     {"can_data_length", "pCan_data_length", CanFieldType::Unsigned16,
@@ -170,7 +170,7 @@ std::string textOf(const can_data_io* block, CAN_SIZE size) {
 
 void can_data_io_purge(can_data_io* block) {
   std::memset(block, 0xFF, sizeof *block);
-  block->can_data_length = kWrittenLength;
+  block->can_data_length = kCanLength;
 }
 
 void can_data_buf_align(can_data* block) {

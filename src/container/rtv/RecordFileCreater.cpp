@@ -44,7 +44,7 @@ RecordFileCreater::RecordFileCreater(const std::string& fileName, unsigned short
   fileSize_ = rtvLayout(version_).tagAt(framesMax);
   const bool isMade = guarded(kTag, "RecordFileCreater", false, [&] {
     fileName_ = fileName;
-    temporaryPath_ = fileName + ".tmp";
+    temporaryPath_ = fileName + kTemporaryEnding;
     return makeTagTable();
   });
   if (!isMade) abandon();

@@ -8,6 +8,7 @@
 
 #include "base/Bytes.h"
 
+#include "velmar_video/rtv/CanData.h"
 #include "velmar_video/rtv/RecordFile.h"
 
 namespace velmar::detail {
@@ -97,6 +98,10 @@ void visitRtvHeader(version_e version, Header& header, Visit visit) {
 
 /// Offset of the CAN block in a tag of version 04, which begins like a tag of version 03.
 constexpr unsigned int kCanAt = sizeof(frametag03Ver_t);
+
+/// What a CAN block says that its length is: its size without that field.
+constexpr unsigned short kCanLength = 107;
+static_assert(kCanLength == sizeof(can_data_io) - sizeof can_data_io::can_data_length);
 
 /// A 24-bit field of a version 02 tag: the low three bytes, least significant first.
 inline void put24(unsigned char (&at)[3], unsigned int value) {

@@ -5,8 +5,8 @@
 #include "program/SelectionOptions.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
+#include "toolkit/frames/FollowedFrames.h"
 #include "toolkit/frames/FrameLosses.h"
-#include "toolkit/recording/FollowRecording.h"
 #include "toolkit/writing/OutputGuard.h"
 
 namespace velmar::tool {
@@ -35,23 +35,22 @@ void writeFrames(const Recording& recording, const std::vector<unsigned int>& se
   losses.report(recording.path(), selected.size(), job);
 }
 
-void follow(const std::string& file, const Options& options, Job& job) {
-  GrowingSelection selection(options.selection);
+void follow(const std::string& file, const FrameSelection& selection, Job& job) {
+  FollowedFrames followed(file, selection, false, job);
+  StoredFrames frames(followed.recording());
   FrameNews news(file, job);
-  const auto write = [&](const Recording& recording, unsigned int first, unsigned int end) {
-    StoredFrames frames(recording);
+  std::string frame;
+  for (auto selected = followed.next(); !selected.empty(); selected = followed.next()) {
     StandardOutput output;
-    std::string frame;
-    for (const unsigned int index : selection.pick(recording, first, end)) {
+    for (const unsigned int index : selected) {
       if (const FrameFlaw flaw = frames.read(index, frame)) {
-        news.add(index, index, "left out: " + flaw.words);
+        news.add(index, index, "skipped: " + flaw.text());
       } else {
         output.write(frame);
       }
     }
     output.flush();
-  };
-  followRecording(file, write, job);
+  }
   news.finish();
 }
 
@@ -62,7 +61,7 @@ ExitStatus cat(const Options& options, CommandJob& job) {
   const std::vector<std::string> files = options.inputs.files(job);
   for (const std::string& file : files) checkStandardOutput(file);
   if (options.follow) {
-    follow(files.at(0), options, job);
+    follow(files.at(0), options.selection, job);
     return job.status();
   }
   SelectedFrames selected(options.selection, files.size());

@@ -67,12 +67,12 @@ ExitStatus dump(const Options& options, CommandJob& job) {
       failure = std::current_exception();
     }
   });
-  recording.finished()->parser()->dump();
+  recording.parser().dump();
   velmar_logger::setSink({});
   if (failure) std::rethrow_exception(failure);
 #else
   // The device's library has the log, and with it the dump.
-  recording.finished()->parser()->dump();
+  recording.parser().dump();
   output.write("the dump is in the device's log\n");
 #endif
   output.flush();

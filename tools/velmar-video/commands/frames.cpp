@@ -10,8 +10,9 @@
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
 #include "toolkit/base/OutputFile.h"
+#include "toolkit/base/RecorderFiles.h"
+#include "toolkit/frames/FollowedFrames.h"
 #include "toolkit/frames/FrameLosses.h"
-#include "toolkit/recording/FollowRecording.h"
 #include "toolkit/recording/OpenFailure.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/tables/FrameLine.h"
@@ -121,19 +122,23 @@ class FrameList {
   // The lines of one alone, which come with its frames.
   void follow(Job& job) const {
     const std::string& file = options_.files.front();
-    GrowingSelection selection(options_.selection);
+    const FrameTable given = options_.columns;
+    const bool neighbours = std::any_of(given.begin(), given.end(), [](const FrameColumn& column) {
+      return column.fact && column.fact->needsNeighbours();
+    });
+    FollowedFrames followed(file, options_.selection, neighbours, job);
     FrameNews news(file, job);
     FrameTable table;
-    const auto write = [&](const Recording& recording, unsigned int first, unsigned int end) {
-      const std::vector<unsigned int> frames = selection.pick(recording, first, end);
-      if (frames.empty()) return;
+    std::optional<FrameLine> line;
+    for (auto frames = followed.next(); !frames.empty(); frames = followed.next()) {
       StandardOutput output;
-      if (table.empty()) output.write(header(table = columns(&recording)));
-      FrameLine line(recording, table, &news);
-      for (const unsigned int index : frames) output.write(textOf(line, index));
+      if (!line) {
+        output.write(header(table = columns(&followed.recording())));
+        line.emplace(followed.recording(), table, &news);
+      }
+      for (const unsigned int index : frames) output.write(textOf(*line, index));
       output.flush();
-    };
-    followRecording(file, write, job);
+    }
     news.finish();
   }
 

@@ -1,5 +1,5 @@
 #include <optional>
-#include <utility>
+#include <tuple>
 #include <vector>
 
 #include "program/EachFile.h"
@@ -36,6 +36,20 @@ struct Info {
   std::uint64_t bytes = 0;
   std::optional<Place> start;  // of an rtv
   bool isFinished = true;
+  bool isRecorded = false;
+  const char* state() const { return isRecorded ? "recording" : "interrupted"; }
+};
+
+// What is known of a recording.
+struct Known {
+  explicit Known(const Info& info)
+      : all(info.isFinished),
+        first(all || info.framesCount > 0),
+        start(all || (first && info.container == "img")) {}
+
+  bool all;
+  bool first;  // what the first frame tells
+  bool start;
 };
 
 // From the first frame's capture to the last one's.
@@ -53,7 +67,8 @@ Info readInfo(const std::string& file, Job& job) {
   info.file = file;
   info.container = recording.isRtv() ? "rtv" : "img";
   info.framesCount = recording.framesCount();
-  info.isFinished = recording.finished() != nullptr;
+  info.isFinished = recording.isFinished();
+  info.isRecorded = recorderOf(recording).state == Recorder::State::AtWork;
   info.version = recording.version();
   info.framesMax = recording.framesMax();
   info.description = recording.description();
@@ -68,26 +83,28 @@ Info readInfo(const std::string& file, Job& job) {
 
 // jsoncpp would sort the keys; people who look at the line want them in order.
 std::string jsonLine(const Info& info) {
-  const std::pair<const char*, Json::Value> members[] = {
-      {"file", info.file},
-      {"container", info.container},
-      {"version", velmarVersion2String(info.version)},
-      {"frames_count", info.framesCount},
-      {"frames_max", info.framesMax},
-      {"width", info.description.width},
-      {"height", info.description.height},
-      {"frame_format", velmarFormat2String(info.description.format)},
-      {"frame_codec", velmarCodec2String(info.description.codec)},
-      {"undistorted", info.description.undistorted},
-      {"device_id", info.deviceId},
-      {"start_time_us", Json::UInt64{info.description.startTime}},
-      {"duration_us", Json::UInt64{info.duration}},
-      {"camera_params", info.cameraParams},
-      {"extended_info", info.extendedInfo},
-      {"file_bytes", Json::UInt64{info.bytes}},
+  const Known known(info);
+  const std::tuple<const char*, Json::Value, bool> members[] = {
+      {"file", info.file, true},
+      {"container", info.container, true},
+      {"version", velmarVersion2String(info.version), known.first},
+      {"frames_count", info.framesCount, true},
+      {"frames_max", info.framesMax, known.first},
+      {"width", info.description.width, known.first},
+      {"height", info.description.height, known.first},
+      {"frame_format", velmarFormat2String(info.description.format), known.all},
+      {"frame_codec", velmarCodec2String(info.description.codec), known.all},
+      {"undistorted", info.description.undistorted, known.all},
+      {"device_id", info.deviceId, known.all},
+      {"start_time_us", Json::UInt64{info.description.startTime}, known.start},
+      {"duration_us", Json::UInt64{info.duration}, true},
+      {"camera_params", info.cameraParams, known.all},
+      {"extended_info", info.extendedInfo, known.all},
+      {"file_bytes", Json::UInt64{info.bytes}, true},
   };
   std::string line;
-  for (const auto& [key, value] : members) {
+  for (const auto& [key, value, isKnown] : members) {
+    if (!isKnown) continue;
     line += line.empty() ? "{" : ",";
     line += toJsonText(key) + ":" + toJsonText(value);
   }
@@ -96,7 +113,7 @@ std::string jsonLine(const Info& info) {
             ",\"lat_deg\":" + degreesText(info.start->lat) +
             ",\"alt_m\":" + fixedText(info.start->alt, 2) + "}";
   }
-  if (!info.isFinished) line += ",\"finished\":false";
+  if (!info.isFinished) line += ",\"state\":" + toJsonText(info.state());
   return line + "}\n";
 }
 
@@ -113,28 +130,35 @@ std::string durationText(const Info& info) {
 }
 
 std::string textBlock(const Info& info) {
-  const std::pair<const char*, std::string> lines[] = {
-      {"container", info.container + (info.isFinished ? "" : ", not finished") + ", version " +
-                        velmarVersion2String(info.version)},
+  const RecordingDescription& description = info.description;
+  const std::string size =
+      std::to_string(description.width) + " x " + std::to_string(description.height);
+  const std::string kind = std::string(velmarCodec2String(description.codec)) + ", " +
+                           velmarFormat2String(description.format);
+  const Known known(info);
+  const std::tuple<const char*, std::string, bool> lines[] = {
+      {"container",
+       info.container + (known.all ? "" : std::string(", ") + info.state()) +
+           (known.first ? std::string(", version ") + velmarVersion2String(info.version) : ""),
+       true},
       {"frames",
-       std::to_string(info.framesCount) + " (room for " + std::to_string(info.framesMax) + ")"},
-      {"picture", std::to_string(info.description.width) + " x " +
-                      std::to_string(info.description.height) + ", " +
-                      velmarCodec2String(info.description.codec) + ", " +
-                      velmarFormat2String(info.description.format)},
-      {"undistorted", info.description.undistorted ? "yes" : "no"},
-      {"device", info.deviceId.empty() ? "-" : printable(info.deviceId)},
-      {"start", formatTime(info.description.startTime)},
-      {"duration", durationText(info)},
-      {"size", bytesText(info.bytes)},
-      {"camera params", shownJson(info.cameraParams)},
-      {"extended info", shownJson(info.extendedInfo)},
+       std::to_string(info.framesCount) +
+           (known.first ? " (room for " + std::to_string(info.framesMax) + ")" : ""),
+       true},
+      {"picture", size + (known.all ? ", " + kind : ""), known.first},
+      {"undistorted", description.undistorted ? "yes" : "no", known.all},
+      {"device", printable(info.deviceId), known.all && !info.deviceId.empty()},
+      {"start", formatTime(description.startTime), known.start},
+      {"duration", durationText(info), true},
+      {"size", bytesText(info.bytes), true},
+      {"camera params", shownJson(info.cameraParams), known.all},
+      {"extended info", shownJson(info.extendedInfo), known.all},
   };
   std::string text = printable(info.file) + "\n";
-  for (const auto& [label, value] : lines) {
+  for (const auto& [label, value, isKnown] : lines) {
     std::string cell = label;
     cell.resize(15, ' ');
-    text.append("  ").append(cell).append(value).append("\n");
+    text.append("  ").append(cell).append(isKnown ? value : "-").append("\n");
   }
   if (info.start) {
     text += "  start position " + degreesText(info.start->lng) + " E, " +

@@ -7,6 +7,7 @@
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
 #include "toolkit/base/LockHolder.h"
+#include "toolkit/base/RecorderFiles.h"
 #include "toolkit/base/UndoFile.h"
 #include "toolkit/recording/OpenFailure.h"
 #include "toolkit/recording/Recording.h"
@@ -50,7 +51,7 @@ ReservedOutput reserveOutput(const OutputTask& task, const Options& options,
   checkLeftoverName(task.input, task.output);
   const std::vector<std::string> described = options.description.inputs();
   inputs.insert(inputs.end(), described.begin(), described.end());
-  inputs.push_back(task.input + ".index");
+  inputs.push_back(journalPath(task.input));
   if (!options.timesFile.empty()) inputs.push_back(options.timesFile);
   checkOutput(task.output, inputs, options.force);
   // What an earlier recover left when it was interrupted can be made again.
@@ -116,7 +117,7 @@ void refuseRunning(const std::string& file) {
 }
 
 bool isLeftoverName(const std::string& path) {
-  return path.ends_with(".tmp") && isRecordingName(path.substr(0, path.size() - 4));
+  return isTemporaryPath(path) && isRecordingName(finalPath(path));
 }
 
 ExitStatus recover(const Options& options, CommandJob& job) {
@@ -124,7 +125,7 @@ ExitStatus recover(const Options& options, CommandJob& job) {
     return undoInterruptedEdit(options.outputs.inputs.inputs.front());
   }
   const auto nameOf = [](const std::string& name) {
-    return isLeftoverName(name) ? name.substr(0, name.size() - 4) : name;
+    return isLeftoverName(name) ? finalPath(name) : name;
   };
   const auto tasks = options.outputs.tasks(job, isLeftoverName,
                                            "interrupted recording (*.img.tmp, *.rtv.tmp)", nameOf);

@@ -88,7 +88,11 @@ void check(const std::string& file, const Options& options, const std::optional<
   report.frames = verify(file, options.decode, take, progress);
   const bool opens = report.frames > 0 || report.errors == 0;
   if (!options.needsHashes() || !opens || !report.isWhole) return;
-  report.hashes = hashRecording(file, progress);
+  try {
+    report.hashes = hashRecording(file, progress);
+  } catch (const Failure& failure) {
+    return take({Finding::Severity::Error, {}, {}, "has no hashes: " + failure.wordsFor(file)});
+  }
   if (!manifest || !report.isWhole) return;
   if (report.then != nullptr) {
     compareHashes(*report.then, *report.hashes, take);
