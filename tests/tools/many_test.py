@@ -139,7 +139,7 @@ class Many(ToolCase):
             (2, "split: --duration, --size or --at-gaps is needed", "split", "day/a2.rtv", "x.rtv"),
             (
                 2,
-                "--duration is a number with a unit",
+                "--duration is a duration longer than 0",
                 "split",
                 "a.rtv",
                 "x.rtv",

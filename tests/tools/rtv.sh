@@ -105,7 +105,7 @@ expect 2 "--log goes by" edit sample.img --log log.csv --shift-time +1s
 expect 2 "create: --log needs an .rtv" create x.img in --fps 5 --log log.csv
 expect 2 "there is no field sped; did you mean speed?" create x.rtv in --fps 5 --log log.csv --log-map sped=v
 expect 2 "give one of them" create x.rtv in --fps 5 --log log.csv --tags tags.csv
-expect 2 "--log-max-age is a number with a unit" create x.rtv in --fps 5 --log log.csv --log-max-age 5
+expect 2 "--log-max-age is a duration" create x.rtv in --fps 5 --log log.csv --log-max-age 5
 absent x.rtv x.rtv.tmp x.img
 unset TZ
 

@@ -180,6 +180,18 @@ class Running(ToolCase):
             self.assertIn(f"{recording}: its recorder has ended without finishing it", said)
             self.assertGreaterEqual(len(Path("followed").read_text().splitlines()), 10)
 
+    def test_a_recorder_that_is_killed_at_the_very_end_has_moved_frames(self):
+        finished = Path("source.img").read_bytes()
+        Path("left.img.tmp").write_bytes(finished)
+        # A journal of version 1.0, which is like the index.
+        Path("left.img.tmp.index").write_bytes(finished[8 : 8 + 40 * 28])
+        verified = subprocess.run([TOOL, "verify", "left.img"], capture_output=True).stdout.decode()
+        self.assertIn("left.img: 40 frames, 1 error, 0 warnings\n", verified)
+        self.assertEqual(
+            subprocess.run([TOOL, "cat", "left.img"], capture_output=True).stdout,
+            b"".join(self.jpegs),
+        )
+
     def test_stops_when_it_is_to(self):
         recorder = self.start("drive.img", [])
         self.feed(recorder, 0, 10)

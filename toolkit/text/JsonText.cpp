@@ -85,7 +85,7 @@ std::string toJsonText(const Json::Value& value) {
 std::string shownJson(const Json::Value& value) {
   Json::StreamWriterBuilder builder = oneLine();
   builder["emitUTF8"] = true;
-  return printable(Json::writeString(builder, value));
+  return printableJson(Json::writeString(builder, value));
 }
 
 }  // namespace velmar::toolkit

@@ -17,7 +17,7 @@ Json::Value parseJson(const std::string& text);
 /// On one line, in ASCII.
 std::string toJsonText(const Json::Value& value);
 
-/// On one line for people: with characters as they are, as far as printable() shows them.
+/// On one line for people: with characters as they are, as far as printableJson() shows them.
 std::string shownJson(const Json::Value& value);
 
 }  // namespace velmar::toolkit

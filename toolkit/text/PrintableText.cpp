@@ -23,7 +23,8 @@ bool isShown(char32_t character) {
 }
 
 struct Character {
-  std::size_t length = 1;  // bytes
+  std::size_t length = 1;       // bytes
+  char32_t character = 0xFFFD;  // what stands for a byte that is no UTF-8
   bool isShown = false;
 };
 
@@ -41,31 +42,46 @@ Character firstOf(std::string_view text) {
   }
   const bool isSurrogate = character >= 0xD800 && character <= 0xDFFF;
   if (character < kLeast[length] || character > 0x10FFFF || isSurrogate) return {};
-  return {length, isShown(character)};
+  return {length, character, isShown(character)};
+}
+
+std::string hexDigits(unsigned int value, std::size_t digits) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string text;
+  for (; digits > 0; --digits) text += kDigits[value >> 4 * (digits - 1) & 0xF];
+  return text;
 }
 
 std::string escaped(std::string_view bytes) {
-  constexpr char kDigits[] = "0123456789ABCDEF";
   std::string text;
-  for (const char byte : bytes) {
-    const auto value = static_cast<unsigned char>(byte);
-    text.append({'\\', 'x', kDigits[value / 16], kDigits[value % 16]});
-  }
+  for (const char byte : bytes) text += "\\x" + hexDigits(static_cast<unsigned char>(byte), 2);
   return text;
+}
+
+// With what `escape` makes of each character that is not shown.
+template <typename Escape>
+std::string shown(std::string_view text, Escape escape) {
+  std::string all;
+  all.reserve(text.size());
+  while (!text.empty()) {
+    const Character first = firstOf(text);
+    const std::string_view bytes = text.substr(0, first.length);
+    all += first.isShown ? std::string(bytes) : escape(bytes, first.character);
+    text.remove_prefix(first.length);
+  }
+  return all;
 }
 
 }  // namespace
 
 std::string printable(std::string_view text) {
-  std::string shown;
-  shown.reserve(text.size());
-  while (!text.empty()) {
-    const Character first = firstOf(text);
-    const std::string_view bytes = text.substr(0, first.length);
-    shown += first.isShown ? std::string(bytes) : escaped(bytes);
-    text.remove_prefix(first.length);
-  }
-  return shown;
+  return shown(text, [](std::string_view bytes, char32_t) { return escaped(bytes); });
+}
+
+std::string printableJson(std::string_view text) {
+  // All characters that are not shown have four digits.
+  return shown(
+      text, [](std::string_view, char32_t character) { return "\\u" + hexDigits(character, 4); });
 }
 
 }  // namespace velmar::toolkit

@@ -11,6 +11,9 @@ namespace velmar::toolkit {
 /// or of one must not break the line, nor command the terminal.
 std::string printable(std::string_view text);
 
+/// The same of JSON, with the escapes that it has: "\u202E".
+std::string printableJson(std::string_view text);
+
 }  // namespace velmar::toolkit
 
 #endif

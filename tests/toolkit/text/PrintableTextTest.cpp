@@ -24,6 +24,7 @@ TEST(PrintableText, KeepsWhatIsTextAndNothingElse) {
       {"\xED\xA0\x80\xF8\x88", R"(\xED\xA0\x80\xF8\x88)"},  // beyond all characters
   };
   for (const auto& [text, shown] : cases) EXPECT_EQ(printable(text), shown);
+  EXPECT_EQ(printableJson("夜\u202E\x7F\xFF"), R"(夜\u202E\u007F\uFFFD)");
 }
 
 }  // namespace

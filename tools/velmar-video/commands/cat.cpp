@@ -87,7 +87,7 @@ void checkUsage(const Options& options) {
 }
 
 void addOptions(CLI::App& command, Options& options) {
-  options.inputs.addTo(command);
+  options.inputs.addTo(command, InputOptions::kWithRunning);
   addRecordingSelectionOptions(command, options.selection);
   addFollowOption(command, options.follow);
 }

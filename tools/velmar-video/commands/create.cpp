@@ -237,8 +237,7 @@ void addFrameOptions(CLI::App& command, Options& options) {
       "Frames a second, such as 30 or 30000/1001, instead of --times or a video's own times; with "
       "-, standard input is a stream of JPEGs");
   addStartTimeOption(command, options.startTime,
-                     "Capture time of the first frame, microseconds since 1970 or RFC 3339; with "
-                     "--times, the start "
+                     "Capture time of the first frame; with --times, the start "
                      "of an rtv. If not given: now with --fps, of a video when it was made, of an "
                      "rtv with --times "
                      "its first frame");

@@ -75,12 +75,12 @@ void addOptions(CLI::App& command, Options& options) {
   addDurationOption(command, "--join",
                     "Join runs of frames that are no farther apart than this, such as 2s, with the "
                     "frames between them",
-                    options.form.join)
+                    [&options](std::int64_t micros) { options.form.join = micros; })
       ->needs(where);
   addDurationOption(command, "--pad",
                     "Add the frames captured up to this long before and behind each run, such as "
                     "1s; runs that overlap then become one",
-                    options.form.pad)
+                    [&options](std::int64_t micros) { options.form.pad = micros; })
       ->needs(where);
   addStripOption(command, options.strip);
   command.add_flag("--force", options.force, "Replace existing outputs");

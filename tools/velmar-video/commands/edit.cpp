@@ -213,7 +213,7 @@ void addTimeOptions(CLI::App& command, Options& options) {
           request.sensorTimes.push_back(parseFrameTime("--sensor-time", text));
         }
       },
-      "When frame I was captured; may be given several times");
+      std::string("When frame I was captured; may be given several times. TIME is ") + kTimeForms);
   auto* arrived = command.add_option_function<std::vector<std::string>>(
       "--arrived-time",
       [&request](const std::vector<std::string>& texts) {
@@ -221,7 +221,7 @@ void addTimeOptions(CLI::App& command, Options& options) {
           request.arrivedTimes.push_back(parseFrameTime("--arrived-time", text));
         }
       },
-      "img: when frame I arrived; may be given several times");
+      "img: when frame I arrived, like --sensor-time; may be given several times");
   for (CLI::Option* option : {sensor, arrived})
     option->type_name("I=TIME")->allow_extra_args(false);
   auto* times = command.add_option("--times", options.timesFile,

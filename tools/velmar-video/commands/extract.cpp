@@ -139,7 +139,7 @@ void addDecodingOptions(CLI::App& command, Options& options) {
 }
 
 void addOptions(CLI::App& command, Options& options) {
-  options.inputs.addTo(command);
+  options.inputs.addTo(command, InputOptions::kWithRunning);
   command
       .add_option("--output", options.folder.path,
                   "The folder, made if it is not there; of several recordings, or of a folder of "

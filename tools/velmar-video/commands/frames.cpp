@@ -245,7 +245,7 @@ void addColumnOptions(CLI::App& command, Options& options) {
 }
 
 void addOptions(CLI::App& command, Options& options) {
-  options.inputs.addTo(command);
+  options.inputs.addTo(command, InputOptions::kWithRunning);
   auto* json = command.add_flag("--json", options.json, "One JSON object for each frame");
   command.add_flag("--csv", options.csv, "Comma-separated values with a header line")
       ->excludes(json);

@@ -178,7 +178,7 @@ ExitStatus showInfo(const Options& options, CommandJob& job) {
 }
 
 void addOptions(CLI::App& command, Options& options) {
-  options.inputs.addTo(command);
+  options.inputs.addTo(command, InputOptions::kWithRunning);
   command.add_flag("--json", options.json, "One JSON object for each, on a line of its own");
   options.jobs.addTo(command, "recordings");
 }

@@ -193,8 +193,7 @@ void addTimeOptions(CLI::App& command, Options& options) {
           "a row for each frame of the recording")
       ->type_name("CSV");
   addStartTimeOption(command, options.startTime,
-                     "When an rtv starts, or, with --fps, when an img's first frame was captured. "
-                     "Microseconds since 1970 or RFC 3339");
+                     "When an rtv starts, or, with --fps, when an img's first frame was captured");
 }
 
 void addOptions(CLI::App& command, Options& options) {

@@ -37,35 +37,28 @@ void checkUsage(const Options& options) {
   }
 }
 
-// A duration that is longer than 0.
-void addLengthOption(CLI::App& command, const std::string& name, const std::string& help,
-                     std::optional<std::int64_t>& micros) {
-  addParsedOption(command, name, "TIME", help, [name, &micros](const std::string& text) {
-    micros = parseDuration(text);
-    if (micros.value_or(0) > 0) return;
-    throw UsageError(name + " is a number with a unit, such as 60s, 500ms or 10min");
-  });
-}
-
 void addOptions(CLI::App& command, Options& options) {
   command.add_option("input", options.input, "The recording")->required();
   command
       .add_option("output", options.output.path,
                   "The name that those of the parts are made of: " + std::string(kNumberedNames))
       ->required();
-  addLengthOption(command, "--duration",
-                  "How long a part may be, such as 60s or 10min, counted on from frame 0",
-                  options.form.duration);
+  PartForm& form = options.form;
+  addDurationOption(
+      command, "--duration",
+      "How long a part may be, such as 60s or 10min, counted on from frame 0",
+      [&form](std::int64_t micros) { form.duration = micros; }, 1);
   command
       .add_option(
-          "--size", options.form.size,
+          "--size", form.size,
           "How large the file of a part may be, such as 500M or 4G (powers of 1024); larger "
           "if it has one frame only")
       ->type_name("BYTES")
       ->transform(CLI::AsSizeValue(false))
       ->check(CLI::PositiveNumber.description(""));
-  addLengthOption(command, "--at-gaps",
-                  "Between frames that are farther apart than this, such as 2s", options.form.gap);
+  addDurationOption(
+      command, "--at-gaps", "Between frames that are farther apart than this, such as 2s",
+      [&form](std::int64_t micros) { form.gap = micros; }, 1);
   addStripOption(command, options.output.strip);
   command.add_flag("--force", options.output.force, "Replace existing outputs");
 }

@@ -248,7 +248,7 @@ ExitStatus verifyFiles(const Options& options, CommandJob& job) {
 }
 
 void addOptions(CLI::App& command, Options& options) {
-  options.inputs.addTo(command);
+  options.inputs.addTo(command, InputOptions::kWithRunning);
   command.add_flag("--decode", options.decode, "Decode every frame, too");
   command.add_flag("--only-problems", options.onlyProblems,
                    "Without a line for recordings in which nothing is found");

@@ -65,9 +65,9 @@ void addDeviceIdOption(CLI::App& command, const std::function<void(const std::st
 }
 
 std::uint64_t parseTimeOption(const std::string& option, const std::string& text) {
-  const auto time = parseTime(text);
+  const auto time = parseUtcTime(text);
   if (time && *time <= kLastFormattedTime) return *time;
-  throw UsageError(option + " is microseconds since 1970 or RFC 3339");
+  throw UsageError(option + " is " + kTimeForms);
 }
 
 std::int64_t parseTimeShift(const std::string& option, const std::string& text) {
@@ -78,21 +78,21 @@ std::int64_t parseTimeShift(const std::string& option, const std::string& text) 
 }
 
 CLI::Option* addDurationOption(CLI::App& command, const std::string& name, const std::string& help,
-                               std::int64_t& micros) {
-  return addParsedOption(command, name, "TIME", help, [name, &micros](const std::string& text) {
-    const auto duration = parseDuration(text);
-    if (!duration || *duration < 0) {
-      throw UsageError(name + " is a number with a unit, us, ms, s, min, h or d, such as 1.5s");
-    }
-    micros = *duration;
+                               const std::function<void(std::int64_t)>& set, std::int64_t least) {
+  return addParsedOption(command, name, "TIME", help, [=](const std::string& text) {
+    const std::int64_t micros = parseDuration(text).value_or(-1);
+    if (micros >= least) return set(micros);
+    throw UsageError(name + " is a duration " +
+                     (least > 0 ? "longer than 0" : "that is not negative") +
+                     ": a number with the unit us, ms, s, min, h or d, such as 1.5s");
   });
 }
 
 CLI::Option* addStartTimeOption(CLI::App& command, std::optional<std::uint64_t>& time,
                                 const std::string& help) {
-  return addParsedOption(command, "--start-time", "TIME", help, [&time](const std::string& text) {
-    time = parseTimeOption("--start-time", text);
-  });
+  return addParsedOption(
+      command, "--start-time", "TIME", help + "; TIME is " + kTimeForms,
+      [&time](const std::string& text) { time = parseTimeOption("--start-time", text); });
 }
 
 void addStartPositionOption(CLI::App& command, std::optional<StartPosition>& position,

@@ -21,6 +21,10 @@ class Option;
 
 namespace velmar::tool {
 
+/// How a point in time is given.
+constexpr char kTimeForms[] =
+    "microseconds since 1970, RFC 3339 (2023-11-14T22:13:20.5Z; without a zone it is UTC) or a day";
+
 /// A point in time for `option`, microseconds since 1970. Throws UsageError.
 std::uint64_t parseTimeOption(const std::string& option, const std::string& text);
 
@@ -28,10 +32,11 @@ std::uint64_t parseTimeOption(const std::string& option, const std::string& text
 /// Throws UsageError.
 std::int64_t parseTimeShift(const std::string& option, const std::string& text);
 
-/// An option that sets `micros` to a duration that is not negative; that has to outlive the
-/// parsing.
+/// An option whose duration goes to `set`, in microseconds. Throws UsageError for one below
+/// `least`.
 CLI::Option* addDurationOption(CLI::App& command, const std::string& name, const std::string& help,
-                               std::int64_t& micros);
+                               const std::function<void(std::int64_t)>& set,
+                               std::int64_t least = 0);
 
 /// An option whose text goes to `take`, which throws UsageError if it is wrong.
 CLI::Option* addParsedOption(CLI::App& command, const std::string& name, const std::string& type,

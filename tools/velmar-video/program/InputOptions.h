@@ -23,6 +23,11 @@ struct InputFile {
 /// The files that a command works on: files, folders, lists of them. This object has to outlive the
 /// parsing.
 struct InputOptions {
+  /// Of a command that reads recordings in progress, too.
+  static constexpr char kWithRunning[] =
+      "Recordings, also in progress (drive.img, or drive.img.tmp), and folders of finished ones "
+      "(*.img, *.rtv)";
+
   /// \param help  of what is given
   void addTo(CLI::App& command,
              const std::string& help = "Recordings, and folders of them (*.img, *.rtv)",

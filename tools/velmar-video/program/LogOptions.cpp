@@ -24,7 +24,7 @@ void LogOptions::addTo(CLI::App& command) {
   map->type_name("FIELD=COLUMN[:UNIT]")->allow_extra_args(false)->needs(log);
   addDurationOption(command, "--log-max-age",
                     "How long a CAN signal keeps its last value, such as 500ms; 1s if not given",
-                    request.maxAge)
+                    [this](std::int64_t micros) { request.maxAge = micros; })
       ->needs(log);
   addParsedOption(
       command, "--log-offset", "OFFSET",
