@@ -61,8 +61,7 @@ std::size_t checkFrames(const std::string& path, std::size_t promised) {
     const auto number = static_cast<unsigned int>((time - kStart) / 33000);
     if (number >= promised) continue;
     ++found;
-    EXPECT_TRUE(storedFrame(recording.reader(), i) == frames()[number])
-        << "frame " << i;
+    EXPECT_TRUE(storedFrame(recording.reader(), i) == frames()[number]) << "frame " << i;
     const FrameTag tag = recording.isRtv() ? tagOf(number) : FrameTag();
     EXPECT_EQ(recording.tag(i).x, tag.x) << "frame " << i;
     EXPECT_EQ(recording.tag(i).direction, tag.direction) << "frame " << i;
