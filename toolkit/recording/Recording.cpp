@@ -107,13 +107,12 @@ FrameTag Recording::motion(unsigned int index) const {
   return isRtv_ ? FrameTag::of(tables_->tag(index)) : FrameTag();
 }
 
-// Asked in this order: a recorder gives up its lock when the file has its final name.
 Recorder recorderOf(const Recording& recording) {
+  if (recording.isFinished()) return {Recorder::State::Done, ""};
+  // Asked in this order: a recorder gives up its lock when the file has its final name.
   const std::string temporary = temporaryPath(recording.path());
   const auto holder = lockHolder(temporary);
-  if (recording.isFinished() || !recording.file().isAt(temporary)) {
-    return {Recorder::State::Done, ""};
-  }
+  if (!recording.file().isAt(temporary)) return {Recorder::State::Done, ""};
   if (recording.isReplaced()) {
     return {Recorder::State::Ended, "another recording has begun in its place"};
   }
