@@ -107,6 +107,8 @@ void addDecodeRows();
 void addEditRows();
 void addMemoryRows();
 void addToolRows();
+void addViewerRows();
+void addCatalogRows();
 void addPythonRows();
 void addGrowthRows();
 

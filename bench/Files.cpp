@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 
@@ -109,6 +110,16 @@ unsigned int cameraFrames() { return frameCount(1500); }
 
 std::string cameraRecording(Container container) {
   return recording(container, Frames::camera(), "camera", cameraFrames());
+}
+
+double printedBy(const std::string& command) {
+  FILE* output = ::popen(command.c_str(), "r");
+  require(output != nullptr, command + ": not run");
+  double number = 0;
+  const int fields = std::fscanf(output, "%lf", &number);
+  const int status = ::pclose(output);
+  require(fields == 1 && status == 0, command + ": failed");
+  return number;
 }
 
 OpenFile::OpenFile(const std::string& path, int flags)

@@ -103,6 +103,9 @@ void parseJson(const std::string& text);
 unsigned int rtvHeaderSize(Container container);
 unsigned int rtvTagSize(Container container);
 
+/// The number that a command prints; the program ends if the command fails.
+double printedBy(const std::string& command);
+
 /// Where the frames of a recording lie.
 struct Place {
   std::size_t offset;

@@ -8,8 +8,8 @@
 
 #include "Bench.h"
 #include "Files.h"
-#include "toolkit/base/FileLock.h"
 #include "toolkit/editing/EditPlan.h"
+#include "toolkit/files/FileLock.h"
 
 namespace {
 

@@ -53,6 +53,8 @@ void addAllRows() {
   addDecodeRows();
   addEditRows();
   addToolRows();
+  addViewerRows();
+  addCatalogRows();
   addPythonRows();
   addMemoryRows();
   addGrowthRows();

@@ -1,8 +1,3 @@
-#include <sys/wait.h>
-
-#include <cstdio>
-#include <cstdlib>
-
 #include "Bench.h"
 #include "Files.h"
 
@@ -16,13 +11,7 @@ unsigned int frames() { return frameCount(kRtvFramesMax); }
 double probe(const std::string& work, const std::string& path) {
   const std::string command = std::string(VELMAR_BENCH_MEMORY_PROBE) + " " + work + " '" + path +
                               "' " + std::to_string(frames()) + " " + std::to_string(kFrameSize);
-  FILE* output = ::popen(command.c_str(), "r");
-  require(output != nullptr, "no memory probe");
-  double bytes = 0;
-  const int fields = std::fscanf(output, "%lf", &bytes);
-  const int status = ::pclose(output);
-  require(fields == 1 && status == 0, "memory probe failed at " + work);
-  return bytes;
+  return printedBy(command);
 }
 
 double tableSize(Container container) {

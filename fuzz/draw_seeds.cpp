@@ -15,7 +15,7 @@
 #include "jpeg/JpegHeader.h"
 #include "scene/SampleScene.h"
 #include "support/Pictures.h"
-#include "toolkit/base/UndoFile.h"
+#include "toolkit/files/UndoFile.h"
 #include "toolkit/tables/FrameColumns.h"
 #include "velmar_video/VelmarVideoFile.h"
 #include "velmar_video/rtv/RecordFileCreater.h"

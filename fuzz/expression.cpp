@@ -1,7 +1,11 @@
+#include <algorithm>
+#include <cmath>
 #include <memory>
 
 #include "support.h"
 #include "toolkit/base/Failure.h"
+#include "toolkit/catalog/RangeExpression.h"
+#include "toolkit/catalog/RecordingSummary.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/tables/FrameExpression.h"
 #include "toolkit/writing/RecordingWriter.h"
@@ -39,6 +43,32 @@ class Drive {
   std::unique_ptr<Recording> recording_;
 };
 
+// What a catalogue knows of the drive.
+KnownFrames knownOf(const Recording& recording, const std::vector<FrameFact>& facts) {
+  static const Stretch span = *summaryOf(recording).span;
+  const std::vector<FrameFact>& own = ownFacts();
+  KnownFrames known;
+  known.file = absolutePath(recording.path());
+  known.device = recording.deviceId();
+  known.place = span.place;
+  for (const FrameFact& fact : facts) {
+    const auto found = std::find_if(own.begin(), own.end(), [&](const FrameFact& other) {
+      return other.source == fact.source && other.signal == fact.signal;
+    });
+    if (found == own.end()) {
+      known.facts.push_back(ValueRange::anything());
+      continue;
+    }
+    const auto at = static_cast<std::size_t>(found - own.begin());
+    const bool lacks = (span.lacking >> at & 1) != 0;
+    known.facts.push_back(
+        std::isnan(span.least[at])
+            ? ValueRange::absent()
+            : inUnitOf(fact, ValueRange::between(span.least[at], span.greatest[at], lacks)));
+  }
+  return known;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -52,6 +82,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     condition->begin(drive.recording());
     for (unsigned int i = 0; i < kFrames; ++i) require(condition->holds(i) == chosen[i]);
     consume(condition->lack());
+    RangeExpression ranges({reinterpret_cast<const char*>(data), size});
+    const bool mayHold = ranges.mayHold(knownOf(drive.recording(), ranges.facts()));
+    for (const bool holds : chosen) require(mayHold || !holds);
   } catch (const UsageError& error) {
     consume(error.what());
   }

@@ -8,7 +8,7 @@
 
 #include "support.h"
 #include "toolkit/base/Failure.h"
-#include "toolkit/base/UndoFile.h"
+#include "toolkit/files/UndoFile.h"
 #include "velmar_video/VelmarVideoCommDef.h"
 
 using namespace velmar::toolkit;

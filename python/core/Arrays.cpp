@@ -1,6 +1,7 @@
 #include "core/Arrays.h"
 #include "core/WithoutGil.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "toolkit/tables/FrameColumns.h"
@@ -63,6 +64,14 @@ py::array_t<std::int64_t> timesOf(const toolkit::SharedRecording& recording) {
     *out++ = toDateTime(each.arrived);
   }
   return array;
+}
+
+py::array_t<std::int64_t> sizesOf(const toolkit::SharedRecording& recording) {
+  const auto& places = recording.recording().places();
+  py::array_t<std::int64_t> sizes(static_cast<py::ssize_t>(places.size()));
+  std::transform(places.begin(), places.end(), sizes.mutable_data(),
+                 [](const auto& place) { return static_cast<std::int64_t>(place.size); });
+  return sizes;
 }
 
 py::array tagsOf(const toolkit::SharedRecording& recording) {

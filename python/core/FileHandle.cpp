@@ -11,6 +11,7 @@
 #include "core/PythonJob.h"
 #include "core/WithoutGil.h"
 #include "toolkit/base/Failure.h"
+#include "toolkit/tables/FrameExpression.h"
 #include "toolkit/tables/Track.h"
 #include "toolkit/text/JsonText.h"
 
@@ -151,9 +152,24 @@ std::string FileHandle::extendedInfo() const {
 }
 
 py::array FileHandle::times() const { return timesOf(*opened()); }
+py::array FileHandle::sizes() const { return sizesOf(*opened()); }
 py::array FileHandle::tags() const { return tagsOf(*opened()); }
 py::array FileHandle::positions() const { return positionsOf(*opened()); }
 py::dict FileHandle::signals() const { return signalsOf(*opened()); }
+
+py::array FileHandle::find(const std::string& expression) const {
+  const auto recording = opened();
+  std::vector<unsigned int> found;
+  {
+    const WithoutGil release;
+    toolkit::FrameSelection selection;
+    selection.setCondition([&] { return toolkit::parseFrameExpression(expression); });
+    found = recording->find(selection);
+  }
+  py::array_t<std::int64_t> frames(static_cast<py::ssize_t>(found.size()));
+  std::copy(found.begin(), found.end(), frames.mutable_data());
+  return frames;
+}
 
 py::tuple FileHandle::shape(const std::string& format, const std::string& scale, long top,
                             long bottom) const {

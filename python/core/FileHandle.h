@@ -41,9 +41,13 @@ class FileHandle {
   std::string cameraParams() const;
   std::string extendedInfo() const;
   pybind11::array times() const;
+  pybind11::array sizes() const;
   pybind11::array tags() const;
   pybind11::array positions() const;
   pybind11::dict signals() const;
+  /// (n,) int64: the frames for which the condition holds, perhaps none. See
+  /// toolkit::parseFrameExpression.
+  pybind11::array find(const std::string& expression) const;
   /// (height, width, channels) of the pictures.
   pybind11::tuple shape(const std::string& format, const std::string& scale, long top,
                         long bottom) const;

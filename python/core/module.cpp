@@ -4,6 +4,7 @@
 #include <pybind11/stl.h>
 
 #include "core/Arrays.h"
+#include "core/CatalogWork.h"
 #include "core/Errors.h"
 #include "core/FileHandle.h"
 #include "core/Work.h"
@@ -29,9 +30,11 @@ void addFile(py::module_& module) {
       .def("camera_params", &FileHandle::cameraParams)
       .def("extended_info", &FileHandle::extendedInfo)
       .def("times", &FileHandle::times)
+      .def("sizes", &FileHandle::sizes)
       .def("tags", &FileHandle::tags)
       .def("positions", &FileHandle::positions)
       .def("signals", &FileHandle::signals)
+      .def("find", &FileHandle::find, "expression"_a)
       .def("shape", &FileHandle::shape, "format"_a, "scale"_a, "top"_a, "bottom"_a)
       .def("decode", &FileHandle::decode, "index"_a, "format"_a, "scale"_a, "top"_a, "bottom"_a,
            "out"_a)
@@ -60,6 +63,9 @@ PYBIND11_MODULE(_core, module) {
   module.def("verify", &verify, "path"_a, "decode"_a);
   module.def("recover", &recover, "leftover"_a, "output"_a, "options"_a, "overwrite"_a);
   module.def("undo_edit", &undoEdit, "path"_a);
+  module.def("catalog_add", &catalogAdd, "database"_a, "files"_a, "folders"_a, "jobs"_a);
+  module.def("catalog_take", &catalogTake, "database"_a, "other"_a);
+  module.def("catalog_find", &catalogFind, "database"_a, "where"_a, "jobs"_a);
   module.def("sample", &sample, "path"_a, "frames"_a, "width"_a, "height"_a, "rate"_a,
              "overwrite"_a);
 }

@@ -391,6 +391,11 @@ class Recording:
         """
         return self._file.core.jpeg_view(self._number(index))
 
+    @property
+    def sizes(self) -> NDArray[np.int64]:
+        """(n,) int64: bytes of each frame as stored."""
+        return self._column(self._file.once("sizes")).copy()
+
     # -- times
 
     def _column(self, values: NDArray[Any]) -> NDArray[Any]:
@@ -451,6 +456,20 @@ class Recording:
         if found.size and found[-1] - found[0] + 1 == found.size:
             return self[int(found[0]) : int(found[-1]) + 1]
         return self[found]
+
+    def where(self, expression: str) -> Recording:
+        """The frames for which a condition holds, such as "speed_m_s > 20 && index < 1000".
+
+        It is that of the tool's ``--where``: docs/tool.md lists the names. It is asked about the
+        frames of the file, so `time` and `index` are those there.
+
+        :raises ValueError: if the expression is wrong
+        :raises Error: if the recording has nothing of what it asks for
+        """
+        if not isinstance(expression, str):
+            raise usage_error("an expression is text", self._path)
+        found = self._file.core.find(expression)
+        return self[np.flatnonzero(np.isin(self._numbers, found))]
 
     # -- what an rtv knows of each frame
 

@@ -17,6 +17,7 @@ LAYERS = [
     ["src/container/img", "src/container/rtv"],
     ["src/common"],
     ["toolkit/base"],
+    ["toolkit/files"],
     ["toolkit/text", "scene"],
     ["toolkit/jpeg"],
     ["toolkit/recording"],
@@ -33,6 +34,8 @@ LAYERS = [
         "toolkit/pictures",
         "toolkit/rescue",
     ],
+    ["toolkit/catalog"],
+    ["viewer/server"],
     ["tools/velmar-video/program", "python/core"],
     ["tools/velmar-video/commands"],
     ["tools/velmar-video", "tools/reference"],
@@ -43,11 +46,12 @@ NAMESPACES = {
     "src/jpeg/": "velmar::detail",
     "toolkit/": "velmar::toolkit",
     "python/core/": "velmar::python",
+    "viewer/server/": "velmar::viewer",
     "tools/velmar-video/commands/": "velmar::tool",
     "tools/velmar-video/program/": "velmar::tool",
 }
 # Where the paths of #include lines begin.
-STARTS = ["include", "src", "logger", "tools/velmar-video", "python", ""]
+STARTS = ["include", "src", "logger", "tools/velmar-video", "python", "viewer", ""]
 
 
 def layer_of(path):

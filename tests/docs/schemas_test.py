@@ -95,6 +95,12 @@ class Json(unittest.TestCase):
         lines = Path("manifest").read_text().splitlines()
         self.check("manifest", [json.loads(line) for line in lines])
 
+    def test_catalog(self):
+        for command in ["add", "fleet.db", *self.files], ["find", "fleet.db", "--where", "1"]:
+            ran = subprocess.run([TOOL, "catalog", *command], check=True, stdout=subprocess.PIPE)
+        self.check("found", [json.loads(line) for line in ran.stdout.splitlines()])
+        self.check("catalog", objects("catalog", "info", "fleet.db"))
+
     def test_diff(self):
         damaged = bytearray(Path("drive.img").read_bytes())
         damaged[32] = 1  # in the size of frame 0

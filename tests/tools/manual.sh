@@ -32,7 +32,7 @@ tab() {
   _velmar_video || true  # outside an editor compopt fails
   printf '%s\n' "${COMPREPLY[@]}"
 }
-[ "$(tab velmar-video c | tr '\n' ' ')" = "create cat cut concat convert " ] || fail "bash: commands"
+[ "$(tab velmar-video c | tr '\n' ' ')" = "create cat cut concat convert catalog " ] || fail "bash: commands"
 [ "$(tab velmar-video extract --as = p | tr '\n' ' ')" = "png ppm " ] || fail "bash: choices"
 [ -z "$(tab velmar-video create x.img '')" ] || fail "bash: files are left to the shell"
 for command in $commands; do tab velmar-video --quiet "$command" -- | same bash "$command"; done
@@ -92,12 +92,13 @@ PATH=$work/bin:$PATH
   rm pipe probe.*
   mkdir day parts
   cp drive.rtv drive.img.tmp drive.img.tmp.index day
+  velmar-video catalog add fleet.db day
   velmar-video split drive.rtv parts/part.rtv --duration 100ms
   velmar-video export drive.img drive.mp4
 ) 2>err || fail "the examples' inputs"
 
 run_example() {  # run_example COMMAND LINE
-  local status=0
+  local status=0 limit=()
   rm -rf play
   cp -r inputs play
   cd play
@@ -105,8 +106,9 @@ run_example() {  # run_example COMMAND LINE
     create | sample | '') rm drive.img* drive.rtv* ;;
     recover) rm drive.img drive.rtv ;;
     convert) rm drive.rtv* ;;
+    view) limit=(timeout --preserve-status 3) ;;  # it ends when it is told to
   esac
-  bash -o pipefail -c "$2" >../out 2>../err </dev/null || status=$?
+  "${limit[@]}" bash -o pipefail -c "$2" >../out 2>../err </dev/null || status=$?
   cd ..
   # Status 3: an rtv does not hold all that an img does, nor its header before it is finished.
   case $1$status in

@@ -5,7 +5,7 @@
 #include <set>
 
 #include "toolkit/base/Failure.h"
-#include "toolkit/base/InputFile.h"
+#include "toolkit/files/InputFile.h"
 #include "toolkit/jpeg/FrameInput.h"
 #include "toolkit/jpeg/JpegInspector.h"
 #include "toolkit/video/VideoSource.h"

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "toolkit/base/UndoFile.h"
 #include "toolkit/editing/EditRequest.h"
 #include "toolkit/editing/TagPatches.h"
+#include "toolkit/files/UndoFile.h"
 #include "toolkit/recording/Recording.h"
 
 namespace velmar::toolkit {

@@ -4,7 +4,7 @@
 
 #include "container/rtv/RtvLayout.h"
 #include "toolkit/base/Failure.h"
-#include "toolkit/base/FileBytes.h"
+#include "toolkit/files/FileBytes.h"
 #include "toolkit/recording/FramePlaces.h"
 #include "toolkit/recording/OpenFailure.h"
 

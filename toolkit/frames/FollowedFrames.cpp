@@ -1,12 +1,12 @@
 #include "toolkit/frames/FollowedFrames.h"
-#include "toolkit/base/RecorderFiles.h"
+#include "toolkit/files/RecorderFiles.h"
 
 #include <unistd.h>
 
 #include <algorithm>
 
 #include "toolkit/base/Failure.h"
-#include "toolkit/base/LockHolder.h"
+#include "toolkit/files/LockHolder.h"
 
 namespace velmar::toolkit {
 

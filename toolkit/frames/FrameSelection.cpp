@@ -1,11 +1,26 @@
 #include "toolkit/frames/FrameSelection.h"
 
 #include <algorithm>
+#include <tuple>
 
 #include "toolkit/base/Failure.h"
 #include "toolkit/text/TimeText.h"
 
 namespace velmar::toolkit {
+
+void sortRanges(FrameSpans& ranges) {
+  std::sort(ranges.begin(), ranges.end(),
+            [](const FrameSpan& one, const FrameSpan& other) { return one.first < other.first; });
+  FrameSpans joined;
+  for (const FrameSpan& range : ranges) {
+    if (!joined.empty() && range.first <= joined.back().behind) {
+      joined.back().behind = std::max(joined.back().behind, range.behind);
+    } else {
+      joined.push_back(range);
+    }
+  }
+  ranges = std::move(joined);
+}
 
 void FrameSelection::setRange(std::string_view text) {
   const std::size_t colon = text.find(':');
@@ -61,8 +76,21 @@ void FrameSelection::setCondition(const SharedCondition::Make& make) {
   condition_ = std::make_shared<SharedCondition>(make);
 }
 
+std::pair<std::uint64_t, std::uint64_t> FrameSelection::timeSpan(std::uint64_t start) const {
+  const auto absolute = [start](TimePoint point) {
+    return point.relative ? start + point.micros : point.micros;
+  };
+  return {absolute(time_->first), absolute(time_->second)};
+}
+
+std::optional<std::pair<std::uint64_t, std::uint64_t>> FrameSelection::fixedTimeSpan() const {
+  if (!time_ || time_->first.relative || time_->second.relative) return std::nullopt;
+  return timeSpan(0);
+}
+
 std::string FrameSelection::emptyWords() const {
   if (condition_) return "none of the frames fulfils --where";
+  if (ranges_) return "--ranges-from has none of its frames";
   if (!time_) return "it holds no frame";
   const bool isBare = time_->first.bare || time_->second.bare;
   return std::string("no frame was captured in that time") +
@@ -71,10 +99,11 @@ std::string FrameSelection::emptyWords() const {
 }
 
 std::vector<unsigned int> FrameSelection::find(const Recording& recording) const {
-  if (!condition_) return find(recording, nullptr);
+  const FrameSpans ranges = rangesOf(recording);
+  if (!condition_) return find(recording, nullptr, ranges);
   auto condition = condition_->take();
   condition->begin(recording);
-  std::vector<unsigned int> selected = find(recording, condition.get());
+  std::vector<unsigned int> selected = find(recording, condition.get(), ranges);
   const std::string lack = selected.empty() ? condition->lack() : "";
   condition_->giveBack(std::move(condition));
   if (lack.empty()) return selected;
@@ -82,17 +111,38 @@ std::vector<unsigned int> FrameSelection::find(const Recording& recording) const
 }
 
 std::vector<unsigned int> FrameSelection::find(const Recording& recording,
-                                               FrameCondition* condition) const {
+                                               const FrameSpans& among) const {
+  if (!condition_) return find(recording, nullptr, among);
+  auto condition = condition_->take();
+  condition->begin(recording);
+  std::vector<unsigned int> selected = find(recording, condition.get(), among);
+  condition_->giveBack(std::move(condition));
+  return selected;
+}
+
+FrameSpans FrameSelection::rangesOf(const Recording& recording) const {
+  if (!ranges_) return {{0, recording.framesCount()}};
+  const auto found = ranges_->find(recording.path());
+  return found == ranges_->end() ? FrameSpans() : found->second;
+}
+
+std::vector<unsigned int> FrameSelection::find(const Recording& recording,
+                                               FrameCondition* condition,
+                                               const FrameSpans& among) const {
   const unsigned int count = recording.framesCount();
   FramePicker picker(*this, time_ && count > 0 ? recording.sensorTime(0) : 0, condition);
   picker.checkRange(recording.path(), count);
   std::vector<unsigned int> selected;
-  const unsigned int first =
-      range_ ? static_cast<unsigned int>(std::min<std::uint64_t>(range_->first, count)) : 0;
-  // Capture times need not ascend, so every frame is asked.
-  for (unsigned int index = first; index < count && !picker.isOver(index); ++index) {
-    if (picker.picks(index, needsTimes() ? recording.sensorTime(index) : 0)) {
-      selected.push_back(index);
+  const std::uint64_t begin = range_ ? range_->first : 0;
+  for (const FrameSpan& range : among) {
+    const auto first =
+        static_cast<unsigned int>(std::min<std::uint64_t>(std::max(begin, range.first), count));
+    // Capture times need not ascend, so every frame is asked.
+    for (unsigned int index = first;
+         index < std::min<std::uint64_t>(range.behind, count) && !picker.isOver(index); ++index) {
+      if (picker.picks(index, needsTimes() ? recording.sensorTime(index) : 0)) {
+        selected.push_back(index);
+      }
     }
   }
   return selected;
@@ -107,12 +157,7 @@ std::vector<unsigned int> FrameSelection::frames(const Recording& recording) con
 FramePicker::FramePicker(const FrameSelection& selection, std::uint64_t start,
                          FrameCondition* condition)
     : selection_(selection), condition_(condition) {
-  if (!selection.time_) return;
-  const auto absolute = [start](FrameSelection::TimePoint point) {
-    return point.relative ? start + point.micros : point.micros;
-  };
-  begin_ = absolute(selection.time_->first);
-  end_ = absolute(selection.time_->second);
+  if (selection.time_) std::tie(begin_, end_) = selection.timeSpan(start);
 }
 
 bool FramePicker::picks(std::uint64_t number, std::uint64_t time) {

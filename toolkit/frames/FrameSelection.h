@@ -2,6 +2,7 @@
 #define VELMAR_TOOLKIT_FRAME_SELECTION_H
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,6 +16,22 @@
 namespace velmar::toolkit {
 
 class FramePicker;
+
+/// Neighbouring frames.
+struct FrameSpan {
+  std::uint64_t first;
+  std::uint64_t behind;  ///< the last
+
+  bool operator==(const FrameSpan&) const = default;
+};
+
+/// Of one recording, in order and apart from each other.
+using FrameSpans = std::vector<FrameSpan>;
+/// The same of many, by their paths.
+using SpansOfFiles = std::map<std::string, FrameSpans>;
+
+/// Puts them in order, and joins those that touch.
+void sortRanges(FrameSpans& ranges);
 
 /// Which frames a command works on: all, or those of a range, a time or a condition, and of these
 /// perhaps only every N-th, or the first in each interval. Once it is set, several threads may use
@@ -32,12 +49,27 @@ class FrameSelection {
   /// Copies of the selection share it. Throws what `make` throws.
   void setCondition(const SharedCondition::Make& make);
 
-  bool isAll() const { return !range_ && !time_ && !condition_ && !interval_ && every_ == 1; }
+  /// Of each recording only these; of others none.
+  void setRanges(std::shared_ptr<const SpansOfFiles> ranges) { ranges_ = std::move(ranges); }
+
+  bool isAll() const {
+    return !range_ && !time_ && !condition_ && !interval_ && !ranges_ && every_ == 1;
+  }
+  bool hasCondition() const { return condition_ != nullptr; }
+  bool hasTime() const { return time_.has_value(); }
+  /// The capture times that it takes of a recording that starts then: from the first to before the
+  /// second.
+  std::pair<std::uint64_t, std::uint64_t> timeSpan(std::uint64_t start) const;
+  /// The same if it is so for all recordings.
+  std::optional<std::pair<std::uint64_t, std::uint64_t>> fixedTimeSpan() const;
   /// The selected frames, in order, at least one. Throws Failure.
   std::vector<unsigned int> frames(const Recording& recording) const;
   /// The same, but perhaps none. Throws Failure if the recording does not have the range, or
   /// nothing of what the condition is about.
   std::vector<unsigned int> find(const Recording& recording) const;
+  /// The same among these frames. That there is nothing of what the condition is about is no
+  /// failure.
+  std::vector<unsigned int> find(const Recording& recording, const FrameSpans& among) const;
   /// Why it selects nothing of what it could.
   std::string emptyWords() const;
 
@@ -48,12 +80,15 @@ class FrameSelection {
     bool bare;  ///< it was a number without a unit
   };
   static std::optional<TimePoint> parsePoint(std::string_view text);
-  std::vector<unsigned int> find(const Recording& recording, FrameCondition* condition) const;
+  FrameSpans rangesOf(const Recording& recording) const;
+  std::vector<unsigned int> find(const Recording& recording, FrameCondition* condition,
+                                 const FrameSpans& among) const;
   bool needsTimes() const { return time_ || interval_; }
 
   std::optional<std::pair<std::uint64_t, std::uint64_t>> range_;
   std::optional<std::pair<TimePoint, TimePoint>> time_;
   std::shared_ptr<SharedCondition> condition_;
+  std::shared_ptr<const SpansOfFiles> ranges_;
   unsigned int every_ = 1;
   std::optional<std::int64_t> interval_;  ///< microseconds
 

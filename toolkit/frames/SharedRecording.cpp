@@ -74,6 +74,11 @@ std::vector<FrameTag> SharedRecording::tags() const {
   return tags;
 }
 
+std::vector<unsigned int> SharedRecording::find(const FrameSelection& selection) const {
+  const std::lock_guard lock(mutex_);
+  return selection.find(recording_);
+}
+
 std::string SharedRecording::jpeg(unsigned int index) const {
   checkIndex(index);
   std::string bytes;

@@ -9,6 +9,7 @@
 
 #include "toolkit/base/Failure.h"
 #include "toolkit/frames/FramePixels.h"
+#include "toolkit/frames/FrameSelection.h"
 #include "toolkit/recording/Recording.h"
 
 namespace velmar::toolkit {
@@ -40,6 +41,8 @@ class SharedRecording {
   std::vector<FrameTimes> times() const;
   /// Of an rtv.
   std::vector<FrameTag> tags() const;
+  /// As FrameSelection::find().
+  std::vector<unsigned int> find(const FrameSelection& selection) const;
   /// Throws FrameFailure.
   std::string jpeg(unsigned int index) const;
   /// Where the frame's bytes are in the file. Throws FrameFailure if they are not.

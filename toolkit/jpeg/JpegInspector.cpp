@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "toolkit/base/Failure.h"
-#include "toolkit/base/FileBytes.h"
-#include "toolkit/base/InputFile.h"
+#include "toolkit/files/FileBytes.h"
+#include "toolkit/files/InputFile.h"
 #include "toolkit/jpeg/DecodingLimits.h"
 #include "toolkit/jpeg/FrameInput.h"
 #include "toolkit/jpeg/JpegStreamSplitter.h"

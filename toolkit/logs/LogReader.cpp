@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "toolkit/base/Failure.h"
-#include "toolkit/base/InputFile.h"
+#include "toolkit/files/InputFile.h"
 #include "toolkit/logs/GpxTable.h"
 #include "toolkit/logs/LogColumns.h"
 #include "toolkit/text/Joined.h"

@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "toolkit/base/Failure.h"
-#include "toolkit/base/InputFile.h"
-#include "toolkit/base/OutputFile.h"
+#include "toolkit/files/InputFile.h"
+#include "toolkit/files/OutputFile.h"
 #include "toolkit/jpeg/DecodingLimits.h"
 #include "toolkit/recording/FramePlaces.h"
 #include "toolkit/tables/FrameLine.h"

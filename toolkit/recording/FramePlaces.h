@@ -6,7 +6,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "toolkit/base/FileBytes.h"
+#include "toolkit/files/FileBytes.h"
 #include "toolkit/recording/Recording.h"
 
 namespace velmar::toolkit {

@@ -5,10 +5,10 @@
 
 #include "container/img/FrameIndex.h"
 #include "container/rtv/RtvLayout.h"
-#include "toolkit/base/FileBytes.h"
-#include "toolkit/base/FileKind.h"
-#include "toolkit/base/LockHolder.h"
-#include "toolkit/base/RecorderFiles.h"
+#include "toolkit/files/FileBytes.h"
+#include "toolkit/files/FileKind.h"
+#include "toolkit/files/LockHolder.h"
+#include "toolkit/files/RecorderFiles.h"
 #include "toolkit/recording/FramePlaces.h"
 #include "toolkit/recording/RecordingDescription.h"
 

@@ -9,7 +9,7 @@
 #include <cerrno>
 
 #include "toolkit/base/Failure.h"
-#include "toolkit/base/RecorderFiles.h"
+#include "toolkit/files/RecorderFiles.h"
 
 namespace velmar::toolkit {
 

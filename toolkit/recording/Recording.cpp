@@ -1,5 +1,5 @@
 #include "toolkit/recording/Recording.h"
-#include "toolkit/base/RecorderFiles.h"
+#include "toolkit/files/RecorderFiles.h"
 
 #include <unistd.h>
 
@@ -8,7 +8,7 @@
 
 #include "base/HexText.h"
 #include "toolkit/base/Failure.h"
-#include "toolkit/base/LockHolder.h"
+#include "toolkit/files/LockHolder.h"
 #include "toolkit/recording/OpenFailure.h"
 #include "toolkit/recording/RunningTables.h"
 #include "velmar_video/VelmarVideoFile.h"

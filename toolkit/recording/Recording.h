@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "toolkit/base/FileBytes.h"
-#include "toolkit/base/FileLock.h"
 #include "toolkit/base/Job.h"
-#include "toolkit/base/RecorderFiles.h"
-#include "toolkit/base/UndoFile.h"
+#include "toolkit/files/FileBytes.h"
+#include "toolkit/files/FileLock.h"
+#include "toolkit/files/RecorderFiles.h"
+#include "toolkit/files/UndoFile.h"
 #include "toolkit/recording/FinishedTables.h"
 #include "toolkit/recording/FrameTag.h"
 #include "toolkit/recording/FrameTimes.h"

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "toolkit/base/FileBytes.h"
+#include "toolkit/files/FileBytes.h"
 #include "toolkit/recording/RecordingDescription.h"
 #include "velmar_video/rtv/CanData.h"
 #include "velmar_video/rtv/RecordFile.h"

@@ -4,7 +4,7 @@
 
 #include "container/img/FrameIndexJournal.h"
 #include "toolkit/base/Failure.h"
-#include "toolkit/base/RecorderFiles.h"
+#include "toolkit/files/RecorderFiles.h"
 
 namespace velmar::toolkit {
 

@@ -1,7 +1,7 @@
 #include "toolkit/recording/RunningTables.h"
 
 #include "toolkit/base/Failure.h"
-#include "toolkit/base/RecorderFiles.h"
+#include "toolkit/files/RecorderFiles.h"
 #include "toolkit/jpeg/JpegInspector.h"
 #include "toolkit/recording/RunningImg.h"
 #include "toolkit/recording/RunningRtv.h"

@@ -1,12 +1,12 @@
 #include "toolkit/rescue/ImgRecords.h"
-#include "toolkit/base/RecorderFiles.h"
+#include "toolkit/files/RecorderFiles.h"
 
 #include <algorithm>
 
 #include "container/img/FrameIndex.h"
 #include "container/img/FrameIndexJournal.h"
 #include "toolkit/base/Failure.h"
-#include "toolkit/base/InputFile.h"
+#include "toolkit/files/InputFile.h"
 #include "toolkit/jpeg/JpegInspector.h"
 #include "toolkit/recording/FramePlaces.h"
 

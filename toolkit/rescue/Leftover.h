@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "toolkit/base/FileBytes.h"
+#include "toolkit/files/FileBytes.h"
 #include "toolkit/recording/FrameTag.h"
 #include "toolkit/recording/FrameTimes.h"
 #include "toolkit/recording/RecordingDescription.h"

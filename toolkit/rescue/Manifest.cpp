@@ -6,7 +6,7 @@
 
 #include "toolkit/base/ContentHash.h"
 #include "toolkit/base/Failure.h"
-#include "toolkit/base/InputFile.h"
+#include "toolkit/files/InputFile.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/text/JsonText.h"
 

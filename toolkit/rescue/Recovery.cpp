@@ -1,11 +1,11 @@
 #include "toolkit/rescue/Recovery.h"
-#include "toolkit/base/RecorderFiles.h"
+#include "toolkit/files/RecorderFiles.h"
 
 #include <tuple>
 
 #include "toolkit/base/Failure.h"
-#include "toolkit/base/FileLock.h"
-#include "toolkit/base/UndoFile.h"
+#include "toolkit/files/FileLock.h"
+#include "toolkit/files/UndoFile.h"
 #include "toolkit/recording/OpenFailure.h"
 #include "toolkit/rescue/RecoverFrames.h"
 

@@ -1,5 +1,5 @@
 #include "toolkit/rescue/Verification.h"
-#include "toolkit/base/RecorderFiles.h"
+#include "toolkit/files/RecorderFiles.h"
 
 #include <algorithm>
 #include <numeric>
@@ -8,8 +8,8 @@
 #include "container/img/MetaDataKeys.h"
 #include "container/rtv/RtvLayout.h"
 #include "toolkit/base/Failure.h"
-#include "toolkit/base/FileBytes.h"
-#include "toolkit/base/LockHolder.h"
+#include "toolkit/files/FileBytes.h"
+#include "toolkit/files/LockHolder.h"
 #include "toolkit/jpeg/FrameInput.h"
 #include "toolkit/jpeg/JpegInspector.h"
 #include "toolkit/recording/FramePlaces.h"

@@ -4,7 +4,7 @@
 #include <array>
 #include <cstring>
 
-#include "toolkit/base/InputFile.h"
+#include "toolkit/files/InputFile.h"
 #include "toolkit/text/Joined.h"
 
 namespace velmar::toolkit {

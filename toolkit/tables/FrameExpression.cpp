@@ -1,159 +1,59 @@
 #include "toolkit/tables/FrameExpression.h"
 
-#include <muParser.h>
+#include <fnmatch.h>
 
-#include <algorithm>
-#include <cctype>
 #include <cmath>
-#include <deque>
-#include <functional>
+#include <filesystem>
 #include <optional>
 #include <vector>
 
-#include "toolkit/base/Failure.h"
+#include "toolkit/tables/ExpressionParser.h"
 #include "toolkit/tables/FrameColumns.h"
-#include "toolkit/tables/FrameFacts.h"
 #include "toolkit/text/Joined.h"
 
 namespace velmar::toolkit {
 
 namespace {
 
-// True or false, or absent.
-double truth(bool isKnown, bool value) { return isKnown ? double(value) : kAbsent; }
-bool isFalse(double value) { return value == 0; }
-bool isTrue(double value) { return value != 0 && !std::isnan(value); }
-
-template <typename Compare>
-double compared(double one, double other, Compare compare) {
-  return truth(!std::isnan(one) && !std::isnan(other), compare(one, other));
-}
-
-double both(double one, double other) {
-  const bool isOneFalse = isFalse(one) || isFalse(other);
-  return truth(isOneFalse || (isTrue(one) && isTrue(other)), !isOneFalse);
-}
-
-double either(double one, double other) {
-  const bool isOneTrue = isTrue(one) || isTrue(other);
-  return truth(isOneTrue || (isFalse(one) && isFalse(other)), isOneTrue);
-}
-
-struct Operator {
-  const char* name;
-  mu::fun_type2 work;
-  unsigned int precedence;
-  mu::EOprtAssociativity associativity = mu::oaLEFT;
-};
-
-// In the place of the parser's own, which take what is absent for true or for different.
-const Operator kOperators[] = {
-    {"&&", both, mu::prLAND},
-    {"||", either, mu::prLOR},
-    {"<=", [](double a, double b) { return compared(a, b, std::less_equal()); }, mu::prCMP},
-    {">=", [](double a, double b) { return compared(a, b, std::greater_equal()); }, mu::prCMP},
-    {"==", [](double a, double b) { return compared(a, b, std::equal_to()); }, mu::prCMP},
-    {"!=", [](double a, double b) { return compared(a, b, std::not_equal_to()); }, mu::prCMP},
-    {"<", [](double a, double b) { return compared(a, b, std::less()); }, mu::prCMP},
-    {">", [](double a, double b) { return compared(a, b, std::greater()); }, mu::prCMP},
-    {"+", [](double a, double b) { return a + b; }, mu::prADD_SUB},
-    {"-", [](double a, double b) { return a - b; }, mu::prADD_SUB},
-    {"*", [](double a, double b) { return a * b; }, mu::prMUL_DIV},
-    {"/", [](double a, double b) { return a / b; }, mu::prMUL_DIV},
-    {"^", [](double a, double b) { return std::pow(a, b); }, mu::prPOW, mu::oaRIGHT},
-};
-
-bool isNameCharacter(char character) {
-  return std::isalnum(static_cast<unsigned char>(character)) != 0 || character == '_';
-}
-
-// Where the name first stands by itself.
-std::size_t placeOf(const std::string& name, const std::string& text) {
-  std::size_t at = text.find(name);
-  while (at != text.npos) {
-    const std::size_t end = at + name.size();
-    if ((at == 0 || !isNameCharacter(text[at - 1])) &&
-        (end == text.size() || !isNameCharacter(text[end]))) {
-      break;
-    }
-    at = text.find(name, at + 1);
-  }
-  return at;
-}
-
-UsageError errorAt(std::size_t place, const std::string& words) {
-  return UsageError("--where: character " + std::to_string(place + 1) + ": " + words);
-}
-
-std::string wordsOf(const mu::ParserError& error) {
-  // It may go to the end of the text.
-  constexpr std::size_t kMost = 20;
-  std::string token = error.GetToken().substr(0, kMost);
-  token.resize(token.find_last_not_of(' ') + 1);
-  switch (error.GetCode()) {
-    case mu::ecEMPTY_EXPRESSION:
-    case mu::ecUNEXPECTED_EOF:
-      return "the expression ends too early";
-    case mu::ecEXPRESSION_TOO_LONG:
-      return "the expression is too long";
-    case mu::ecMISSING_PARENS:
-      return "a closing parenthesis is missing";
-    case mu::ecTOO_FEW_PARAMS:
-      return token + "() needs more arguments";
-    case mu::ecTOO_MANY_PARAMS:
-      return token + "() has too many arguments";
-    default:
-      if (token.empty()) return error.GetMsg();
-      return token +
-             (token.starts_with('=') ? " cannot be there; == compares" : " cannot be there");
-  }
-}
-
 class FrameExpression final : public FrameCondition {
  public:
-  explicit FrameExpression(const std::string& text) : text_(text) {
-    parser_.EnableBuiltInOprt(false);
-    for (const Operator& one : kOperators) {
-      parser_.DefineOprt(one.name, one.work, one.precedence, one.associativity);
-    }
-    parser_.DefineInfixOprt("!", negated);
-    parser_.DefineFun("absent", isAbsent);
-    // Not to be computed beforehand, although all their arguments may be constants.
-    parser_.DefineFunUserData("near", isNear, this, false);
-    parser_.DefineFunUserData("within", isWithin, this, false);
-    parser_.SetVarFactory(bindVariable, this);
-    evaluated([&] {
-      parser_.SetExpr(text);
-      return parser_.Eval();
-    });
-    if (parser_.GetNumResults() != 1) {
-      throw UsageError("--where is one condition, not several with commas");
-    }
+  explicit FrameExpression(const std::string& text)
+      : parser_(text, ExpressionParser::Values::Exact) {
+    parser_.define("near", isNear, this);
+    parser_.define("within", isWithin, this);
+    parser_.define("file", isFile, this);
+    parser_.define("device", isDevice, this);
+    parser_.parse();
   }
 
   void begin(const Recording& recording) override {
+    recording_ = &recording;
+    file_.clear();
+    device_.reset();
     facts_.emplace(recording);
     hasFacts_ = false;
   }
 
   bool holds(unsigned int frame) override {
     facts_->enter(frame);
-    for (Variable& variable : variables_) {
+    for (ExpressionParser::Variable& variable : parser_.variables()) {
       const double value = facts_->value(variable.fact);
       variable.value = std::isfinite(value) ? value : kAbsent;
       hasFacts_ = hasFacts_ || (variable.fact.isOfTag() && std::isfinite(value));
     }
-    return isTrue(evaluated([this] { return parser_.Eval(); }));
+    const double value = parser_.value();
+    return value != 0 && !std::isnan(value);
   }
 
   bool needsNeighbours() const override {
-    return std::any_of(variables_.begin(), variables_.end(),
-                       [](const Variable& variable) { return variable.fact.needsNeighbours(); });
+    const auto& variables = parser_.variables();
+    return std::any_of(variables.begin(), variables.end(),
+                       [](const auto& variable) { return variable.fact.needsNeighbours(); });
   }
 
   std::string lack() const override {
     std::vector<std::string> asked;
-    for (const Variable& variable : variables_) {
+    for (const ExpressionParser::Variable& variable : parser_.variables()) {
       if (variable.fact.isOfTag()) asked.push_back(variable.fact.name);
     }
     if (asksPlace_) asked.emplace_back("a position");
@@ -161,22 +61,6 @@ class FrameExpression final : public FrameCondition {
   }
 
  private:
-  struct Variable {
-    FrameFact fact;
-    double value = kAbsent;
-  };
-
-  // The result, or the parser's error in words.
-  template <typename Work>
-  double evaluated(Work work) const {
-    try {
-      return work();
-    } catch (const mu::ParserError& error) {
-      const auto place = static_cast<std::size_t>(std::max(error.GetPos(), 0));
-      throw errorAt(std::min(place, text_.size()), wordsOf(error));
-    }
-  }
-
   std::optional<Place> place() {
     asksPlace_ = true;
     const auto place = facts_ ? facts_->place() : std::nullopt;
@@ -184,21 +68,7 @@ class FrameExpression final : public FrameCondition {
     return place;
   }
 
-  // What the parser calls.
-
-  static double* bindVariable(const char* name, void* expression) {
-    auto& self = *static_cast<FrameExpression*>(expression);
-    const auto fact = factNamed(name);
-    if (!fact) {
-      std::vector<std::string> functions;
-      for (const auto& function : self.parser_.GetFunDef()) functions.push_back(function.first);
-      throw errorAt(placeOf(name, self.text_), unknownFactWords(name, functions));
-    }
-    return &self.variables_.emplace_back(Variable{*fact}).value;
-  }
-
-  static double negated(double value) { return truth(!std::isnan(value), isFalse(value)); }
-  static double isAbsent(double value) { return std::isnan(value) ? 1 : 0; }
+  // What the parser calls. It does so once before there is a recording.
 
   static double isNear(void* expression, double lat, double lng, double metres) {
     auto& self = *static_cast<FrameExpression*>(expression);
@@ -206,24 +76,40 @@ class FrameExpression final : public FrameCondition {
     if (!place) return kAbsent;
     // As a rule it is the same latitude for all frames.
     if (self.ground_.lat() != lat) self.ground_ = GroundScale(lat);
-    return compared(self.ground_.distance(*place, {lng, lat, 0}), metres, std::less_equal());
+    const double distance = self.ground_.distance(*place, {lng, lat, 0});
+    if (std::isnan(distance) || std::isnan(metres)) return kAbsent;
+    return distance <= metres ? 1 : 0;
   }
 
-  // The corners may be any two that are opposite, the short way round.
   static double isWithin(void* expression, double lng1, double lat1, double lng2, double lat2) {
     const auto place = static_cast<FrameExpression*>(expression)->place();
     if (!place) return kAbsent;
     const auto [west, east] = std::minmax(lng1, lng2);
     const auto [south, north] = std::minmax(lat1, lat2);
-    const bool isAcross = east - west > 180;
     const bool isBetween = place->lng >= west && place->lng <= east;
     const bool isBeyond = place->lng <= west || place->lng >= east;
-    return (isAcross ? isBeyond : isBetween) && place->lat >= south && place->lat <= north ? 1 : 0;
+    const bool isInside = isAcrossMeridian(lng1, lng2) ? isBeyond : isBetween;
+    return isInside && place->lat >= south && place->lat <= north ? 1 : 0;
   }
 
-  std::string text_;
-  mu::Parser parser_;
-  std::deque<Variable> variables_;  // the parser knows their addresses
+  static double isFile(void* expression, const char* pattern) {
+    auto& self = *static_cast<FrameExpression*>(expression);
+    if (self.recording_ == nullptr) return 0;
+    if (self.file_.empty()) self.file_ = absolutePath(self.recording_->path());
+    return fileMatches(pattern, self.file_) ? 1 : 0;
+  }
+
+  static double isDevice(void* expression, const char* id) {
+    auto& self = *static_cast<FrameExpression*>(expression);
+    if (self.recording_ == nullptr || !self.recording_->isFinished()) return 0;
+    if (!self.device_) self.device_ = self.recording_->deviceId();
+    return deviceMatches(id, *self.device_) ? 1 : 0;
+  }
+
+  ExpressionParser parser_;
+  const Recording* recording_ = nullptr;
+  std::string file_;                   // of the recording, once it is asked for
+  std::optional<std::string> device_;  // the same
   std::optional<FrameFacts> facts_;
   GroundScale ground_{0};
   bool asksPlace_ = false;
@@ -234,6 +120,24 @@ class FrameExpression final : public FrameCondition {
 
 std::unique_ptr<FrameCondition> parseFrameExpression(const std::string& text) {
   return std::make_unique<FrameExpression>(text);
+}
+
+std::string absolutePath(const std::string& path) {
+  // What ".." is behind a link only the file system knows; the file itself keeps its name.
+  const std::filesystem::path whole = std::filesystem::absolute(path);
+  std::error_code error;
+  const auto folder = std::filesystem::weakly_canonical(whole.parent_path(), error);
+  return error ? whole.lexically_normal() : folder / whole.filename();
+}
+
+bool deviceMatches(const char* pattern, const std::string& id) {
+  return ::fnmatch(pattern, id.c_str(), FNM_CASEFOLD) == 0;
+}
+
+bool fileMatches(const char* pattern, const std::string& path) {
+  const std::size_t name = path.rfind('/') + 1;
+  return ::fnmatch(pattern, path.c_str(), 0) == 0 ||
+         ::fnmatch(pattern, path.c_str() + name, 0) == 0;
 }
 
 }  // namespace velmar::toolkit

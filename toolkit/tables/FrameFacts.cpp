@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "toolkit/tables/FrameColumns.h"
+#include "toolkit/tables/RecordingInfo.h"
 #include "toolkit/text/Joined.h"
 #include "toolkit/text/Suggestion.h"
 #include "toolkit/text/Unit.h"
@@ -30,16 +31,18 @@ constexpr std::array kQuantities = {
     Quantity{"time", Dimension::Time, Source::ElapsedTime, "s"},
     Quantity{"sensor_time", Dimension::Time, Source::SensorTime},
     Quantity{"arrived_time", Dimension::Time, Source::ArrivedTime},
+    Quantity{"duration", Dimension::Time, Source::Duration, "s"},
     Quantity{"time_flag", Dimension::Time, Source::TimeFlag},
     Quantity{"x", Dimension::Length, Source::X},
     Quantity{"y", Dimension::Length, Source::Y},
     Quantity{"z", Dimension::Length, Source::Z},
-    Quantity{"relative_distance", Dimension::Length, Source::Distance},
     Quantity{"distance", Dimension::Length, Source::Distance},
+    Quantity{"relative_distance", Dimension::Length, Source::Distance},
     Quantity{"speed", Dimension::Speed, Source::Speed},
     Quantity{"direction", Dimension::Angle, Source::Direction, "deg"},
     Quantity{"lng", Dimension::Angle, Source::Lng},
     Quantity{"lat", Dimension::Angle, Source::Lat},
+    Quantity{"alt", Dimension::Length, Source::Alt},
     Quantity{"acceleration_m_s2", Dimension::None, Source::Acceleration},
 };
 
@@ -101,6 +104,27 @@ std::optional<FrameFact> factNamed(std::string_view name) {
   return std::nullopt;
 }
 
+const std::vector<FrameFact>& ownFacts() {
+  static const std::vector<FrameFact> facts = [] {
+    std::vector<FrameFact> own;
+    const auto add = [&own](const std::string& name) {
+      const auto fact = factNamed(name);
+      const bool isNew = fact && fact->unit == 1 && fact->isOwn() &&
+                         std::none_of(own.begin(), own.end(), [&](const FrameFact& other) {
+                           return other.source == fact->source && other.signal == fact->signal;
+                         });
+      if (isNew) own.push_back(*fact);
+    };
+    for (const Quantity& quantity : kQuantities) {
+      if (quantity.dimension == Dimension::None) add(std::string(quantity.name));
+      for (const std::string& name : namesWithUnits(quantity)) add(name);
+    }
+    for (const CanField& signal : canSignals()) add(signal.name);
+    return own;
+  }();
+  return facts;
+}
+
 std::string unknownFactWords(const std::string& name, const std::vector<std::string>& others) {
   for (const Quantity& quantity : kQuantities) {
     if (name == quantity.name) {
@@ -123,6 +147,7 @@ void FrameFacts::enter(unsigned int frame) {
   frame_ = frame;
   tag_.reset();
   motion_.reset();
+  place_.reset();
 }
 
 const FrameTag& FrameFacts::tag() {
@@ -137,8 +162,8 @@ const FrameTag& FrameFacts::motion() {
 }
 
 std::optional<Place> FrameFacts::place() {
-  if (!track_) return std::nullopt;
-  return track_->at(motion());
+  if (track_ && !place_) place_ = track_->at(motion());
+  return place_;
 }
 
 double FrameFacts::value(const FrameFact& fact) {
@@ -155,6 +180,8 @@ double FrameFacts::value(const FrameFact& fact) {
       return static_cast<double>(recording_.sensorTime(frame_)) / fact.unit;
     case Source::ArrivedTime:
       return static_cast<double>(recording_.times(frame_).arrived) / fact.unit;
+    case Source::Duration:
+      return static_cast<double>(durationOf(recording_)) / fact.unit;
     default:
       return recording_.isRtv() ? valueOfTag(fact) : kAbsent;
   }
@@ -181,9 +208,11 @@ double FrameFacts::valueOfTag(const FrameFact& fact) {
     case Source::Direction:
       return motion().direction / fact.unit;
     case Source::Lng:
-      return track_ ? track_->at(motion()).lng / fact.unit : kAbsent;
+      return track_ ? place()->lng / fact.unit : kAbsent;
     case Source::Lat:
-      return track_ ? track_->at(motion()).lat / fact.unit : kAbsent;
+      return track_ ? place()->lat / fact.unit : kAbsent;
+    case Source::Alt:
+      return track_ ? place()->alt / fact.unit : kAbsent;
     case Source::Acceleration:
       return acceleration();
     default:

@@ -19,6 +19,7 @@ struct FrameFact {
     ElapsedTime,  ///< since frame 0
     SensorTime,
     ArrivedTime,
+    Duration,  ///< of the recording
     TimeFlag,
     X,
     Y,
@@ -28,6 +29,7 @@ struct FrameFact {
     Direction,
     Lng,
     Lat,
+    Alt,
     Acceleration,
     Signal,
   };
@@ -39,6 +41,8 @@ struct FrameFact {
 
   /// Whether only an rtv has it.
   bool isOfTag() const { return source >= Source::TimeFlag; }
+  /// Whether the frame's number and its recording's length do not tell it.
+  bool isOwn() const { return source != Source::Index && source != Source::Duration; }
   /// Whether it depends on the next frame.
   bool needsNeighbours() const { return source == Source::Acceleration; }
 };
@@ -47,6 +51,10 @@ struct FrameFact {
 /// "size", "time" (seconds since frame 0), "direction" (degrees), "acceleration_m_s2" and the CAN
 /// signals.
 std::optional<FrameFact> factNamed(std::string_view name);
+
+/// Each fact that a frame has by itself, once, in the unit of size 1: microseconds, metres, degrees
+/// and metres a second.
+const std::vector<FrameFact>& ownFacts();
 
 /// Why there is no fact of that name, and which may be meant: one of the facts or of `others`.
 std::string unknownFactWords(const std::string& name, const std::vector<std::string>& others = {});
@@ -79,6 +87,7 @@ class FrameFacts {
   unsigned int frame_ = 0;
   std::optional<FrameTag> tag_;
   std::optional<FrameTag> motion_;
+  std::optional<Place> place_;
   std::vector<int> speeds_;  ///< of all frames as stored, once they are needed
 };
 

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "toolkit/tables/FrameColumns.h"
+#include "toolkit/text/CsvTable.h"
 #include "toolkit/text/JsonText.h"
 #include "toolkit/text/NumberText.h"
 #include "toolkit/text/PrintableText.h"
@@ -26,14 +27,6 @@ std::string signalText(const can_data_io& can, const CanField& signal) {
   if (!std::isfinite(value)) return "";
   if (signal.type == CanFieldType::Float) return numberText(static_cast<float>(value));
   return numberText(static_cast<unsigned int>(value));
-}
-
-// In quotes where a comma would end the cell.
-std::string csvText(const std::string& text) {
-  if (text.find_first_of(",\"\r\n") == text.npos) return text;
-  std::string quoted = "\"";
-  for (const char character : text) quoted.append(character == '"' ? 2 : 1, character);
-  return quoted + "\"";
 }
 
 std::size_t widthOf(const FrameColumn& column, std::size_t fileWidth) {
@@ -105,6 +98,12 @@ std::string FrameLine::csv(unsigned int index) {
     line += column.kind == Kind::File ? csvText(recording_.path()) : cell(column);
   }
   return line + "\n";
+}
+
+std::string FrameLine::cell(unsigned int index, const FrameColumn& column) {
+  index_ = index;
+  facts_.enter(index);
+  return cell(column);
 }
 
 std::string FrameLine::text(unsigned int index, std::size_t fileWidth) {

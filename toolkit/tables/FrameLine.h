@@ -23,6 +23,8 @@ class FrameLine {
   std::string json(unsigned int index);
   /// Values with commas; what is absent is empty.
   std::string csv(unsigned int index);
+  /// A single value; empty if it is absent.
+  std::string cell(unsigned int index, const FrameColumn& column);
   /// Aligned, for people.
   /// \param fileWidth  of the longest path that a table with the column "file" is to show
   std::string text(unsigned int index, std::size_t fileWidth = 0);

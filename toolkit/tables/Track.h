@@ -25,6 +25,8 @@ class GroundScale {
   explicit GroundScale(double lat);
 
   double lat() const { return lat_; }
+  double metresPerDegreeEast() const { return metresPerDegreeEast_; }
+  double metresPerDegreeNorth() const { return metresPerDegreeNorth_; }
   /// Metres, the short way round.
   double distance(const Place& one, const Place& other) const;
 

@@ -223,6 +223,13 @@ std::string plainName(const std::string& name) {
   return plain;
 }
 
+std::string csvText(const std::string& text) {
+  if (text.find_first_of(",\"\r\n") == text.npos) return text;
+  std::string quoted = "\"";
+  for (const char character : text) quoted.append(character == '"' ? 2 : 1, character);
+  return quoted + "\"";
+}
+
 std::string_view trimmed(std::string_view text) {
   constexpr std::string_view kBlanks = " \t";
   const std::size_t begin = std::min(text.find_first_not_of(kBlanks), text.size());

@@ -56,6 +56,9 @@ class CsvTable {
 /// What two names of the same column have in common: in small letters, without blanks.
 std::string plainName(const std::string& name);
 
+/// A cell: in quotes where a comma, say, would end it.
+std::string csvText(const std::string& text);
+
 /// Without the blanks around it.
 std::string_view trimmed(std::string_view text);
 

@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "toolkit/base/Failure.h"
-#include "toolkit/base/InputFile.h"
+#include "toolkit/files/InputFile.h"
 #include "toolkit/text/PrintableText.h"
 
 namespace velmar::toolkit {

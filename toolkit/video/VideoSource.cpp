@@ -13,7 +13,7 @@
 
 #include "base/FileDescriptor.h"
 #include "toolkit/base/Failure.h"
-#include "toolkit/base/FileKind.h"
+#include "toolkit/files/FileKind.h"
 #include "toolkit/jpeg/JpegInspector.h"
 #include "toolkit/text/TimeText.h"
 #include "toolkit/video/Libav.h"

@@ -1,5 +1,5 @@
 #include "toolkit/writing/OutputGuard.h"
-#include "toolkit/base/RecorderFiles.h"
+#include "toolkit/files/RecorderFiles.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -11,8 +11,8 @@
 
 #include "base/FileDescriptor.h"
 #include "toolkit/base/Failure.h"
-#include "toolkit/base/FileKind.h"
-#include "toolkit/base/LockHolder.h"
+#include "toolkit/files/FileKind.h"
+#include "toolkit/files/LockHolder.h"
 #include "toolkit/recording/RecordingDescription.h"
 
 namespace velmar::toolkit {

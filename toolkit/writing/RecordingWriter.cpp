@@ -1,5 +1,5 @@
 #include "toolkit/writing/RecordingWriter.h"
-#include "toolkit/base/RecorderFiles.h"
+#include "toolkit/files/RecorderFiles.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "base/PublishFile.h"
-#include "toolkit/base/LockHolder.h"
+#include "toolkit/files/LockHolder.h"
 #include "toolkit/recording/Recording.h"
 
 namespace velmar::toolkit {

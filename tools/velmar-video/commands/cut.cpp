@@ -33,7 +33,7 @@ void cutScenes(const Recording& recording, const std::vector<unsigned int>& fram
 ExitStatus cut(const Options& options, CommandJob& job) {
   const auto tasks = options.outputs.tasks(job, isRecordingName, "recording",
                                            [](const std::string& name) { return name; });
-  const bool makesScenes = options.where->count() > 0;
+  const bool makesScenes = options.where->count() > 0 || options.outputs.inputs.hasRanges();
   const std::vector<std::string> inputs = inputsOf(tasks);
   OutputFolders folders;
   SelectedFrames selected(options.selection, tasks.size());
@@ -69,19 +69,11 @@ void addOptions(CLI::App& command, Options& options) {
                         "of the scenes are made of: " +
                             std::string(kNumberedNames) +
                             ". With --output-dir: recordings, and folders of them");
+  options.outputs.inputs.addRangesTo(command, &options.selection);
   auto* where = addRecordingSelectionOptions(command, options.selection);
   where->excludes(command.get_option("--every"));
   options.where = where;
-  addDurationOption(command, "--join",
-                    "Join runs of frames that are no farther apart than this, such as 2s, with the "
-                    "frames between them",
-                    [&options](std::int64_t micros) { options.form.join = micros; })
-      ->needs(where);
-  addDurationOption(command, "--pad",
-                    "Add the frames captured up to this long before and behind each run, such as "
-                    "1s; runs that overlap then become one",
-                    [&options](std::int64_t micros) { options.form.pad = micros; })
-      ->needs(where);
+  addSceneFormOptions(command, options.form, where);
   addStripOption(command, options.strip);
   command.add_flag("--force", options.force, "Replace existing outputs");
   options.jobs.addTo(command, "recordings");
@@ -94,7 +86,9 @@ void addCutCommand(Tool& tool) {
       {"cut", "Copy some frames into a recording of their own, as they are.",
        "cut drive.img scene.img --time +10s:+12.5s\n"
        "  velmar-video cut drive.rtv scene.rtv --where 'speed_m_s > 20' --join 2s --pad 1s\n"
-       "  velmar-video cut day --recursive --output-dir scenes --where 'speed_km_h > 50'"},
+       "  velmar-video cut day --recursive --output-dir scenes --where 'speed_km_h > 50'\n"
+       "  velmar-video catalog find fleet.db --where 'speed_m_s > 5' | velmar-video cut "
+       "--ranges-from - --output-dir scenes"},
       {addOptions, cut, checkUsage});
 }
 

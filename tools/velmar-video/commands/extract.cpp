@@ -140,6 +140,7 @@ void addDecodingOptions(CLI::App& command, Options& options) {
 
 void addOptions(CLI::App& command, Options& options) {
   options.inputs.addTo(command, InputOptions::kWithRunning);
+  options.inputs.addRangesTo(command, &options.selection);
   command
       .add_option("--output", options.folder.path,
                   "The folder, made if it is not there; of several recordings, or of a folder of "

@@ -9,8 +9,8 @@
 #include "program/SelectionOptions.h"
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
-#include "toolkit/base/OutputFile.h"
-#include "toolkit/base/RecorderFiles.h"
+#include "toolkit/files/OutputFile.h"
+#include "toolkit/files/RecorderFiles.h"
 #include "toolkit/frames/FollowedFrames.h"
 #include "toolkit/frames/FrameLosses.h"
 #include "toolkit/recording/OpenFailure.h"
@@ -246,6 +246,7 @@ void addColumnOptions(CLI::App& command, Options& options) {
 
 void addOptions(CLI::App& command, Options& options) {
   options.inputs.addTo(command, InputOptions::kWithRunning);
+  options.inputs.addRangesTo(command, &options.selection);
   auto* json = command.add_flag("--json", options.json, "One JSON object for each frame");
   command.add_flag("--csv", options.csv, "Comma-separated values with a header line")
       ->excludes(json);

@@ -1,6 +1,6 @@
 #include "program/SelectionOptions.h"
 #include "program/Tool.h"
-#include "toolkit/base/OutputFile.h"
+#include "toolkit/files/OutputFile.h"
 #include "toolkit/pictures/ContactSheet.h"
 #include "toolkit/text/FileNames.h"
 #include "toolkit/writing/OutputGuard.h"

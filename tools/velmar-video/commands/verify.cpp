@@ -9,7 +9,8 @@
 #include "program/StandardOutput.h"
 #include "program/Tool.h"
 #include "toolkit/base/InOrder.h"
-#include "toolkit/base/OutputFile.h"
+#include "toolkit/files/OutputFile.h"
+#include "toolkit/rescue/FindingsJson.h"
 #include "toolkit/rescue/Manifest.h"
 #include "toolkit/rescue/Verification.h"
 #include "toolkit/text/JsonText.h"
@@ -39,18 +40,13 @@ struct Options {
 struct Report {
   std::string file;
   unsigned int frames = 0;
-  std::uint64_t errors = 0;
-  std::uint64_t warnings = 0;
+  FindingsJson findings;
   std::string text;  // lines for standard output
   std::optional<Failure> failure;
   std::optional<RecordingHashes> hashes;
   const RecordingHashes* then = nullptr;  // in the manifest
   bool isWhole = true;
 };
-
-const char* nameOf(Finding::Severity severity) {
-  return severity == Finding::Severity::Error ? "error" : "warning";
-}
 
 std::string textOf(const std::string& file, const Finding& finding) {
   std::string text = printable(file) + ": " + nameOf(finding.severity) + ": ";
@@ -61,23 +57,12 @@ std::string textOf(const std::string& file, const Finding& finding) {
   return text + printable(finding.text) + "\n";
 }
 
-std::string jsonOf(const Finding& finding) {
-  std::string text = std::string("{\"severity\":\"") + nameOf(finding.severity) + "\"";
-  if (finding.frame) text += ",\"frame\":" + std::to_string(*finding.frame);
-  if (finding.lastFrame) text += ",\"last_frame\":" + std::to_string(*finding.lastFrame);
-  if (finding.offset) text += ",\"offset\":" + std::to_string(*finding.offset);
-  return text + ",\"text\":" + toJsonText(finding.text) + "}";
-}
-
-std::string lastLine(const Report& report, const std::string& findings, const Options& options) {
-  if (options.json) {
-    return "{\"file\":" + toJsonText(report.file) + ",\"frames\":" + std::to_string(report.frames) +
-           ",\"errors\":" + std::to_string(report.errors) +
-           ",\"warnings\":" + std::to_string(report.warnings) + ",\"findings\":[" + findings +
-           "]}\n";
-  }
+std::string lastLine(const Report& report, const Options& options) {
+  const FindingsJson& findings = report.findings;
+  if (options.json) return findings.text(report.file, report.frames) + "\n";
   return printable(report.file) + ": " + counted(report.frames, "frame") + ", " +
-         counted(report.errors, "error") + ", " + counted(report.warnings, "warning") + "\n";
+         counted(findings.errors(), "error") + ", " + counted(findings.warnings(), "warning") +
+         "\n";
 }
 
 // What the options ask for.
@@ -86,7 +71,7 @@ void check(const std::string& file, const Options& options, const std::optional<
            Report& report) {
   if (manifest) report.then = manifest->find(file);
   report.frames = verify(file, options.decode, take, progress);
-  const bool opens = report.frames > 0 || report.errors == 0;
+  const bool opens = report.frames > 0 || report.findings.errors() == 0;
   if (!options.needsHashes() || !opens || !report.isWhole) return;
   try {
     report.hashes = hashRecording(file, progress);
@@ -105,15 +90,9 @@ Report verifyFile(const std::string& file, const Options& options,
                   const std::optional<Manifest>& manifest, const VerificationProgress& progress) {
   Report report;
   report.file = file;
-  std::string json;
   const auto take = [&](const Finding& finding) {
-    (finding.severity == Finding::Severity::Error ? report.errors : report.warnings) +=
-        finding.count();
-    if (options.json) {
-      json += (json.empty() ? "" : ",") + jsonOf(finding);
-    } else {
-      report.text += textOf(file, finding);
-    }
+    report.findings.add(finding);
+    if (!options.json) report.text += textOf(file, finding);
   };
   try {
     const auto goOn = [&](std::uint64_t bytes) { return report.isWhole = progress(bytes); };
@@ -123,8 +102,9 @@ Report verifyFile(const std::string& file, const Options& options,
     if (!options.json) return report;
     take({Finding::Severity::Error, {}, {}, failure.wordsFor(file)});
   }
-  const bool isShown = report.errors + report.warnings > 0 || !options.onlyProblems;
-  if (isShown) report.text += lastLine(report, json, options);
+  const bool isShown =
+      report.findings.errors() + report.findings.warnings() > 0 || !options.onlyProblems;
+  if (isShown) report.text += lastLine(report, options);
   return report;
 }
 
@@ -136,9 +116,9 @@ struct Summary {
 
   void add(const Report& report) {
     ++files;
-    if (report.errors > 0 || report.failure) {
+    if (report.findings.errors() > 0 || report.failure) {
       ++bad;
-    } else if (report.warnings > 0) {
+    } else if (report.findings.warnings() > 0) {
       ++withWarnings;
     }
   }

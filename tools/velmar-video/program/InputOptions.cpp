@@ -6,7 +6,9 @@
 #include <thread>
 #include <utility>
 
-#include "toolkit/base/InputFile.h"
+#include "program/DescriptionOptions.h"
+#include "toolkit/files/InputFile.h"
+#include "toolkit/frames/RangesFile.h"
 #include "toolkit/recording/Recording.h"
 #include "toolkit/text/FileNames.h"
 
@@ -25,7 +27,24 @@ void InputOptions::addTo(CLI::App& command, const std::string& help, const std::
       ->needs(list);
 }
 
+void InputOptions::addRangesTo(CLI::App& command, FrameSelection* selection) {
+  addParsedOption(command, "--ranges-from", "FILE",
+                  selection != nullptr
+                      ? "Recordings and of each some frames, as catalog find lists them, in the "
+                        "place of FILES; - is standard input"
+                      : "Recordings as catalog find lists them, in the place of FILES; - is "
+                        "standard input",
+                  [this, selection](const std::string& file) {
+                    rangesFile = file;
+                    if (selection != nullptr) selection->setRanges(ranges_);
+                  });
+}
+
 void InputOptions::checkUsage(const std::string& command) const {
+  if (hasRanges()) {
+    if (inputs.empty() && listFile.empty()) return;
+    throw UsageError(command + ": --ranges-from names the recordings, and takes no others");
+  }
   if (inputs.empty() && listFile.empty()) {
     throw UsageError(command + ": file is required, or --files-from");
   }
@@ -33,7 +52,7 @@ void InputOptions::checkUsage(const std::string& command) const {
 
 bool InputOptions::isOneFile() const {
   std::error_code error;
-  return listFile.empty() && inputs.size() == 1 &&
+  return listFile.empty() && !hasRanges() && inputs.size() == 1 &&
          !std::filesystem::is_directory(inputs.front(), error);
 }
 
@@ -41,6 +60,7 @@ std::vector<InputFile> InputOptions::find(CommandJob& job,
                                           bool (*isWanted)(const std::string& path),
                                           const std::string& what) const {
   namespace fs = std::filesystem;
+  if (hasRanges()) return findInRanges();
   std::vector<std::string> given = inputs;
   if (!listFile.empty()) {
     const auto listed = splitNames(readFile(listFile), isNulSeparated ? '\0' : '\n');
@@ -62,9 +82,33 @@ std::vector<InputFile> InputOptions::find(CommandJob& job,
             VELMAR_ERROR_CODE_FILE_NOT_EXIST_E});
     }
     for (const std::string& path : found) {
-      files.push_back({path, fs::path(path).lexically_relative(input)});
+      files.push_back({path, fs::path(path).lexically_relative(input), input});
     }
   }
+  return files;
+}
+
+// Their names are those below the folder that they have in common.
+std::vector<InputFile> InputOptions::findInRanges() const {
+  namespace fs = std::filesystem;
+  NamedRanges named = readRanges(rangesFile);
+  fs::path common;
+  for (const std::string& file : named.files) {
+    const fs::path folder = fs::path(file).parent_path();
+    if (file == named.files.front()) common = folder;
+    const auto [end, other] =
+        std::mismatch(common.begin(), common.end(), folder.begin(), folder.end());
+    fs::path shared;
+    for (auto part = common.begin(); part != end; ++part) shared /= *part;
+    common = shared;
+  }
+  std::vector<InputFile> files;
+  for (const std::string& file : named.files) {
+    const fs::path name =
+        common.empty() ? fs::path(file) : fs::path(file).lexically_relative(common);
+    files.push_back({file, name});
+  }
+  *ranges_ = std::move(named.ranges);
   return files;
 }
 

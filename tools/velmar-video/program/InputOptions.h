@@ -2,11 +2,13 @@
 #define VELMAR_TOOL_INPUT_OPTIONS_H
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "program/CommandJob.h"
 #include "program/Toolkit.h"
+#include "toolkit/frames/FrameSelection.h"
 
 namespace CLI {
 class App;
@@ -17,7 +19,8 @@ namespace velmar::tool {
 /// A file that a command works on.
 struct InputFile {
   std::string path;
-  std::string name;  ///< below the folder that was given, or its own
+  std::string name;         ///< below the folder that was given, or its own
+  std::string folder = {};  ///< that one, if it was found there
 };
 
 /// The files that a command works on: files, folders, lists of them. This object has to outlive the
@@ -32,6 +35,10 @@ struct InputOptions {
   void addTo(CLI::App& command,
              const std::string& help = "Recordings, and folders of them (*.img, *.rtv)",
              const std::string& name = "file");
+  /// --ranges-from: the recordings of a list in the place of those that are given. Of each,
+  /// `selection` takes the frames of the list only; without one, the list's ranges are not used.
+  void addRangesTo(CLI::App& command, FrameSelection* selection);
+  bool hasRanges() const { return !rangesFile.empty(); }
   /// Throws UsageError if there is none.
   void checkUsage(const std::string& command) const;
   /// Whether it is one name, and not that of a folder.
@@ -46,8 +53,14 @@ struct InputOptions {
 
   std::vector<std::string> inputs;
   std::string listFile;  ///< of more inputs; "-" is standard input
+  std::string rangesFile;
   bool recursive = false;
   bool isNulSeparated = false;
+
+ private:
+  std::vector<InputFile> findInRanges() const;
+
+  std::shared_ptr<SpansOfFiles> ranges_ = std::make_shared<SpansOfFiles>();
 };
 
 /// --jobs: how much to work on at a time.

@@ -22,6 +22,7 @@ void OutputOptions::checkUsage(const std::string& command) const {
     if (folder->empty()) throw UsageError(command + ": --output-dir names no folder");
     return inputs.checkUsage(command);
   }
+  if (inputs.hasRanges()) throw UsageError(command + ": --ranges-from needs --output-dir");
   if (!inputs.listFile.empty()) throw UsageError(command + ": --files-from needs --output-dir");
   if (inputs.recursive) throw UsageError(command + ": --recursive needs --output-dir");
   if (inputs.inputs.empty()) throw UsageError(command + ": INPUT and OUTPUT are missing");

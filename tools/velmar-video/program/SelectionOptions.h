@@ -4,10 +4,13 @@
 #include <CLI/CLI.hpp>
 #include <atomic>
 #include <cstddef>
+#include <functional>
+#include <string>
 #include <vector>
 
 #include "program/CommandJob.h"
 #include "program/Toolkit.h"
+#include "toolkit/copying/Scenes.h"
 #include "toolkit/copying/Strip.h"
 #include "toolkit/frames/FrameSelection.h"
 
@@ -19,6 +22,15 @@ std::vector<const CLI::Option*> addSelectionOptions(CLI::App& command, FrameSele
 /// The same for frames of recordings, of which more is known: and --where.
 /// \return that one
 CLI::Option* addRecordingSelectionOptions(CLI::App& command, FrameSelection& selection);
+
+/// --time alone, whose text `take` gets.
+CLI::Option* addTimeOption(CLI::App& command, const std::function<void(const std::string&)>& take);
+/// --where, the same.
+CLI::Option* addWhereOption(CLI::App& command, const std::function<void(const std::string&)>& take);
+
+/// --join and --pad, which set `form`; that has to outlive the parsing.
+/// \param needed  an option without which they mean nothing, or null
+void addSceneFormOptions(CLI::App& command, SceneForm& form, CLI::Option* needed);
 
 /// How the names of several outputs are made.
 constexpr char kNumberedNames[] =

@@ -46,6 +46,8 @@ void addCommands(Tool& tool) {
   addDiffCommand(tool);
   addSampleCommand(tool);
   addSheetCommand(tool);
+  addViewCommand(tool);
+  addCatalogCommand(tool);
 }
 
 }  // namespace velmar::tool

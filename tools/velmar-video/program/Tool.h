@@ -81,6 +81,8 @@ void addVerifyCommand(Tool& tool);
 void addDiffCommand(Tool& tool);
 void addSampleCommand(Tool& tool);
 void addSheetCommand(Tool& tool);
+void addViewCommand(Tool& tool);
+void addCatalogCommand(Tool& tool);
 
 }  // namespace velmar::tool
 
