@@ -50,9 +50,9 @@ CatalogWriter::CatalogWriter(Database& database)
                  "INSERT OR REPLACE INTO recordings (id, file, state, problem, bytes, mtime_ns, "
                  "inode, added, container, version, device_id, frames, start_us, end_us, "
                  "duration_us, info, findings) VALUES (" +
-                     parameters(17) + ") RETURNING id"),
+                     parameters(17) + ")"),
       span_(database, stretchInsert("spans")),
-      stretch_(database, stretchInsert("stretches") + " RETURNING id"),
+      stretch_(database, stretchInsert("stretches")),
       place_(database, "INSERT INTO places VALUES (" + parameters(7) + ")"),
       removed_(database, "UPDATE recordings SET state = 'removed' WHERE id = ?") {}
 
@@ -106,10 +106,8 @@ void CatalogWriter::write(const RecordingSummary& summary, const std::string& ti
     for (int i = 0; i < 8; ++i) recording_.bindNull();
   }
   recording_.bind(summary.findings);
-  recording_.step();
-  const std::int64_t id = recording_.number(0);
   recording_.run();
-  writeStretches(id, summary);
+  writeStretches(database_.lastId(), summary);
 }
 
 void CatalogWriter::writeStretches(std::int64_t recording, const RecordingSummary& summary) {
@@ -128,12 +126,10 @@ void CatalogWriter::writeStretches(std::int64_t recording, const RecordingSummar
   for (const Stretch& stretch : summary.stretches) {
     stretch_.bind(recording);
     bind(stretch_, stretch);
-    stretch_.step();
-    const std::int64_t id = stretch_.number(0);
     stretch_.run();
     if (!stretch.place) continue;
     const auto& [west, east, south, north] = *stretch.place;
-    place_.bind(id).bind(west).bind(east).bind(south).bind(north);
+    place_.bind(database_.lastId()).bind(west).bind(east).bind(south).bind(north);
     place_.bind(stretch.least[time] / kMicroseconds);
     place_.bind(stretch.greatest[time] / kMicroseconds).run();
   }

@@ -91,6 +91,8 @@ std::int64_t Database::number(const std::string& sql) {
   return statement.step() ? statement.number(0) : 0;
 }
 
+std::int64_t Database::lastId() const { return sqlite3_last_insert_rowid(connection_.get()); }
+
 void Statement::Finalize::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
 
 Statement::Statement(Database& database, const std::string& sql) : database_(database) {

@@ -30,6 +30,8 @@ class Database {
   void run(const std::string& sql);
   /// The first column of the first row; 0 without rows.
   std::int64_t number(const std::string& sql);
+  /// Of the row that was inserted last.
+  std::int64_t lastId() const;
 
  private:
   friend class Statement;

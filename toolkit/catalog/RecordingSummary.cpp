@@ -48,6 +48,7 @@ void widen(std::optional<PlaceBox>& box, const Place& place) {
   }
 }
 
+// Degrees, as the heading turned from one frame to the next.
 double turn(const FrameValues& frame, const FrameValues& last) {
   if (!frame.direction || !last.direction) return 0;
   return std::remainder(*frame.direction - *last.direction, 360);
@@ -63,11 +64,12 @@ class Collector {
     stretch_.greatest = stretch_.least;
   }
 
-  void add(const FrameValues& frame, const FrameValues& last) {
+  // \param turn  from the frame before
+  void add(const FrameValues& frame, double turn) {
     if (isEmpty()) {
       start_ = frame.time;
     } else {
-      stretch_.headingChange += turn(frame, last);
+      stretch_.headingChange += turn;
     }
     for (std::size_t i = 0; i < frame.facts.size(); ++i) {
       const double value = frame.facts[i];
@@ -105,7 +107,7 @@ void readFrame(const Recording& recording, FrameFacts& facts, unsigned int index
   facts.enter(index);
   // All of the tag at once, before its parts are asked for.
   if (recording.isRtv()) values.direction = facts.tag().direction;
-  values.time = recording.sensorTime(index);
+  values.time = facts.time();
   values.place = facts.place();
   const std::vector<FrameFact>& own = ownFacts();
   values.facts.resize(own.size());
@@ -135,12 +137,13 @@ void addStretches(const Recording& recording, RecordingSummary& summary) {
   FrameValues last;
   for (unsigned int i = 0; i < summary.frames; ++i) {
     readFrame(recording, facts, i, values);
-    if (i > 0) headingChange += turn(values, last);
+    const double turned = i > 0 ? turn(values, last) : 0;
+    headingChange += turned;
     if (one.isOver(values, last)) {
       summary.stretches.push_back(std::move(one.get()));
       one.begin(i);
     }
-    one.add(values, last);
+    one.add(values, turned);
     std::swap(values, last);
   }
   if (!one.isEmpty()) summary.stretches.push_back(std::move(one.get()));

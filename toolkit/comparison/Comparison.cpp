@@ -224,7 +224,7 @@ class Comparer {
     note("sensor_time_us", sensorDiffers, sensorOf(a_), sensorOf(b_));
     if (a_.isRtv() || b_.isRtv()) return;
     const auto arrived = [](const Side& side, unsigned int i) {
-      return std::uint64_t{side.recording.times(i).arrived};
+      return std::uint64_t{side.recording.arrivedTime(i)};
     };
     const auto arrivedDiffers = [&](unsigned int i, unsigned int j) {
       return arrived(a_, i) != arrived(b_, j);

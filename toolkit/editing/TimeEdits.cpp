@@ -81,8 +81,7 @@ void planArrivedTime(const std::string& option, EditRequest::FrameTime change, b
       {recordAt(change.index) + offsetof(FrameIndex, arrivedTime), sizeof FrameIndex::arrivedTime});
   if (!said) return draft.add("", "", "", write);
   draft.add("frame " + std::to_string(change.index) + " arrived",
-            formatTime(draft.recording.times(change.index).arrived), formatTime(change.time),
-            write);
+            formatTime(draft.recording.arrivedTime(change.index)), formatTime(change.time), write);
 }
 
 void planFrameTimes(const EditRequest& request, EditDraft& draft) {

@@ -67,9 +67,8 @@ class Recording {
   unsigned int framesCount() const { return tables_->framesCount(); }
   unsigned int framesMax() const { return tables_->framesMax(); }
   std::uint64_t sensorTime(unsigned int index) const { return tables_->sensorTime(index); }
-  FrameTimes times(unsigned int index) const {
-    return {tables_->sensorTime(index), tables_->arrivedTime(index)};
-  }
+  std::uint64_t arrivedTime(unsigned int index) const { return tables_->arrivedTime(index); }
+  FrameTimes times(unsigned int index) const { return {sensorTime(index), arrivedTime(index)}; }
   unsigned int frameSize(unsigned int index) const { return tables_->frameSize(index); }
   VELMAR_VERSION_E version() const { return tables_->version(); }
   VELMAR_CODEC_E codec() const { return tables_->codec(); }

@@ -66,10 +66,10 @@ const std::vector<CanField>& canSignals() {
 }
 
 double signalValue(const can_data_io& can, const CanField& signal) {
+  // A float that is absent is not a number.
+  if (signal.type == CanFieldType::Float) return valueAt<float>(can, signal);
   if (canFieldIsAbsent(can, signal)) return kAbsent;
   switch (signal.type) {
-    case CanFieldType::Float:
-      return valueAt<float>(can, signal);
     case CanFieldType::Unsigned8:
       return valueAt<unsigned char>(can, signal);
     case CanFieldType::Unsigned16:

@@ -161,6 +161,10 @@ const FrameTag& FrameFacts::motion() {
   return *motion_;
 }
 
+std::uint64_t FrameFacts::time() const {
+  return frame_ < moments_.size() ? moments_[frame_].time : recording_.sensorTime(frame_);
+}
+
 std::optional<Place> FrameFacts::place() {
   if (track_ && !place_) place_ = track_->at(motion());
   return place_;
@@ -173,13 +177,11 @@ double FrameFacts::value(const FrameFact& fact) {
     case Source::Size:
       return recording_.frameSize(frame_);
     case Source::ElapsedTime:
-      return static_cast<double>(
-                 static_cast<std::int64_t>(recording_.sensorTime(frame_) - start_)) /
-             fact.unit;
+      return static_cast<double>(static_cast<std::int64_t>(time() - start_)) / fact.unit;
     case Source::SensorTime:
-      return static_cast<double>(recording_.sensorTime(frame_)) / fact.unit;
+      return static_cast<double>(time()) / fact.unit;
     case Source::ArrivedTime:
-      return static_cast<double>(recording_.times(frame_).arrived) / fact.unit;
+      return static_cast<double>(recording_.arrivedTime(frame_)) / fact.unit;
     case Source::Duration:
       return static_cast<double>(durationOf(recording_)) / fact.unit;
     default:
@@ -223,15 +225,14 @@ double FrameFacts::valueOfTag(const FrameFact& fact) {
 // Between the frames before and behind it; at the ends between the frame and its only neighbour.
 double FrameFacts::acceleration() {
   const unsigned int count = recording_.framesCount();  // there may be more than before
-  while (speeds_.size() < count) {
-    speeds_.push_back(recording_.motion(static_cast<unsigned int>(speeds_.size())).speed);
+  for (auto i = static_cast<unsigned int>(moments_.size()); i < count; ++i) {
+    moments_.push_back({recording_.sensorTime(i), recording_.motion(i).speed});
   }
-  const unsigned int before = frame_ > 0 ? frame_ - 1 : frame_;
-  const unsigned int behind = frame_ + 1 < count ? frame_ + 1 : frame_;
-  const auto micros =
-      static_cast<std::int64_t>(recording_.sensorTime(behind) - recording_.sensorTime(before));
+  const Moment& before = moments_[frame_ > 0 ? frame_ - 1 : frame_];
+  const Moment& behind = moments_[frame_ + 1 < count ? frame_ + 1 : frame_];
+  const auto micros = static_cast<std::int64_t>(behind.time - before.time);
   if (micros <= 0) return kAbsent;
-  return (speeds_[behind] - speeds_[before]) * 1e4 / static_cast<double>(micros);
+  return (behind.speed - before.speed) * 1e4 / static_cast<double>(micros);
 }
 
 }  // namespace velmar::toolkit

@@ -75,8 +75,15 @@ class FrameFacts {
   const FrameTag& tag();
   /// That, perhaps without CAN signals.
   const FrameTag& motion();
+  /// When it was captured, microseconds since 1970.
+  std::uint64_t time() const;
 
  private:
+  struct Moment {
+    std::uint64_t time;
+    int speed;  ///< as stored
+  };
+
   double valueOfTag(const FrameFact& fact);
   double acceleration();
 
@@ -88,7 +95,7 @@ class FrameFacts {
   std::optional<FrameTag> tag_;
   std::optional<FrameTag> motion_;
   std::optional<Place> place_;
-  std::vector<int> speeds_;  ///< of all frames as stored, once they are needed
+  std::vector<Moment> moments_;  ///< of all frames, once they are needed
 };
 
 }  // namespace velmar::toolkit

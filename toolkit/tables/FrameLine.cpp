@@ -131,7 +131,7 @@ std::string FrameLine::cell(const FrameColumn& column) {
     case Kind::Captured:
       return formatTime(recording_.sensorTime(index_));
     case Kind::Arrived:
-      return formatTime(recording_.times(index_).arrived);
+      return formatTime(recording_.arrivedTime(index_));
     case Kind::Hash:
       return hashText(column.hash);
     case Kind::Stored:
@@ -149,7 +149,7 @@ std::string FrameLine::factText(const FrameFact& fact) {
       if (fact.unit == 1) return numberText(recording_.sensorTime(index_));
       break;
     case Source::ArrivedTime:
-      if (fact.unit == 1) return numberText(recording_.times(index_).arrived);
+      if (fact.unit == 1) return numberText(recording_.arrivedTime(index_));
       break;
     case Source::Signal:
       return signalText(facts_.tag().can, *fact.signal);
