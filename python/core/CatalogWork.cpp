@@ -64,6 +64,12 @@ py::tuple catalogAdd(const std::string& database, const std::vector<std::string>
   return py::make_tuple(changes.added, changes.unchanged, changes.unreadable, changes.removed);
 }
 
+void catalogPutUnreadable(const std::string& database, const std::string& file,
+                          const std::string& problem) {
+  const WithoutGil release;
+  Catalog(database, Database::Access::Write).putUnreadable(file, problem);
+}
+
 std::size_t catalogTake(const std::string& database, const std::string& other) {
   const WithoutGil release;
   return Catalog(database, Database::Access::Write).take(other);
@@ -82,7 +88,8 @@ py::tuple catalogFind(const std::string& database, const std::string& where, uns
   reporter.rethrow();
   py::list ranges;
   for (const toolkit::FoundFrames& each : found) {
-    ranges.append(py::make_tuple(toPath(each.file), each.first, each.behind, each.start, each.end));
+    ranges.append(py::make_tuple(toPath(each.file), each.first, each.behind, each.start, each.end,
+                                 each.bytes));
   }
   py::list problems;
   for (const toolkit::Failure& each : reporter.failures()) {

@@ -64,6 +64,7 @@ PYBIND11_MODULE(_core, module) {
   module.def("recover", &recover, "leftover"_a, "output"_a, "options"_a, "overwrite"_a);
   module.def("undo_edit", &undoEdit, "path"_a);
   module.def("catalog_add", &catalogAdd, "database"_a, "files"_a, "folders"_a, "jobs"_a);
+  module.def("catalog_put_unreadable", &catalogPutUnreadable, "database"_a, "file"_a, "problem"_a);
   module.def("catalog_take", &catalogTake, "database"_a, "other"_a);
   module.def("catalog_find", &catalogFind, "database"_a, "where"_a, "jobs"_a);
   module.def("sample", &sample, "path"_a, "frames"_a, "width"_a, "height"_a, "rate"_a,

@@ -205,9 +205,11 @@ def test_one_that_kills_workers_costs_the_others_nothing(recordings, tmp_path):
         got = fleet.map_frames(brightness, table, ordered=True, client=client)
         assert [each[:2] for each in got] == [(str(file), i) for file in files for i in range(10)]
         client.register_worker_plugin(Deadly())
-        with pytest.warns(UserWarning, match="105.img: .*died"):
-            changes = fleet.catalog(files, tmp_path / "some.db", client=client)
+        changes = fleet.catalog(files, tmp_path / "some.db", client=client)
         assert changes == fleet.CatalogChanges(39, 0, 1, 0)
+    bad = fleet.scan(tmp_path / "some.db").dropna(subset="problem")
+    deadly = str(recordings / "1/105.img")
+    assert [*zip(bad.file, bad.problem)] == [(deadly, "the workers that read it died")]
 
 
 def test_batches_come_with_their_table(recordings, cluster):
@@ -287,7 +289,7 @@ def test_a_catalogue_by_workers_is_the_one_of_the_tool(recordings, cluster, tmp_
     asked = [fleet.scan(db, where) for db in (one, many)]
     scanned = fleet.scan(folder, where)
     has_facts = ~scanned.problem.str.contains("speed_m_s", na=False)
-    scanned = scanned[has_facts].assign(bytes=0).sort_values("file").reset_index(drop=True)
+    scanned = scanned[has_facts].sort_values("file").reset_index(drop=True)
     assert asked[0].equals(asked[1]) and asked[0].equals(scanned) and len(scanned) == 6
     usable = asked[1][asked[1].problem.isna()]
     assert len(list(fleet.map_frames(brightness, usable[1:], client=client))) == 4 * 7

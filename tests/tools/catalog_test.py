@@ -148,8 +148,10 @@ class Catalog(ToolCase):
         for query in "DELETE FROM places", "VACUUM INTO 'x.db'", "PRAGMA journal_mode = DELETE":
             self.tool("catalog", "sql", "fleet.db", query, status=2, says="only a SELECT")
         self.assertFalse(Path("x.db").exists())
+        wrong = "SELECT speed FROM stretches"
+        self.tool("catalog", "sql", "fleet.db", wrong, status=2, says="no such column: speed")
         self.assertEqual(
-            output(TOOL, "catalog", "sql", "fleet.db", "SELECT frames FROM recordings", "--csv"),
+            output(TOOL, "catalog", "sql", "fleet.db", "SELECT frames FROM recordings; -- all", "--csv"),
             b"frames\n60\n5\n",
         )
 

@@ -86,6 +86,14 @@ class Server(ToolCase):
         self.assertIn("NOT_VELMAR_VIDEO_FORMAT", found[2]["problem"])
         self.assertIn("problem", json.loads(self.answer("2/frames/0.jpg", status=422)))
 
+    def test_shows_the_recordings_of_ranges(self):
+        Path("found.csv").write_text(
+            "file,first,behind\nplain.img,0,2\ndrive.rtv,3,5\nplain.img,2,3\n"
+        )
+        self.start("--ranges-from", "found.csv")
+        found = self.json("recordings", "recordings.json")["recordings"]
+        self.assertEqual([one["name"] for one in found], ["plain.img", "drive.rtv"])
+
     def test_small_pictures_are_side_by_side(self):
         jpeg = self.answer("0/small?frames=0,5,99&height=20")
         Path("strip.jpg").write_bytes(jpeg)

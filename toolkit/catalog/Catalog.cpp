@@ -137,11 +137,13 @@ class Batch {
   void add(RecordingSummary&& summary) {
     constexpr std::size_t kMostRecordings = 500;
     constexpr std::size_t kMostStretches = 20000;
-    constexpr std::chrono::seconds kLongest(1);
     stretches_ += summary.stretches.size();
     summaries_.push_back(std::move(summary));
-    const bool isLate = std::chrono::steady_clock::now() - start_ > kLongest;
-    if (summaries_.size() >= kMostRecordings || stretches_ >= kMostStretches || isLate) write();
+    if (summaries_.size() >= kMostRecordings || stretches_ >= kMostStretches) write();
+  }
+  void writeLate() {
+    constexpr std::chrono::seconds kLongest(1);
+    if (std::chrono::steady_clock::now() - start_ > kLongest) write();
   }
   void write() {
     writer_.write(summaries_);
@@ -188,6 +190,12 @@ struct Answer {
   std::optional<Failure> failure;
 };
 
+std::uint64_t bytesOf(const Recording& recording, const Scene& scene) {
+  std::uint64_t bytes = 0;
+  for (unsigned int i = scene.first; i <= scene.last; ++i) bytes += recording.frameSize(i);
+  return bytes;
+}
+
 Answer answerOf(const Candidate& candidate, const FrameSelection& selection,
                 const SceneForm& form) {
   Answer answer;
@@ -200,8 +208,8 @@ Answer answerOf(const Candidate& candidate, const FrameSelection& selection,
     const auto frames = selection.find(recording, answer.isChanged ? all : candidate.frames);
     for (const Scene& scene : scenesOf(recording, frames, form)) {
       answer.frames.push_back({candidate.file, scene.first, scene.last + 1,
-                               recording.sensorTime(scene.first),
-                               recording.sensorTime(scene.last)});
+                               recording.sensorTime(scene.first), recording.sensorTime(scene.last),
+                               bytesOf(recording, scene)});
     }
   } catch (const Failure& failure) {
     answer.failure = failure;
@@ -259,6 +267,7 @@ CatalogChanges Catalog::add(const CatalogInputs& inputs, unsigned int jobs,
     return true;
   };
   inOrder<Outcome>(files.size(), jobs, work, take, [&] {
+    batch.writeLate();
     isStopped = isStopped || !reporter.goOn(done, files.size());
     return !isStopped;
   });
@@ -276,6 +285,16 @@ CatalogChanges Catalog::add(const CatalogInputs& inputs, unsigned int jobs,
 
 void Catalog::put(const std::vector<RecordingSummary>& summaries) {
   CatalogWriter(database_).write(summaries);
+}
+
+void Catalog::putUnreadable(const std::string& file, const std::string& problem) {
+  const auto state = fileStateOf(file);
+  if (!state) return;
+  RecordingSummary summary;
+  summary.file = absolutePath(file);
+  summary.state = *state;
+  summary.problem = problem;
+  put({summary});
 }
 
 std::size_t Catalog::take(const std::string& other) {

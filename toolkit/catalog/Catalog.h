@@ -55,6 +55,7 @@ struct FoundFrames {
   unsigned int behind;  ///< the last
   std::uint64_t start;  ///< capture of the first, microseconds
   std::uint64_t end;    ///< of the last
+  std::uint64_t bytes;  ///< of the frames as stored
 };
 
 /// What there is of one container, or of all.
@@ -88,6 +89,8 @@ class Catalog {
                      const CatalogReporter& reporter);
   /// In the place of what is there of the same files.
   void put(const std::vector<RecordingSummary>& summaries);
+  /// The same with a recording that cannot be read, if its file is there.
+  void putUnreadable(const std::string& file, const std::string& problem);
   /// The same with all of another catalogue.
   /// \return how many recordings it has
   std::size_t take(const std::string& other);

@@ -60,6 +60,7 @@ void Database::allowSelectOnly() {
     return isSelect ? SQLITE_OK : SQLITE_DENY;
   };
   sqlite3_set_authorizer(connection_.get(), isAllowed, nullptr);
+  selectsOnly_ = true;
 }
 
 void Database::open(const std::string& uri, int flags) {
@@ -74,6 +75,7 @@ void Database::open(const std::string& uri, int flags) {
 void Database::fail() const {
   const int code = sqlite3_errcode(connection_.get());
   if (code == SQLITE_AUTH) throw UsageError("only a SELECT is answered");
+  if (code == SQLITE_ERROR && selectsOnly_) throw UsageError(sqlite3_errmsg(connection_.get()));
   const std::string words = code == SQLITE_NOTADB ? "it is not a database"
                             : code == SQLITE_BUSY ? "another process keeps it locked"
                                                   : sqlite3_errmsg(connection_.get());
@@ -96,13 +98,16 @@ std::int64_t Database::lastId() const { return sqlite3_last_insert_rowid(connect
 void Statement::Finalize::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
 
 Statement::Statement(Database& database, const std::string& sql) : database_(database) {
+  const char* rest = sql.c_str();
+  statement_ = prepare(rest);
+  // Of comments there is nothing to prepare.
+  if (!statement_ || prepare(rest)) throw UsageError("one SQL statement is needed");
+}
+
+Statement::Prepared Statement::prepare(const char*& sql) const {
   sqlite3_stmt* statement = nullptr;
-  const char* rest = nullptr;
-  check(sqlite3_prepare_v2(database.connection_.get(), sql.c_str(), -1, &statement, &rest));
-  statement_.reset(statement);
-  const bool isOne =
-      statement != nullptr && std::string(rest).find_first_not_of(" \t\n;") == std::string::npos;
-  if (!isOne) throw UsageError("one SQL statement is needed");
+  check(sqlite3_prepare_v2(database_.connection_.get(), sql, -1, &statement, &sql));
+  return Prepared(statement);
 }
 
 void Statement::check(int code) const {

@@ -24,7 +24,7 @@ class Database {
   Database(const std::string& path, Access access);
 
   const std::string& path() const { return path_; }
-  /// From here on all but SELECT throws UsageError. Of a catalogue.
+  /// From here on all but SELECT, and SQL that is wrong, throws UsageError. Of a catalogue.
   void allowSelectOnly();
   /// One statement or several, without results.
   void run(const std::string& sql);
@@ -45,6 +45,7 @@ class Database {
 
   std::string path_;
   std::unique_ptr<sqlite3, Close> connection_;
+  bool selectsOnly_ = false;
 };
 
 /// One prepared statement.
@@ -83,10 +84,14 @@ class Statement {
     void operator()(sqlite3_stmt* statement) const;
   };
 
+  using Prepared = std::unique_ptr<sqlite3_stmt, Finalize>;
+
   void check(int code) const;
+  /// The first statement of the text, which goes on behind it.
+  Prepared prepare(const char*& sql) const;
 
   Database& database_;
-  std::unique_ptr<sqlite3_stmt, Finalize> statement_;
+  Prepared statement_;
   int bound_ = 0;
 };
 

@@ -63,8 +63,10 @@ class FrameExpression final : public FrameCondition {
  private:
   std::optional<Place> place() {
     asksPlace_ = true;
-    const auto place = facts_ ? facts_->place() : std::nullopt;
+    auto place = facts_ ? facts_->place() : std::nullopt;
     hasFacts_ = hasFacts_ || place;
+    // Near the poles it can be more than once round the earth from the start.
+    if (place && std::fabs(place->lng) > 180) place->lng = std::remainder(place->lng, 360);
     return place;
   }
 

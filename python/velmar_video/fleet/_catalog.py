@@ -7,7 +7,6 @@ import dataclasses
 import os
 import sqlite3
 import tempfile
-import warnings
 from collections.abc import Iterable, Iterator
 from typing import Optional, Union
 
@@ -31,7 +30,7 @@ class CatalogChanges:
     Attributes:
         added: recordings that are new in the catalogue, or changed
         unchanged: those that it had as they are
-        unreadable: those that are in it with a problem only, or of which workers died
+        unreadable: those that are in it with a problem only, as that workers died of it
         removed: those of which it knew and that are not there any more
     """
 
@@ -104,7 +103,7 @@ def catalog(
     _core.catalog_add(path, [], [], 1)
     totals = [0, 0, 0]
     gone: list[bytes] = []
-    for made in _summaries(client, _batches(files, _known(to_path(db)))):
+    for made in _summaries(path, client, _batches(files, _known(to_path(db)))):
         counts = (made.added, made.unchanged, made.unreadable)
         totals = [total + count for total, count in zip(totals, counts)]
         gone += map(os.fsencode, made.gone)
@@ -128,7 +127,7 @@ def _batches(files: list[str], known: dict[str, State]) -> list[_Batch]:
     ]
 
 
-def _summaries(client: Client, batches: list[_Batch]) -> Iterator[_Summaries]:
+def _summaries(path: bytes, client: Client, batches: list[_Batch]) -> Iterator[_Summaries]:
     singles: list[_Batch] = []
     for batch, made in spread(client, _summarise, [[batch] for batch in batches], ordered=False):
         if isinstance(made, KilledWorker):
@@ -140,7 +139,9 @@ def _summaries(client: Client, batches: list[_Batch]) -> Iterator[_Summaries]:
     ]
     for batch, made in spread(client, _summarise, pieces, ordered=False) if pieces else ():
         if isinstance(made, KilledWorker):
-            warnings.warn(f"{batch.files[0]}: not in the catalogue, workers died of it")
+            _core.catalog_put_unreadable(
+                path, os.fsencode(batch.files[0]), "the workers that read it died"
+            )
             made = _Summaries(b"", unreadable=1)
         yield made
 

@@ -49,8 +49,7 @@ def scan(
     recording cannot be read, in a row without frames, else None.
 
     :param paths_or_db: recordings, or folders, of which all recordings are taken, also in folders in
-        them; or a catalogue, as of :func:`catalog`. It knows which recordings need not be opened;
-        `bytes` is 0 then.
+        them; or a catalogue, as of :func:`catalog`. It knows which recordings need not be opened.
     :param where: a condition as of :meth:`velmar_video.Recording.where`
     :param client: of a cluster, whose workers open the recordings. Without one it is threads of
         this process.
@@ -108,8 +107,8 @@ def _raise(error: OSError) -> None:
 def _asked(db: str, where: str, npartitions: Optional[int]) -> Ranges:
     found, problems = _core.catalog_find(os.fsencode(db), where, len(os.sched_getaffinity(0)))
     rows: list[Row] = [
-        (file, first, behind, _time(start), _time(end), behind - first, 0, None)
-        for file, first, behind, start, end in found
+        (file, first, behind, _time(start), _time(end), behind - first, size, None)
+        for file, first, behind, start, end, size in found
     ]
     rows += [_problem(*each) for each in [*problems, *_unreadable(db)]]
     table = _table([sorted(rows, key=operator.itemgetter(0))])

@@ -17,15 +17,15 @@ namespace {
 
 using Frames = std::vector<unsigned int>;
 
-// Six frames in half a second each: a start at 10 E 0 N, then 100 m east and 10 m north a frame.
+// Six frames in half a second each: a start at 10 E, then 100 m east and 10 m north a frame.
 class Chosen : public testing::Test {
  protected:
-  static std::string make(const std::string& path, version_e version) {
+  static std::string make(const std::string& path, version_e version, double lat = 0) {
     RecordingDescription description;
     description.version = version;
     description.startTime = kStart;
     description.lng = nearestNds(10);
-    description.lat = 0;
+    description.lat = nearestNds(lat);
     RecordingWriter writer(path, description, 6, RecordingWriter::OnFailure::RemoveFrames);
     const unsigned short speeds[] = {2000, 2000, 2100, 2400, 2400, 0};
     for (int i = 0; i < 6; ++i) {
@@ -99,6 +99,13 @@ TEST_F(Chosen, ByWhatAFrameKnows) {
     EXPECT_EQ(choose(rtv_, expression), frames) << expression;
   }
   EXPECT_EQ(choose(img_, "time < 1 || speed_m_s > 3"), (Frames{0, 1}));
+}
+
+TEST_F(Chosen, KnowsPlacesMoreThanOnceRoundTheEarth) {
+  const std::string path = make(folder_ / "pole.rtv", RTV_VER_04, 89.9996);
+  EXPECT_EQ(choose(path, "lng_deg > 280"), Frames{5});
+  EXPECT_EQ(choose(path, "within(-80, 89, -60, 91)"), Frames{5});
+  EXPECT_EQ(choose(path, "near(89.9996, -69, 60) && index > 2"), Frames{5});
 }
 
 TEST_F(Chosen, SaysWhatARecordingLacks) {
