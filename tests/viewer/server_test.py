@@ -213,11 +213,14 @@ class Server(ToolCase):
         found = json.loads(self.answer("recordings"))["recordings"]
         self.assertIn("problem", found[0])
         self.sample("drive.rtv", "--rtv-version", "04", "--frames", "9")
-        self.assertEqual(
-            json.loads(self.answer("recordings"))["recordings"][0]["info"]["frames_count"], 9
-        )
-        self.answer("0/frames/8.jpg")
-        self.answer("0/frames/9.jpg", 404)
+        found = self.json("recordings", "recordings.json")["recordings"]
+        self.assertEqual(found[0]["info"]["frames_count"], 9)
+        number = found[0]["number"]
+        self.answer(f"{number}/frames/8.jpg")
+        self.answer(f"{number}/frames/9.jpg", 404)
+        # Another page may still show the old one.
+        self.answer("0/frames/8.jpg", 410)
+        self.assertEqual([one["number"] for one in found], [number, 1, 2])
 
     def test_the_page_comes_from_here_alone(self):
         response, page = self.get("")

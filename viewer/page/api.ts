@@ -21,6 +21,7 @@ export interface Info {
 }
 
 export interface Listed {
+  number: number;
   name: string;
   info?: Info;
   problem?: string;
@@ -90,12 +91,19 @@ export async function getBlob(path: string): Promise<Blob> {
   return (await get(path)).blob();
 }
 
-export function getRecordings(): Promise<Recordings> {
-  return getJson("recordings");
+/** By which the server knows those of the list: one that is replaced gets another number. */
+let numbers: number[] = [];
+
+const at = (recording: number) => numbers[recording] ?? recording;
+
+export async function getRecordings(): Promise<Recordings> {
+  const listed = await getJson<Recordings>("recordings");
+  numbers = listed.recordings.map(({ number }) => number);
+  return listed;
 }
 
 export async function getColumnNames(recording: number): Promise<string[]> {
-  return (await getJson<{ names: string[] }>(`${recording}/columns`)).names;
+  return (await getJson<{ names: string[] }>(`${at(recording)}/columns`)).names;
 }
 
 export async function getColumns(
@@ -104,26 +112,27 @@ export async function getColumns(
 ): Promise<Record<string, Column>> {
   const list = names.map(encodeURIComponent).join(",");
   const answer = await getJson<{ columns: Record<string, Column> }>(
-    `${recording}/columns?names=${list}`,
+    `${at(recording)}/columns?names=${list}`,
   );
   return answer.columns;
 }
 
 export function getVerified(recording: number): Promise<Verified> {
-  return getJson(`${recording}/verify`);
+  return getJson(`${at(recording)}/verify`);
 }
 
-export const picturePath = (recording: number, frame: number) => `${recording}/frames/${frame}.jpg`;
+export const picturePath = (recording: number, frame: number) =>
+  `${at(recording)}/frames/${frame}.jpg`;
 
 /** The same to be saved to a file. */
 export const savedPath = (recording: number, frame: number, kind: "jpg" | "png") =>
-  `${recording}/frames/${frame}.${kind}?save=1`;
+  `${at(recording)}/frames/${frame}.${kind}?save=1`;
 
 export const smallPath = (recording: number, frames: readonly number[], height: number) =>
-  `${recording}/small?frames=${frames.join(",")}&height=${height}`;
+  `${at(recording)}/small?frames=${frames.join(",")}&height=${height}`;
 
 export const scenePath = (recording: number, from: number, to: number) =>
-  `${recording}/scene?range=${from}:${to}`;
+  `${at(recording)}/scene?range=${from}:${to}`;
 
 export const tablePath = (recording: number, from: number, to: number) =>
-  `${recording}/table?range=${from}:${to}`;
+  `${at(recording)}/table?range=${from}:${to}`;

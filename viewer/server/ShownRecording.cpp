@@ -190,9 +190,9 @@ std::string ShownRecording::nameOf(unsigned int first, unsigned int end,
   return name + ending;
 }
 
-std::string listedRecording(const std::string& path) {
-  const std::string name =
-      "{\"name\":" + toolkit::toJsonText(std::filesystem::path(path).filename().string());
+std::string listedRecording(std::size_t number, const std::string& path) {
+  const std::string name = "{\"number\":" + std::to_string(number) + ",\"name\":" +
+                           toolkit::toJsonText(std::filesystem::path(path).filename().string());
   try {
     return name + ",\"info\":" + toolkit::RecordingInfo(toolkit::Recording(path)).json() + "}";
   } catch (const Failure& failure) {

@@ -55,8 +55,8 @@ class ShownRecording : public std::enable_shared_from_this<ShownRecording> {
   detail::MemoryMap map_;
 };
 
-/// One JSON object: its name and what it says of itself, or the problem with it.
-std::string listedRecording(const std::string& path);
+/// One JSON object: its number, its name and what it says of itself, or the problem with it.
+std::string listedRecording(std::size_t number, const std::string& path);
 
 }  // namespace velmar::viewer
 
