@@ -151,7 +151,9 @@ class Catalog(ToolCase):
         wrong = "SELECT speed FROM stretches"
         self.tool("catalog", "sql", "fleet.db", wrong, status=2, says="no such column: speed")
         self.assertEqual(
-            output(TOOL, "catalog", "sql", "fleet.db", "SELECT frames FROM recordings; -- all", "--csv"),
+            output(
+                TOOL, "catalog", "sql", "fleet.db", "SELECT frames FROM recordings; -- all", "--csv"
+            ),
             b"frames\n60\n5\n",
         )
 
