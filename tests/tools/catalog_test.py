@@ -188,14 +188,17 @@ class Catalog(ToolCase):
         for i in range(100):
             os.link("day/a.rtv", f"fleet/{i}.rtv")
         self.tool("catalog", "add", "whole.db", "fleet")
+        self.add_at_once("fleet.db", "fleet", "fleet")
+        self.assertEqual(contents("fleet.db"), contents("whole.db"))
+        for i in range(20):
+            self.add_at_once(f"{i}.db", "fleet/0.rtv", "fleet/1.rtv")
+
+    def add_at_once(self, database, *inputs):
         both = [
-            subprocess.Popen(
-                [TOOL, "catalog", "add", "fleet.db", "fleet"], stdout=subprocess.DEVNULL
-            )
-            for _ in range(2)
+            subprocess.Popen([TOOL, "catalog", "add", database, path], stdout=subprocess.DEVNULL)
+            for path in inputs
         ]
         self.assertEqual([one.wait() for one in both], [0, 0])
-        self.assertEqual(contents("fleet.db"), contents("whole.db"))
 
 
 if __name__ == "__main__":

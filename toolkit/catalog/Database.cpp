@@ -5,7 +5,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
+#include <thread>
 
 #include "base/HexText.h"
 #include "toolkit/base/Failure.h"
@@ -14,7 +16,7 @@ namespace velmar::toolkit {
 
 namespace {
 
-constexpr int kBusyMilliseconds = 60000;
+constexpr std::chrono::milliseconds kBusyTime(60000);
 
 // For a URI, in which some characters mean something.
 std::string escaped(const std::string& path) {
@@ -69,7 +71,7 @@ void Database::open(const std::string& uri, int flags) {
                                    flags | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX, nullptr);
   connection_.reset(connection);
   if (code != SQLITE_OK) fail();
-  sqlite3_busy_timeout(connection, kBusyMilliseconds);
+  sqlite3_busy_timeout(connection, static_cast<int>(kBusyTime.count()));
 }
 
 void Database::fail() const {
@@ -82,6 +84,17 @@ void Database::fail() const {
   throw Failure(path_, words,
                 code == SQLITE_NOTADB ? VELMAR_ERROR_CODE_INVALID_PARAMETER_E
                                       : VELMAR_ERROR_CODE_FILE_OPEN_FAIL_E);
+}
+
+void Database::useWriteAheadLog() {
+  using std::chrono::steady_clock;
+  const auto end = steady_clock::now() + kBusyTime;
+  // Here SQLite itself does not wait for another process that does the same.
+  while (sqlite3_exec(connection_.get(), "PRAGMA journal_mode = WAL", nullptr, nullptr, nullptr) !=
+         SQLITE_OK) {
+    if (sqlite3_errcode(connection_.get()) != SQLITE_BUSY || steady_clock::now() > end) fail();
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
 }
 
 void Database::run(const std::string& sql) {

@@ -26,6 +26,8 @@ class Database {
   const std::string& path() const { return path_; }
   /// From here on all but SELECT, and SQL that is wrong, throws UsageError. Of a catalogue.
   void allowSelectOnly();
+  /// Readers and a writer need not wait for each other from here on, also of other processes.
+  void useWriteAheadLog();
   /// One statement or several, without results.
   void run(const std::string& sql);
   /// The first column of the first row; 0 without rows.

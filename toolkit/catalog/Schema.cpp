@@ -106,7 +106,7 @@ std::int64_t checkKind(Database& database) {
 
 void prepareCatalog(Database& database) {
   if (checkKind(database) == kVersion) return;
-  database.run("PRAGMA journal_mode = WAL");
+  database.useWriteAheadLog();
   Transaction transaction(database);
   // Another process may have done it meanwhile.
   for (std::int64_t version = checkKind(database); version < kVersion; ++version) {

@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 
 namespace velmar::viewer {
@@ -33,7 +34,8 @@ bool ClientStream::waitForRequest(milliseconds longest) {
 
 bool ClientStream::is_readable() const { return buffered() > 0 || isReady(socket_, POLLIN, {}); }
 
-bool ClientStream::is_writable() const { return isReady(socket_, POLLOUT, kSendTime); }
+// Writing waits until it can.
+bool ClientStream::is_writable() const { return !hasFailed_; }
 
 ssize_t ClientStream::read(char* bytes, std::size_t size) {
   if (hasFailed_ || (buffered() == 0 && !fill())) return fail();
@@ -47,16 +49,22 @@ ssize_t ClientStream::read(char* bytes, std::size_t size) {
 
 bool ClientStream::fill() {
   const auto left = std::chrono::duration_cast<milliseconds>(deadline_ - Clock::now());
-  if (left.count() <= 0 || !isReady(socket_, POLLIN, left)) return false;
-  const ssize_t count = ::recv(socket_, buffer_.data(), buffer_.size(), 0);
+  if (left.count() <= 0) return false;
+  const auto receive = [this] {
+    return ::recv(socket_, buffer_.data(), buffer_.size(), MSG_DONTWAIT);
+  };
+  ssize_t count = receive();
+  if (count < 0 && errno == EAGAIN && isReady(socket_, POLLIN, left)) count = receive();
   next_ = 0;
   end_ = count > 0 ? static_cast<std::size_t>(count) : 0;
   return end_ > 0;
 }
 
 ssize_t ClientStream::write(const char* bytes, std::size_t size) {
-  if (hasFailed_ || !is_writable()) return fail();
-  const ssize_t count = ::send(socket_, bytes, size, MSG_NOSIGNAL);
+  if (hasFailed_) return fail();
+  const auto send = [&] { return ::send(socket_, bytes, size, MSG_NOSIGNAL | MSG_DONTWAIT); };
+  ssize_t count = send();
+  if (count < 0 && errno == EAGAIN && isReady(socket_, POLLOUT, kSendTime)) count = send();
   return count < 0 ? fail() : count;
 }
 
