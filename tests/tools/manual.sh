@@ -5,12 +5,20 @@ folder=$(realpath "$2")
 . "$(dirname "$0")/lib.sh"
 set -o pipefail
 
-commands=$("$tool" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]\+\) .*/\1/p')
-options() {  # options [COMMAND]: their long names, as --help has them
+commands_of() {  # commands_of [GROUP]
+  "$tool" "$@" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]\+\) .*/\1/p'
+}
+commands=$(commands_of)
+groups=catalog
+names() {  # all commands, those in groups behind the group's name
+  printf '%s\n' "$commands"
+  for group in $groups; do commands_of $group | sed "s/^/$group /"; done
+}
+options() {  # options [COMMAND...]: their long names, as --help has them
   "$tool" "$@" --help | sed -n 's/^  \(-[h0],\)\?\(--[a-z-]*\).*/\2/p' | sort
 }
 same() {  # same WHAT COMMAND: standard input names the command's options
-  diff <(grep -o -- '^--[a-z-]*' | sort -u) <(options "$2") >err || fail "$1 of $2"
+  diff <(grep -o -- '^--[a-z-]*' | sort -u) <(options $2) >err || fail "$1 of $2"
 }
 
 # The manual: what a section names, and what all commands have.
@@ -18,9 +26,9 @@ section() { sed -n "/^\.S[HS] $1\$/,/^\.S[HS]/p" "$folder/velmar-video.1"; }
 named_in() {
   section "$1" | grep --no-group-separator -A 1 '^\.TP' | sed 's/\\-/-/g; s/\\f[BIR]//g; s/^-[h0], //' | grep '^--' || true
 }
-for command in $commands; do
+while read -r command; do
   { named_in "$command"; named_in OPTIONS | grep -v -- --version; } | same "manual" "$command"
-done
+done < <(names)
 diff <(named_in OPTIONS | grep -o -- '^--[a-z-]*' | sort) <(options) >err || fail "manual's options"
 ! section create | grep -qw cat || fail "sections of the manual"
 
@@ -35,27 +43,43 @@ tab() {
 [ "$(tab velmar-video c | tr '\n' ' ')" = "create cat cut concat convert catalog " ] || fail "bash: commands"
 [ "$(tab velmar-video extract --as = p | tr '\n' ' ')" = "png ppm " ] || fail "bash: choices"
 [ -z "$(tab velmar-video create x.img '')" ] || fail "bash: files are left to the shell"
-for command in $commands; do tab velmar-video --quiet "$command" -- | same bash "$command"; done
+for group in $groups; do
+  diff <(tab velmar-video $group '' | grep -v -- ^-) <(commands_of $group) >err || fail "bash: $group"
+done
+while read -r command; do tab velmar-video --quiet $command -- | same bash "$command"; done < <(names)
 
 if command -v fish >/dev/null; then
   complete_in_fish() { fish -c "source '$folder/velmar-video.fish'; complete -C '$*'" | cut -f1; }
   diff <(complete_in_fish 'velmar-video ' | sort) <(tr ' ' '\n' <<<"$commands" | sort) >err ||
     fail "fish: commands"
-  for command in $commands; do complete_in_fish "velmar-video $command --" | same fish "$command"; done
+  for group in $groups; do
+    diff <(complete_in_fish "velmar-video $group ") <(commands_of $group | sort) >err ||
+      fail "fish: $group"
+  done
+  while read -r command; do
+    complete_in_fish "velmar-video $command --" </dev/null | same fish "$command"
+  done < <(names)
 fi
 
 if command -v zsh >/dev/null; then
   # Without an editor around them its builtins cannot run: these say what they were given.
   said_in_zsh() {
-    zsh -fc '_arguments() { [[ $1 == -C ]] && state=$want || print -rl -- "$@" }
+    zsh -fc '_arguments() {
+        [[ $1 == -C ]] || { print -rl -- "$@"; return }
+        shift words
+        (( $#words )) && state=argument || state=command
+      }
       _describe() { print -rl -- "${(@P)2}" }
-      want=$1; words=("$2"); source "$3"' - "$@" "$folder/_velmar-video"
+      words=(velmar-video $=1); source "$2"' - "$1" "$folder/_velmar-video"
   }
-  diff <(said_in_zsh command "" | cut -d: -f1) <(tr ' ' '\n' <<<"$commands") >err ||
-    fail "zsh: commands"
-  for command in $commands; do
-    said_in_zsh argument "$command" | sed 's/^([^)]*)//; s/^\*//' | same zsh "$command"
+  for group in "" $groups; do
+    diff <(said_in_zsh "$group" | cut -d: -f1) <(commands_of $group) >err ||
+      fail "zsh: commands $group"
   done
+  while read -r command; do
+    [[ " $groups " != *" $command "* ]] || continue  # behind it is a command
+    said_in_zsh "$command" | sed 's/^([^)]*)//; s/^\*//' | same zsh "$command"
+  done < <(names)
 fi
 
 recoverable() {  # whether all that was sent is in the temporary file
@@ -117,7 +141,7 @@ run_example() {  # run_example COMMAND LINE
   esac
 }
 examples() { "$tool" "$@" --help | sed -n '/^Example:\|For a start:$/,/^$/s/^  //p'; }
-for command in "" $commands; do
+while read -r command; do
   [ -n "$(examples $command)" ] || fail "$command has no example"
   while read line; do  # a backslash at its end joins the next one
     case $line in
@@ -125,4 +149,4 @@ for command in "" $commands; do
     esac
     run_example "$command" "$line"
   done < <(examples $command)
-done
+done < <(echo; names)

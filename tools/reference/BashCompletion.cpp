@@ -34,9 +34,6 @@ void writeValues(std::ostream& out, const CommandEntry& command) {
 
 std::string bashCompletion(const CLI::App& program) {
   const auto commands = readCommands(program);
-  std::vector<std::string> names;
-  names.reserve(commands.size());
-  for (const CommandEntry& command : commands) names.push_back(command.name);
 
   std::ostringstream out;
   out << R"(# Completion of velmar-video for bash; generated.
@@ -48,7 +45,11 @@ _velmar_video() {
   [ "$current" != = ] || current=''
   [ "$previous" != = ] || previous=${COMP_WORDS[COMP_CWORD - 2]}
   for ((i = 1; i < COMP_CWORD; i++)); do
-    [[ ${COMP_WORDS[i]} == -* ]] || { command=${COMP_WORDS[i]}; break; }
+    [[ ${COMP_WORDS[i]} == -* ]] && continue
+    command+=${command:+ }${COMP_WORDS[i]}
+    # A group's name has one of its commands behind it.
+    case $command in )"
+      << joined(groupNames(commands), " | ") << R"() ;; *) break ;; esac
   done
   # What is left without an answer gets the names of files.
   case "$command $previous" in
@@ -57,9 +58,14 @@ _velmar_video() {
   out << R"(    *)
       case $command in
         '') words=')"
-      << joined(names, " ") << ' ' << allNames(readCommand(program)) << "' ;;\n";
+      << joined(ownNames(commandsIn("", commands)), " ") << ' ' << allNames(readCommand(program))
+      << "' ;;\n";
   for (const CommandEntry& command : commands) {
-    out << "        " << command.name << ") [[ $current != -* ]] || words='" << allNames(command)
+    out << "        '" << command.name << "') ";
+    // The words behind the others are files.
+    const std::string start = command.isGroup ? "" : "[[ $current != -* ]] || ";
+    const std::string names = joined(ownNames(commandsIn(command.name, commands)), " ");
+    out << start << "words='" << names << (names.empty() ? "" : " ") << allNames(command)
         << "' ;;\n";
   }
   out << R"(      esac

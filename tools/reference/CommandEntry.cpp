@@ -38,10 +38,15 @@ OptionEntry readOption(const CLI::Option& option, const std::vector<const CLI::O
   return entry;
 }
 
+std::vector<const CLI::App*> commandsOf(const CLI::App& app) {
+  return app.get_subcommands([](const CLI::App*) { return true; });
+}
+
 }  // namespace
 
 CommandEntry readCommand(const CLI::App& app) {
   CommandEntry entry{app.get_name(), app.get_description(), {}, {}, app.get_footer()};
+  entry.isGroup = !commandsOf(app).empty();
   const auto options = app.get_options();
   for (const CLI::Option* option : options) {
     (option->get_positional() ? entry.positionals : entry.options)
@@ -52,10 +57,41 @@ CommandEntry readCommand(const CLI::App& app) {
 
 std::vector<CommandEntry> readCommands(const CLI::App& program) {
   std::vector<CommandEntry> commands;
-  for (const CLI::App* command : program.get_subcommands([](const CLI::App*) { return true; })) {
+  for (const CLI::App* command : commandsOf(program)) {
     commands.push_back(readCommand(*command));
+    for (CommandEntry& inGroup : readCommands(*command)) {
+      inGroup.name.insert(0, command->get_name() + " ");
+      commands.push_back(std::move(inGroup));
+    }
   }
   return commands;
+}
+
+std::vector<CommandEntry> commandsIn(const std::string& group,
+                                     const std::vector<CommandEntry>& commands) {
+  std::vector<CommandEntry> found;
+  for (const CommandEntry& command : commands) {
+    const std::size_t space = command.name.rfind(' ');
+    if (command.name.substr(0, space == std::string::npos ? 0 : space) == group) {
+      found.push_back(command);
+    }
+  }
+  return found;
+}
+
+std::vector<std::string> ownNames(const std::vector<CommandEntry>& commands) {
+  std::vector<std::string> names;
+  names.reserve(commands.size());
+  for (const CommandEntry& command : commands) names.push_back(command.ownName());
+  return names;
+}
+
+std::vector<std::string> groupNames(const std::vector<CommandEntry>& commands) {
+  std::vector<std::string> names;
+  for (const CommandEntry& command : commands) {
+    if (command.isGroup) names.push_back(command.name);
+  }
+  return names;
 }
 
 std::string joined(const std::vector<std::string>& words, const std::string& separator) {

@@ -20,17 +20,27 @@ struct OptionEntry {
 };
 
 struct CommandEntry {
-  std::string name;
+  std::string name;  ///< behind that of its group: "catalog add"
   std::string purpose;
   std::vector<OptionEntry> positionals;
   std::vector<OptionEntry> options;
   std::string footer;
+  bool isGroup = false;  ///< of other commands
+
+  std::string ownName() const { return name.substr(name.find(' ') + 1); }
 };
 
 /// A command, or the program with the options in front of a command.
 CommandEntry readCommand(const CLI::App& app);
-/// The program's commands in their order.
+/// The program's commands in their order, behind each group those in it.
 std::vector<CommandEntry> readCommands(const CLI::App& program);
+
+/// Those of them that are in the group, which is empty for the program.
+std::vector<CommandEntry> commandsIn(const std::string& group,
+                                     const std::vector<CommandEntry>& commands);
+std::vector<std::string> ownNames(const std::vector<CommandEntry>& commands);
+/// The names of the groups among them.
+std::vector<std::string> groupNames(const std::vector<CommandEntry>& commands);
 
 std::string joined(const std::vector<std::string>& words, const std::string& separator);
 /// `text` with a backslash in front of each of its characters that are in `special`.

@@ -24,20 +24,47 @@ void writeOption(std::ostream& out, const OptionEntry& option, const std::string
   out << " -d " << shellQuoted(shortHelp(option.help)) << '\n';
 }
 
+std::string condition(const std::string& command) {
+  return "__velmar_video_is" + (command.empty() ? "" : " " + command);
+}
+
+// The names of a group's commands, which is what comes next.
+void writeNames(std::ostream& out, const std::string& group,
+                const std::vector<CommandEntry>& commands) {
+  const std::string start = "complete -c velmar-video -n " + shellQuoted(condition(group));
+  out << start << " -f\n";
+  for (const CommandEntry& command : commandsIn(group, commands)) {
+    out << start << " -a " << command.ownName() << " -d " << shellQuoted(shortHelp(command.purpose))
+        << '\n';
+  }
+}
+
 }  // namespace
 
 std::string fishCompletion(const CLI::App& program) {
+  const auto commands = readCommands(program);
   std::ostringstream out;
-  out << "# Completion of velmar-video for fish; generated.\n"
-         "complete -c velmar-video -n __fish_use_subcommand -f\n";
+  out << R"(# Completion of velmar-video for fish; generated.
+function __velmar_video_is -d 'Whether these are the words of the command'
+  set -l command
+  for word in (commandline -opc)[2..-1]
+    string match -q -- '-*' $word; and continue
+    set -a command $word
+    # A group's name has one of its commands behind it.
+    contains -- "$command" )"
+      << joined(groupNames(commands), " ") << R"(; or break
+  end
+  test "$command" = "$argv"
+end
+)";
+  writeNames(out, "", commands);
   for (const OptionEntry& option : readCommand(program).options) {
-    writeOption(out, option, "__fish_use_subcommand");
+    writeOption(out, option, condition(""));
   }
-  for (const CommandEntry& command : readCommands(program)) {
-    out << "complete -c velmar-video -n __fish_use_subcommand -a " << command.name << " -d "
-        << shellQuoted(shortHelp(command.purpose)) << '\n';
+  for (const CommandEntry& command : commands) {
+    if (command.isGroup) writeNames(out, command.name, commands);
     for (const OptionEntry& option : command.options) {
-      writeOption(out, option, "__fish_seen_subcommand_from " + command.name);
+      writeOption(out, option, condition(command.name));
     }
   }
   return out.str();

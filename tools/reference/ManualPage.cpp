@@ -105,7 +105,9 @@ void writeFooter(std::ostream& out, const std::string& footer) {
 void writeCommand(std::ostream& out, const CommandEntry& command, const CommandEntry& program) {
   out << ".SS " << command.name << '\n'
       << prose(command.purpose) << "\n.PP\n"
-      << bold(program.name + ' ' + command.name) << " [" << italic("OPTIONS") << ']';
+      << bold(program.name + ' ' + command.name);
+  if (command.isGroup) out << ' ' << italic("COMMAND") << " ...";
+  out << " [" << italic("OPTIONS") << ']';
   for (const OptionEntry& option : command.options) {
     if (option.required) out << ' ' << bold(option.names.back()) << ' ' << italic(option.value);
   }

@@ -46,9 +46,10 @@ ExitStatus reportParseError(const Tool& tool, const CLI::ParseError& error,
                             const std::vector<std::string>& arguments) {
   if (error.get_exit_code() != 0) {
     // A misspelt option is the cause, too, of one that is missing.
-    const bool isExtra = dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr ||
-                         dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
-    const auto words = isExtra ? unexpectedArgument(tool.app, arguments) : std::nullopt;
+    const bool isMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+    const bool isExtra = dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr || isMissing;
+    auto words = isExtra ? unexpectedArgument(tool.app, arguments) : std::nullopt;
+    if (!words && isMissing) words = missingCommand(tool.app);
     return reportUsage(words.value_or(error.what()));
   }
   tool.app.exit(error);

@@ -17,11 +17,17 @@ Tool::Tool() : app("Creates, shows, edits and repairs recordings of a vehicle-mo
 }
 
 CLI::App& Tool::addCommand(const CommandWords& words) {
-  CLI::App& command = *app.add_subcommand(words.name, words.purpose);
+  const std::size_t space = words.name.find(' ');
+  const bool isInGroup = space != std::string::npos;
+  CLI::App& group = isInGroup ? *app.get_subcommand(words.name.substr(0, space)) : app;
+  CLI::App& command =
+      *group.add_subcommand(words.name.substr(isInGroup ? space + 1 : 0), words.purpose);
   command.footer("Example:\n  velmar-video " + words.example);
   addCommonOptions(command);
   return command;
 }
+
+void Tool::addGroup(const CommandWords& words) { addCommand(words).require_subcommand(1); }
 
 void Tool::addCommonOptions(CLI::App& command) {
   command.add_flag("--quiet", quiet, "Show no progress");

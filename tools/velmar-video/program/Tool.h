@@ -15,7 +15,7 @@ namespace velmar::tool {
 
 /// A command's name, what it is for and, behind the program's name, an example.
 struct CommandWords {
-  std::string name;
+  std::string name;  ///< of one in a group with that of the group: "catalog add"
   std::string purpose;
   std::string example;
 };
@@ -49,6 +49,9 @@ struct Tool {
     });
   }
 
+  /// A command that only has others, which are added after it.
+  void addGroup(const CommandWords& words);
+
   CLI::App app;
   bool quiet = false;
   bool verbose = false;
@@ -63,7 +66,7 @@ struct Tool {
 /// Adds all of these.
 void addCommands(Tool& tool);
 
-// Each in the file of its name.
+// Each in the file of its name, those of a group in the folder of the group's.
 void addCreateCommand(Tool& tool);
 void addInfoCommand(Tool& tool);
 void addFramesCommand(Tool& tool);
@@ -83,6 +86,10 @@ void addSampleCommand(Tool& tool);
 void addSheetCommand(Tool& tool);
 void addViewCommand(Tool& tool);
 void addCatalogCommand(Tool& tool);
+void addCatalogAddCommand(Tool& tool);
+void addCatalogFindCommand(Tool& tool);
+void addCatalogInfoCommand(Tool& tool);
+void addCatalogSqlCommand(Tool& tool);
 
 }  // namespace velmar::tool
 

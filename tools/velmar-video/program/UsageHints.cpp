@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "program/Toolkit.h"
+#include "toolkit/text/Joined.h"
 #include "toolkit/text/Suggestion.h"
 
 namespace velmar::tool {
@@ -15,6 +16,20 @@ std::vector<std::string> commandNames(const CLI::App& app) {
     names.push_back(command->get_name());
   }
   return names;
+}
+
+// Which of the commands in groups was chosen.
+const CLI::App& chosenCommand(const CLI::App& app) {
+  const auto chosen = app.get_subcommands();
+  return chosen.empty() ? app : chosenCommand(*chosen.front());
+}
+
+// "catalog add"; empty for the program itself.
+std::string fullName(const CLI::App& command) {
+  const CLI::App* parent = command.get_parent();
+  if (parent == nullptr) return "";
+  const std::string group = fullName(*parent);
+  return (group.empty() ? "" : group + " ") + command.get_name();
 }
 
 std::vector<std::string> optionNames(const CLI::App& command) {
@@ -33,19 +48,27 @@ std::optional<std::string> unexpectedArgument(const CLI::App& app,
   const auto found =
       std::find_first_of(arguments.begin(), arguments.end(), extras.begin(), extras.end());
   if (found == arguments.end()) return std::nullopt;
-  const auto chosen = app.get_subcommands();
-  const CLI::App& command = chosen.empty() ? app : *chosen.front();
-  const std::string where = chosen.empty() ? "" : command.get_name() + ": ";
+  const CLI::App& command = chosenCommand(app);
+  const std::string name = fullName(command);
+  const std::string where = name.empty() ? "" : name + ": ";
   if (found->starts_with('-')) {
-    const std::string name = found->substr(0, found->find('='));
+    const std::string option = found->substr(0, found->find('='));
     const auto names = optionNames(command);
-    if (std::find(names.begin(), names.end(), name) != names.end()) {
-      return where + name + " has to come after " + command.get_name();
+    if (std::find(names.begin(), names.end(), option) != names.end()) {
+      return where + option + " has to come after " + name;
     }
-    return where + "there is no option " + name + suggestion(name, names);
+    return where + "there is no option " + option + suggestion(option, names);
   }
-  if (!chosen.empty()) return where + *found + " is one argument too many";
-  return "there is no command " + *found + suggestion(*found, commandNames(app));
+  const auto commands = commandNames(command);
+  if (commands.empty()) return where + *found + " is one argument too many";
+  return where + "there is no command " + *found + suggestion(*found, commands);
+}
+
+std::optional<std::string> missingCommand(const CLI::App& app) {
+  const CLI::App& group = chosenCommand(app);
+  const auto commands = commandNames(group);
+  if (commands.empty()) return std::nullopt;
+  return fullName(group) + ": a command is missing: " + joined(commands, " or ");
 }
 
 std::vector<std::string> withHelpOption(const CLI::App& app, std::vector<std::string> arguments) {

@@ -13,6 +13,9 @@ namespace velmar::tool {
 std::optional<std::string> unexpectedArgument(const CLI::App& app,
                                               const std::vector<std::string>& arguments);
 
+/// That a command of a group is missing, and which there are. Nothing if none is.
+std::optional<std::string> missingCommand(const CLI::App& app);
+
 /// The arguments with "COMMAND --help" in the place of "help COMMAND". What is no command is left
 /// for unexpectedArgument().
 std::vector<std::string> withHelpOption(const CLI::App& app, std::vector<std::string> arguments);
