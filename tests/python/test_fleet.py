@@ -212,6 +212,22 @@ def test_one_that_kills_workers_costs_the_others_nothing(recordings, tmp_path):
     assert [*zip(bad.file, bad.problem)] == [(deadly, "the workers that read it died")]
 
 
+def test_a_frame_that_is_kept_stays_as_it_is(recordings, cluster):
+    client, _ = cluster
+    kept = {}
+
+    def keep(frame):
+        mean = frame.mean()
+        kept[len(kept)] = (frame[::2], frame[::2].mean()) if len(kept) % 3 else (None, 0)
+        assert all(part is None or part.mean() == then for part, then in kept.values())
+        return mean
+
+    table = fleet.scan(recordings / "0/000.rtv")
+    got = [result for *_, result in fleet.map_frames(keep, table, client=client, ordered=True)]
+    with vv.open(table.file[0]) as rec:
+        assert got == [rec.frame(i).mean() for i in range(len(rec))]
+
+
 def test_batches_come_with_their_table(recordings, cluster):
     client, _ = cluster
     lazy = fleet.scan(recordings / "0", "speed_m_s > 0", npartitions=3)

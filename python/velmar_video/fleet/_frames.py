@@ -5,6 +5,7 @@ from __future__ import annotations
 import atexit
 import contextlib
 import dataclasses
+import sys
 from collections.abc import Callable, Generator, Iterator, Sequence
 from typing import Any, Optional, get_args
 import weakref
@@ -34,6 +35,24 @@ def _end_all() -> None:
             results.close()
 
 
+class _Memory:
+    """Memory for the pixels of some frames, the same again unless somebody has kept it.
+
+    To get new memory would take a worker half as long as decoding: dask has what is freed given
+    back to the system.
+    """
+
+    def __init__(self, shape: tuple[int, ...]):
+        self._shape = shape
+        self._pixels: Optional[Pixels] = None
+
+    def get(self, count: int) -> Pixels:
+        is_free = sys.getrefcount(self._pixels) == 2  # of this object and of that call
+        if self._pixels is None or not is_free or len(self._pixels) < count:
+            self._pixels = np.empty((count, *self._shape), np.uint8)
+        return self._pixels[:count]
+
+
 @dataclasses.dataclass(frozen=True)
 class _Mapped:
     """What a worker does with a range."""
@@ -57,16 +76,17 @@ class _Mapped:
             return [(index, error) for index in numbers]
         most = max(_BATCH_BYTES // int(np.prod(shape)), 1) if self.batched else 1
         results: list[tuple[Optional[int], Any]] = []
+        memory = _Memory(shape)
         with recording:
             for at in range(0, len(numbers), most):
-                results += self._some(recording, numbers[at : at + most], shape)
+                results += self._some(recording, numbers[at : at + most], memory)
         return results
 
     def _some(
-        self, recording: Recording, numbers: range, shape: tuple[int, int, int]
+        self, recording: Recording, numbers: range, memory: _Memory
     ) -> list[tuple[Optional[int], Any]]:
         try:
-            pixels = np.empty((len(numbers), *shape), np.uint8)
+            pixels = memory.get(len(numbers))
         except MemoryError as error:
             return [(index, _as_result(error, recording)) for index in numbers]
         results: dict[int, Any] = {}
