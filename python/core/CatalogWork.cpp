@@ -64,10 +64,10 @@ py::tuple catalogAdd(const std::string& database, const std::vector<std::string>
   return py::make_tuple(changes.added, changes.unchanged, changes.unreadable, changes.removed);
 }
 
-void catalogPutUnreadable(const std::string& database, const std::string& file,
+bool catalogPutUnreadable(const std::string& database, const std::string& file,
                           const std::string& problem) {
   const WithoutGil release;
-  Catalog(database, Database::Access::Write).putUnreadable(file, problem);
+  return Catalog(database, Database::Access::Write).putUnreadable(file, problem);
 }
 
 std::size_t catalogTake(const std::string& database, const std::string& other) {

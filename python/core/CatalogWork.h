@@ -16,14 +16,13 @@ namespace velmar::python {
 pybind11::tuple catalogAdd(const std::string& database, const std::vector<std::string>& files,
                            const std::vector<std::string>& folders, unsigned int jobs);
 /// As toolkit::Catalog::putUnreadable().
-void catalogPutUnreadable(const std::string& database, const std::string& file,
+bool catalogPutUnreadable(const std::string& database, const std::string& file,
                           const std::string& problem);
 /// As toolkit::Catalog::take().
 std::size_t catalogTake(const std::string& database, const std::string& other);
 /// As toolkit::Catalog::find().
 /// \return (file, first, behind, start, end, bytes) of each range and (file, words) of each
-/// recording that
-///         could not be asked
+///         recording that could not be asked
 pybind11::tuple catalogFind(const std::string& database, const std::string& where,
                             unsigned int jobs);
 

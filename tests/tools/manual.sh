@@ -9,7 +9,8 @@ commands_of() {  # commands_of [GROUP]
   "$tool" "$@" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]\+\) .*/\1/p'
 }
 commands=$(commands_of)
-groups=catalog
+groups=$(for command in $commands; do [ -z "$(commands_of $command)" ] || echo $command; done)
+[ "$groups" = catalog ] || fail "groups: $groups"
 names() {  # all commands, those in groups behind the group's name
   printf '%s\n' "$commands"
   for group in $groups; do commands_of $group | sed "s/^/$group /"; done

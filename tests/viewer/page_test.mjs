@@ -184,9 +184,12 @@ test("a recording that is replaced while it is shown is told of", async () => {
   truncateSync(join(folder, "replaced.img"), 5000);
   await page.keyboard.press("End");
   await page.waitForSelector("#reload", { state: "visible" });
+  await page.waitForFunction(() => location.hash.includes("f=89"));
   sample("replaced.img", "--frames", "5");
   await Promise.all([page.waitForNavigation(), page.click("#reload")]);
   await page.waitForSelector("#play:enabled");
-  await page.keyboard.press("End");
-  await shows(4);
+  await page.waitForSelector("#notice", { state: "hidden" });
+  await shows(4); // of the address, which was beyond
+  await page.keyboard.press("Home");
+  await shows(0);
 });

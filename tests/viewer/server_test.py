@@ -207,20 +207,26 @@ class Server(ToolCase):
             self.assertEqual(done.returncode, 2, tiles)
 
     def test_tells_of_a_file_that_is_not_the_same_any_more(self):
-        self.answer("0/frames/2.jpg")
-        os.truncate("drive.rtv", 100)
-        self.assertIn(b"while it was shown", self.answer("0/frames/2.jpg", 410))
-        found = json.loads(self.answer("recordings"))["recordings"]
-        self.assertIn("problem", found[0])
-        self.sample("drive.rtv", "--rtv-version", "04", "--frames", "9")
-        found = self.json("recordings", "recordings.json")["recordings"]
-        self.assertEqual(found[0]["info"]["frames_count"], 9)
-        number = found[0]["number"]
-        self.answer(f"{number}/frames/8.jpg")
-        self.answer(f"{number}/frames/9.jpg", 404)
-        # Another page may still show the old one.
-        self.answer("0/frames/8.jpg", 410)
-        self.assertEqual([one["number"] for one in found], [number, 1, 2])
+        for shown in True, False:
+            listed = self.json("recordings", "recordings.json")["recordings"][0]
+            old = "?revision=" + listed["revision"]
+            if shown:
+                self.answer("0/frames/2.jpg" + old)
+            os.truncate("drive.rtv", 100)
+            self.assertIn(b"while it was shown", self.answer("0/frames/2.jpg" + old, 410))
+            self.answer("0/frames/2.jpg", 422)
+            self.assertIn("problem", json.loads(self.answer("recordings"))["recordings"][0])
+            self.sample("drive.rtv", "--rtv-version", "04", "--frames", "9")
+            listed = self.json("recordings", "recordings.json")["recordings"][0]
+            self.assertEqual(listed["info"]["frames_count"], 9)
+            # Another page may still show the old one.
+            self.answer("0/columns" + old, 410)
+            for what in "", "?revision=" + listed["revision"]:
+                self.answer("0/frames/8.jpg" + what)
+                self.answer("0/frames/9.jpg" + what, 404)
+            os.remove("drive.rtv")
+            self.answer("0/frames/2.jpg?revision=" + listed["revision"], 410)
+            self.sample("drive.rtv", "--rtv-version", "04", "--frames", "20")
 
     def test_the_page_comes_from_here_alone(self):
         response, page = self.get("")

@@ -287,14 +287,15 @@ void Catalog::put(const std::vector<RecordingSummary>& summaries) {
   CatalogWriter(database_).write(summaries);
 }
 
-void Catalog::putUnreadable(const std::string& file, const std::string& problem) {
+bool Catalog::putUnreadable(const std::string& file, const std::string& problem) {
   const auto state = fileStateOf(file);
-  if (!state) return;
+  if (!state) return false;
   RecordingSummary summary;
   summary.file = absolutePath(file);
   summary.state = *state;
   summary.problem = problem;
   put({summary});
+  return true;
 }
 
 std::size_t Catalog::take(const std::string& other) {

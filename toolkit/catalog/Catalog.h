@@ -89,8 +89,9 @@ class Catalog {
                      const CatalogReporter& reporter);
   /// In the place of what is there of the same files.
   void put(const std::vector<RecordingSummary>& summaries);
-  /// The same with a recording that cannot be read, if its file is there.
-  void putUnreadable(const std::string& file, const std::string& problem);
+  /// The same with a recording that cannot be read.
+  /// \return false, without a change, if there is no such file
+  bool putUnreadable(const std::string& file, const std::string& problem);
   /// The same with all of another catalogue.
   /// \return how many recordings it has
   std::size_t take(const std::string& other);

@@ -89,7 +89,7 @@ class Statement {
   using Prepared = std::unique_ptr<sqlite3_stmt, Finalize>;
 
   void check(int code) const;
-  /// The first statement of the text, which goes on behind it.
+  /// The first statement in `sql`, which is moved behind it.
   Prepared prepare(const char*& sql) const;
 
   Database& database_;

@@ -64,12 +64,12 @@ class Collector {
     stretch_.greatest = stretch_.least;
   }
 
-  // \param turn  from the frame before
-  void add(const FrameValues& frame, double turn) {
+  // \param turned  from the frame before, degrees
+  void add(const FrameValues& frame, double turned) {
     if (isEmpty()) {
       start_ = frame.time;
     } else {
-      stretch_.headingChange += turn;
+      stretch_.headingChange += turned;
     }
     for (std::size_t i = 0; i < frame.facts.size(); ++i) {
       const double value = frame.facts[i];

@@ -21,8 +21,8 @@ export interface Info {
 }
 
 export interface Listed {
-  number: number;
   name: string;
+  revision?: string;
   info?: Info;
   problem?: string;
 }
@@ -91,19 +91,23 @@ export async function getBlob(path: string): Promise<Blob> {
   return (await get(path)).blob();
 }
 
-/** By which the server knows those of the list: one that is replaced gets another number. */
-let numbers: number[] = [];
+/** Of the files that the list was about: the server is not to answer for later ones. */
+let revisions: (string | undefined)[] = [];
 
-const at = (recording: number) => numbers[recording] ?? recording;
+function address(recording: number, what: string, ...parameters: string[]): string {
+  const revision = revisions[recording];
+  if (revision !== undefined) parameters.push(`revision=${revision}`);
+  return `${recording}/${what}` + (parameters.length ? `?${parameters.join("&")}` : "");
+}
 
 export async function getRecordings(): Promise<Recordings> {
   const listed = await getJson<Recordings>("recordings");
-  numbers = listed.recordings.map(({ number }) => number);
+  revisions = listed.recordings.map(({ revision }) => revision);
   return listed;
 }
 
 export async function getColumnNames(recording: number): Promise<string[]> {
-  return (await getJson<{ names: string[] }>(`${at(recording)}/columns`)).names;
+  return (await getJson<{ names: string[] }>(address(recording, "columns"))).names;
 }
 
 export async function getColumns(
@@ -112,27 +116,27 @@ export async function getColumns(
 ): Promise<Record<string, Column>> {
   const list = names.map(encodeURIComponent).join(",");
   const answer = await getJson<{ columns: Record<string, Column> }>(
-    `${at(recording)}/columns?names=${list}`,
+    address(recording, "columns", `names=${list}`),
   );
   return answer.columns;
 }
 
 export function getVerified(recording: number): Promise<Verified> {
-  return getJson(`${at(recording)}/verify`);
+  return getJson(address(recording, "verify"));
 }
 
 export const picturePath = (recording: number, frame: number) =>
-  `${at(recording)}/frames/${frame}.jpg`;
+  address(recording, `frames/${frame}.jpg`);
 
 /** The same to be saved to a file. */
 export const savedPath = (recording: number, frame: number, kind: "jpg" | "png") =>
-  `${at(recording)}/frames/${frame}.${kind}?save=1`;
+  address(recording, `frames/${frame}.${kind}`, "save=1");
 
 export const smallPath = (recording: number, frames: readonly number[], height: number) =>
-  `${at(recording)}/small?frames=${frames.join(",")}&height=${height}`;
+  address(recording, "small", `frames=${frames.join(",")}`, `height=${height}`);
 
 export const scenePath = (recording: number, from: number, to: number) =>
-  `${at(recording)}/scene?range=${from}:${to}`;
+  address(recording, "scene", `range=${from}:${to}`);
 
 export const tablePath = (recording: number, from: number, to: number) =>
-  `${at(recording)}/table?range=${from}:${to}`;
+  address(recording, "table", `range=${from}:${to}`);

@@ -119,32 +119,33 @@ Answer Router::answerOrThrow(const Request& request) const {
 Answer Router::ofRecording(std::size_t number, const std::vector<std::string>& parts,
                            const Request& request) const {
   const std::string& what = parts[1];
+  const auto recording = [&] { return shelf_.get(number, request.parameter("revision")); };
   if (parts.size() == 3 && what == "frames") {
     const std::string& name = parts[2];
     const std::string stem = name.substr(0, name.size() - std::min<std::size_t>(name.size(), 4));
     const auto index = numberOf(stem);
     const bool isSaved = !request.parameter("save").empty();
-    if (index && name.ends_with(".jpg")) return shelf_.get(number)->storedFrame(*index, isSaved);
-    if (index && name.ends_with(".png")) return shelf_.get(number)->png(*index);
+    if (index && name.ends_with(".jpg")) return recording()->storedFrame(*index, isSaved);
+    if (index && name.ends_with(".png")) return recording()->png(*index);
     return unknownPath();
   }
   if (parts.size() != 2) return unknownPath();
-  if (what == "columns") return shelf_.get(number)->columns(request.parameter("names"));
+  if (what == "columns") return recording()->columns(request.parameter("names"));
   if (what == "small") {
     const unsigned int height = parameterNumber(request.parameter("height"), "height");
-    return shelf_.get(number)->strip(smallFrames(request.parameter("frames")),
-                                     std::clamp(height, kHeightMin, kHeightMax));
+    return recording()->strip(smallFrames(request.parameter("frames")),
+                              std::clamp(height, kHeightMin, kHeightMax));
   }
   if (what == "table") {
     const auto [first, end] = rangeOf(request.parameter("range"));
-    return shelf_.get(number)->table(first, end);
+    return recording()->table(first, end);
   }
   if (what != "verify" && what != "scene") return unknownPath();
   const std::unique_lock lock(longWork_, std::try_to_lock);
   if (!lock.owns_lock()) return Answer::problem(503, "another scene or check is not done yet");
-  if (what == "verify") return shelf_.get(number)->verification();
+  if (what == "verify") return recording()->verification();
   const auto [first, end] = rangeOf(request.parameter("range"));
-  return shelf_.get(number)->scene(first, end);
+  return recording()->scene(first, end);
 }
 
 }  // namespace velmar::viewer

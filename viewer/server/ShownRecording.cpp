@@ -1,5 +1,7 @@
 #include "server/ShownRecording.h"
 
+#include <sys/stat.h>
+
 #include <cerrno>
 #include <filesystem>
 #include <numeric>
@@ -59,12 +61,6 @@ class SceneJob final : public toolkit::Job {
   const std::atomic<bool>& isStopped_;
 };
 
-struct stat statusOf(const std::string& path) {
-  struct stat status {};
-  if (::stat(path.c_str(), &status) != 0) throw Failure::ofSystem(path, "cannot open it", errno);
-  return status;
-}
-
 // A file that has no name any more, and goes when it has been sent.
 struct SentFile {
   explicit SentFile(const std::string& path) : bytes(path) {}
@@ -75,30 +71,20 @@ struct SentFile {
 
 }  // namespace
 
-// The status comes first: an edit meanwhile makes it another recording.
+// The revision comes first: an edit meanwhile makes it another recording.
 ShownRecording::ShownRecording(const std::string& path, const std::atomic<bool>& isStopped)
-    : path_(path), isStopped_(isStopped), status_(statusOf(path)), recording_(path) {
+    : path_(path), isStopped_(isStopped), revision_(revisionOf(path)), recording_(path) {
   const toolkit::FileBytes& file = recording_.recording().file();
   if (!map_.map(file.descriptor(), file.size())) {
     throw Failure::ofSystem(path, "cannot map it", errno);
   }
 }
 
-bool ShownRecording::isSame() const {
-  struct stat now {};
-  return ::stat(path_.c_str(), &now) == 0 && now.st_dev == status_.st_dev &&
-         now.st_ino == status_.st_ino && now.st_size == status_.st_size &&
-         now.st_mtim.tv_sec == status_.st_mtim.tv_sec &&
-         now.st_mtim.tv_nsec == status_.st_mtim.tv_nsec;
-}
-
 Answer ShownRecording::storedFrame(unsigned int index, bool isSaved) const {
   const toolkit::FilePlace& place = recording_.place(index);
   Answer answer("image/jpeg", shared_from_this(),
                 reinterpret_cast<const char*>(map_.data()) + place.offset, place.size);
-  answer.etag = "\"" + std::to_string(status_.st_ino) + "-" +
-                std::to_string(status_.st_mtim.tv_sec) + "." +
-                std::to_string(status_.st_mtim.tv_nsec) + "-" + std::to_string(index) + "\"";
+  answer.etag = "\"" + revision_ + "-" + std::to_string(index) + "\"";
   if (isSaved) answer.fileName = nameOf(index, index + 1, ".jpg");
   return answer;
 }
@@ -190,11 +176,22 @@ std::string ShownRecording::nameOf(unsigned int first, unsigned int end,
   return name + ending;
 }
 
-std::string listedRecording(std::size_t number, const std::string& path) {
-  const std::string name = "{\"number\":" + std::to_string(number) + ",\"name\":" +
-                           toolkit::toJsonText(std::filesystem::path(path).filename().string());
+std::string revisionOf(const std::string& path) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) != 0) return "";
+  const auto text = [](auto number) { return std::to_string(number); };
+  return text(status.st_dev) + "-" + text(status.st_ino) + "-" + text(status.st_size) + "-" +
+         text(status.st_mtim.tv_sec) + "-" + text(status.st_mtim.tv_nsec);
+}
+
+// The revision comes first here, too.
+std::string listedRecording(const std::string& path) {
+  const std::string name =
+      "{\"name\":" + toolkit::toJsonText(std::filesystem::path(path).filename().string());
   try {
-    return name + ",\"info\":" + toolkit::RecordingInfo(toolkit::Recording(path)).json() + "}";
+    const std::string revision = revisionOf(path);
+    const std::string info = toolkit::RecordingInfo(toolkit::Recording(path)).json();
+    return name + ",\"revision\":\"" + revision + "\",\"info\":" + info + "}";
   } catch (const Failure& failure) {
     return name + ",\"problem\":" + toolkit::toJsonText(failure.wordsFor(path)) + "}";
   }

@@ -1,8 +1,6 @@
 #ifndef VELMAR_VIEWER_SHOWN_RECORDING_H
 #define VELMAR_VIEWER_SHOWN_RECORDING_H
 
-#include <sys/stat.h>
-
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -26,8 +24,8 @@ class ShownRecording : public std::enable_shared_from_this<ShownRecording> {
   /// \param isStopped  ends long work; it must outlive this object
   ShownRecording(const std::string& path, const std::atomic<bool>& isStopped);
 
-  /// Whether it is there as it was when it was opened.
-  bool isSame() const;
+  /// Of the file when it was opened.
+  const std::string& revision() const { return revision_; }
 
   // All of these throw Failure.
 
@@ -50,13 +48,17 @@ class ShownRecording : public std::enable_shared_from_this<ShownRecording> {
 
   const std::string path_;
   const std::atomic<bool>& isStopped_;
-  struct stat status_ {};
+  const std::string revision_;
   toolkit::SharedRecording recording_;
   detail::MemoryMap map_;
 };
 
-/// One JSON object: its number, its name and what it says of itself, or the problem with it.
-std::string listedRecording(std::size_t number, const std::string& path);
+/// Another one if the file was changed or replaced: letters, digits and "-". Empty if there is
+/// none.
+std::string revisionOf(const std::string& path);
+
+/// One JSON object: its name, its revision and what it says of itself, or the problem with it.
+std::string listedRecording(const std::string& path);
 
 }  // namespace velmar::viewer
 

@@ -14,6 +14,7 @@ from distributed import Client, KilledWorker
 
 from .. import _core
 from .._arguments import Path, to_path
+from .._errors import Error
 from ._scan import folders_of, recordings_of
 from ._spread import spread
 
@@ -30,7 +31,7 @@ class CatalogChanges:
     Attributes:
         added: recordings that are new in the catalogue, or changed
         unchanged: those that it had as they are
-        unreadable: those that are in it with a problem only, as that workers died of it
+        unreadable: those that are in it with a problem only; it can be that workers died of them
         removed: those of which it knew and that are not there any more
     """
 
@@ -139,11 +140,17 @@ def _summaries(path: bytes, client: Client, batches: list[_Batch]) -> Iterator[_
     ]
     for batch, made in spread(client, _summarise, pieces, ordered=False) if pieces else ():
         if isinstance(made, KilledWorker):
-            _core.catalog_put_unreadable(
-                path, os.fsencode(batch.files[0]), "the workers that read it died"
-            )
-            made = _Summaries(b"", unreadable=1)
+            made = _deadly(path, batch.files[0])
         yield made
+
+
+def _deadly(path: bytes, file: str) -> _Summaries:
+    try:
+        words = "the workers that read it died"
+        is_there = _core.catalog_put_unreadable(path, os.fsencode(file), words)
+    except Error:  # it cannot even be looked at
+        is_there = True
+    return _Summaries(b"", unreadable=1) if is_there else _Summaries(b"", gone=[file])
 
 
 def _known(db: str) -> dict[str, State]:

@@ -66,7 +66,7 @@ struct Tool {
 /// Adds all of these.
 void addCommands(Tool& tool);
 
-// Each in the file of its name, those of a group in the folder of the group's.
+// Each in the file of its name, those of a group in a folder with the group's name.
 void addCreateCommand(Tool& tool);
 void addInfoCommand(Tool& tool);
 void addFramesCommand(Tool& tool);

@@ -74,10 +74,14 @@ std::optional<std::string> missingCommand(const CLI::App& app) {
 std::vector<std::string> withHelpOption(const CLI::App& app, std::vector<std::string> arguments) {
   if (arguments.empty() || arguments.front() != "help") return arguments;
   arguments.erase(arguments.begin());
-  const auto names = commandNames(app);
-  const bool isKnown =
-      arguments.empty() || std::find(names.begin(), names.end(), arguments.front()) != names.end();
-  if (isKnown) arguments.emplace_back("--help");
+  const CLI::App* group = &app;
+  for (const std::string& name : arguments) {
+    const auto names = commandNames(*group);
+    if (names.empty()) break;
+    if (std::find(names.begin(), names.end(), name) == names.end()) return arguments;
+    group = group->get_subcommand(name);
+  }
+  arguments.emplace_back("--help");
   return arguments;
 }
 

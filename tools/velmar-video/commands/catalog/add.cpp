@@ -56,12 +56,12 @@ void addOptions(CLI::App& command, Options& options) {
 }  // namespace
 
 void addCatalogAddCommand(Tool& tool) {
-  tool.addCommand<Options>({"catalog add", "Read recordings that are new or have changed.",
-                            "catalog add fleet.db day --recursive\n\n"
-                            "Recordings that are gone from the given folders are marked. It may be "
-                            "killed at any moment\n"
-                            "and goes on from there when it is run again."},
-                           {addOptions, add, checkUsage});
+  tool.addCommand<Options>(
+      {"catalog add", "Read recordings that are new or have changed.",
+       "catalog add fleet.db day --recursive\n\n"
+       "Recordings that are gone from the given folders are marked. The command may be killed at\n"
+       "any moment; run again, it goes on from there."},
+      {addOptions, add, checkUsage});
 }
 
 }  // namespace velmar::tool
