@@ -9,7 +9,7 @@
 namespace {
 
 // Pixels.
-constexpr double kLabelWidth = 330;
+constexpr double kLabelWidth = 470;
 constexpr double kScaleWidth = 620;
 constexpr double kMargin = 20;
 constexpr double kRowHeight = 24;
