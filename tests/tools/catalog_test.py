@@ -145,6 +145,13 @@ class Catalog(ToolCase):
             self.tool("catalog", "add", file, "day", status=1, says=words)
             self.tool("catalog", "info", file, status=1, says=words)
             self.assertEqual(Path(file).read_bytes(), before)
+        for words, says in (
+            (["catalog"], "a command is missing: add or find or info or sql"),
+            (["help", "catalog", "ad"], "catalog: there is no command ad; did you mean add?"),
+            (["catalog", "--verify", "add", "x.db"], "catalog add: --verify has to come after"),
+            (["catalog", "info", "x.db", "day"], "catalog info: day is one argument too many"),
+        ):
+            self.tool(*words, status=2, says=says)
         for query in "DELETE FROM places", "VACUUM INTO 'x.db'", "PRAGMA journal_mode = DELETE":
             self.tool("catalog", "sql", "fleet.db", query, status=2, says="only a SELECT")
         self.assertFalse(Path("x.db").exists())

@@ -38,8 +38,8 @@ def _end_all() -> None:
 class _Memory:
     """Memory for the pixels of some frames, the same again unless somebody has kept it.
 
-    To get new memory would take a worker half as long as decoding: dask has what is freed given
-    back to the system.
+    New memory for each frame costs a worker a quarter of the decoding or more: dask sets
+    MALLOC_TRIM_THRESHOLD_, with which what is freed goes back to the system.
     """
 
     def __init__(self, shape: tuple[int, ...]):
